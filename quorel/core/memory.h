@@ -1,0 +1,31 @@
+#pragma once
+// Raw memory helpers: the page allocator for large blocks and the 32-byte alignment rule.
+
+#include <cstddef>
+#include <cstdint>
+
+namespace quorel {
+
+/// Blocks larger than this many bytes come from the page allocator instead of the heap.
+inline constexpr std::size_t HeapBlockLimit = 65536;
+
+/// A block of `size` bytes from the page allocator; nullptr when size < 1 or on failure.
+void* GlobalAllocUnmanaged(std::intptr_t size);
+/// Frees a block of GlobalAllocUnmanaged when p is not null; always sets p to null.
+void GlobalFreeUnmanaged(void*& p);
+/// Same for a block held as an integer handle.
+void GlobalFreeUnmanaged(std::intptr_t& p);
+
+/// ((p + 40) div 32) * 32: the first 32-byte boundary 9 to 40 bytes above p.
+constexpr std::intptr_t AllignMem(std::intptr_t p) { return (p + 40) / 32 * 32; }
+/// Pointer form of AllignMem.
+inline void* AllignMem(const void* p) {
+  return reinterpret_cast<void*>(AllignMem(reinterpret_cast<std::intptr_t>(p)));
+}
+
+// Raw-memory accessors, for code that walks untyped buffers.
+inline double PointerToDouble(const void* p) { return *static_cast<const double*>(p); }
+inline double PointerToIndexDouble(const void* p, std::ptrdiff_t i) { return static_cast<const double*>(p)[i]; }
+inline void WriteDouble(void* p, double x) { *static_cast<double*>(p) = x; }
+
+}  // namespace quorel

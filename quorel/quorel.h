@@ -1,0 +1,9 @@
+#pragma once
+// Umbrella header: everything a Quorel user needs.
+
+#include "quorel/core/constants.h"
+#include "quorel/core/errors.h"
+#include "quorel/core/fpu.h"
+#include "quorel/core/memory.h"
+#include "quorel/core/startup.h"
+#include "quorel/core/types.h"
