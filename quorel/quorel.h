@@ -7,3 +7,5 @@
 #include "quorel/core/memory.h"
 #include "quorel/core/startup.h"
 #include "quorel/core/types.h"
+#include "quorel/objects/controller.h"
+#include "quorel/objects/vec.h"

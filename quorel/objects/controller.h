@@ -1,0 +1,185 @@
+#pragma once
+// The object cache: pools of pre-created work vectors (and matrices) backed by one pre-allocated
+// block each, handed out with CreateIt and taken back with FreeIt under one process-wide mutex.
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "quorel/core/startup.h"
+#include "quorel/core/types.h"
+
+namespace quorel {
+
+class TVec;
+class TMtx;
+
+namespace detail {
+/// One pool of cached objects of type T with its cache memory.
+template <class T>
+struct TPool {
+  struct Entry {
+    T* Object = nullptr;
+    bool Used = false;
+  };
+  std::vector<Entry> Entries;
+  std::vector<Entry> Scratch;      // work copy for recollection
+  std::vector<double*> Pointers;   // aligned start of each slot's cache memory
+  void* Memory = nullptr;          // the one block holding all slots
+  std::int32_t Next = 0;           // first entry above the last one handed out
+  std::int32_t Used = 0;
+  std::int32_t Elements = 0;       // doubles per slot
+  bool Full = false;
+};
+}  // namespace detail
+
+/// Receives the leak report texts at shut-down.
+using TReportHandler = std::function<void(const std::string& text)>;
+
+/// Owns the pools of work objects; one global instance, `Controller`.
+class TQuorelController {
+ public:
+  TQuorelController();
+  ~TQuorelController();
+  TQuorelController(const TQuorelController&) = delete;
+  TQuorelController& operator=(const TQuorelController&) = delete;
+
+  /// Rebuilds the vector pool; fails with "VecCache[k] = Used" while entry k is handed out.
+  void SetVecCacheSize(std::int32_t count, std::int32_t elements);
+  /// Rebuilds the matrix pool; fails with "MtxCache[k] = Used" while entry k is handed out.
+  void SetMtxCacheSize(std::int32_t count, std::int32_t elements);
+  /// Hands out one vector (pooled, or an ordinary one when the pool is exhausted). Caller holds Lock().
+  void CreateItx(TVec*& vec);
+  /// Takes one vector back and sets the variable to null. Caller holds Lock().
+  void FreeItx(TVec*& vec);
+  /// Compacts the vector pool: used entries to the front, free ones to the back.
+  void VecRecollect();
+  /// Compacts the matrix pool.
+  void MtxRecollect();
+  /// Sets the default ConditionCheck of new vectors and of every pooled vector.
+  void SetVecConditionCheck(bool value);
+  /// Sets the default ConditionCheck of new matrices and of every pooled matrix.
+  void SetMtxConditionCheck(bool value);
+  /// Frees the pools and reports leaked work objects.
+  void DestroyQuorelCache();
+  /// Releases back-end caches (the FFT descriptor cache once it exists).
+  void FreeMKLMemory();
+
+  std::int32_t VecCacheSize() const { return static_cast<std::int32_t>(vecs_.Entries.size()); }
+  std::int32_t VecCacheUsed() const { return vecs_.Used; }
+  bool VecCacheFull() const { return vecs_.Full; }
+  std::int32_t VecCacheElements() const { return vecs_.Elements; }
+  std::int32_t VecCount() const;
+  std::int32_t MtxCacheSize() const { return mtx_count_; }
+  std::int32_t MtxCacheUsed() const { return 0; }
+  bool MtxCacheFull() const { return false; }
+  std::int32_t MtxCacheElements() const { return mtx_elements_; }
+  std::int32_t MtxCount() const;
+
+  // Read-only to users: these setters deliberately do nothing.
+  void SetVecCacheUsed(std::int32_t) {}
+  void SetVecCacheFull(bool) {}
+  void SetVecCount(std::int32_t) {}
+  void SetMtxCacheUsed(std::int32_t) {}
+  void SetMtxCacheFull(bool) {}
+  void SetMtxCount(std::int32_t) {}
+  void SetVecCacheElements(std::int32_t) {}
+  void SetMtxCacheElements(std::int32_t) {}
+  void SetGlobalVecCount(std::int32_t) {}
+  void SetGlobalMtxCount(std::int32_t) {}
+
+  /// Cache memory of vector slot `slot`.
+  double* VecCachePointer(std::int32_t slot) const { return vecs_.Pointers[static_cast<std::size_t>(slot)]; }
+  /// The process-wide mutex that guards every pool operation.
+  std::mutex& Lock() { return lock_; }
+  /// Where leak reports go (default: standard error).
+  void SetReportHandler(TReportHandler handler) { report_ = std::move(handler); }
+
+ private:
+  template <class T>
+  void FreePool(detail::TPool<T>& pool, const char* name);
+  void Report(const std::string& text);
+
+  std::mutex lock_;
+  detail::TPool<TVec> vecs_;
+  std::int32_t mtx_count_ = 0;     // the matrix pool arrives with the matrix class
+  std::int32_t mtx_elements_ = 0;
+  TReportHandler report_;
+};
+
+/// The global controller; null before start-up and after shut-down.
+extern TQuorelController* Controller;
+
+namespace detail {
+extern std::atomic<std::int32_t> vec_count;
+extern std::atomic<std::int32_t> mtx_count;
+extern bool vec_condition_check;
+extern bool mtx_condition_check;
+struct ObjectsModuleGuard {
+  ObjectsModuleGuard();
+  ~ObjectsModuleGuard();
+};
+static const ObjectsModuleGuard objects_module_guard;
+}  // namespace detail
+
+/// Takes one to four vectors from the cache, in argument order.
+void CreateIt(TVec*& a);
+void CreateIt(TVec*& a, TVec*& b);
+void CreateIt(TVec*& a, TVec*& b, TVec*& c);
+void CreateIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d);
+/// Takes one vector from the cache.
+TVec* CreateIt();
+/// Gives vectors back in reverse argument order; each variable becomes null, nulls are skipped.
+/// Giving back a pooled vector that is not handed out raises "FreeIt: object is not in use".
+void FreeIt(TVec*& a);
+void FreeIt(TVec*& a, TVec*& b);
+void FreeIt(TVec*& a, TVec*& b, TVec*& c);
+void FreeIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d);
+
+/// Raises "TestNil: Nil pointer" when any pointer is null.
+void TestNil(const void* a);
+void TestNil(const void* a, const void* b);
+void TestNil(const void* a, const void* b, const void* c);
+void TestNil(const void* a, const void* b, const void* c, const void* d);
+
+/// Sizes every listed vector alike.
+void SetVecSize(std::int32_t len, bool complex, std::initializer_list<TVec*> vecs);
+
+/// Lends a vector's storage as a non-owning view (empty when the vector is empty); nothing copied.
+void Enlist(TVec& vec, std::span<double>& values);
+void Enlist(TVec& vec, std::span<std::int32_t>& values);
+void Enlist(TVec& vec, std::span<TCplx>& values);
+/// Same as Enlist.
+template <class... A>
+void EnlistIt(A&... args) { Enlist(args...); }
+/// Ends a loan: the view becomes empty. The object is not touched.
+template <class T>
+void DismissIt(std::span<T>& values) { values = {}; }
+template <class T>
+void DismissIt(TVec&, std::span<T>& values) { values = {}; }
+
+/// A work object from the cache, given back on every path (exceptions included).
+template <class T>
+class TWorkObject {
+ public:
+  TWorkObject() { CreateIt(object_); }
+  ~TWorkObject() { FreeIt(object_); }
+  TWorkObject(const TWorkObject&) = delete;
+  TWorkObject& operator=(const TWorkObject&) = delete;
+  T* operator->() const { return object_; }
+  T& operator*() const { return *object_; }
+  T* get() const { return object_; }
+
+ private:
+  T* object_ = nullptr;
+};
+
+/// A cached work vector with scope lifetime.
+using TWorkVec = TWorkObject<TVec>;
+
+}  // namespace quorel

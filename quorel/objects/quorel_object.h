@@ -1,0 +1,228 @@
+#pragma once
+// TQuorel: the storage, sizing, sub-range and argument-check state shared by every vector and
+// matrix. One 32-byte aligned block of doubles per object; complex element k is doubles 2k, 2k+1.
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "quorel/core/constants.h"
+#include "quorel/core/types.h"
+
+namespace quorel {
+
+class TQuorel;
+
+/// Called after every change of size or of `Complex`.
+using TNotifyEvent = std::function<void(TQuorel& sender)>;
+
+/// Abstract base of all numeric objects: storage block, length, real/complex flag, sub-ranges,
+/// block-wise processing, argument checks and cache reference counts.
+class TQuorel {
+ public:
+  virtual ~TQuorel();
+  TQuorel(const TQuorel&) = delete;
+  TQuorel& operator=(const TQuorel&) = delete;
+
+  // --- properties ---------------------------------------------------------------------------
+  /// Elements in use: real elements when real, complex elements when complex.
+  std::int32_t Length() const { return fLength; }
+  /// Sets the length (vectors resize; matrices refuse any other length).
+  virtual void SetLength(std::int32_t value) = 0;
+  /// The elements are complex pairs (re, im).
+  bool Complex() const { return fComplex; }
+  /// Switches real/complex by reinterpreting the same doubles (real 2n <-> complex n).
+  void set_Complex(bool value);
+  /// Capacity of the storage in doubles (always even).
+  std::int32_t ActualSize() const { return fActualSize; }
+  /// Sets the capacity (raised to even); contents are not kept.
+  virtual void SetActualSize(std::int32_t value);
+  /// Values are meant as integers (persistence and printing).
+  bool IsInteger() const { return fIsInteger; }
+  void SetIsInteger(bool value) { fIsInteger = value; }
+  /// -1 for an object outside the object cache, else its position in the pool.
+  std::int32_t CacheIndex() const { return fCacheIndex; }
+  /// Index of the cache memory this object uses (fixed for its life); -1 outside the pool.
+  std::int32_t CacheSlot() const { return fCacheSlot; }
+  const std::string& Caption() const { return fCaption; }
+  void SetCaption(std::string value) { fCaption = std::move(value); }
+  std::int32_t Tag() const { return fTag; }
+  void SetTag(std::int32_t value) { fTag = value; }
+  bool Dirty() const { return fDirty; }
+  void SetDirty(bool value) { fDirty = value; }
+  TPrecision Precision() const { return fPrecision; }
+  void SetPrecision(TPrecision value) { fPrecision = value; }
+  TRounding Rounding() const { return fRounding; }
+  void SetRounding(TRounding value) { fRounding = value; }
+  /// Magnitudes below this count as zero in relative comparisons.
+  double ZeroTolerance() const { return fZeroTolerance; }
+  void SetZeroTolerance(double value) { fZeroTolerance = value; }
+  /// Identity, complex and length checks are made (range checks always are).
+  bool ConditionCheck() const { return fConditionCheck; }
+  void SetConditionCheck(bool value) { fConditionCheck = value; }
+  bool IsSubRange() const { return fIsSubRange; }
+  /// Called after every change of size or of `Complex`.
+  TNotifyEvent OnSetSize;
+
+  // --- typed views of the same data ----------------------------------------------------------
+  /// The doubles in use (Length, or 2*Length when complex).
+  std::span<double> Values() { return {fValues, DoublesInUse()}; }
+  std::span<const double> Values() const { return {fValues, DoublesInUse()}; }
+  /// The complex elements in use (Length when complex, Length/2 when real).
+  std::span<TCplx> CValues() { return {reinterpret_cast<TCplx*>(fValues), CplxInUse()}; }
+  std::span<const TCplx> CValues() const { return {reinterpret_cast<const TCplx*>(fValues), CplxInUse()}; }
+  /// The data as 32-bit integers (index lists and masks): Length entries.
+  std::span<std::int32_t> IValues() { return {reinterpret_cast<std::int32_t*>(fValues), IntsInUse()}; }
+  std::span<const std::int32_t> IValues() const { return {reinterpret_cast<const std::int32_t*>(fValues), IntsInUse()}; }
+  /// The data as singles: Length entries.
+  std::span<float> SValues() { return {reinterpret_cast<float*>(fValues), IntsInUse()}; }
+  /// Element i of the double view.
+  double& DefaultArray(std::int32_t i) { return fValues[i]; }
+  /// Address of real element i, complex element i, integer element i.
+  double* PValues1D(std::int32_t i) const { return fValues + i; }
+  TCplx* PCValues1D(std::int32_t i) const { return reinterpret_cast<TCplx*>(fValues) + i; }
+  std::int32_t* PIValues1D(std::int32_t i) const { return reinterpret_cast<std::int32_t*>(fValues) + i; }
+  /// The block's 32-byte aligned data start (the data base when no sub-range is active).
+  double* AllignedAPoint() const;
+
+  // --- sizing ---------------------------------------------------------------------------------
+  /// Makes Self the size of Src with the given `Complex`.
+  virtual void Size(const TQuorel& src, bool complex);
+  /// Changes the length keeping the leading min(len, Length) elements; zeroes growth when asked.
+  void InternalResize(std::int32_t len, bool zeroIt);
+  /// Length 0.
+  virtual void Clear() = 0;
+
+  // --- sub-ranges -----------------------------------------------------------------------------
+  /// Views elements Index .. Index+Len-1 of the own storage; Len = -1 means to the end.
+  virtual void SetSubRange(std::int32_t index, std::int32_t len);
+  void SetSubRange() { SetFullRange(); }
+  void SetSubIndex(std::int32_t beginIndex, std::int32_t endIndex) { SetSubRange(beginIndex, endIndex - beginIndex + 1); }
+  void Select(std::int32_t index, std::int32_t len) { SetSubRange(index, len); }
+  void Select() { SetFullRange(); }
+  void SelectAll() { SetFullRange(); }
+  /// Restores the full range and allows sub-ranges again.
+  virtual void SetFullRange();
+  void EnableSubrange() { fSubRangeAllowed = true; }
+  void DisableSubrange() { fSubRangeAllowed = false; }
+  /// Forbids sub-ranges (the mirror of its name, kept so deliberately).
+  void EnableSelect() { fSubRangeAllowed = false; }
+  /// Allows sub-ranges (the mirror of its name, kept so deliberately).
+  void DisableSelect() { fSubRangeAllowed = true; }
+  bool SubRangeAllowed() const { return fSubRangeAllowed; }
+
+  // --- block-wise processing -------------------------------------------------------------------
+  /// Starts (or joins, when nested) block-wise processing with the global block size.
+  void BlockInit() { BlockInit(0); }
+  /// Same with a block size; <= 0 takes QuorelBlockSize.
+  void BlockInit(std::int32_t blockSize);
+  /// Moves to the next block; restores the full range after the last one.
+  void BlockNext();
+  /// True when block-wise processing has finished.
+  bool BlockEnd() const { return fBlockLevel < 1 || fBlockEnd; }
+  std::int32_t BlockLevel() const { return fBlockLevel; }
+
+  // --- argument checks --------------------------------------------------------------------------
+  void ValidateParams(std::int32_t index, std::int32_t& len) const;
+  void ValidateParams(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const;
+  void ValidateParams2(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const;
+  void ValidateParams(const TQuorel& x1, const TQuorel& x2, std::int32_t xIndex1, std::int32_t xIndex2,
+                      std::int32_t index, std::int32_t& len) const;
+  void ValidateRealIndexLen(std::int32_t index, std::int32_t realSrcLen) const;
+  void ValidateRealArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
+  void ValidateCplxArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
+  /// Saves ConditionCheck and switches it off (one level).
+  void CondDisable();
+  /// Restores the ConditionCheck saved by CondDisable.
+  void CondEnable();
+
+  // --- reference counts (cached objects return to the cache at zero) ---------------------------
+  void AddRefUsage() { ++fUsageRefs; }
+  void AddRefSubrange() { ++fSubRangeRefs; }
+  void ReleaseUsage();
+  void ReleaseSubrange();
+
+  /// Returns the object to default state (length 0, real, full range).
+  virtual void Reset();
+
+ protected:
+  TQuorel();
+
+  /// Reinterprets the storage after a switch of `Complex`.
+  virtual void DoSetComplex();
+  /// Start of the object's cache memory (nullptr outside the pool).
+  virtual double* CachePointer() const = 0;
+  /// Capacity of the cache memory in doubles (0 outside the pool).
+  virtual std::int32_t CacheLength() const = 0;
+  /// Gives the object back to the cache.
+  virtual void FreeToCache() = 0;
+  /// A block of `bytes` bytes: heap up to 65,536 bytes, page allocator above.
+  virtual void* AllocateMemory(std::int64_t bytes);
+  /// Frees the own block (never cache memory).
+  virtual void ReleaseMemory();
+  /// Re-points the views and the array header at the data base.
+  virtual void UpdatePointers();
+
+  /// Doubles that hold `len` elements of this object's kind.
+  std::int64_t DoublesFor(std::int64_t len) const { return fComplex ? 2 * len : len; }
+  /// Writes reference count 1 and the element count in front of the data.
+  void WriteArrayHeader();
+  /// Throws unless the capacity `doubles` is representable.
+  static void CheckCapacity(std::int64_t doubles);
+  void NotifySetSize() {
+    if (OnSetSize) OnSetSize(*this);
+  }
+  /// Same-object test used by every identity check.
+  bool Is(const TQuorel& other) const { return this == &other; }
+  /// Points the data base at another object's element (a view) and saves the full range.
+  void ViewStorage(double* base, std::int32_t len, bool complex);
+  /// Sets the data base to element `index` of the block's aligned start.
+  void PlaceSubRange(std::int32_t index, std::int32_t len);
+  /// Sub-range of the current block during block-wise processing.
+  void SetBlockRange();
+  void SetCacheSlot(std::int32_t cacheIndex, std::int32_t slot) {
+    fCacheIndex = cacheIndex;
+    fCacheSlot = slot;
+  }
+
+  std::int32_t fLength = 0;
+  bool fComplex = false;
+  std::int32_t fActualSize = 0;
+  void* fMemory = nullptr;   // the block (own allocation or cache memory)
+  double* fValues = nullptr; // the data base: 32-byte aligned start, or a sub-range start
+  std::int64_t fAllocatedBytes = 0;  // 0 when the block belongs to the cache
+  bool fIsInteger = false;
+  bool fSavedConditionCheck = true;
+  bool fConditionCheck = true;
+  std::int32_t fCacheIndex = -1;
+  std::int32_t* fArrayHeader = nullptr;  // two words in front of the data: count 1, Length
+  bool fSubRangeAllowed = true;
+  std::int32_t fSavedActualSize = 0;
+  std::int32_t fSavedLength = 0;
+  bool fSavedComplex = false;
+  std::int32_t fBlockSize = 0;
+  std::int32_t fBlockIndex = 0;
+  std::int32_t fBlockLevel = 0;
+  bool fSizeChanged = false;
+  bool fIsSubRange = false;
+  bool fBlockEnd = true;
+  TPrecision fPrecision = prDouble;
+  TRounding fRounding = rnTrunc;
+  std::int32_t fCacheSlot = -1;
+  std::int32_t fSubRangeRefs = 0;
+  std::int32_t fUsageRefs = 1;
+  std::string fCaption;
+  std::int32_t fTag = 0;
+  bool fDirty = false;
+  double fZeroTolerance = MACHEP;
+
+  friend class TQuorelController;
+
+ private:
+  std::size_t DoublesInUse() const { return fValues ? static_cast<std::size_t>(DoublesFor(fLength)) : 0; }
+  std::size_t CplxInUse() const { return fValues ? static_cast<std::size_t>(fComplex ? fLength : fLength / 2) : 0; }
+  std::size_t IntsInUse() const { return fValues ? static_cast<std::size_t>(fLength) : 0; }
+};
+
+}  // namespace quorel

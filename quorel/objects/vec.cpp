@@ -1,0 +1,205 @@
+#include "quorel/objects/vec.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "quorel/core/errors.h"
+
+namespace quorel {
+
+TVec::TVec() {
+  fConditionCheck = detail::vec_condition_check;
+  detail::vec_count.fetch_add(1, std::memory_order_relaxed);
+}
+
+TVec::~TVec() {
+  SetFullRange();
+  ReleaseMemory();
+  detail::vec_count.fetch_sub(1, std::memory_order_relaxed);
+}
+
+TVec::TVec(const TVec& other) : TVec() { Assign(other); }
+
+TVec& TVec::operator=(const TVec& other) { return Assign(other); }
+
+TVec::TVec(TVec&& other) noexcept : TVec() { MoveFrom(other); }
+
+TVec& TVec::operator=(TVec&& other) noexcept {
+  if (this != &other) MoveFrom(other);
+  return *this;
+}
+
+void TVec::MoveFrom(TVec& other) noexcept {
+  const bool ownsBlock = other.fAllocatedBytes > 0 && !other.fIsSubRange && !other.fAdopted;
+  const bool selfPlain = fCacheIndex < 0 && !fIsSubRange && !fAdopted;
+  if (!ownsBlock || !selfPlain) {
+    // Cache memory, views and adopted storage stay with their object; move means copy here.
+    try {
+      Assign(other);
+    } catch (...) {
+    }
+    return;
+  }
+  ReleaseMemory();
+  fMemory = std::exchange(other.fMemory, nullptr);
+  fValues = std::exchange(other.fValues, nullptr);
+  fAllocatedBytes = std::exchange(other.fAllocatedBytes, 0);
+  fActualSize = std::exchange(other.fActualSize, 0);
+  fLength = std::exchange(other.fLength, 0);
+  fComplex = other.fComplex;
+  fIsInteger = other.fIsInteger;
+  UpdatePointers();
+  other.UpdatePointers();
+  NotifySetSize();
+  other.NotifySetSize();
+}
+
+// --- sizing ----------------------------------------------------------------------------------------
+
+void TVec::SetActualSize(std::int32_t value) {
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  if (value != fActualSize) fAdopted = false;
+  TQuorel::SetActualSize(value);
+  if (DoublesFor(fLength) > fActualSize) fLength = fComplex ? fActualSize / 2 : fActualSize;
+}
+
+void TVec::SetLength(std::int32_t value) {
+  if (value < 0) EInvalidArgumentRaise("Value < 0");
+  if (value == fLength) return;
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  const std::int64_t doubles = DoublesFor(value);
+  CheckCapacity(doubles);
+  fSizeChanged = true;
+  SetActualSize(static_cast<std::int32_t>(doubles));
+  fLength = value;
+  WriteArrayHeader();
+  NotifySetSize();
+}
+
+void TVec::DoSetComplex() {
+  fComplexSwitches += fComplex ? -1 : 1;
+  TQuorel::DoSetComplex();
+}
+
+void TVec::Reset() {
+  TQuorel::Reset();
+  fConditionCheck = detail::vec_condition_check;
+}
+
+TVec& TVec::Size(std::int32_t len, bool complex) {
+  if (len < 0) EInvalidArgumentRaise("Value < 0");
+  if (fIsSubRange && (len != fLength || complex != fComplex)) ERaise("IsSubRange = True!");
+  CheckCapacity(complex ? 2 * std::int64_t{len} : len);
+  set_Complex(complex);
+  SetLength(len);
+  return *this;
+}
+
+TVec& TVec::Resize(std::int32_t len, bool zeroIt) {
+  if (len < 0) EInvalidArgumentRaise("Value < 0");
+  if (fIsSubRange && len != fLength) ERaise("IsSubRange = True!");
+  InternalResize(len, zeroIt);
+  return *this;
+}
+
+namespace {
+template <class T>
+void ConvertInto(double* dst, std::span<const T> src) {
+  std::transform(src.begin(), src.end(), dst, [](T x) { return static_cast<double>(x); });
+}
+}  // namespace
+
+TVec& TVec::SetDouble(std::span<const double> values) {
+  Size(static_cast<std::int32_t>(values.size()), false);
+  ConvertInto(fValues, values);
+  return *this;
+}
+
+TVec& TVec::SetSingle(std::span<const float> values) {
+  Size(static_cast<std::int32_t>(values.size()), false);
+  ConvertInto(fValues, values);
+  return *this;
+}
+
+TVec& TVec::SetInteger(std::span<const std::int32_t> values) {
+  Size(static_cast<std::int32_t>(values.size()), false);
+  ConvertInto(fValues, values);
+  return *this;
+}
+
+TVec& TVec::SetCplx(std::span<const TCplx> values) {
+  Size(static_cast<std::int32_t>(values.size()), true);
+  std::copy(values.begin(), values.end(), PCValues1D(0));
+  return *this;
+}
+
+TVec& TVec::Adopt(double* data, std::int32_t len, bool complex) {
+  if (len < 0) EInvalidArgumentRaise("Value < 0");
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  CheckCapacity(complex ? 2 * std::int64_t{len} : len);
+  SetActualSize(0);
+  fMemory = data;
+  fValues = data;
+  fAllocatedBytes = 0;
+  fComplex = complex;
+  fLength = len;
+  fActualSize = static_cast<std::int32_t>(DoublesFor(len));
+  fAdopted = true;
+  fArrayHeader = nullptr;  // foreign memory has no room for a header in front
+  NotifySetSize();
+  return *this;
+}
+
+TVec& TVec::Disown() {
+  if (!fAdopted) return *this;
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  fMemory = nullptr;
+  fValues = nullptr;
+  fActualSize = 0;
+  fLength = 0;
+  fAdopted = false;
+  UpdatePointers();
+  NotifySetSize();
+  return *this;
+}
+
+TVec& TVec::Assign(const TVec& src) {
+  if (&src == this) return *this;
+  Size(src.fLength, src.fComplex);
+  fIsInteger = src.fIsInteger;
+  if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
+  return *this;
+}
+
+// --- views -----------------------------------------------------------------------------------------
+
+TVec& TVec::SetSubRange(const TDenseQuorel& src, std::int32_t index, std::int32_t len) {
+  // Checked against src always: a view past its end would read foreign memory.
+  if (len == -1) len = src.Length() - index;
+  if (index < 0 || len < 0 || std::int64_t{index} + len > src.Length())
+    ERangeErrorRaise(
+        FormatMsg("Self params out of range: Index: %d, Len: %d, Length: %d", index, len, src.Length()));
+  double* base = src.Length() > 0 ? (src.Complex() ? &src.PCValues1D(index)->Re : src.PValues1D(index)) : nullptr;
+  ViewStorage(base, len, src.Complex());
+  return *this;
+}
+
+// --- cache -----------------------------------------------------------------------------------------
+
+double* TVec::CachePointer() const {
+  if (fCacheSlot < 0 || Controller == nullptr) return nullptr;
+  return Controller->VecCachePointer(fCacheSlot);
+}
+
+std::int32_t TVec::CacheLength() const {
+  if (fCacheSlot < 0 || Controller == nullptr) return 0;
+  return Controller->VecCacheElements();
+}
+
+void TVec::FreeToCache() {
+  TVec* self = this;
+  FreeIt(self);
+}
+
+}  // namespace quorel

@@ -1,0 +1,94 @@
+#pragma once
+// TVec: the one-dimensional real or complex dense vector.
+
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+
+#include "quorel/objects/controller.h"
+#include "quorel/objects/dense.h"
+
+namespace quorel {
+
+/// Real or complex dense vector. Usable on the stack or the heap; a copy is Assign.
+class TVec final : public TDenseOf<TVec> {
+ public:
+  TVec();
+  ~TVec() override;
+  /// Copies size, Complex, IsInteger and values.
+  TVec(const TVec& other);
+  TVec& operator=(const TVec& other);
+  /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
+  TVec(TVec&& other) noexcept;
+  TVec& operator=(TVec&& other) noexcept;
+
+  using TQuorel::Size;
+  using TQuorel::SetSubRange;
+  using TQuorel::SetSubIndex;
+  using TDenseOf<TVec>::SetCplx;
+  using TDenseOf<TVec>::SetIt;
+
+  // --- sizing -------------------------------------------------------------------------------
+  void SetLength(std::int32_t value) override;
+  void SetActualSize(std::int32_t value) override;
+  void Clear() override { SetLength(0); }
+  void Reset() override;
+  /// Sets Complex, then the length. Contents are not kept.
+  TVec& Size(std::int32_t len, bool complex);
+  /// Sets the length, keeping Complex.
+  TVec& Size(std::int32_t len) { return Size(len, fComplex); }
+  /// Changes the length keeping the leading elements; new elements are zero when zeroIt.
+  TVec& Resize(std::int32_t len, bool zeroIt = false);
+  /// Real vector holding the given values.
+  TVec& SetDouble(std::span<const double> values);
+  /// Real vector holding the given values, widened to double.
+  TVec& SetSingle(std::span<const float> values);
+  /// Real vector holding the given integers as doubles.
+  TVec& SetInteger(std::span<const std::int32_t> values);
+  /// Complex vector holding the given values.
+  TVec& SetCplx(std::span<const TCplx> values);
+  TVec& SetCplx(std::initializer_list<TCplx> values) { return SetCplx(std::span<const TCplx>(values.begin(), values.size())); }
+  /// Sizes to the array's length (real), without copying.
+  template <class A>
+  TVec& SizeFromArray(const A& array) { return Size(static_cast<std::int32_t>(array.size()), false); }
+  /// Uses `len` elements at `data` without owning them, until Disown or the next change of capacity.
+  TVec& Adopt(double* data, std::int32_t len, bool complex);
+  /// Forgets adopted storage: length 0, nothing freed.
+  TVec& Disown();
+  /// Copy of size, Complex, IsInteger and values.
+  TVec& Assign(const TVec& src);
+
+  // --- views ----------------------------------------------------------------------------------
+  /// Views elements Index .. Index+Len-1 of src (Len = -1: to src's end). Src must outlive the view
+  /// and must not be resized while it lasts.
+  TVec& SetSubRange(const TDenseQuorel& src, std::int32_t index, std::int32_t len);
+  /// Views all of src.
+  TVec& SetSubRange(const TDenseQuorel& src) { return SetSubRange(src, 0, -1); }
+  /// Views src[beginIndex .. endIndex].
+  TVec& SetSubIndex(const TDenseQuorel& src, std::int32_t beginIndex, std::int32_t endIndex) {
+    return SetSubRange(src, beginIndex, endIndex - beginIndex + 1);
+  }
+
+  // --- element access -------------------------------------------------------------------------
+  double& operator[](std::int32_t i) { return fValues[i]; }
+  double operator[](std::int32_t i) const { return fValues[i]; }
+  double* PValues(std::int32_t i) const { return PValues1D(i); }
+  TCplx* PCValues(std::int32_t i) const { return PCValues1D(i); }
+  std::int32_t* PIValues(std::int32_t i) const { return PIValues1D(i); }
+  /// Net count of switches to real minus switches to complex.
+  std::int32_t ComplexSwitches() const { return fComplexSwitches; }
+
+ protected:
+  void DoSetComplex() override;
+  double* CachePointer() const override;
+  std::int32_t CacheLength() const override;
+  void FreeToCache() override;
+
+ private:
+  void MoveFrom(TVec& other) noexcept;
+
+  std::int32_t fComplexSwitches = 0;
+  bool fAdopted = false;
+};
+
+}  // namespace quorel

@@ -1,0 +1,181 @@
+// Sub-ranges, views, block-wise processing and argument checks.
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "quorel/core/startup.h"
+#include "quorel/objects/vec.h"
+
+namespace quorel {
+namespace {
+
+template <class E, class F>
+std::string MessageOf(F&& f) {
+  try {
+    f();
+  } catch (const E& e) {
+    return e.what();
+  }
+  return "<no exception>";
+}
+
+TVec Ramp(int n) {
+  TVec v;
+  v.SetLength(n);
+  for (int i = 0; i < n; ++i) v[i] = i;
+  return v;
+}
+
+TEST(SubRange, OwnStorageAndNesting) {
+  TVec v = Ramp(10);
+  v.SetSubRange(3, -1);
+  EXPECT_TRUE(v.IsSubRange());
+  EXPECT_EQ(v.Length(), 7);
+  EXPECT_EQ(v[0], 3);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { v.SetLength(2); }), "IsSubRange = True!");
+  // A nested range is placed relative to the full range, not to the current one.
+  v.SetSubRange(8, 2);
+  EXPECT_EQ(v[0], 8);
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { v.SetSubRange(9, 2); }),
+            "Self params out of range: Index: 9, Len: 2, SavedLength: 10");
+  v.set_Complex(true);
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { v.SetSubRange(4, 2); }),
+            "Self params out of range: 2*Index: 8, 2*Len: 4, SavedLength: 10");
+  v.SetSubRange(4, 1);
+  EXPECT_EQ(v.CValues()[0], (TCplx{8, 9}));
+  v.SetFullRange();
+  EXPECT_FALSE(v.IsSubRange());
+  EXPECT_FALSE(v.Complex());
+  EXPECT_EQ(v.Length(), 10);
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { v.SetSubRange(8, 3); }),
+            "Self params out of range: Index: 8, Len: 3, Length: 10");
+}
+
+TEST(SubRange, ComplexFullRangeViewedAsReal) {
+  TVec c;
+  c.SetCplx({{0, 1}, {2, 3}, {4, 5}});
+  c.SetSubRange(0, 1);
+  c.set_Complex(false);
+  c.SetSubRange(4, 2);  // real index into the 6 doubles of the complex full range
+  EXPECT_EQ(c[1], 5);
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { c.SetSubRange(5, 2); }),
+            "Self params out of range: Index: 5, Len: 2, SavedLength: 3");
+  c.SetFullRange();
+  EXPECT_TRUE(c.Complex());
+  EXPECT_EQ(c.Length(), 3);
+}
+
+TEST(SubRange, SelectFlagsAreMirrored) {
+  TVec v = Ramp(4);
+  v.EnableSelect();
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { v.SetSubRange(0, 1); }), "Subrange is blocked!");
+  v.DisableSelect();
+  v.SetSubRange(0, 1);
+  v.SetFullRange();
+  v.DisableSubrange();
+  EXPECT_THROW(v.Select(1, 1), EQuorelException);
+  v.SelectAll();  // full range allows sub-ranges again
+  EXPECT_NO_THROW(v.Select(1, 1));
+}
+
+TEST(SubRange, ViewOntoAnotherVector) {
+  TVec src = Ramp(6);
+  TVec view;
+  view.SetLength(2);
+  view.SetSubRange(src, 2, 3);
+  EXPECT_EQ(view.Length(), 3);
+  view[0] = 42;
+  EXPECT_EQ(src[2], 42);
+  EXPECT_THROW(view.SetSubRange(src, 4, 3), EQuorelRangeError);
+  view.SetFullRange();
+  EXPECT_EQ(view.Length(), 2);  // its own storage comes back
+  TVec empty;
+  view.SetSubRange(empty);
+  EXPECT_EQ(view.Length(), 0);
+  view.SetFullRange();
+}
+
+TEST(BlockProcessing, WalksBlocksAndRestores) {
+  TVec v = Ramp(10);
+  std::vector<std::pair<double, int>> seen;
+  v.BlockInit(4);
+  while (!v.BlockEnd()) {
+    seen.emplace_back(v[0], v.Length());
+    v.BlockNext();
+  }
+  ASSERT_EQ(seen.size(), 3u);
+  EXPECT_EQ(seen[2], (std::pair<double, int>{8, 2}));
+  EXPECT_FALSE(v.IsSubRange());
+  EXPECT_EQ(v.Length(), 10);
+  EXPECT_EQ(v.BlockLevel(), 0);
+}
+
+TEST(BlockProcessing, NestedUsersShareTheOuterLoop) {
+  TVec v = Ramp(10);
+  int outer = 0, inner = 0;
+  v.BlockInit(5);
+  while (!v.BlockEnd()) {
+    v.BlockInit();  // a routine called on the current block joins the loop
+    while (!v.BlockEnd()) {
+      ++inner;
+      v.BlockNext();
+    }
+    ++outer;
+    v.BlockNext();
+  }
+  EXPECT_EQ(outer, 2);
+  EXPECT_EQ(inner, 2);
+  EXPECT_FALSE(v.IsSubRange());
+}
+
+TEST(BlockProcessing, ErrorStatesAndEmpty) {
+  TVec v = Ramp(3);
+  v.SetSubRange(0, 1);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { v.BlockInit(); }), "IsSubRange = True!");
+  v.SetFullRange();
+  TVec empty;
+  empty.BlockInit();
+  EXPECT_TRUE(empty.BlockEnd());
+  empty.BlockNext();
+  EXPECT_EQ(empty.BlockLevel(), 0);
+  v.BlockInit(2);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { v.Reset(); }), "BlockLevel > 0");
+  while (!v.BlockEnd()) v.BlockNext();
+  EXPECT_EQ(QuorelBlockSize, 800);
+}
+
+TEST(Validate, MessagesAndMinusOneRule) {
+  TVec s = Ramp(5), x = Ramp(3);
+  int len = -1;
+  s.ValidateParams(2, len);
+  EXPECT_EQ(len, 3);
+  len = 2;
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateParams(s, 0, 0, len); }),
+            "Invalid params: X is equal to Self");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateParams(x, 2, 0, len); }),
+            "X params out of range: XIndex: 2, Len: 2, X.Length: 3");
+  EXPECT_NO_THROW(s.ValidateParams2(s, 0, 0, len));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateParams(x, s, 0, 0, 0, len); }),
+            "Invalid params: X1 or X2 is equal to Self");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateParams(x, x, 0, 2, 0, len); }),
+            "X2 params out of range: Index: 2, Len: 2, Length: 3");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateRealIndexLen(4, 2); }),
+            "Index params out of range: Index: 4, RealSrcLen: 2, Self.Length: 5");
+  len = 2;
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateRealArrayIndexes(1, 2, 0, len); }),
+            "ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (1 + 2 > 2)");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateCplxArrayIndexes(0, 2, 0, len); }),
+            "ValidateCplxArrayIndexes: Self must be Complex");
+  s.CondDisable();
+  len = -1;
+  s.ValidateParams(4, len);  // the -1 rule applies with checks off
+  EXPECT_EQ(len, 1);
+  len = 100;
+  EXPECT_NO_THROW(s.ValidateParams(x, 50, 0, len));
+  s.CondEnable();
+  EXPECT_TRUE(s.ConditionCheck());
+}
+
+}  // namespace
+}  // namespace quorel
