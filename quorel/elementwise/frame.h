@@ -1,0 +1,269 @@
+#pragma once
+// The element-wise frame: every overload shape of every element-wise method is written here once.
+// A method is an operation object (its kernels and its messages) handed to one of these templates;
+// the templates check arguments, size Self, promote real to complex where needed and call the
+// operation's kernel once over the whole run.
+//
+// Internal to the library: included only by the element-wise .cpp files.
+
+#include <cstddef>
+#include <cstdint>
+#include <algorithm>
+#include <type_traits>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/dense.h"
+#include "quorel/objects/vec.h"
+
+namespace quorel::frame {
+
+using Index = std::int32_t;
+
+/// What an operation does with complex data.
+enum class Rule : std::uint8_t {
+  Both,      // own real and complex kernels; the result has the source's kind
+  Parts,     // complex data is 2n independent doubles for the real kernel
+  ToReal,    // complex data gives a real result (modulus-like)
+  RealOnly,  // complex data is refused
+};
+
+/// Messages of a unary operation; null where the operation has none.
+struct UnaryMessages {
+  const char* xIsSelf;         // "Sqrt: X = Self"
+  const char* complexMismatch; // "Sqrt: Self.Complex <> X.Complex"
+  const char* selfComplex = nullptr;  // RealOnly: complex Self, checked always
+  const char* srcComplex = nullptr;   // RealOnly: complex source
+};
+
+// --- small accessors shared by the frame --------------------------------------------------------
+
+inline double* R(TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
+inline const double* R(const TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
+inline TCplx* C(TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
+inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
+inline bool Same(const TQuorel& a, const TQuorel& b) { return &a == &b; }
+
+/// Raises EQuorelInvalidArgument with `msg` when `failed`.
+inline void Require(bool ok, const char* msg) {
+  if (!ok) EInvalidArgumentRaise(msg);
+}
+
+/// Re-sizes Self to the same length with `complex` and fills it with `fill(copy, self)`, where
+/// copy holds Self's old values in a cached work vector (given back on every path).
+template <class Fill>
+void Refill(TDenseQuorel& self, bool complex, Fill&& fill) {
+  TWorkVec copy;
+  copy->Copy(self);
+  self.Size(*copy, complex);
+  fill(static_cast<const TDenseQuorel&>(*copy), self);
+}
+
+// --- unary shapes ----------------------------------------------------------------------------------
+
+template <class Op>
+void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDenseQuorel& r, Index ri, Index n) {
+  if (n == 0) return;
+  if constexpr (Op::rule == Rule::Parts) {
+    const Index k = complex ? 2 : 1;
+    op(R(x, xi * k), R(r, ri * k), static_cast<std::ptrdiff_t>(n) * k);
+  } else if constexpr (Op::rule == Rule::ToReal) {
+    if (complex) op(C(x, xi), R(r, ri), n);
+    else op(R(x, xi), R(r, ri), n);
+  } else if constexpr (Op::rule == Rule::RealOnly) {
+    op(R(x, xi), R(r, ri), n);
+  } else {
+    if (complex) op(C(x, xi), C(r, ri), n);
+    else op(R(x, xi), R(r, ri), n);
+  }
+}
+
+/// F(): in place on all of Self.
+template <class Op>
+TDenseQuorel& Unary(TDenseQuorel& self, const Op& op) {
+  if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
+  if (self.Length() == 0) {
+    if constexpr (Op::rule == Rule::ToReal) self.set_Complex(false);
+    return self;
+  }
+  if constexpr (Op::rule == Rule::ToReal) {
+    if (self.Complex()) {
+      Refill(self, false, [&](const TDenseQuorel& copy, TDenseQuorel& out) { RunUnary(op, true, copy, 0, out, 0, out.Length()); });
+      return self;
+    }
+  }
+  RunUnary(op, self.Complex(), self, 0, self, 0, self.Length());
+  return self;
+}
+
+/// F(Index, Len): in place on a range of Self.
+template <class Op>
+TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
+  self.ValidateParams(index, len);
+  if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
+  if constexpr (Op::rule == Rule::ToReal) {
+    // A modulus cannot be stored in place of part of a complex object.
+    if (self.ConditionCheck()) Require(!self.Complex(), op.msgs.complexMismatch);
+  }
+  RunUnary(op, self.Complex(), self, index, self, index, len);
+  return self;
+}
+
+/// F(X): Self := f(X), sized like X.
+template <class Op>
+TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
+  if (self.ConditionCheck()) Require(!Same(self, x), op.msgs.xIsSelf);
+  if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
+  const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
+  self.Size(x, resultComplex);
+  RunUnary(op, x.Complex(), x, 0, self, 0, x.Length());
+  return self;
+}
+
+/// F(X, XIndex, Index, Len): Self[Index+i] := f(X[XIndex+i]); Self is not resized.
+template <class Op>
+TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index, Index len) {
+  self.ValidateParams(x, xIndex, index, len);
+  if (self.ConditionCheck()) {
+    Require(!Same(self, x), op.msgs.xIsSelf);
+    const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
+    Require(self.Complex() == resultComplex, op.msgs.complexMismatch);
+  }
+  if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
+  RunUnary(op, x.Complex(), x, xIndex, self, index, len);
+  return self;
+}
+
+// --- binary and scalar shapes --------------------------------------------------------------------
+
+/// Messages of a binary operation.
+struct BinaryMessages {
+  const char* selfIsVec;      // "TQuorel.Add: Self = Vec"
+  const char* lengthInPlace;  // "TQuorel.Divide: Length <> Vec.Length"
+  const char* pairSelf;       // "TQuorel.Add: (Self = Vec1) or (Self = Vec2)"
+  const char* pairLength;     // "TQuorel.Add: Vec1.Length <> Vec2.Length"
+  const char* rangeComplex;   // range form whose Self has the wrong kind
+};
+
+/// Makes a real Self complex with zero imaginary parts (zeros) or each value in both parts.
+void ExtendToComplex(TDenseQuorel& self, bool zeros);
+
+/// r := a op b for every mix of real and complex operands (r complex unless both are real).
+template <class Op>
+void RunBinary(const Op& op, const TDenseQuorel& a, Index ai, const TDenseQuorel& b, Index bi, TDenseQuorel& r,
+               Index ri, Index n) {
+  if (n == 0) return;
+  const bool ac = a.Complex(), bc = b.Complex();
+  if (!ac && !bc) op(R(a, ai), R(b, bi), R(r, ri), n);
+  else if (ac && bc) op(C(a, ai), C(b, bi), C(r, ri), n);
+  else if (ac) op(C(a, ai), R(b, bi), C(r, ri), n);
+  else op(R(a, ai), C(b, bi), C(r, ri), n);
+}
+
+/// F(Vec): Self := Self op Vec; a real Self becomes complex for a complex Vec.
+template <class Op>
+TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec) {
+  if (self.ConditionCheck()) {
+    Require(!Same(self, vec), op.msgs.selfIsVec);
+    Require(self.Length() == vec.Length(), op.msgs.lengthInPlace);
+  }
+  if (!self.Complex() && vec.Complex()) {
+    Refill(self, true, [&](const TDenseQuorel& copy, TDenseQuorel& out) {
+      RunBinary(op, copy, 0, vec, 0, out, 0, out.Length());
+    });
+    return self;
+  }
+  RunBinary(op, self, 0, vec, 0, self, 0, self.Length());
+  return self;
+}
+
+/// F(Vec, VecIndex, Index, Len): Self[Index+i] := Self[Index+i] op Vec[VecIndex+i]. A complex Vec
+/// turns all of a real Self complex first, even for Len 0.
+template <class Op>
+TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, Index vecIndex, Index index,
+                     Index len) {
+  self.ValidateParams(vec, vecIndex, index, len);
+  if (!self.Complex() && vec.Complex()) ExtendToComplex(self, true);
+  RunBinary(op, self, index, vec, vecIndex, self, index, len);
+  return self;
+}
+
+/// F(Vec1, Vec2): Self := Vec1 op Vec2, sized like Vec1, complex when either is.
+template <class Op>
+TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  if (self.ConditionCheck()) {
+    Require(!Same(self, vec1) && !Same(self, vec2), op.msgs.pairSelf);
+    Require(vec1.Length() == vec2.Length(), op.msgs.pairLength);
+  }
+  self.Size(vec1, vec1.Complex() || vec2.Complex());
+  RunBinary(op, vec1, 0, vec2, 0, self, 0, std::min(vec1.Length(), vec2.Length()));
+  return self;
+}
+
+/// F(Vec1, Vec2, Vec1Index, Vec2Index, Index, Len): ranges, Self not resized.
+template <class Op>
+TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec1, const TDenseQuorel& vec2,
+                     Index vec1Index, Index vec2Index, Index index, Index len) {
+  self.ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
+  if (self.ConditionCheck()) Require(self.Complex() == (vec1.Complex() || vec2.Complex()), op.msgs.rangeComplex);
+  RunBinary(op, vec1, vec1Index, vec2, vec2Index, self, index, len);
+  return self;
+}
+
+/// r := a op v for a real or complex array and a real or complex scalar.
+template <class Op, class S>
+void RunScalar(const Op& op, const TDenseQuorel& a, Index ai, const S& v, TDenseQuorel& r, Index ri, Index n) {
+  if (n == 0) return;
+  if constexpr (std::is_same_v<S, double>) {
+    if (a.Complex()) op(C(a, ai), v, C(r, ri), n);
+    else op(R(a, ai), v, R(r, ri), n);
+  } else {
+    if (a.Complex()) op(C(a, ai), v, C(r, ri), n);
+    else op(R(a, ai), v, C(r, ri), n);
+  }
+}
+
+/// F(Value) / F(CValue): in place; a complex value makes a real Self complex.
+template <class Op, class S>
+TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v) {
+  if constexpr (!std::is_same_v<S, double>) {
+    if (!self.Complex()) {
+      Refill(self, true, [&](const TDenseQuorel& copy, TDenseQuorel& out) { RunScalar(op, copy, 0, v, out, 0, out.Length()); });
+      return self;
+    }
+  }
+  RunScalar(op, self, 0, v, self, 0, self.Length());
+  return self;
+}
+
+/// F(Value, Index, Len) / F(CValue, Index, Len): in place on a range.
+template <class Op, class S>
+TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, Index len) {
+  self.ValidateParams(index, len);
+  if constexpr (!std::is_same_v<S, double>) {
+    if (!self.Complex()) ExtendToComplex(self, true);
+  }
+  RunScalar(op, self, index, v, self, index, len);
+  return self;
+}
+
+/// F(Vec, Value) / F(Vec, CValue): Self := Vec op value, sized like Vec.
+template <class Op, class S>
+TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v) {
+  if (self.ConditionCheck()) Require(!Same(self, vec), op.msgs.selfIsVec);
+  self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
+  RunScalar(op, vec, 0, v, self, 0, vec.Length());
+  return self;
+}
+
+/// F(Vec, Value, VecIndex, Index, Len): ranges, Self not resized.
+template <class Op, class S>
+TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v, Index vecIndex,
+                     Index index, Index len) {
+  self.ValidateParams(vec, vecIndex, index, len);
+  if (self.ConditionCheck())
+    Require(self.Complex() == (vec.Complex() || !std::is_same_v<S, double>), op.msgs.rangeComplex);
+  RunScalar(op, vec, vecIndex, v, self, index, len);
+  return self;
+}
+
+}  // namespace quorel::frame
