@@ -6,4 +6,5 @@
 #include "quorel/core/fpu.h"
 #include "quorel/core/memory.h"
 #include "quorel/core/startup.h"
+#include "quorel/core/text.h"
 #include "quorel/core/types.h"
