@@ -225,7 +225,8 @@ int RoundForLayout(const TLayout& l, TDecimal& d) {
     RoundKeep(d, static_cast<long>(d.Point) + l.FracCount);
     return 0;
   }
-  const int intDigits = std::max(1, l.IntCount);
+  // The "0"s before the point fix the mantissa's integer digits; "#"s there add none.
+  const int intDigits = std::max(1, l.IntForced);
   RoundKeep(d, static_cast<long>(intDigits) + l.FracCount);
   if (d.IsZero()) return 0;
   const int exp10 = d.Point - intDigits;
