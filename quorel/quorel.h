@@ -6,6 +6,7 @@
 #include "quorel/core/fpu.h"
 #include "quorel/core/memory.h"
 #include "quorel/core/startup.h"
+#include "quorel/core/text.h"
 #include "quorel/core/types.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"

@@ -1,0 +1,212 @@
+#include <clocale>
+#include <cmath>
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/constants.h"
+#include "quorel/core/errors.h"
+#include "quorel/core/text.h"
+
+namespace quorel {
+namespace {
+
+using namespace std::string_literals;
+
+// Switches LC_NUMERIC to the first installed locale with a comma separator, back to "C" after.
+class CommaLocale {
+ public:
+  CommaLocale() {
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8", "nl_NL.UTF-8",
+                             "it_IT.UTF-8", "es_ES.UTF-8", "ru_RU.UTF-8", "de_DE"}) {
+      if (std::setlocale(LC_NUMERIC, name) != nullptr && std::strcmp(std::localeconv()->decimal_point, ",") == 0) {
+        active_ = true;
+        return;
+      }
+    }
+    std::setlocale(LC_NUMERIC, "C");
+  }
+  ~CommaLocale() { std::setlocale(LC_NUMERIC, "C"); }
+  bool Active() const { return active_; }
+
+ private:
+  bool active_ = false;
+};
+
+// f must raise E with exactly this message.
+template <class E, class F>
+void ExpectRaises(F f, const char* message) {
+  try {
+    f();
+    ADD_FAILURE() << "no exception, expected " << message;
+  } catch (const E& e) {
+    EXPECT_STREQ(e.what(), message);
+  }
+}
+
+void ExpectCplx(const TCplx& z, double re, double im, const std::string& text) {
+  EXPECT_EQ(z.Re, re) << text;
+  EXPECT_EQ(z.Im, im) << text;
+}
+
+TEST(StrToFloat, StrictGrammar) {
+  EXPECT_EQ(StrToFloat(" \t42 "), 42.0);
+  EXPECT_EQ(StrToFloat("+.5"), 0.5);
+  EXPECT_EQ(StrToFloat("5."), 5.0);
+  EXPECT_EQ(StrToFloat("-1.25E-2"), -0.0125);
+  EXPECT_EQ(StrToFloat("007"), 7.0);
+  EXPECT_EQ(StrToFloat("0.000123e+3"), 0.123);
+  EXPECT_TRUE(std::signbit(StrToFloat("-0")));
+  for (const std::string bad : {"", " ", "+", "-", ".", "e5", "1e", "1e+", "--1", "+-1", "1..2", "0x10",
+                                "nan", "inf", "1 2", "1,000", "1e5.5", "\xEF\xBC\x91"}) {
+    double x = 99.0;
+    EXPECT_FALSE(TryStrToFloat(bad, x)) << bad;
+    EXPECT_EQ(x, 99.0) << bad;
+  }
+  ExpectRaises<EConvertError>([] { StrToFloat("abc"); }, "'abc' is not a valid floating point value");
+}
+
+TEST(StrToFloat, CorrectlyRoundedAtTheEdges) {
+  EXPECT_EQ(StrToFloat("0.1"), 0.1);
+  EXPECT_EQ(StrToFloat("1.7976931348623157e308"), 1.7976931348623157e308);
+  EXPECT_EQ(StrToFloat("1.7976931348623158e308"), 1.7976931348623157e308);  // below the halfway point
+  EXPECT_EQ(StrToFloat("1.7976931348623159e308"), INF);
+  EXPECT_EQ(StrToFloat("-1e400"), -INF);
+  EXPECT_EQ(StrToFloat("3e-324"), 5e-324);
+  EXPECT_EQ(StrToFloat("2e-324"), 0.0);
+  EXPECT_EQ(StrToFloat("1e999999999999"), INF);
+  EXPECT_EQ(StrToFloat("1e-999999999999"), 0.0);
+  EXPECT_EQ(StrToFloat("0e999999999999"), 0.0);
+  EXPECT_EQ(StrToFloat("1e00000000000000000000000000003"), 1000.0);
+  // 1 + 2^-53 exactly is a tie and goes to even; one far-away non-zero digit breaks the tie.
+  const std::string tie = "1.00000000000000011102230246251565404236316680908203125";
+  EXPECT_EQ(StrToFloat(tie), 1.0);
+  EXPECT_EQ(StrToFloat(tie + std::string(2000, '0') + "1"), std::nextafter(1.0, 2.0));
+  // Long mantissas whose exponent brings them back into range.
+  EXPECT_EQ(StrToFloat(std::string(10000, '1') + "e-9990"), 1111111111.1111111);
+  EXPECT_EQ(StrToFloat("0." + std::string(9999, '0') + "15e10000"), 1.5);
+}
+
+TEST(StrToVal, WordsAndSeparators) {
+  EXPECT_TRUE(std::isnan(StrToVal("nan")));
+  EXPECT_TRUE(std::signbit(StrToVal("-NaN")));
+  EXPECT_EQ(StrToVal("-Inf"), -INF);
+  EXPECT_EQ(StrToVal("Infinity"), INF);
+  EXPECT_EQ(StrToVal("1,25"), 1.25);
+  EXPECT_EQ(StrToVal("1.25"), 1.25);
+  EXPECT_EQ(StrToSample("-3,5e1"), -35.0);
+  for (const std::string bad : std::initializer_list<std::string>{"", "abc", "1,000.5", "1.2.3", "--1", "e5", "1e", "1\0"s, "\xC3\xA9"}) {
+    EXPECT_THROW(StrToVal(bad), EConvertError) << bad;
+    EXPECT_THROW(StrToSample(bad), EConvertError) << bad;
+  }
+  ExpectRaises<EConvertError>([] { StrToVal("1,x"); }, "'1,x' is not a valid floating point value");
+}
+
+TEST(StrToVal, CommaLocale) {
+  CommaLocale locale;
+  if (!locale.Active()) GTEST_SKIP() << "no locale with a comma decimal separator is installed";
+  EXPECT_EQ(StrToVal("1,25"), 1.25);
+  EXPECT_EQ(StrToVal("1.25"), 1.25);  // repaired
+  EXPECT_FALSE([] { double x; return TryStrToFloat("1.25", x); }());
+  EXPECT_EQ(SampleToStr(1.5, 15, 0), "1,5");
+  EXPECT_EQ(SampleToStr(1.5e20, 15, 2), "1,5E+20");
+  EXPECT_EQ(CplxToStr({1.5, -2.5}), "1,5-2,5i");
+  EXPECT_EQ(FormatSample("0.00", 1.5), "1,50");
+  EXPECT_EQ(FormatSample("#,##0.00", 1234.5), std::string("1") + std::localeconv()->thousands_sep + "234,50");
+  EXPECT_EQ(StrToCplx("1,5-2,5i"), (TCplx{1.5, -2.5}));
+}
+
+TEST(StrToCplx, Forms) {
+  const struct { const char* text; double re, im; } rows[] = {
+      {"3-4i", 3, -4},       {"-i", 0, -1},          {"2i", 0, 2},        {"1e-3+2i", 0.001, 2},
+      {"1+i", 1, 1},         {"5", 5, 0},            {"1E+5-2E-3i", 1e5, -0.002}, {"i", 0, 1},
+      {"+i", 0, 1},          {"-2.5e+3i", 0, -2500}, {" +3i", 0, 3},      {"1-ijunk", 1, -1},
+      {"1.5+2,5i", 1.5, 2.5}, {"-1-1i", -1, -1},
+  };
+  for (const auto& r : rows) ExpectCplx(StrToCplx(r.text), r.re, r.im, r.text);
+  for (const std::string bad : {"", "x+i", "1+xi", " i", "j", "1+2j"}) EXPECT_THROW(StrToCplx(bad), EConvertError) << bad;
+}
+
+TEST(CplxToStr, Forms) {
+  const struct { TCplx z; int digits; const char* text; } rows[] = {
+      {{1, 2}, 0, "1+2i"},   {{1, -1}, 0, "1-i"},     {{0, 1}, 0, "i"},      {{3, 0}, 0, "3"},
+      {{0, -1}, 0, "-i"},    {{2, -3}, 0, "2-3i"},    {{0, 0}, 0, "0"},      {{0, 2.5}, 0, "2.5i"},
+      {{1e20, 0.5}, 2, "1E+20+0.5i"},  {{-1e-20, -2.5e30}, 0, "-1E-20-2.5E+30i"},
+      {{NaN, 0}, 0, "NAN"},  {{1, -INF}, 0, "1-INFi"},
+  };
+  for (const auto& r : rows) {
+    EXPECT_EQ(CplxToStr(r.z, r.digits), r.text);
+    const TCplx back = StrToCplx(r.text);  // the text reads back
+    if (!std::isnan(r.z.Re)) ExpectCplx(back, r.z.Re, r.z.Im, r.text);
+  }
+}
+
+TEST(FormatCplx, PartsWithoutAddedSign) {
+  const std::string re = "0.00", im = "+0.00'i';-0.00'i'";
+  EXPECT_EQ(FormatCplx({1, 2}, re, im), "1.00+2.00i");
+  EXPECT_EQ(FormatCplx({1, -2}, re, im), "1.00-2.00i");
+  EXPECT_EQ(FormatCplx({0, 2}, re, im), "+2.00i");
+  EXPECT_EQ(FormatCplx({3, 0}, re, im), "3.00");
+  EXPECT_EQ(FormatCplx({0, 0}, re, im), "0.00");
+  EXPECT_EQ(FormatCplx({1, 2}, "0", "0"), "12");  // deliberately nothing in between
+  EXPECT_EQ(FormatCplx({1, -1}, "", im), "1-i");
+  EXPECT_EQ(FormatCplx({1, -1}, re, ""), "1-i");
+  EXPECT_EQ(FormatSample(2.5, "0.0"), FormatSample("0.0", 2.5));
+  EXPECT_EQ(SampleToStr(1.0 / 3.0, 4, 0), "0.3333");
+}
+
+TEST(OffsetPos, Search) {
+  EXPECT_EQ(OffsetPos("b", "abcb", 1), 2);
+  EXPECT_EQ(OffsetPos("b", "abcb", 3), 4);
+  EXPECT_EQ(OffsetPos("cb", "abcb", 3), 3);
+  EXPECT_EQ(OffsetPos("b", "abcb", 5), 0);
+  EXPECT_EQ(OffsetPos("b", "abcb", 1000), 0);
+  EXPECT_EQ(OffsetPos("", "abc", 1), 0);
+  EXPECT_EQ(OffsetPos("\0"s, "a\0b"s, 1), 2);
+  for (int offset : {0, -5}) ExpectRaises<EQuorelException>([=] { OffsetPos("b", "abc", offset); }, "Offset < 1");
+}
+
+TEST(ExtractCplx, SkipsEmptyFieldsAndStopsAtTheEnd) {
+  const std::string line = "1+i;;2";
+  int pos = 1;
+  ExpectCplx(ExtractCplx(line, pos, ";"), 1, 1, "first");
+  EXPECT_EQ(pos, 5);
+  ExpectCplx(ExtractCplx(line, pos, ";"), 2, 0, "second");
+  EXPECT_EQ(pos, 7);
+  ExpectCplx(ExtractCplx(line, pos, ";"), 0, 0, "past the end");
+  EXPECT_EQ(pos, 7);
+
+  pos = 1;
+  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 0, -1, "multi-byte delimiter");
+  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 3, 0, "second");
+  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 0, 4, "third");
+  pos = 1;
+  ExpectCplx(ExtractCplx("1-2i", pos, ""), 1, -2, "no delimiter reads the rest");
+  EXPECT_EQ(pos, 5);
+  pos = 0;
+  EXPECT_THROW(ExtractCplx(line, pos, ";"), EQuorelException);
+}
+
+TEST(ExtractSample, ReadsLineAndKeepsPosOnError) {
+  const std::string line = ";1.5;2,5;;-3;";
+  int pos = 1;
+  double got[4];
+  for (double& v : got) v = ExtractSample(line, pos, ";");
+  EXPECT_EQ(got[0], 1.5);
+  EXPECT_EQ(got[1], 2.5);
+  EXPECT_EQ(got[2], -3.0);
+  EXPECT_EQ(got[3], 0.0);  // past the end
+  EXPECT_EQ(pos, static_cast<int>(line.size()) + 1);
+
+  pos = 1;
+  EXPECT_EQ(ExtractSample("1 x 2", pos, " "), 1.0);
+  EXPECT_THROW(ExtractSample("1 x 2", pos, " "), EConvertError);
+  EXPECT_EQ(pos, 3);  // unchanged by the failed read
+  pos = 1;
+  EXPECT_EQ(ExtractSample("", pos, ";"), 0.0);
+  EXPECT_EQ(pos, 1);
+}
+
+}  // namespace
+}  // namespace quorel
