@@ -7,8 +7,8 @@
 namespace quorel {
 
 std::int32_t QuorelBlockSize = 800;
-std::string QuorelWorkingDir;
-TIntegerArray QuorelPrimeArray;
+constinit std::string QuorelWorkingDir;
+constinit TIntegerArray QuorelPrimeArray;
 
 namespace {
 std::atomic<int> core_users{0};

@@ -18,6 +18,132 @@ class TDenseQuorel : public TQuorel {
 #include "quorel/objects/dense_methods.inc"
 #undef QUOREL_SELF_METHOD
 
+  // --- reductions: whole object or the range (Index, Len) -------------------------------------
+  // Empty input: sums and means give 0; extremes, deviations, moments and norms give NaN and an
+  // index of -1. Real-only reductions refuse complex data with "Complex = True" and the reverse.
+
+  /// Sum of a real object (computed as Length x mean).
+  double Sum() const;
+  double Sum(std::int32_t index, std::int32_t len) const;
+  /// Sum of a complex object.
+  TCplx Sumc() const;
+  TCplx Sumc(std::int32_t index, std::int32_t len) const;
+  void Sum(TCplx& result) const { result = Sumc(); }
+  void Sum(TCplx& result, std::int32_t index, std::int32_t len) const { result = Sumc(index, len); }
+  /// Arithmetic mean of a real object.
+  double Mean() const;
+  double Mean(std::int32_t index, std::int32_t len) const;
+  void Mean(double& result, std::int32_t index, std::int32_t len) const { result = Mean(index, len); }
+  /// Mean of a complex object.
+  TCplx Meanc() const;
+  TCplx Meanc(std::int32_t index, std::int32_t len) const;
+  void Mean(TCplx& result) const { result = Meanc(); }
+  void Mean(TCplx& result, std::int32_t index, std::int32_t len) const { result = Meanc(index, len); }
+  /// Sample standard deviation (divisor n - 1); NaN for fewer than two elements.
+  double StdDev() const;
+  double StdDev(std::int32_t index, std::int32_t len) const;
+  /// Standard deviation about a given mean.
+  double StdDev(double mean) const;
+  double StdDev(double mean, std::int32_t index, std::int32_t len) const;
+  /// (deviation of the real parts, deviation of the imaginary parts) about a complex mean.
+  TCplx StdDev(const TCplx& mean) const;
+  TCplx StdDev(const TCplx& mean, std::int32_t index, std::int32_t len) const;
+  /// Root mean square, real or complex.
+  double RMS() const;
+  double RMS(std::int32_t index, std::int32_t len) const;
+  /// Largest and smallest value of a real object.
+  double Max() const;
+  double Max(std::int32_t index, std::int32_t len) const;
+  double Min() const;
+  double Min(std::int32_t index, std::int32_t len) const;
+  /// Extreme value and its first position.
+  void Max(double& value, std::int32_t& idx) const;
+  void Max(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  void Min(double& value, std::int32_t& idx) const;
+  void Min(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  /// Both extremes in one pass.
+  void MaxMin(double& max, double& min) const;
+  void MaxMin(double& max, double& min, std::int32_t index, std::int32_t len) const;
+  void MaxMin(double& max, std::int32_t& maxIdx, double& min, std::int32_t& minIdx) const;
+  void MaxMin(double& max, std::int32_t& maxIdx, double& min, std::int32_t& minIdx, std::int32_t index,
+              std::int32_t len) const;
+  /// Complex element of largest (smallest) modulus, ties broken by phase.
+  TCplx Maxc() const;
+  TCplx Maxc(std::int32_t index, std::int32_t len) const;
+  TCplx Minc() const;
+  TCplx Minc(std::int32_t index, std::int32_t len) const;
+  void Max(TCplx& value, std::int32_t& idx) const;
+  void Max(TCplx& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  void Min(TCplx& value, std::int32_t& idx) const;
+  void Min(TCplx& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  /// Median of a real object; Self keeps its order.
+  double Median() const;
+  double Median(std::int32_t index, std::int32_t len) const;
+  /// Adjusted sample skewness; NaN below 3 elements, INF for a zero deviation.
+  double Skewness(double mean, double stdDev) const;
+  double Skewness(double mean, double stdDev, std::int32_t index, std::int32_t len) const;
+  /// Adjusted sample excess kurtosis; NaN below 4 elements, INF for a zero deviation.
+  double Kurtosis(double mean, double stdDev) const;
+  double Kurtosis(double mean, double stdDev, std::int32_t index, std::int32_t len) const;
+  /// Sum of squared magnitudes.
+  double SumOfSquares() const;
+  double SumOfSquares(std::int32_t index, std::int32_t len) const;
+  /// Infinity, L1 and L2 norms (complex: of the moduli).
+  double NormC() const;
+  double NormC(std::int32_t index, std::int32_t len) const;
+  double NormL1() const;
+  double NormL1(std::int32_t index, std::int32_t len) const;
+  double NormL2() const;
+  double NormL2(std::int32_t index, std::int32_t len) const;
+  /// Norm of Self - Vec over min(Length, Vec.Length) elements, relative to the norm of Self.
+  double NormC(const TDenseQuorel& vec, bool relativeError) const;
+  double NormC(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
+               bool relativeError) const;
+  double NormL1(const TDenseQuorel& vec, bool relativeError) const;
+  double NormL1(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
+                bool relativeError) const;
+  double NormL2(const TDenseQuorel& vec, bool relativeError) const;
+  double NormL2(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
+                bool relativeError) const;
+  /// Product of all elements.
+  double Product() const;
+  double Product(std::int32_t index, std::int32_t len) const;
+  TCplx Productc() const;
+  TCplx Productc(std::int32_t index, std::int32_t len) const;
+  void Product(double& result) const { result = Product(); }
+  void Product(TCplx& result) const { result = Productc(); }
+  /// Sum of Self[i] * Vec[i], real only.
+  double DotProd(const TDenseQuorel& vec) const;
+  double DotProd(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len) const;
+  /// Complex dot product; with conjVec the first operand (Self) is conjugated.
+  TCplx DotProdc(const TDenseQuorel& vec) const;
+  TCplx DotProdc(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len) const;
+  TCplx DotProdc(const TDenseQuorel& vec, bool conjVec) const;
+  TCplx DotProdc(const TDenseQuorel& vec, bool conjVec, std::int32_t vecIndex, std::int32_t index,
+                 std::int32_t len) const;
+  /// First and last element.
+  double First() const;
+  double Last() const;
+  TCplx Firstc() const;
+  TCplx Lastc() const;
+  /// Index of the first element equal to value (NaN finds NaN, INF any infinity), -1 if none.
+  std::int32_t Find(double value) const;
+  std::int32_t Find(const TCplx& value) const;
+  /// Equality of kind, integer flag and values within a tolerance.
+  bool IsEqual(const TDenseQuorel& vec) const;
+  bool IsEqual(const TDenseQuorel& vec, double tolerance, TCompare compare) const;
+  bool IsEqual(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
+               double tolerance, TCompare compare) const;
+  bool IsEqual(double value) const;
+  bool IsEqual(double value, double tolerance, TCompare compare) const;
+  bool IsEqual(const TCplx& value) const;
+  bool IsEqual(const TCplx& value, double tolerance, TCompare compare) const;
+  /// IsEqual with an absolute tolerance.
+  bool Equal(const TDenseQuorel& vec, double tolerance) const { return IsEqual(vec, tolerance, cmpAbsolute); }
+  bool Equal(const TDenseQuorel& vec, double tolerance, TCompare compare) const {
+    return IsEqual(vec, tolerance, compare);
+  }
+
  protected:
   TDenseQuorel() = default;
 };

@@ -76,6 +76,7 @@ TEST(Startup, ControlWordAndTables) {
   EXPECT_EQ(QuorelPrimeArray.front(), 2);
   EXPECT_EQ(QuorelPrimeArray.back(), 7919);
   EXPECT_EQ(QuorelBlockSize, 800);
+  EXPECT_EQ(QuorelWorkingDir, "/tmp/");  // set by start-up, not wiped by later initialisation
 }
 
 }  // namespace
