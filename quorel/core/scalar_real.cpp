@@ -96,8 +96,12 @@ double Sech(double x) { return D(1 / std::cosh(L(x))); }
 double Csch(double x) { return D(1 / std::sinh(L(x))); }
 double Coth(double x) { return D(1 / std::tanh(L(x))); }
 // The reciprocal forms are rewritten so that no rounded 1/x meets a sensitive point near |x| = 1.
-double ArcSec(double x) { return D(Fpatan(std::sqrt((L(x) - 1) * (L(x) + 1)), std::copysign(1.0L, x))); }
-double ArcCsc(double x) { return D(Fpatan(std::copysign(1.0L, x), std::sqrt((L(x) - 1) * (L(x) + 1)))); }
+namespace {
+// sqrt(x^2 - 1) with exact factors near |x| = 1; + 0 turns the -0 at x = -1 into +0.
+L SqrtSquareMinusOne(L x) { return std::sqrt((x - 1) * (x + 1) + 0); }
+}  // namespace
+double ArcSec(double x) { return D(Fpatan(SqrtSquareMinusOne(x), std::copysign(1.0L, x))); }
+double ArcCsc(double x) { return D(Fpatan(std::copysign(1.0L, x), SqrtSquareMinusOne(x))); }
 double ArcCot(double x) { return D(Fpatan(std::copysign(1.0L, x), std::fabs(L(x)))); }
 double ArcSech(double x) {
   if (x < 0) return std::numeric_limits<double>::quiet_NaN();
