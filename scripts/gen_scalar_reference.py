@@ -5,7 +5,8 @@ Run once with Debian's /usr/bin/python3 (it has mpmath); the tests only read the
   tests/data/scalar_real.txt     elementary real functions   Name x [y] expected
   tests/data/scalar_special.txt  gamma family and Bessel     Name x expected
   tests/data/scalar_complex.txt  complex functions           Name re im [re im] ref_re ref_im
-With --bessel-centres it prints instead the expansion centres of the J0 evaluation as C++.
+With --bessel-centres it prints instead the expansion centres of the J0 evaluation as C++, and
+with --kernel-tables the extended-precision tables of the exponential and sine kernels.
 """
 import math
 import os
@@ -236,7 +237,40 @@ def bessel_centres(below=82):
     print("};")
 
 
+def split_bits(v, bits):
+    """v rounded to its leading `bits` bits."""
+    e = int(mp.floor(mp.log(abs(v), 2)))
+    return mp.nint(v * mpf(2) ** (bits - 1 - e)) / mpf(2) ** (bits - 1 - e)
+
+
+def pair_table(name, values):
+    print("inline constexpr double %s[][2] = {" % name)
+    for v in values:
+        hi, lo = split(v)
+        print("    {%s, %s}," % (hexd(hi), hexd(lo)))
+    print("};")
+
+
+def kernel_tables():
+    print("// 2^(j/256), j = 0 .. 255, as double pairs hi + lo.")
+    pair_table("kExp2Table", [mpf(2) ** (mpf(j) / 256) for j in range(256)])
+    print("// sin(j pi/32) and cos(j pi/32), j = 0 .. 63, as double pairs hi + lo.")
+    pair_table("kSinTable", [mp.sin(j * mp.pi / 32) if j % 32 else mpf(0) for j in range(64)])
+    pair_table("kCosTable", [mp.cos(j * mp.pi / 32) if (j - 16) % 32 else mpf(0) for j in range(64)])
+    p1 = split_bits(mp.pi / 32, 32)
+    p2 = split_bits(mp.pi / 32 - p1, 32)
+    print("// pi/32 in three parts; the first two have 32 bits, so n times them is exact for n < 2^31.")
+    print("inline constexpr double kPiDiv32[3] = {%s, %s, %s};" % (hexd(p1), hexd(p2), hexd(mp.pi / 32 - p1 - p2)))
+    for name, v in (("kLn2Div256", mp.log(2) / 256), ("kLg2Div256", mp.log10(2) / 256)):
+        p1 = split_bits(v, 32)
+        print("// %s in two parts; the first has 32 bits, so n times it is exact." % name)
+        print("inline constexpr double %s[2] = {%s, %s};" % (name, hexd(p1), hexd(v - p1)))
+
+
 if __name__ == "__main__":
+    if "--kernel-tables" in sys.argv:
+        kernel_tables()
+        sys.exit(0)
     if "--bessel-centres" in sys.argv:
         bessel_centres()
         sys.exit(0)

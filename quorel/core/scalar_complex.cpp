@@ -5,6 +5,7 @@
 
 #include "quorel/core/scalar_util.h"
 #include "quorel/core/x87.h"
+#include "quorel/core/x87_kernels.h"
 
 namespace quorel {
 
@@ -27,7 +28,7 @@ LCplx LnL(const LCplx& z) { return std::log(z); }
 // r * (cos a, sin a).
 TCplx Polar(L r, L a) {
   L s, c;
-  ::sincosl(a, &s, &c);
+  detail::kernels::SinCosL(a, s, c);
   return detail::Round(r * c, r * s);
 }
 
@@ -38,7 +39,7 @@ TCplx PowerL(const TCplx& base, const LCplx& exponent) {
   if (exponent.real() == 0 && exponent.imag() == 0) return C_ONE;
   if (IsZero(base)) return C_ZERO;
   LCplx w = exponent * LnL(Widen(base));
-  return Polar(std::exp(w.real()), w.imag());
+  return Polar(detail::kernels::ExpL(w.real()), w.imag());
 }
 }  // namespace
 
