@@ -71,21 +71,5 @@ TEST(RealFunctions, SmallArgumentsKeepRelativeAccuracy) {
   EXPECT_EQ(Pythag(3e-300, 4e-300), 5e-300);
 }
 
-TEST(RealFunctions, PairedFormsMatchSingleForms) {
-  for (double x : {-1e6, -3.0, -1e-9, 0.5, 2.0, 700.0}) {
-    double s, c;
-    SinCos(x, s, c);
-    EXPECT_EQ(s, Sin(x));
-    EXPECT_EQ(c, Cos(x));
-    SinhCosh(x, s, c);
-    EXPECT_EQ(s, Sinh(x));
-    EXPECT_EQ(c, Cosh(x));
-  }
-  EXPECT_EQ(LogN(2, 1024), 10);
-  EXPECT_EQ(LogN(10, 1e-5), -5);
-  EXPECT_EQ(DegToRad(180), PI);
-  EXPECT_EQ(RadToDeg(PI), 180);
-}
-
 }  // namespace
 }  // namespace quorel

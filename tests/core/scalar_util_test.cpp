@@ -117,19 +117,13 @@ TEST(ScalarUtil, RangeChecksTestLowBoundFirstAndPassNaN) {
   EXPECT_EQ(i, 5);
 }
 
-TEST(ScalarUtil, MinMaxSwapFreeAndNil) {
-  EXPECT_EQ(Max(1.5, -2.0), 1.5);
-  EXPECT_EQ(Min(1.5, -2.0), -2.0);
-  EXPECT_EQ(Max(3, 7), 7);
-  EXPECT_EQ(Min(std::int64_t{3}, std::int64_t{-7}), -7);
-  TCplx a{1, 2}, b{3, 4};
-  Swap(a, b);
-  EXPECT_EQ(a, (TCplx{3, 4}));
-  EXPECT_EQ(b, (TCplx{1, 2}));
-  double x = 1, y = 2;
-  Swap(x, y);
-  EXPECT_EQ(x, 2);
-  int* p = new int(5);
+TEST(ScalarUtil, FreeAndNilClearsBeforeDeleting) {
+  struct Probe {
+    Probe** owner;
+    ~Probe() { EXPECT_EQ(*owner, nullptr); }
+  };
+  Probe* p = nullptr;
+  p = new Probe{&p};
   FreeAndNil(p);
   EXPECT_EQ(p, nullptr);
   FreeAndNil(p);  // null is accepted
