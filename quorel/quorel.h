@@ -4,6 +4,7 @@
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/fpu.h"
+#include "quorel/core/math387.h"
 #include "quorel/core/memory.h"
 #include "quorel/core/startup.h"
 #include "quorel/core/text.h"

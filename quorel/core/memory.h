@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "quorel/core/types.h"
+
 namespace quorel {
 
 /// Blocks larger than this many bytes come from the page allocator instead of the heap.
@@ -27,5 +29,8 @@ inline void* AllignMem(const void* p) {
 inline double PointerToDouble(const void* p) { return *static_cast<const double*>(p); }
 inline double PointerToIndexDouble(const void* p, std::ptrdiff_t i) { return static_cast<const double*>(p)[i]; }
 inline void WriteDouble(void* p, double x) { *static_cast<double*>(p) = x; }
+inline TDCplx PointerToDCplx(const void* p) { return *static_cast<const TDCplx*>(p); }
+inline TDCplx PointerToIndexDCplx(const void* p, std::ptrdiff_t i) { return static_cast<const TDCplx*>(p)[i]; }
+inline void WriteDCplx(void* p, const TDCplx& z) { *static_cast<TDCplx*>(p) = z; }
 
 }  // namespace quorel

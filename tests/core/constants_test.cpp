@@ -66,6 +66,15 @@ TEST(Memory, GlobalAllocRoundTrip) {
   EXPECT_EQ(h, 0);
 }
 
+TEST(Memory, ComplexPointerHelpers) {
+  TCplx buf[3] = {{1, 2}, {3, 4}, {5, 6}};
+  EXPECT_EQ(PointerToDCplx(buf), (TCplx{1, 2}));
+  EXPECT_EQ(PointerToIndexDCplx(buf, 2), (TCplx{5, 6}));
+  WriteDCplx(&buf[1], TCplx{-7, 8});
+  EXPECT_EQ(buf[1], (TCplx{-7, 8}));
+  EXPECT_EQ(PointerToIndexDouble(buf, 3), 8);  // complex k sits at doubles 2k and 2k + 1
+}
+
 TEST(Startup, ControlWordAndTables) {
   EXPECT_EQ(Get8087CW() & 0x0F3F, Quorel8087CW & 0x0F3F);
   std::uint16_t old = SetRoundToTrunc();

@@ -1,0 +1,53 @@
+#include "quorel/core/complex_trig.h"
+
+#include "quorel/core/x87.h"
+
+namespace quorel {
+
+using detail::LCplx;
+
+namespace {
+// f evaluated on the extended-precision value of z, rounded once.
+template <class F>
+TCplx Apply(const TCplx& z, F f) {
+  return detail::Narrow(f(detail::Widen(z)));
+}
+// f at 1/z: the reciprocal stays in extended precision.
+template <class F>
+TCplx ApplyInv(const TCplx& z, F f) {
+  return detail::Narrow(f(1.0L / detail::Widen(z)));
+}
+// 1/f(z).
+template <class F>
+TCplx ApplyRecip(const TCplx& z, F f) {
+  return detail::Narrow(1.0L / f(detail::Widen(z)));
+}
+}  // namespace
+
+TCplx Sin(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::sin(w); }); }
+TCplx Cos(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::cos(w); }); }
+TCplx Tan(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::tan(w); }); }
+TCplx Sec(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::cos(w); }); }
+TCplx Csc(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::sin(w); }); }
+TCplx Cot(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::tan(w); }); }
+TCplx Sinh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::sinh(w); }); }
+TCplx Cosh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::cosh(w); }); }
+TCplx Tanh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::tanh(w); }); }
+TCplx Sech(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::cosh(w); }); }
+TCplx Csch(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::sinh(w); }); }
+TCplx Coth(const TCplx& z) { return ApplyRecip(z, [](const LCplx& w) { return std::tanh(w); }); }
+
+TCplx ArcSin(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::asin(w); }); }
+TCplx ArcCos(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::acos(w); }); }
+TCplx ArcTan(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::atan(w); }); }
+TCplx ArcSec(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::acos(w); }); }
+TCplx ArcCsc(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::asin(w); }); }
+TCplx ArcCot(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::atan(w); }); }
+TCplx ArcSinh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::asinh(w); }); }
+TCplx ArcCosh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::acosh(w); }); }
+TCplx ArcTanh(const TCplx& z) { return Apply(z, [](const LCplx& w) { return std::atanh(w); }); }
+TCplx ArcSech(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::acosh(w); }); }
+TCplx ArcCsch(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::asinh(w); }); }
+TCplx ArcCoth(const TCplx& z) { return ApplyInv(z, [](const LCplx& w) { return std::atanh(w); }); }
+
+}  // namespace quorel

@@ -1,0 +1,127 @@
+#include "quorel/core/gamma.h"
+
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "quorel/core/constants.h"
+#include "quorel/core/x87.h"
+#include "quorel/core/x87_kernels.h"
+
+namespace quorel {
+
+namespace {
+using L = long double;
+
+// 0! .. 30!, each the double nearest to the product formed in extended precision.
+constexpr std::array<double, MaxFactTable + 1> kFactTable = [] {
+  std::array<double, MaxFactTable + 1> t{};
+  L f = 1;
+  t[0] = 1;
+  for (int k = 1; k <= MaxFactTable; ++k) {
+    f *= k;
+    t[k] = static_cast<double>(f);
+  }
+  return t;
+}();
+
+constexpr L kLnSqrt2Pi = 0.918938533204672741780329736405617640L;
+constexpr L kLnPi = 1.14472988584940017414342735135305871L;
+// Where the Stirling series alone is accurate to extended precision.
+constexpr L kStirlingFrom = 12;
+// Below this, Gamma is reflected instead of shifted up.
+constexpr L kReflectBelow = -20;
+
+// B(2k) / (2k (2k - 1)) for k = 1 .. 12 (Bernoulli numbers).
+constexpr L kStirling[] = {
+    1.0L / 12,           -1.0L / 360,          1.0L / 1260,             -1.0L / 1680,
+    1.0L / 1188,         -691.0L / 360360,     1.0L / 156,              -3617.0L / 122400,
+    43867.0L / 244188,   -174611.0L / 125400,  854513.0L / 63756,       -236364091.0L / 1506960,
+};
+
+// ln Gamma(x) for x >= kStirlingFrom.
+L StirlingLnGamma(L x) {
+  L inv = 1 / x, inv2 = inv * inv, s = 0;
+  for (int k = std::size(kStirling) - 1; k >= 0; --k) s = s * inv2 + kStirling[k];
+  return (x - 0.5L) * detail::LnL(x) - x + kLnSqrt2Pi + s * inv;
+}
+
+// x (x + 1) ... up to the first factor >= kStirlingFrom; shifted receives that factor.
+// Factors near zero are exact, so relative accuracy survives near the poles.
+L RisingProduct(L x, L& shifted) {
+  L p = 1;
+  while (x < kStirlingFrom) {
+    p *= x;
+    x += 1;
+  }
+  shifted = x;
+  return p;
+}
+
+// sin(pi x) computed from the exact distance of x to the nearest integer.
+L SinPi(L x) {
+  L n = std::nearbyint(x);
+  L s = std::sin(detail::kPiL * (x - n));
+  return std::fmod(n, 2.0L) == 0 ? s : -s;
+}
+
+bool IsNonPositiveInteger(double x) { return x <= 0 && x == std::floor(x); }
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+}  // namespace
+
+double Gamma(double x) {
+  if (std::isnan(x)) return x;
+  if (x == 0) return std::copysign(INF, x);
+  if (IsNonPositiveInteger(x)) return kNaN;  // includes -INF
+  if (x > MAXGAM) return INF;
+  if (x == std::floor(x)) {  // 1 .. 171: the product is exact to extended precision
+    L f = 1;
+    for (int k = 2; k < x; ++k) f *= k;
+    return static_cast<double>(f);
+  }
+  if (x >= kStirlingFrom) return static_cast<double>(detail::kernels::ExpL(StirlingLnGamma(x)));
+  if (x >= kReflectBelow) {
+    L shifted;
+    L p = RisingProduct(x, shifted);
+    return static_cast<double>(detail::kernels::ExpL(StirlingLnGamma(shifted)) / p);
+  }
+  // Gamma(x) = pi / (sin(pi x) Gamma(1 - x)); far left it is below every double.
+  if (x < -200) return std::copysign(0.0, SgnGamma(x));
+  L g = detail::kernels::ExpL(StirlingLnGamma(1 - L(x)));
+  return static_cast<double>(detail::kPiL / (SinPi(x) * g));
+}
+
+double LnGamma(double x) {
+  if (std::isnan(x)) return x;
+  if (std::isinf(x) || IsNonPositiveInteger(x)) return INF;
+  if (x >= kStirlingFrom) return static_cast<double>(StirlingLnGamma(x));
+  if (x > 0 && x == std::floor(x)) {  // exact (x - 1)!, so LnGamma(1) = LnGamma(2) = 0
+    L f = 1;
+    for (int k = 2; k < x; ++k) f *= k;
+    return static_cast<double>(detail::LnL(f));
+  }
+  if (x >= kReflectBelow) {
+    L shifted;
+    L p = RisingProduct(x, shifted);
+    return static_cast<double>(StirlingLnGamma(shifted) - detail::LnL(std::fabs(p)));
+  }
+  return static_cast<double>(kLnPi - detail::LnL(std::fabs(SinPi(x))) - StirlingLnGamma(1 - L(x)));
+}
+
+double SgnGamma(double x) {
+  if (std::isnan(x)) return x;
+  if (x == 0) return std::copysign(1.0, x);
+  if (x > 0) return 1;
+  if (IsNonPositiveInteger(x)) return kNaN;
+  return std::fmod(std::floor(x), 2.0) == 0 ? 1 : -1;
+}
+
+double Fact(std::int32_t n) {
+  if (n < 0) return kNaN;
+  if (n > MAXFAC) return INF;
+  if (n <= MaxFactTable) return kFactTable[n];
+  return Gamma(n + 1.0);
+}
+
+}  // namespace quorel

@@ -1,0 +1,18 @@
+#pragma once
+// The gamma function, its logarithm and sign, and the factorial.
+
+#include <cstdint>
+
+namespace quorel {
+
+/// Gamma function over the whole real line: +-INF at +-0, NaN at the negative integers,
+/// INF above MAXGAM, signed zero where it underflows far left.
+double Gamma(double x);
+/// ln |Gamma(x)|: INF at the poles (zero and the negative integers) and at +-INF.
+double LnGamma(double x);
+/// The sign of Gamma(x), +1 or -1 (-1 at -0); NaN where Gamma is NaN.
+double SgnGamma(double x);
+/// n!: NaN for n < 0, INF for n > MAXFAC, the table for n <= 30, else Gamma(n + 1).
+double Fact(std::int32_t n);
+
+}  // namespace quorel

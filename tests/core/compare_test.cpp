@@ -1,0 +1,104 @@
+// Tolerance comparisons of reals and the ordering of complex values.
+#include <gtest/gtest.h>
+
+#include "quorel/core/complex_compare.h"
+#include "quorel/core/constants.h"
+
+namespace quorel {
+namespace {
+
+TEST(RealCompare, SpecialValuesCompareByClass) {
+  EXPECT_TRUE(Equal(NaN, NaN, 0));
+  EXPECT_TRUE(Equal(-NaN, NaN));
+  EXPECT_FALSE(Equal(1, NaN, 1e300));
+  EXPECT_FALSE(Equal(NaN, 1, 1e300));
+  EXPECT_TRUE(Equal(INF, -INF, 0));
+  EXPECT_TRUE(Equal(-INF, INF));
+  EXPECT_FALSE(Equal(INF, NaN, 1));
+  EXPECT_FALSE(Equal(NaN, INF, 1));
+  EXPECT_FALSE(Equal(1e308, INF, INF));
+}
+
+TEST(RealCompare, ToleranceBoundIsInclusive) {
+  EXPECT_TRUE(Equal(1, 1.5, 0.5));
+  EXPECT_FALSE(Equal(1, 1.5000001, 0.5));
+  EXPECT_TRUE(Equal(0.1 + 0.2, 0.3, 1e-15));
+  EXPECT_FALSE(Equal(0.1 + 0.2, 0.3));
+  EXPECT_TRUE(Equal(-0.0, 0.0));
+  EXPECT_TRUE(Equal(1e308, -1e308, INF));  // the difference does not overflow
+}
+
+TEST(RealCompare, BiggerAndSmallerNeedMoreThanTolerance) {
+  EXPECT_FALSE(Bigger(2, 1, 1));
+  EXPECT_TRUE(Bigger(2.5, 1, 1));
+  EXPECT_FALSE(Smaller(1, 2, 1));
+  EXPECT_TRUE(Smaller(1, 2.5, 1));
+  EXPECT_FALSE(Bigger(NaN, 1, 0));
+  EXPECT_FALSE(Bigger(1, NaN, 0));
+  EXPECT_FALSE(Smaller(NaN, 1, 0));
+  EXPECT_TRUE(Bigger(INF, 1, 0));
+}
+
+TEST(RealCompare, Classification) {
+  EXPECT_TRUE(IsNan(NaN));
+  EXPECT_FALSE(IsNan(INF));
+  EXPECT_TRUE(IsInf(-INF));
+  EXPECT_FALSE(IsInf(NaN));
+  EXPECT_FALSE(IsInf(1.7976931348623157e308));
+  EXPECT_TRUE(IsNanInf(NaN));
+  EXPECT_TRUE(IsInfNan(-INF));
+  EXPECT_FALSE(IsNanInf(0.0));
+  EXPECT_FALSE(IsNan(4.9e-324));
+  EXPECT_TRUE(IsNan(TCplx{1, NaN}));
+  EXPECT_TRUE(IsInf(TCplx{-INF, 0}));
+  EXPECT_FALSE(IsNanInf(TCplx{1, 2}));
+}
+
+TEST(ComplexCompare, EqualIsComponentWise) {
+  EXPECT_TRUE(Equal(TCplx{1, 1}, TCplx{1.4, 0.6}, 0.5));  // |difference| = 0.57 > 0.5
+  EXPECT_FALSE(Equal(TCplx{1, 1}, TCplx{1.6, 1}, 0.5));
+  EXPECT_TRUE(Equal(TCplx{NaN, 0}, TCplx{0, NaN}, 0));
+  EXPECT_TRUE(Equal(TCplx{INF, 0}, TCplx{0, -INF}));
+  EXPECT_FALSE(Equal(TCplx{INF, 0}, TCplx{1, 0}, 1e300));
+  EXPECT_FALSE(Equal(TCplx{1, 2}, TCplx{1, 2.0000001}));
+  EXPECT_TRUE(Equal(TCplx{2, 0}, 2.0));
+  EXPECT_FALSE(Equal(TCplx{2, 1e-9}, 2.0));
+  EXPECT_TRUE(Equal(2.0, TCplx{2, 1e-9}, 1e-8));
+}
+
+TEST(ComplexCompare, OrderByModulusThenPhase) {
+  EXPECT_TRUE(Bigger(TCplx{0, 1}, TCplx{1, 0}));   // same class 3, smaller Re wins
+  EXPECT_FALSE(Bigger(TCplx{0, -1}, TCplx{1, 0}));  // class 2 below class 3
+  EXPECT_TRUE(Bigger(TCplx{3, 0}, TCplx{0, 2}));
+  EXPECT_TRUE(Smaller(TCplx{1, 0}, TCplx{0, 1}));
+  // Equal moduli walk the circle from -pi to pi: each point is bigger than all before it.
+  const TCplx circle[] = {{-1, -1e-9}, {-0.6, -0.8}, {0, -1}, {0.6, -0.8}, {1, 0},
+                          {0.6, 0.8},  {0, 1},       {-0.6, 0.8}, {-1, 0}};
+  for (std::size_t i = 0; i < std::size(circle); ++i) {
+    for (std::size_t j = 0; j < std::size(circle); ++j) {
+      EXPECT_EQ(Bigger2(circle[i], circle[j]), i > j) << i << " " << j;
+      EXPECT_EQ(Smaller2(circle[i], circle[j]), i < j) << i << " " << j;
+    }
+  }
+}
+
+TEST(ComplexCompare, RealOperandIgnoresItsSign) {
+  EXPECT_FALSE(Bigger(TCplx{2, 0}, -3.0));
+  EXPECT_TRUE(Bigger(TCplx{0, 4}, -3.0));
+  EXPECT_TRUE(Bigger(TCplx{0, 3}, 3.0));     // tie broken by phase
+  EXPECT_TRUE(Smaller(TCplx{0, -3}, -3.0));  // tie: class 2 comes before the class 4 of (-3, 0)
+}
+
+TEST(ComplexCompare, OrEqualMaxMin) {
+  TCplx a{1, 2}, b{2, 1};
+  EXPECT_TRUE(BiggerOrEqual(a, a));
+  EXPECT_TRUE(SmallerOrEqual(a, a));
+  EXPECT_TRUE(BiggerOrEqual(a, b));   // same modulus, a has the larger phase
+  EXPECT_FALSE(SmallerOrEqual(a, b));
+  EXPECT_EQ(Max(a, b), a);
+  EXPECT_EQ(Min(a, b), b);
+  EXPECT_EQ(Max(TCplx{0, 0}, TCplx{0, 0}), (TCplx{0, 0}));
+}
+
+}  // namespace
+}  // namespace quorel
