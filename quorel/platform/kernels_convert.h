@@ -1,0 +1,35 @@
+#pragma once
+// Conversions between double arrays and the storage precisions. Conventions as in
+// kernels_arith.h (here input and output have different types, so they never alias).
+//
+// To integers: rnRound rounds to nearest with ties to even (2.5 -> 2), independent of the
+// processor's rounding mode; rnTrunc rounds toward zero. Results saturate to the type's range
+// (3e9 -> 2147483647, -3e9 -> -2147483648 for int32) and NaN converts to 0.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "quorel/core/types.h"
+
+namespace quorel::kern {
+
+void Convert(const double* x, std::int32_t* r, std::ptrdiff_t n, TRounding rounding);
+void Convert(const double* x, std::uint32_t* r, std::ptrdiff_t n, TRounding rounding);
+void Convert(const double* x, std::int16_t* r, std::ptrdiff_t n, TRounding rounding);
+void Convert(const double* x, std::uint16_t* r, std::ptrdiff_t n, TRounding rounding);
+void Convert(const double* x, std::int8_t* r, std::ptrdiff_t n, TRounding rounding);
+void Convert(const double* x, std::uint8_t* r, std::ptrdiff_t n, TRounding rounding);
+/// To single precision, nearest even; finite values beyond its range saturate to +-FLT_MAX,
+/// infinities and NaN stay what they are.
+void Convert(const double* x, float* r, std::ptrdiff_t n);
+
+/// Back to double; exact for every source type.
+void Convert(const std::int32_t* x, double* r, std::ptrdiff_t n);
+void Convert(const std::uint32_t* x, double* r, std::ptrdiff_t n);
+void Convert(const std::int16_t* x, double* r, std::ptrdiff_t n);
+void Convert(const std::uint16_t* x, double* r, std::ptrdiff_t n);
+void Convert(const std::int8_t* x, double* r, std::ptrdiff_t n);
+void Convert(const std::uint8_t* x, double* r, std::ptrdiff_t n);
+void Convert(const float* x, double* r, std::ptrdiff_t n);
+
+}  // namespace quorel::kern

@@ -1,0 +1,56 @@
+#pragma once
+// Loop shapes and scalar complex helpers shared by the kernel sources (kernels_*.cpp only).
+// Every kernel is one of these loops with a small lambda; the compiler vectorises the loop once
+// per clone of the enclosing kernel.
+
+#include <cstddef>
+
+#include "quorel/core/types.h"
+
+// One clone for AVX2 and one for the x86-64 baseline, chosen once by the dynamic loader.
+#define QUOREL_KERNEL __attribute__((target_clones("avx2", "default")))
+// The loop bodies must be inlined into each clone to be compiled for that clone's target.
+#define QUOREL_KERNEL_INLINE [[gnu::always_inline]] inline
+
+namespace quorel::kern::detail {
+
+/// r[i] = f(x[i]). Safe when r and x are the same array.
+template <class X, class R, class F>
+QUOREL_KERNEL_INLINE void Map(const X* x, R* r, std::ptrdiff_t n, F f) {
+  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = f(x[i]);
+}
+
+/// r[i] = f(a[i], b[i]). Safe when r is exactly a or b.
+template <class A, class B, class R, class F>
+QUOREL_KERNEL_INLINE void Map(const A* a, const B* b, R* r, std::ptrdiff_t n, F f) {
+  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = f(a[i], b[i]);
+}
+
+QUOREL_KERNEL_INLINE TCplx CMul(TCplx a, TCplx b) {
+  return {a.Re * b.Re - a.Im * b.Im, a.Re * b.Im + a.Im * b.Re};
+}
+
+/// Textbook quotient with one reciprocal of |b|^2, no scaling.
+QUOREL_KERNEL_INLINE TCplx CDiv(TCplx a, TCplx b) {
+  const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
+  return {(a.Re * b.Re + a.Im * b.Im) * s, (a.Im * b.Re - a.Re * b.Im) * s};
+}
+
+/// 1/b, textbook.
+QUOREL_KERNEL_INLINE TCplx CInv(TCplx b) {
+  const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
+  return {b.Re * s, -b.Im * s};
+}
+
+QUOREL_KERNEL_INLINE double CNorm(TCplx z) { return z.Re * z.Re + z.Im * z.Im; }
+
+/// z with its modulus m moved to level when move is set, keeping the phase; 0 becomes
+/// (level, 0). Parts are selected one by one: a select on the whole record keeps loops scalar.
+QUOREL_KERNEL_INLINE TCplx ToModulus(TCplx z, double m, double level, bool move) {
+  const double s = level / m;
+  const double re = move ? (m == 0.0 ? level : z.Re * s) : z.Re;
+  const double im = move ? (m == 0.0 ? 0.0 : z.Im * s) : z.Im;
+  return {re, im};
+}
+
+}  // namespace quorel::kern::detail
