@@ -91,6 +91,20 @@ TEST(Rounding, ThroughInt32AndParts) {
             "TQuorel.TruncAndFrac, TruncDst: X = Self");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Round(r); }), "TQuorel.Round: Self = Src");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Ceil(r); }), "TQuorel.Ceil: Src = Self");
+
+  TIntegerArray ints;
+  a.Round(ints);
+  EXPECT_EQ(ints, (TIntegerArray{2147483647, -2147483647 - 1, 2, -2, 2, 0}));
+  Real({-2.9, 2.9}).Trunc(ints);
+  EXPECT_EQ(ints, (TIntegerArray{-2, 2}));
+  TVec iv;
+  Real({1.5, -7.2, 4e10}).FloatToInt(iv, rnRound);
+  EXPECT_TRUE(iv.IsInteger());
+  EXPECT_EQ(iv.IValues()[1], -7);
+  EXPECT_EQ(iv.IValues()[2], 2147483647);
+  iv.IntToFloat();
+  EXPECT_TRUE(iv.IsEqual(Real({2, -7, 2147483647.0})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { iv.IntToFloat(); }), "Src.IsInteger = false");
 }
 
 TEST(Angles, FixAngleRemSgnSign) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
+#include "quorel/elementwise/statistics.h"
 #include "test_util.h"
 
 namespace quorel {
@@ -108,6 +109,30 @@ TEST(IsEqual, AbsoluteRelativeAndFlags) {
   ints.SetIsInteger(true);
   EXPECT_FALSE(ints.IsEqual(Real({1, 2})));
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+}  // namespace
+}  // namespace quorel
+
+namespace quorel {
+namespace {
+
+TEST(FreeFunctions, ForwardAndPrime) {
+  TVec x = test::Real({1, 2, 3, 10});
+  EXPECT_EQ(Sum(x), 16);
+  EXPECT_EQ(Mean(x, 0, 3), 2);
+  EXPECT_EQ(Median(x), 2.5);
+  EXPECT_EQ(Max(x), 10);
+  EXPECT_EQ(Find(x, 3.0), 2);
+  EXPECT_TRUE(Equal(x, test::Real({1, 2, 3, 10.5}), 0.5));
+  EXPECT_DOUBLE_EQ(NormL2(x, test::Real({1, 2, 3, 0}), false), 10);
+  EXPECT_TRUE(Prime(1));
+  EXPECT_TRUE(Prime(-8));
+  EXPECT_TRUE(Prime(3));
+  EXPECT_FALSE(Prime(4));
+  EXPECT_TRUE(Prime(97));
+  EXPECT_FALSE(Prime(7917));  // 3 * 7 * 13 * 29
+  EXPECT_TRUE(Prime(7919));
 }
 
 }  // namespace
