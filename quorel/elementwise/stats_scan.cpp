@@ -2,6 +2,7 @@
 // extremes, first/last, searches and tolerance equality.
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/constants.h"
@@ -23,9 +24,10 @@ double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
   reduce::RequireReal(*this);
   if (len == 0) return NaN;
-  TWorkVec sorted;
-  sorted->Size(len, false);
-  double* s = sorted->PValues1D(0);
+  // The selection reorders a copy; a per-thread buffer keeps repeated medians allocation-free.
+  thread_local std::vector<double> scratch;
+  if (scratch.size() < static_cast<std::size_t>(len)) scratch.resize(static_cast<std::size_t>(len));
+  double* s = scratch.data();
   std::copy_n(PValues1D(index), len, s);
   // Selection gives the same elements as a full sort at the two middle positions.
   const std::int32_t mid = len / 2;
