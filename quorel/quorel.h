@@ -11,3 +11,4 @@
 #include "quorel/core/types.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
+#include "quorel/elementwise/statistics.h"

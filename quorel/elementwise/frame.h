@@ -21,18 +21,19 @@ using Index = std::int32_t;
 
 /// What an operation does with complex data.
 enum class Rule : std::uint8_t {
-  Both,      // own real and complex kernels; the result has the source's kind
-  Parts,     // complex data is 2n independent doubles for the real kernel
-  ToReal,    // complex data gives a real result (modulus-like)
-  RealOnly,  // complex data is refused
+  Both,         // own real and complex kernels; the result has the source's kind
+  Parts,        // complex data is 2n independent doubles for the real kernel
+  ToReal,       // complex data gives a real result (modulus-like)
+  RealOnly,     // complex data is refused
+  ComplexOnly,  // real data is refused
 };
 
 /// Messages of a unary operation; null where the operation has none.
 struct UnaryMessages {
   const char* xIsSelf;         // "Sqrt: X = Self"
   const char* complexMismatch; // "Sqrt: Self.Complex <> X.Complex"
-  const char* selfComplex = nullptr;  // RealOnly: complex Self, checked always
-  const char* srcComplex = nullptr;   // RealOnly: complex source
+  const char* selfComplex = nullptr;  // RealOnly/ComplexOnly: Self of the wrong kind, checked always
+  const char* srcComplex = nullptr;   // RealOnly/ComplexOnly: source of the wrong kind
 };
 
 // --- small accessors shared by the frame --------------------------------------------------------
@@ -71,6 +72,8 @@ void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDens
     else op(R(x, xi), R(r, ri), n);
   } else if constexpr (Op::rule == Rule::RealOnly) {
     op(R(x, xi), R(r, ri), n);
+  } else if constexpr (Op::rule == Rule::ComplexOnly) {
+    op(C(x, xi), C(r, ri), n);
   } else {
     if (complex) op(C(x, xi), C(r, ri), n);
     else op(R(x, xi), R(r, ri), n);
@@ -81,6 +84,7 @@ void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDens
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op) {
   if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
+  if constexpr (Op::rule == Rule::ComplexOnly) Require(self.Complex(), op.msgs.selfComplex);
   if (self.Length() == 0) {
     if constexpr (Op::rule == Rule::ToReal) self.set_Complex(false);
     return self;
@@ -100,6 +104,7 @@ template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
   self.ValidateParams(index, len);
   if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
+  if constexpr (Op::rule == Rule::ComplexOnly) Require(self.Complex(), op.msgs.selfComplex);
   if constexpr (Op::rule == Rule::ToReal) {
     // A modulus cannot be stored in place of part of a complex object.
     if (self.ConditionCheck()) Require(!self.Complex(), op.msgs.complexMismatch);
@@ -113,6 +118,7 @@ template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
   if (self.ConditionCheck()) Require(!Same(self, x), op.msgs.xIsSelf);
   if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
+  if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
   const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
   self.Size(x, resultComplex);
   RunUnary(op, x.Complex(), x, 0, self, 0, x.Length());
@@ -129,9 +135,24 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Ind
     Require(self.Complex() == resultComplex, op.msgs.complexMismatch);
   }
   if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
+  if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
   RunUnary(op, x.Complex(), x, xIndex, self, index, len);
   return self;
 }
+
+/// A unary operation built at the call, for functions with parameters: `k` is a callable with the
+/// kernel overloads the rule needs.
+template <Rule R, class K>
+struct ParamOp {
+  static constexpr bool kBinary = false;
+  static constexpr Rule rule = R;
+  UnaryMessages msgs;
+  K k;
+  template <class... A>
+  void operator()(A... a) const { k(a...); }
+};
+template <Rule R, class K>
+ParamOp<R, K> MakeOp(UnaryMessages msgs, K k) { return {msgs, k}; }
 
 // --- binary and scalar shapes --------------------------------------------------------------------
 
@@ -264,6 +285,61 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
     Require(self.Complex() == (vec.Complex() || !std::is_same_v<S, double>), op.msgs.rangeComplex);
   RunScalar(op, vec, vecIndex, v, self, index, len);
   return self;
+}
+
+// --- one entry point for the generated method bodies ------------------------------------------------
+// The methods listed in elementwise_methods.inc forward their arguments here unchanged; the
+// argument types choose the shape and the operation's kind (unary or binary) the template.
+
+template <class S>
+concept ScalarValue = std::is_same_v<S, double> || std::is_same_v<S, TCplx>;
+
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op) { return Unary(s, op); }
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, Index index, Index len) { return Unary(s, op, index, len); }
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& x) {
+  if constexpr (Op::kBinary) return Binary(s, op, x);
+  else return Unary(s, op, x);
+}
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& x, Index xIndex, Index index, Index len) {
+  if constexpr (Op::kBinary) return Binary(s, op, x, xIndex, index, len);
+  else return Unary(s, op, x, xIndex, index, len);
+}
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& a, const TDenseQuorel& b) {
+  return Binary(s, op, a, b);
+}
+template <class Op>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& a, const TDenseQuorel& b, Index ai,
+                    Index bi, Index index, Index len) {
+  return Binary(s, op, a, b, ai, bi, index, len);
+}
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v) { return Scalar(s, op, v); }
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v, Index index, Index len) {
+  return Scalar(s, op, v, index, len);
+}
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& vec, const S& v) {
+  return Scalar(s, op, vec, v);
+}
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v, const TDenseQuorel& vec) {
+  return Scalar(s, op, vec, v);
+}
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const TDenseQuorel& vec, const S& v, Index vecIndex,
+                    Index index, Index len) {
+  return Scalar(s, op, vec, v, vecIndex, index, len);
+}
+template <class Op, ScalarValue S>
+TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v, const TDenseQuorel& vec, Index vecIndex,
+                    Index index, Index len) {
+  return Scalar(s, op, vec, v, vecIndex, index, len);
 }
 
 }  // namespace quorel::frame

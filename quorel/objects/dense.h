@@ -18,6 +18,18 @@ class TDenseQuorel : public TQuorel {
 #include "quorel/objects/dense_methods.inc"
 #undef QUOREL_SELF_METHOD
 
+  // --- conversions to and from 32-bit integers ----------------------------------------------------
+  /// Rounds to nearest (ties to even) into an integer array, saturating at the 32-bit range.
+  void Round(TIntegerArray& dst) const;
+  /// Truncates toward zero into an integer array, saturating at the 32-bit range.
+  void Trunc(TIntegerArray& dst) const;
+  /// Dst becomes an integer vector (IsInteger, 32-bit storage) of Self's real values.
+  void FloatToInt(TDenseQuorel& dst, TRounding rounding) const;
+  /// Same as FloatToInt.
+  void RoundTrunc(TDenseQuorel& dst, TRounding rounding) const { FloatToInt(dst, rounding); }
+  /// Turns Self's 32-bit integers back into doubles.
+  void IntToFloat();
+
   // --- reductions: whole object or the range (Index, Len) -------------------------------------
   // Empty input: sums and means give 0; extremes, deviations, moments and norms give NaN and an
   // index of -1. Real-only reductions refuse complex data with "Complex = True" and the reverse.
@@ -159,6 +171,9 @@ class TDenseOf : public TDenseQuorel {
   }
 #include "quorel/objects/dense_methods.inc"
 #undef QUOREL_SELF_METHOD
+  // Overloads of the same names that do not return Self.
+  using TDenseQuorel::Round;
+  using TDenseQuorel::Trunc;
 
  protected:
   TDenseOf() = default;

@@ -1,0 +1,239 @@
+// Element-wise methods and reductions against the plain loop (libm for transcendental functions)
+// and against Eigen's array expressions, at 10^3, 10^5 and 10^7 elements. After the runs a table
+// of time ratios is printed (median of the repetitions), and allocations per call are counted.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "alloc_counter.h"
+#include "quorel/quorel.h"
+
+#ifdef QUOREL_HAVE_EIGEN
+#include <Eigen/Core>
+#endif
+
+using quorel::TCplx;
+using quorel::TVec;
+
+namespace {
+
+// Inputs shared by all runs of one size, filled once.
+struct Data {
+  TVec a, b, ca, cb, r, cr;
+  std::vector<double> va, vb, vr;
+  std::vector<std::complex<double>> vca, vcb, vcr;
+  explicit Data(int n) {
+    std::mt19937_64 rng(42);
+    std::uniform_real_distribution<double> u(0.5, 2.0);
+    a.SetLength(n);
+    b.SetLength(n);
+    ca.Size(n, true);
+    cb.Size(n, true);
+    r.SetLength(n);
+    cr.Size(n, true);
+    for (int i = 0; i < n; ++i) {
+      a[i] = u(rng);
+      b[i] = u(rng);
+      ca.CValues()[i] = {u(rng), u(rng)};
+      cb.CValues()[i] = {u(rng), u(rng)};
+    }
+    va.assign(a.Values().begin(), a.Values().end());
+    vb.assign(b.Values().begin(), b.Values().end());
+    vr.resize(n);
+    for (int i = 0; i < n; ++i) {
+      vca.emplace_back(ca.CValues()[i].Re, ca.CValues()[i].Im);
+      vcb.emplace_back(cb.CValues()[i].Re, cb.CValues()[i].Im);
+    }
+    vcr.resize(n);
+  }
+};
+
+Data& DataFor(int n) {
+  static std::map<int, std::unique_ptr<Data>> all;
+  auto& d = all[n];
+  if (!d) d = std::make_unique<Data>(n);
+  return *d;
+}
+
+// Runs one body per iteration and records allocations per call after a warm-up call.
+template <class F>
+void Run(benchmark::State& state, F&& body) {
+  body();
+  const long before = bench::allocations.load();
+  for (auto _ : state) {
+    body();
+    benchmark::ClobberMemory();
+  }
+  state.counters["allocs"] =
+      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+#define QUOREL_BENCH(op, impl, ...)                                  \
+  void BM_##op##_##impl(benchmark::State& state) {                   \
+    Data& d = DataFor(static_cast<int>(state.range(0)));             \
+    const int n = static_cast<int>(state.range(0));                  \
+    (void)n;                                                         \
+    Run(state, [&] { __VA_ARGS__; });                                \
+  }                                                                  \
+  BENCHMARK(BM_##op##_##impl)->Name(#op "/" #impl)->Arg(1000)->Arg(100000)->Arg(10000000)->UseRealTime();
+
+volatile double sink;
+
+// --- arithmetic ---
+QUOREL_BENCH(AddReal, quorel, d.r.Add(d.a, d.b))
+QUOREL_BENCH(AddReal, loop, for (int i = 0; i < n; ++i) d.vr[i] = d.va[i] + d.vb[i])
+QUOREL_BENCH(AddComplex, quorel, d.cr.Add(d.ca, d.cb))
+QUOREL_BENCH(AddComplex, loop, for (int i = 0; i < n; ++i) d.vcr[i] = d.vca[i] + d.vcb[i])
+QUOREL_BENCH(MulReal, quorel, d.r.Mul(d.a, d.b))
+QUOREL_BENCH(MulReal, loop, for (int i = 0; i < n; ++i) d.vr[i] = d.va[i] * d.vb[i])
+QUOREL_BENCH(MulComplex, quorel, d.cr.Mul(d.ca, d.cb))
+QUOREL_BENCH(MulComplex, loop, for (int i = 0; i < n; ++i) {
+  const auto x = d.vca[i], y = d.vcb[i];
+  d.vcr[i] = {x.real() * y.real() - x.imag() * y.imag(), x.real() * y.imag() + x.imag() * y.real()};
+})
+QUOREL_BENCH(MulMixed, quorel, d.cr.Mul(d.ca, d.b))
+QUOREL_BENCH(MulMixed, loop, for (int i = 0; i < n; ++i) d.vcr[i] = d.vca[i] * d.vb[i])
+QUOREL_BENCH(Scale, quorel, d.r.Scale(1.0000001))
+QUOREL_BENCH(Scale, loop, for (int i = 0; i < n; ++i) d.vr[i] *= 1.0000001)
+
+// --- transcendental ---
+QUOREL_BENCH(Sqrt, quorel, d.r.Sqrt(d.a))
+QUOREL_BENCH(Sqrt, loop, for (int i = 0; i < n; ++i) d.vr[i] = std::sqrt(d.va[i]))
+QUOREL_BENCH(Exp, quorel, d.r.Exp(d.a))
+QUOREL_BENCH(Exp, loop, for (int i = 0; i < n; ++i) d.vr[i] = std::exp(d.va[i]))
+QUOREL_BENCH(Ln, quorel, d.r.Ln(d.a))
+QUOREL_BENCH(Ln, loop, for (int i = 0; i < n; ++i) d.vr[i] = std::log(d.va[i]))
+QUOREL_BENCH(Sin, quorel, d.r.Sin(d.a))
+QUOREL_BENCH(Sin, loop, for (int i = 0; i < n; ++i) d.vr[i] = std::sin(d.va[i]))
+QUOREL_BENCH(Power, quorel, d.r.Power(d.a, 2.5))
+QUOREL_BENCH(Power, loop, for (int i = 0; i < n; ++i) d.vr[i] = std::pow(d.va[i], 2.5))
+
+// --- reductions ---
+QUOREL_BENCH(Sum, quorel, sink = d.a.Sum())
+QUOREL_BENCH(Sum, loop, {
+  double s = 0;
+  for (int i = 0; i < n; ++i) s += d.va[i];
+  sink = s;
+})
+QUOREL_BENCH(Mean, quorel, sink = d.a.Mean())
+QUOREL_BENCH(Mean, loop, {
+  double s = 0;
+  for (int i = 0; i < n; ++i) s += d.va[i];
+  sink = s / n;
+})
+QUOREL_BENCH(StdDev, quorel, sink = d.a.StdDev())
+QUOREL_BENCH(StdDev, loop, {
+  double s = 0, q = 0;
+  for (int i = 0; i < n; ++i) s += d.va[i];
+  const double m = s / n;
+  for (int i = 0; i < n; ++i) q += (d.va[i] - m) * (d.va[i] - m);
+  sink = std::sqrt(q / (n - 1));
+})
+QUOREL_BENCH(MaxIndex, quorel, {
+  double v;
+  std::int32_t idx;
+  d.a.Max(v, idx);
+  sink = v + idx;
+})
+QUOREL_BENCH(MaxIndex, loop, {
+  double v = d.va[0];
+  int idx = 0;
+  for (int i = 1; i < n; ++i)
+    if (d.va[i] > v) {
+      v = d.va[i];
+      idx = i;
+    }
+  sink = v + idx;
+})
+QUOREL_BENCH(Median, quorel, sink = d.a.Median())
+QUOREL_BENCH(Median, loop, {
+  d.vr.assign(d.va.begin(), d.va.end());
+  std::nth_element(d.vr.begin(), d.vr.begin() + n / 2, d.vr.end());
+  const double hi = d.vr[n / 2];
+  const double lo = *std::max_element(d.vr.begin(), d.vr.begin() + n / 2);
+  sink = (lo + hi) * 0.5;
+})
+QUOREL_BENCH(NormL2, quorel, sink = d.a.NormL2())
+QUOREL_BENCH(NormL2, loop, {
+  double q = 0;
+  for (int i = 0; i < n; ++i) q += d.va[i] * d.va[i];
+  sink = std::sqrt(q);
+})
+
+#ifdef QUOREL_HAVE_EIGEN
+using EA = Eigen::Map<Eigen::ArrayXd>;
+using ECA = Eigen::Map<Eigen::ArrayXcd>;
+#define A(v) EA((v).data(), n)
+#define CA(v) ECA((v).data(), n)
+QUOREL_BENCH(AddReal, eigen, A(d.vr) = A(d.va) + A(d.vb))
+QUOREL_BENCH(AddComplex, eigen, CA(d.vcr) = CA(d.vca) + CA(d.vcb))
+QUOREL_BENCH(MulReal, eigen, A(d.vr) = A(d.va) * A(d.vb))
+QUOREL_BENCH(MulComplex, eigen, CA(d.vcr) = CA(d.vca) * CA(d.vcb))
+QUOREL_BENCH(MulMixed, eigen, CA(d.vcr) = CA(d.vca) * A(d.vb).cast<std::complex<double>>())
+QUOREL_BENCH(Scale, eigen, A(d.vr) *= 1.0000001)
+QUOREL_BENCH(Sqrt, eigen, A(d.vr) = A(d.va).sqrt())
+QUOREL_BENCH(Exp, eigen, A(d.vr) = A(d.va).exp())
+QUOREL_BENCH(Ln, eigen, A(d.vr) = A(d.va).log())
+QUOREL_BENCH(Sin, eigen, A(d.vr) = A(d.va).sin())
+QUOREL_BENCH(Power, eigen, A(d.vr) = A(d.va).pow(2.5))
+QUOREL_BENCH(Sum, eigen, sink = A(d.va).sum())
+QUOREL_BENCH(Mean, eigen, sink = A(d.va).mean())
+QUOREL_BENCH(StdDev, eigen, sink = std::sqrt((A(d.va) - A(d.va).mean()).square().sum() / (n - 1)))
+QUOREL_BENCH(MaxIndex, eigen, {
+  Eigen::Index idx;
+  sink = A(d.va).maxCoeff(&idx) + static_cast<double>(idx);
+})
+QUOREL_BENCH(NormL2, eigen, sink = A(d.va).matrix().norm())
+#endif
+
+// Collects the median time of every run, then prints quorel/loop and quorel/eigen ratios.
+class RatioReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    ConsoleReporter::ReportRuns(runs);
+    for (const Run& r : runs) {
+      const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
+      const bool single = r.run_type == Run::RT_Iteration && r.repetitions <= 1;
+      if (!median && !single) continue;
+      std::string name = r.run_name.function_name;  // "Op/impl"
+      const auto slash = name.find('/');
+      const std::string op = name.substr(0, slash), impl = name.substr(slash + 1);
+      times_[op + "/" + r.run_name.args][impl] = r.GetAdjustedRealTime();
+      if (impl == "quorel") allocs_[op + "/" + r.run_name.args] = r.counters.count("allocs") ? r.counters.at("allocs").value : 0;
+    }
+  }
+  void Finalize() override {
+    ConsoleReporter::Finalize();
+    std::printf("\n%-24s %12s %12s %10s\n", "operation/size", "vs loop", "vs eigen", "allocs");
+    for (const auto& [key, t] : times_) {
+      auto ratio = [&](const char* other) {
+        auto q = t.find("quorel"), o = t.find(other);
+        return q != t.end() && o != t.end() ? q->second / o->second : NAN;
+      };
+      std::printf("%-24s %11.2fx %11.2fx %10.0f\n", key.c_str(), ratio("loop"), ratio("eigen"), allocs_[key]);
+    }
+  }
+
+ private:
+  std::map<std::string, std::map<std::string, double>> times_;
+  std::map<std::string, double> allocs_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  RatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,371 @@
+// Element-wise functions with a parameter or with two sources or two outputs: powers,
+// logarithms to a base, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac.
+#include <cmath>
+
+#include "quorel/core/math387.h"
+#include "quorel/elementwise/frame.h"
+#include "quorel/platform/kernels_arith.h"
+#include "quorel/platform/kernels_cplx.h"
+#include "quorel/platform/kernels_expj.h"
+#include "quorel/platform/kernels_math.h"
+#include "quorel/platform/kernels_move.h"
+#include "quorel/platform/kernels_round.h"
+
+namespace quorel {
+
+using frame::C;
+using frame::MakeOp;
+using frame::R;
+using frame::Require;
+using frame::Rule;
+using frame::Same;
+
+namespace {
+// r[i] = f(x[i]) with a scalar function, for complex forms that have no vector kernel.
+template <class X, class F>
+void ForEach(const X* x, TCplx* r, std::ptrdiff_t n, F&& f) {
+  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = f(x[i]);
+}
+}  // namespace
+
+// --- powers --------------------------------------------------------------------------------------------
+
+namespace {
+auto PowxOp(double exponent) {
+  return MakeOp<Rule::Both>({"Power: X = Self", "Power: Self.Complex <> X.Complex"},
+                            [exponent](auto x, auto r, std::ptrdiff_t n) {
+                              if constexpr (std::is_same_v<decltype(x), const double*>)
+                                kern::Powx(x, exponent, r, n);
+                              else
+                                ForEach(x, r, n, [exponent](const TCplx& z) { return quorel::Power(z, exponent); });
+                            });
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::Power(double exponent) { return frame::Unary(*this, PowxOp(exponent)); }
+
+TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, double exponent) {
+  if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
+  return frame::Unary(*this, PowxOp(exponent), base);
+}
+
+TDenseQuorel& TDenseQuorel::Power(double base, const TDenseQuorel& exponent) {
+  if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
+  Size(exponent, exponent.fComplex);
+  const std::int32_t n = fLength;
+  if (n == 0) return *this;
+  if (exponent.fComplex) {
+    ForEach(C(exponent), C(*this), n, [base](const TCplx& e) { return quorel::Power(base, e); });
+  } else {
+    // base^x as exp(x ln base) would lose accuracy; the power kernel takes the base as an array.
+    kern::Fill(base, R(*this), n);
+    kern::Pow(R(*this), R(exponent), R(*this), n);
+  }
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, const TCplx& exponent) {
+  if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
+  Size(base, true);
+  if (base.fComplex) ForEach(C(base), C(*this), fLength, [&](const TCplx& b) { return quorel::Power(b, exponent); });
+  else ForEach(R(base), C(*this), fLength, [&](double b) { return quorel::Power(TCplx{b, 0.0}, exponent); });
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Power(const TCplx& base, const TDenseQuorel& exponent) {
+  if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
+  Size(exponent, true);
+  if (exponent.fComplex) ForEach(C(exponent), C(*this), fLength, [&](const TCplx& e) { return quorel::Power(base, e); });
+  else ForEach(R(exponent), C(*this), fLength, [&](double e) { return quorel::Power(base, e); });
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::PowerVec(const TDenseQuorel& base, const TDenseQuorel& exponent) {
+  if (fConditionCheck) {
+    Require(!Same(*this, base), "Self = Base");
+    Require(!Same(*this, exponent), "Self = Exponent");
+    Require(base.fLength == exponent.fLength, "Base.Length <> Exponent.Length");
+  }
+  Size(base, base.fComplex || exponent.fComplex);
+  const std::int32_t n = std::min(base.fLength, exponent.fLength);
+  if (n == 0) return *this;
+  if (!fComplex) {
+    kern::Pow(R(base), R(exponent), R(*this), n);
+    return *this;
+  }
+  TCplx* r = C(*this);
+  for (std::int32_t i = 0; i < n; ++i) {
+    const TCplx b = base.fComplex ? C(base)[i] : TCplx{R(base)[i], 0.0};
+    const TCplx e = exponent.fComplex ? C(exponent)[i] : TCplx{R(exponent)[i], 0.0};
+    r[i] = quorel::Power(b, e);
+  }
+  return *this;
+}
+
+namespace {
+// x^n by repeated multiplication of the array with itself, inverted for negative n.
+auto IntPowerOp(std::int32_t n) {
+  return MakeOp<Rule::Both>({"IntPower: X = Self", "IntPower: Self.Complex <> X.Complex"},
+                            [n](auto x, auto r, std::ptrdiff_t len) {
+                              using T = std::remove_const_t<std::remove_pointer_t<decltype(x)>>;
+                              if (n == 0) {
+                                if constexpr (std::is_same_v<T, double>) kern::Fill(1.0, r, len);
+                                else kern::Fill(C_ONE, r, len);
+                                return;
+                              }
+                              kern::Copy(x, r, len);
+                              const std::int32_t m = n < 0 ? -n : n;
+                              for (std::int32_t k = 1; k < m; ++k) kern::Mul(r, x == r ? r : x, r, len);
+                              if (n < 0) {
+                                if constexpr (std::is_same_v<T, double>) kern::Inv(r, r, len);
+                                else kern::DivideValue(r, C_ONE, r, len);
+                              }
+                            });
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
+  if (n == 0 || n == 1 || n == -1 || fLength == 0) return frame::Unary(*this, IntPowerOp(n));
+  // In place the source is overwritten by the running product: keep a copy of it.
+  TWorkVec base;
+  base->Copy(*this);
+  return IntPower(*base, n);
+}
+
+TDenseQuorel& TDenseQuorel::IntPower(const TDenseQuorel& x, std::int32_t n) {
+  return frame::Unary(*this, IntPowerOp(n), x);
+}
+
+// --- logarithm to a base ------------------------------------------------------------------------------------
+
+namespace {
+auto LogNOp(double base) {
+  if (base == 0) EInvalidArgumentRaise("TQuorel.LogN: N = 0");
+  const double scale = 1.0 / quorel::Ln(base);
+  return MakeOp<Rule::Both>({"TVec.LogN: X = Self", "TQuorel.LogN: X.Complex <> Self.Complex"},
+                            [scale](auto x, auto r, std::ptrdiff_t n) {
+                              if constexpr (std::is_same_v<decltype(x), const double*>)
+                                kern::Ln(x, r, n);
+                              else
+                                ForEach(x, r, n, [](const TCplx& z) { return quorel::Ln(z); });
+                              kern::ScaleByValue(r, scale, r, n);
+                            });
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::LogN(double n) { return frame::Unary(*this, LogNOp(n)); }
+TDenseQuorel& TDenseQuorel::LogN(double n, std::int32_t index, std::int32_t len) {
+  return frame::Unary(*this, LogNOp(n), index, len);
+}
+TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x) {
+  if (fConditionCheck) Require(!Same(*this, x), "TQuorel.LogN: Self = X");
+  return frame::Unary(*this, LogNOp(n), x);
+}
+TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x, std::int32_t xIndex, std::int32_t index,
+                                 std::int32_t len) {
+  return frame::Unary(*this, LogNOp(n), x, xIndex, index, len);
+}
+
+// --- two sources: ArcTan2, Rem -----------------------------------------------------------------------------------
+
+TDenseQuorel& TDenseQuorel::ArcTan2(const TDenseQuorel& y, const TDenseQuorel& x) {
+  if (fConditionCheck) {
+    Require(!Same(*this, y), "TVec.ArcTan2: Y = Self");
+    Require(!x.fComplex && !y.fComplex, "TQuorel.ArcTan2: X.Complex or Y.Complex");
+    Require(x.fLength == y.fLength, "TQuorel.ArcTan2: X.Length <> Y.Length");
+  }
+  Size(y, false);
+  const std::int32_t n = std::min(x.fLength, y.fLength);
+  if (n > 0) kern::ArcTan2(R(y), R(x), R(*this), n);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::ArcTan2(const TDenseQuorel& y, const TDenseQuorel& x, std::int32_t yIndex,
+                                    std::int32_t xIndex, std::int32_t index, std::int32_t len) {
+  ValidateParams(y, x, yIndex, xIndex, index, len);
+  if (fConditionCheck) {
+    Require(!Same(*this, y), "TQuorel.ArcTan2: Y = Self");
+    Require(!x.fComplex && !y.fComplex && !fComplex, "TVec.ArcTan2: X.Complex or Y.Complex or Self.Complex");
+  }
+  if (len > 0) kern::ArcTan2(R(y, yIndex), R(x, xIndex), R(*this, index), len);
+  return *this;
+}
+
+namespace {
+void CheckRem(const TDenseQuorel& self, const TDenseQuorel& x, const TDenseQuorel* y) {
+  if (!self.ConditionCheck()) return;
+  Require(!Same(self, x), "TQuorel.Rem: X = Self");
+  if (y) Require(!Same(self, *y), "TQuorel.Rem: Y = Self");
+  Require(!x.Complex(), "TQuorel.Rem: X is Complex");
+  if (y) Require(!y->Complex(), "TQuorel.Rem: Y is Complex");
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, const TDenseQuorel& y) {
+  CheckRem(*this, x, &y);
+  if (fConditionCheck) Require(x.fLength == y.fLength, "TQuorel.Rem: X.Length <> Y.Length");
+  Size(x, false);
+  const std::int32_t n = std::min(x.fLength, y.fLength);
+  if (n > 0) kern::Rem(R(x), R(y), R(*this), n);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, const TDenseQuorel& y, std::int32_t xIndex,
+                                std::int32_t yIndex, std::int32_t index, std::int32_t len) {
+  ValidateParams(x, y, xIndex, yIndex, index, len);
+  CheckRem(*this, x, &y);
+  if (fConditionCheck) Require(!fComplex, "TQuorel.Rem: Self is Complex");
+  if (len > 0) kern::Rem(R(x, xIndex), R(y, yIndex), R(*this, index), len);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, double value) {
+  CheckRem(*this, x, nullptr);
+  Size(x, false);
+  if (fLength > 0) kern::Rem(R(x), value, R(*this), fLength);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, double value, std::int32_t xIndex, std::int32_t index,
+                                std::int32_t len) {
+  ValidateParams(x, xIndex, index, len);
+  CheckRem(*this, x, nullptr);
+  if (fConditionCheck) Require(!fComplex, "TQuorel.Rem: Self is Complex");
+  if (len > 0) kern::Rem(R(x, xIndex), value, R(*this, index), len);
+  return *this;
+}
+
+// --- two outputs: SinCos, SinhCosh, TruncAndFrac --------------------------------------------------------------------
+
+namespace {
+// Self real into two real outputs sized like Self; `k(x, a, b, n)`.
+template <class K>
+void TwoOutputs(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, K&& k, const char* selfComplex,
+                const char* aIsSelf, const char* bIsSelf) {
+  Require(!self.Complex(), selfComplex);
+  if (self.ConditionCheck()) {
+    Require(!Same(self, a), aIsSelf);
+    Require(!Same(self, b), bIsSelf);
+  }
+  a.Size(self, false);
+  b.Size(self, false);
+  if (self.Length() > 0) k(R(self), R(a), R(b), self.Length());
+}
+
+template <class K>
+void TwoOutputsRange(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, std::int32_t ai, std::int32_t bi,
+                     std::int32_t index, std::int32_t len, K&& k, const char* selfComplex, const char* aIsSelf,
+                     const char* bIsSelf, const char* aKind, const char* bKind) {
+  a.ValidateParams2(self, index, ai, len);
+  b.ValidateParams2(self, index, bi, len);
+  Require(!self.Complex(), selfComplex);
+  if (self.ConditionCheck()) {
+    Require(!Same(self, a), aIsSelf);
+    Require(!Same(self, b), bIsSelf);
+    Require(!a.Complex(), aKind);
+    Require(!b.Complex(), bKind);
+  }
+  if (len > 0) k(R(self, index), R(a, ai), R(b, bi), len);
+}
+
+constexpr auto kSinCos = [](const double* x, double* s, double* c, std::ptrdiff_t n) { kern::SinCos(x, s, c, n); };
+constexpr auto kSinhCosh = [](const double* x, double* s, double* c, std::ptrdiff_t n) {
+  kern::SinhCosh(x, s, c, n);
+};
+constexpr auto kTruncFrac = [](const double* x, double* t, double* f, std::ptrdiff_t n) {
+  kern::TruncAndFrac(x, t, f, n);
+};
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::SinCos(TDenseQuorel& sinX, TDenseQuorel& cosX) {
+  TwoOutputs(*this, sinX, cosX, kSinCos, "TQuorel.SinCos: Complex = True", "TQuorel.SinCos: Sinx = Self",
+             "TVec.SinCos: Cosx = Self");
+  return *this;
+}
+TDenseQuorel& TDenseQuorel::SinCos(TDenseQuorel& sinX, TDenseQuorel& cosX, std::int32_t sinIndex,
+                                   std::int32_t cosIndex, std::int32_t index, std::int32_t len) {
+  TwoOutputsRange(*this, sinX, cosX, sinIndex, cosIndex, index, len, kSinCos, "TQuorel.SinCos: Complex = True",
+                  "TQuorel.SinCos: Sinx = Self", "TVec.SinCos: Cosx = Self", "TVec.SinCos: Complex <> SinX.Complex",
+                  "TVec.SinCos: Complex <> CosX.Complex");
+  return *this;
+}
+TDenseQuorel& TDenseQuorel::SinhCosh(TDenseQuorel& sinhX, TDenseQuorel& coshX) {
+  TwoOutputs(*this, sinhX, coshX, kSinhCosh, "TQuorel.SinhCosh: Complex = True", "TQuorel.SinhCosh: SinhX = Self",
+             "TQuorel.SinhCosh: CoshX = Self");
+  return *this;
+}
+TDenseQuorel& TDenseQuorel::SinhCosh(TDenseQuorel& sinhX, TDenseQuorel& coshX, std::int32_t sinhIndex,
+                                     std::int32_t coshIndex, std::int32_t index, std::int32_t len) {
+  TwoOutputsRange(*this, sinhX, coshX, sinhIndex, coshIndex, index, len, kSinhCosh,
+                  "TQuorel.SinhCosh: Complex = True", "TQuorel.SinhCosh: SinhX = Self",
+                  "TQuorel.SinhCosh: CoshX = Self", "TVec.SinhCosh: SinhX.Complex = True",
+                  "TVec.SinhCosh: CoshX.Complex = True");
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& fracDst) {
+  if (fConditionCheck) {
+    Require(!Same(*this, truncDst), "TQuorel.TruncAndFrac, TruncDst: X = Self");
+    Require(!Same(*this, fracDst), "TQuorel.TruncAndFrac, FracDst: X = Self");
+  }
+  truncDst.Size(*this, fComplex);
+  fracDst.Size(*this, fComplex);
+  // Complex data is split part by part, as 2n doubles.
+  const std::int64_t n = DoublesFor(fLength);
+  if (n > 0) kern::TruncAndFrac(R(*this), R(truncDst), R(fracDst), n);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& fracDst, std::int32_t truncIndex,
+                                         std::int32_t fracIndex, std::int32_t index, std::int32_t len) {
+  truncDst.ValidateParams2(*this, index, truncIndex, len);
+  fracDst.ValidateParams2(*this, index, fracIndex, len);
+  if (fConditionCheck) {
+    Require(!Same(*this, truncDst), "TQuorel.TruncAndFrac, TruncDst: X = Self");
+    Require(!Same(*this, fracDst), "TQuorel.TruncAndFrac, FracDst: X = Self");
+    Require(truncDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> TruncDst.Complex");
+    Require(fracDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> FracDst.Complex");
+  }
+  if (len > 0)
+    kern::TruncAndFrac(R(*this, static_cast<std::int32_t>(DoublesFor(index))),
+                       R(truncDst, static_cast<std::int32_t>(DoublesFor(truncIndex))),
+                       R(fracDst, static_cast<std::int32_t>(DoublesFor(fracIndex))), DoublesFor(len));
+  return *this;
+}
+
+// --- Expj and Sgn --------------------------------------------------------------------------------------------------
+
+TDenseQuorel& TDenseQuorel::Expj(const TDenseQuorel& omega) {
+  if (fConditionCheck) {
+    Require(!Same(*this, omega), "TQuorel.Expj: Omega = Self");
+    Require(!omega.fComplex, "TQuorel.Expj: Omega.Complex = True");
+  }
+  Size(omega, true);
+  if (fLength > 0) kern::Expj(R(omega), C(*this), fLength);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Expj(const TDenseQuorel& omega, std::int32_t omegaIndex, std::int32_t index,
+                                 std::int32_t len) {
+  ValidateParams(omega, omegaIndex, index, len);
+  if (fConditionCheck) {
+    Require(!omega.fComplex, "TQuorel.Expj: Omega.Complex = True");
+    Require(fComplex, "TQuorel.Expj: Complex = False");
+  }
+  if (len > 0) kern::Expj(R(omega, omegaIndex), C(*this, index), len);
+  return *this;
+}
+
+// Self := Self * sgn(SgnSrc); both checks are made whatever ConditionCheck says.
+TDenseQuorel& TDenseQuorel::Sgn(const TDenseQuorel& sgnSrc) {
+  Require(!Same(*this, sgnSrc), "TQuorel.Sgn: Self = SgnSrc");
+  Require(fLength == sgnSrc.fLength, "TQuorel.Sgn: Self.Length <> SgnSrc.Length");
+  if (fLength == 0) return *this;
+  if (fComplex && sgnSrc.fComplex) kern::SgnMul(C(*this), C(sgnSrc), C(*this), fLength);
+  else if (fComplex) kern::SgnMul(C(*this), R(sgnSrc), C(*this), fLength);
+  else if (sgnSrc.fComplex) kern::SgnMul(R(*this), C(sgnSrc), R(*this), fLength);
+  else kern::SgnMul(R(*this), R(sgnSrc), R(*this), fLength);
+  return *this;
+}
+
+}  // namespace quorel

@@ -1,0 +1,164 @@
+// Members with shapes of their own: reordering, running sums, parts, polar forms, guarded
+// division, scaled and product accumulation.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "test_util.h"
+
+namespace quorel {
+namespace {
+
+using test::Cplx;
+using test::MessageOf;
+using test::Real;
+
+TEST(Reorder, ShiftKeepsVacatedValues) {
+  TVec a = Real({1, 2, 3, 4, 5});
+  a.Shift(2, 0, 5);
+  EXPECT_TRUE(a.IsEqual(Real({1, 2, 1, 2, 3})));
+  TVec b = Real({1, 2, 3, 4, 5});
+  b.Shift(-2);
+  EXPECT_TRUE(b.IsEqual(Real({3, 4, 5, 4, 5})));
+  b.Shift(7);  // |Offset| >= Len does nothing
+  EXPECT_TRUE(b.IsEqual(Real({3, 4, 5, 4, 5})));
+}
+
+TEST(Reorder, RotateAndReverse) {
+  TVec a = Real({1, 2, 3, 4, 5});
+  a.Rotate(2);
+  EXPECT_TRUE(a.IsEqual(Real({4, 5, 1, 2, 3})));
+  a.Rotate(-2);
+  EXPECT_TRUE(a.IsEqual(Real({1, 2, 3, 4, 5})));
+  a.Rotate(1, 1, 3);
+  EXPECT_TRUE(a.IsEqual(Real({1, 4, 2, 3, 5})));
+  TVec r;
+  r.Rotate(Cplx({{1, 0}, {2, 0}, {3, 0}}), -1);
+  EXPECT_TRUE(r.IsEqual(Cplx({{2, 0}, {3, 0}, {1, 0}})));
+  r.Reverse();
+  EXPECT_TRUE(r.IsEqual(Cplx({{1, 0}, {3, 0}, {2, 0}})));
+  TVec s;
+  s.Reverse(Real({1, 2, 3}));
+  EXPECT_TRUE(s.IsEqual(Real({3, 2, 1})));
+  s.Reverse(0, 2);
+  EXPECT_TRUE(s.IsEqual(Real({2, 3, 1})));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+TEST(RunningSums, CumSumAndDifference) {
+  TVec a = Real({1, 2, 3, 4});
+  a.CumSum();
+  EXPECT_TRUE(a.IsEqual(Real({1, 3, 6, 10})));
+  TVec d;
+  d.Difference(a);
+  EXPECT_TRUE(d.IsEqual(Real({2, 3, 4})));
+  TVec one = Real({5});
+  TVec untouched = Real({9});
+  untouched.Difference(one, 0, 0, 1);  // Len - 1 < 1: nothing happens
+  EXPECT_EQ(untouched[0], 9);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { untouched.Difference(Cplx({{1, 1}, {2, 2}}), 0, 0, 2); }),
+            "Difference: Complex <> Src.Complex");
+  TVec c;
+  c.CumSum(Cplx({{1, 1}, {1, -2}}));
+  EXPECT_TRUE(c.IsEqual(Cplx({{1, 1}, {2, -1}})));
+}
+
+TEST(Parts, SplitJoinAndSpectra) {
+  TVec z = Cplx({{3, 4}, {-1, 0}});
+  TVec re, im;
+  z.CplxToReal(re, im);
+  EXPECT_TRUE(re.IsEqual(Real({3, -1})));
+  EXPECT_TRUE(im.IsEqual(Real({4, 0})));
+  TVec back;
+  back.RealToCplx(re, im);
+  EXPECT_TRUE(back.IsEqual(z));
+  TVec p;
+  p.PowerSpectrum(z);
+  EXPECT_TRUE(p.IsEqual(Real({25, 1})));
+  p.PhaseSpectrum(z);
+  EXPECT_DOUBLE_EQ(p[0], std::atan2(4.0, 3.0));
+  EXPECT_DOUBLE_EQ(p[1], PI);
+  TVec amp, ph, cart;
+  z.CartToPolar(amp, ph);
+  cart.PolarToCart(amp, ph);
+  EXPECT_TRUE(cart.IsEqual(z, 1e-15, cmpAbsolute));
+  p.RealPart(Real({1, 2}));  // a real vector is its own real part
+  EXPECT_TRUE(p.IsEqual(Real({1, 2})));
+  p.ImagPart(z);
+  EXPECT_TRUE(p.IsEqual(Real({4, 0})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { p.ImagPart(Real({1})); }),
+            "TQuorel.RealPart: Vec must be complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { p.PowerSpectrum(Real({1})); }), "Vec.Complex = False");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { back.RealToCplx(re, Real({1})); }),
+            "ReVec.Length <> ImVec.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { back.RealToCplx(z, im); }), "ReVec.Complex = True");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { re.CplxToReal(amp, ph); }), "Complex = False");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { back.PolarToCart(z, ph); }), "AmpltVec.Complex = True");
+}
+
+TEST(Parts, ExtendToComplex) {
+  TVec a = Real({1, 2});
+  a.ExtendToComplex(true);
+  EXPECT_TRUE(a.IsEqual(Cplx({{1, 0}, {2, 0}})));
+  TVec b;
+  b.ExtendToComplex(Real({3}), false);
+  EXPECT_TRUE(b.IsEqual(Cplx({{3, 3}})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.ExtendToComplex(b, true); }), "ExtendToComplex: X = Self");
+}
+
+TEST(Normalize, RealAndComplex) {
+  TVec r;
+  r.Normalize(Real({2, 4, 6}), 4.0, 2.0);
+  EXPECT_TRUE(r.IsEqual(Real({-1, 0, 1})));
+  r.Normalize(Cplx({{2, 2}}), TCplx{1, 1}, TCplx{0, 1});
+  EXPECT_TRUE(r.IsEqual(Cplx({{1, -1}})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Normalize(Real({1}), TCplx{1, 1}, 2.0); }), "not Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Normalize(r, 1.0, 2.0); }), "Self = Vec");
+}
+
+TEST(Accumulate, AddScaledAddProductConjMul) {
+  TVec a = Real({1, 2});
+  a.AddScaled(Real({10, 20}), 0.5);
+  EXPECT_TRUE(a.IsEqual(Real({6, 12})));
+  a.AddScaled(Real({1, 1}), TCplx{0, 1});  // a complex factor makes Self complex
+  EXPECT_TRUE(a.IsEqual(Cplx({{6, 1}, {12, 1}})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.AddScaled(a, 1.0, 0.0); }), "TQuorel.Add: Self = Vec");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.AddScaled(Real({1}), 2.0); }),
+            "TQuorel.Add: Vec.Length <> Length");
+
+  TVec s = Real({1, 1});
+  s.AddProduct(Real({2, 3}), Real({4, 5}));
+  EXPECT_TRUE(s.IsEqual(Real({9, 16})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.AddProduct(Real({1}), Real({1})); }),
+            "TVec.AddProduct: Vec1.Length <> Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.AddProduct(Cplx({{1, 1}, {1, 1}}), Real({1, 1})); }),
+            "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
+
+  TVec c;
+  c.ConjMul(Cplx({{1, 2}}), Cplx({{3, 4}}));
+  EXPECT_TRUE(c.IsEqual(Cplx({{11, 2}})));  // (1+2i)(3-4i)
+  c.ConjMul(Real({2}), Real({3}));          // real Vec2: the plain product
+  EXPECT_TRUE(c.IsEqual(Real({6})));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+TEST(GuardedDivision, ClampedReciprocal) {
+  TVec a = Real({1, 1, 1});
+  a.Divide(Real({2, 1e-12, -1e-12}), 1e-6);
+  EXPECT_TRUE(a.IsEqual(Real({0.5, 1e6, -1e6})));
+  // Real Self, complex Vec: Self * (1/Vec) with the reciprocal clamped by modulus.
+  TVec b = Real({2, 2});
+  b.Divide(Cplx({{0, 2}, {0, 0}}), 0.5);
+  EXPECT_TRUE(b.IsEqual(Cplx({{0, -1}, {4, 0}})));
+  TVec c = Cplx({{2, 4}});
+  c.Divide(Real({2}), 1e-3);
+  EXPECT_TRUE(c.IsEqual(Cplx({{1, 2}})));
+  TVec r;
+  r.Inv(Real({4, 0}), 0.25);
+  EXPECT_TRUE(r.IsEqual(Real({0.25, 4})));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+}  // namespace
+}  // namespace quorel

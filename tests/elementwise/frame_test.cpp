@@ -1,0 +1,185 @@
+// The element-wise frame, exercised once per overload shape: checks and their order, sizing,
+// real/complex promotion, empty objects, and temporaries returned on every path.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "test_util.h"
+
+namespace quorel {
+namespace {
+
+using test::Cplx;
+using test::MessageOf;
+using test::Real;
+
+class Frame : public ::testing::Test {
+ protected:
+  void TearDown() override { EXPECT_EQ(Controller->VecCacheUsed(), 0) << "a temporary was not given back"; }
+};
+
+TEST_F(Frame, UnaryShapes) {
+  TVec a = Real({4, 9, 16});
+  a.Sqrt();
+  EXPECT_TRUE(a.IsEqual(Real({2, 3, 4})));
+  a.Sqrt(1, 2);
+  EXPECT_EQ(a[0], 2);
+  EXPECT_DOUBLE_EQ(a[1], std::sqrt(3.0));
+  EXPECT_EQ(a[2], 2);
+
+  TVec x = Real({1, 4}), r;
+  r.Sqrt(x);
+  EXPECT_EQ(r.Length(), 2);
+  EXPECT_EQ(r[1], 2);
+  TVec c = Cplx({{-4, 0}, {0, 2}});
+  r.Sqrt(c);  // sized and typed like the source
+  EXPECT_TRUE(r.Complex());
+  EXPECT_EQ(r.CValues()[0], (TCplx{0, 2}));
+
+  TVec dst = Real({7, 7, 7});
+  dst.Sqrt(Real({25, 36}), 1, 1, 1);
+  EXPECT_TRUE(dst.IsEqual(Real({7, 6, 7})));
+}
+
+TEST_F(Frame, UnaryChecksFollowConditionCheck) {
+  TVec a = Real({1, 2});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Sqrt(a); }), "Sqrt: X = Self");
+  TVec c = Cplx({{1, 0}, {4, 0}});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Sqrt(c, 0, 0, 1); }), "Sqrt: Self.Complex <> X.Complex");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { a.Sqrt(1, 2); }),
+            "Self params out of range: Index: 1, Len: 2, Length: 2");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { a.Sqrt(Real({1}), 1, 0, 1); }),
+            "X params out of range: XIndex: 1, Len: 1, X.Length: 1");
+  EXPECT_EQ(a[0], 1);  // nothing written by refused calls
+  a.SetConditionCheck(false);
+  a.Sqrt(a);  // X = Self is the in-place form when unchecked
+  EXPECT_DOUBLE_EQ(a[1], std::sqrt(2.0));
+}
+
+TEST_F(Frame, EmptyObjects) {
+  TVec e;
+  e.Sqrt();
+  e.Sqrt(0, 0);
+  EXPECT_EQ(e.Length(), 0);
+  TVec c;
+  c.Size(0, true);
+  c.Abs();  // an empty complex object just becomes real
+  EXPECT_FALSE(c.Complex());
+  // Add(Vec) on an empty real Self with a complex operand only sets Complex.
+  TVec self, other;
+  other.Size(0, true);
+  self.Add(other);
+  EXPECT_EQ(self.Length(), 0);
+  EXPECT_TRUE(self.Complex());
+}
+
+TEST_F(Frame, InPlacePromotion) {
+  TVec a = Real({1, 2});
+  a.Add(Cplx({{10, 1}, {20, 2}}));
+  EXPECT_TRUE(a.IsEqual(Cplx({{11, 1}, {22, 2}})));
+  TVec s = Real({1, 2});
+  s.Sub(Cplx({{10, 1}, {20, 2}}));  // Self - Vec, not Vec - Self
+  EXPECT_TRUE(s.IsEqual(Cplx({{-9, -1}, {-18, -2}})));
+  TVec d = Real({2, 4});
+  d.Divide(Cplx({{0, 1}, {2, 0}}));
+  EXPECT_TRUE(d.IsEqual(Cplx({{0, -2}, {2, 0}})));
+  TVec k = Real({1, 2, 3});
+  k.Add(TCplx{0, 1});  // a complex value makes a real Self complex of the same length
+  EXPECT_EQ(k.Length(), 3);
+  EXPECT_EQ(k.CValues()[2], (TCplx{3, 1}));
+  // The range form turns all of Self complex first, even for Len 0.
+  TVec r = Real({1, 2, 3});
+  r.Add(Cplx({{5, 5}}), 0, 1, 0);
+  EXPECT_TRUE(r.Complex());
+  EXPECT_EQ(r.Length(), 3);
+  EXPECT_EQ(r.CValues()[1], (TCplx{2, 0}));
+  r.Add(Cplx({{5, 5}}), 0, 1, 1);
+  EXPECT_EQ(r.CValues()[1], (TCplx{7, 5}));
+}
+
+TEST_F(Frame, TwoSourcesSizeAndMix) {
+  TVec r;
+  r.Add(Real({1, 2}), Cplx({{1, 1}, {1, -1}}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{2, 1}, {3, -1}})));
+  r.Sub(Real({1, 2}), Cplx({{1, 1}, {1, -1}}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{0, -1}, {1, 1}})));
+  r.Mul(Cplx({{1, 1}}), Real({2}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{2, 2}})));
+  r.Divide(Real({1}), Cplx({{0, 2}}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{0, -0.5}})));
+  TVec a = Real({1, 2}), b = Real({1, 2, 3});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Add(a, b); }), "TQuorel.Add: Vec1.Length <> Vec2.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Add(a, b); }),
+            "TQuorel.Add: (Self = Vec1) or (Self = Vec2)");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Add(a); }), "TQuorel.Add: Self = Vec");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Sub(b); }), "TVec.Sub: Vec.Length <> Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Mul(b); }), "Length <> Vec.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Divide(b); }), "TQuorel.Divide: Length <> Vec.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Divide(a, b); }), "Num.Length <> Den.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Divide(a, b); }), "(Self = Num) or (Self = Den)");
+
+  TVec out = Real({0, 0, 0});
+  out.Mul(Real({2, 3}), Real({4, 5, 6}), 1, 2, 0, 1);
+  EXPECT_TRUE(out.IsEqual(Real({18, 0, 0})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { out.Mul(out, b, 0, 0, 0, 1); }),
+            "Invalid params: X1 or X2 is equal to Self");
+}
+
+TEST_F(Frame, ScalarShapes) {
+  TVec a = Real({1, 2, 3});
+  a.Add(1.0).Scale(2.0).Sub(1.0);
+  EXPECT_TRUE(a.IsEqual(Real({3, 5, 7})));
+  a.SubFrom(10.0, 2, 1);
+  EXPECT_TRUE(a.IsEqual(Real({3, 5, 3})));
+  a.DivideBy(15.0);
+  EXPECT_TRUE(a.IsEqual(Real({5, 3, 5})));
+  TVec c = Cplx({{1, 1}});
+  c.Add(2.0);  // a real value acts on the real parts
+  EXPECT_EQ(c.CValues()[0], (TCplx{3, 1}));
+  c.Mul(TCplx{0, 1});
+  EXPECT_EQ(c.CValues()[0], (TCplx{-1, 3}));
+  TVec r;
+  r.Add(Real({1, 2}), TCplx{0, 1});
+  EXPECT_TRUE(r.IsEqual(Cplx({{1, 1}, {2, 1}})));
+  r.SubFrom(1.0, Real({1, 2}));
+  EXPECT_TRUE(r.IsEqual(Real({0, -1})));
+  r.DivideBy(TCplx{0, 2}, Real({2}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{0, 1}})));
+  TVec dst = Cplx({{0, 0}, {0, 0}});
+  dst.Mul(Real({3, 4}), TCplx{1, 1}, 1, 1, 1);
+  EXPECT_EQ(dst.CValues()[1], (TCplx{4, 4}));
+  TVec real = Real({0, 0});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { real.Mul(Real({3}), TCplx{1, 1}, 0, 0, 1); }),
+            "TQuorel.Mul: Self.Complex <> Vec.Complex");
+}
+
+TEST_F(Frame, RulesForModulusAndKindRestrictedOperations) {
+  TVec c = Cplx({{3, 4}, {0, -2}});
+  TVec m;
+  m.Abs(c);
+  EXPECT_FALSE(m.Complex());
+  EXPECT_TRUE(m.IsEqual(Real({5, 2})));
+  c.Abs();  // in place: Self becomes real with the moduli
+  EXPECT_TRUE(c.IsEqual(Real({5, 2})));
+  TVec r = Real({1});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Flip(); }), "Flip: Complex = False");
+  TVec z = Cplx({{1, 1}});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { z.FixAngle(); }), "TQuorel.FixAngle: Self is Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.FixAngle(z); }), "TQuorel.FixAngle: Src is Complex");
+  z.SetConditionCheck(false);
+  // The kind checks of kind-restricted operations do not depend on ConditionCheck.
+  EXPECT_THROW(z.FixAngle(), EQuorelInvalidArgument);
+}
+
+TEST_F(Frame, TemporariesReturnedWhenAMethodThrows) {
+  TVec a = Real({1, 2});
+  TVec big;
+  // Promotion takes a temporary; an out-of-range follow-up check must not leak it.
+  EXPECT_THROW(a.Add(Cplx({{1, 1}}), 0, 1, 2), EQuorelRangeError);
+  EXPECT_THROW(big.Size(std::numeric_limits<std::int32_t>::max() / 2 + 5, true), EOutOfMemory);
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+}  // namespace
+}  // namespace quorel

@@ -1,0 +1,185 @@
+// Elementary functions on vectors: the complex formulas, rounding through 32-bit integers,
+// thresholds and the members with parameters.
+#include <cmath>
+#include <complex>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "test_util.h"
+
+namespace quorel {
+namespace {
+
+using test::Cplx;
+using test::MessageOf;
+using test::Real;
+
+// Relative error of a complex result against std::complex<long double>, in units of MACHEP.
+double CplxErrorEps(TCplx got, std::complex<long double> want) {
+  const long double dr = got.Re - want.real(), di = got.Im - want.imag();
+  return static_cast<double>(std::sqrt(dr * dr + di * di) / std::abs(want)) / MACHEP;
+}
+
+// Complex results of the vector members stay within a few MACHEP of the exact value.
+constexpr double kComplexTolEps = 8;
+
+TEST(ComplexFunctions, FormulasAgainstLongDouble) {
+  const TCplx points[] = {{0.5, 0.25}, {-1.5, 2}, {3, -0.75}, {0, 1}, {1e-3, -2}};
+  for (const TCplx& p : points) {
+    const std::complex<long double> z(p.Re, p.Im);
+    struct Case {
+      const char* name;
+      TVec& (TVec::*method)();
+      std::complex<long double> want;
+    } cases[] = {
+        {"Sin", &TVec::Sin, std::sin(z)},   {"Cos", &TVec::Cos, std::cos(z)},   {"Tan", &TVec::Tan, std::tan(z)},
+        {"Sinh", &TVec::Sinh, std::sinh(z)}, {"Cosh", &TVec::Cosh, std::cosh(z)}, {"Tanh", &TVec::Tanh, std::tanh(z)},
+        {"Exp", &TVec::Exp, std::exp(z)},   {"Ln", &TVec::Ln, std::log(z)},     {"Sqrt", &TVec::Sqrt, std::sqrt(z)},
+        {"ArcSin", &TVec::ArcSin, std::asin(z)}, {"ArcTanh", &TVec::ArcTanh, std::atanh(z)},
+        {"Log10", &TVec::Log10, std::log10(z)},
+    };
+    for (const Case& c : cases) {
+      TVec v = Cplx({p});
+      (v.*c.method)();
+      EXPECT_LE(CplxErrorEps(v.CValues()[0], c.want), kComplexTolEps) << c.name << " at " << p.Re << "," << p.Im;
+    }
+  }
+}
+
+TEST(ComplexFunctions, SpecialPoints) {
+  TVec v = Cplx({{0, 1}});
+  v.Sin();
+  EXPECT_DOUBLE_EQ(v.CValues()[0].Im, std::sinh(1.0));
+  EXPECT_EQ(v.CValues()[0].Re, 0);
+  TVec c = Cplx({{0, 1}});
+  c.Cos();
+  EXPECT_DOUBLE_EQ(c.CValues()[0].Re, std::cosh(1.0));
+  TVec e = Cplx({{0, 1}});
+  e.Exp10();
+  EXPECT_NEAR(e.CValues()[0].Re, std::cos(LN10), 4 * MACHEP);
+  EXPECT_NEAR(e.CValues()[0].Im, std::sin(LN10), 4 * MACHEP);
+  TVec r = Real({10});
+  r.Exp2();
+  EXPECT_NEAR(r[0], 1024, 1024 * 4 * MACHEP);
+  TVec l = Real({8});
+  l.Log2();
+  EXPECT_NEAR(l[0], 3, 4 * MACHEP);
+}
+
+TEST(Rounding, ThroughInt32AndParts) {
+  TVec a = Real({3e9, -3e9, 2.5, -2.5, 1.5, NaN});
+  TVec r;
+  r.Round(a);
+  EXPECT_TRUE(r.IsEqual(Real({2147483647.0, -2147483648.0, 2, -2, 2, 0})));
+  r.Trunc(Real({2.7, -2.7}));
+  EXPECT_TRUE(r.IsEqual(Real({2, -2})));
+  TVec c = Cplx({{1.6, -1.6}});
+  c.Round();  // both parts
+  EXPECT_TRUE(c.IsEqual(Cplx({{2, -2}})));
+  r.Ceil(Real({1.2, -1.2}));
+  EXPECT_TRUE(r.IsEqual(Real({2, -1})));
+  r.Floor(Real({1.2, -1.2}));
+  EXPECT_TRUE(r.IsEqual(Real({1, -2})));
+  r.Frac(Real({1.25, -1.25}));
+  EXPECT_TRUE(r.IsEqual(Real({0.25, -0.25})));
+  TVec t, f;
+  Real({3.5, -3.5}).TruncAndFrac(t, f);
+  EXPECT_TRUE(t.IsEqual(Real({3, -3})));
+  EXPECT_TRUE(f.IsEqual(Real({0.5, -0.5})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { t.TruncAndFrac(t, f); }),
+            "TQuorel.TruncAndFrac, TruncDst: X = Self");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Round(r); }), "TQuorel.Round: Self = Src");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Ceil(r); }), "TQuorel.Ceil: Src = Self");
+
+  TIntegerArray ints;
+  a.Round(ints);
+  EXPECT_EQ(ints, (TIntegerArray{2147483647, -2147483647 - 1, 2, -2, 2, 0}));
+  Real({-2.9, 2.9}).Trunc(ints);
+  EXPECT_EQ(ints, (TIntegerArray{-2, 2}));
+  TVec iv;
+  Real({1.5, -7.2, 4e10}).FloatToInt(iv, rnRound);
+  EXPECT_TRUE(iv.IsInteger());
+  EXPECT_EQ(iv.IValues()[1], -7);
+  EXPECT_EQ(iv.IValues()[2], 2147483647);
+  iv.IntToFloat();
+  EXPECT_TRUE(iv.IsEqual(Real({2, -7, 2147483647.0})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { iv.IntToFloat(); }), "Src.IsInteger = false");
+}
+
+TEST(Angles, FixAngleRemSgnSign) {
+  TVec a = Real({7, -7, 4});
+  a.FixAngle();
+  EXPECT_DOUBLE_EQ(a[0], 7 - TWOPI);
+  EXPECT_DOUBLE_EQ(a[1], -7 + TWOPI);
+  EXPECT_EQ(a[2], 4);  // not folded into (-pi, pi]
+  TVec r;
+  r.Rem(Real({-7, 7}), Real({3, -3}));
+  EXPECT_TRUE(r.IsEqual(Real({-1, 1})));
+  r.Rem(Real({7.5}), 2.0);
+  EXPECT_TRUE(r.IsEqual(Real({1.5})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Rem(Cplx({{1, 1}}), 2.0); }), "TQuorel.Rem: X is Complex");
+  TVec s = Real({5, 5, 5});
+  s.Sgn(Real({2, -3, 0}));
+  EXPECT_TRUE(s.IsEqual(Real({5, -5, 0})));
+  s.SetConditionCheck(false);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.Sgn(Real({1})); }),
+            "TQuorel.Sgn: Self.Length <> SgnSrc.Length");  // checked always
+  TVec n = Real({1, -2});
+  n.Sign();
+  EXPECT_TRUE(n.IsEqual(Real({-1, 2})));
+}
+
+TEST(Thresholds, LevelsAndMessages) {
+  TVec a = Real({-2, 0, 2});
+  a.ThreshBottom(-1).ThreshTop(1);
+  EXPECT_TRUE(a.IsEqual(Real({-1, 0, 1})));
+  TVec b;
+  b.ThresholdLT(Real({-2, 0, 2}), 0.5, 9);
+  EXPECT_TRUE(b.IsEqual(Real({9, 9, 2})));
+  b.ThresholdGT_LT(Real({-2, 0, 2}), 0, -5, 0, 5);  // equal levels are accepted
+  EXPECT_TRUE(b.IsEqual(Real({-5, 0, 5})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.ThresholdGT_LT(1, 0, 0, 0); }),
+            "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  TVec c = Cplx({{3, 4}, {0.3, 0.4}});
+  c.ThreshTop(1);  // modulus limited, phase kept
+  EXPECT_TRUE(c.IsEqual(Cplx({{0.6, 0.8}, {0.3, 0.4}}), 1e-15, cmpAbsolute));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.ThresholdLT(1, TCplx{0, 1}); }),
+            "TQuorel.ThresholdLT: Self is not Complex");
+}
+
+TEST(Parameters, PowerLogNSinCos) {
+  TVec a = Real({4, 9});
+  a.Power(0.5);
+  EXPECT_TRUE(a.IsEqual(Real({2, 3})));
+  TVec r;
+  r.Power(2.0, Real({3, -1}));
+  EXPECT_TRUE(r.IsEqual(Real({8, 0.5})));
+  r.PowerVec(Real({2, 3}), Real({2, 2}));
+  EXPECT_TRUE(r.IsEqual(Real({4, 9})));
+  r.IntPower(Real({2, -3}), 3);
+  EXPECT_TRUE(r.IsEqual(Real({8, -27})));
+  r.IntPower(-2);
+  EXPECT_TRUE(r.IsEqual(Real({1.0 / 64, 1.0 / 729}), 1e-17, cmpAbsolute));
+  r.LogN(2.0, Real({8, 0.25}));
+  EXPECT_TRUE(r.IsEqual(Real({3, -2}), 4 * MACHEP, cmpAbsolute));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0); }), "TQuorel.LogN: N = 0");
+  TVec s, c;
+  Real({0, PIDIV2}).SinCos(s, c);
+  EXPECT_TRUE(s.IsEqual(Real({0, 1})));
+  EXPECT_NEAR(c[1], 0, 1e-16);
+  Real({0.5}).SinhCosh(s, c);
+  EXPECT_NEAR(s[0], std::sinh(0.5), 4 * MACHEP);
+  EXPECT_NEAR(c[0], std::cosh(0.5), 4 * MACHEP);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { Cplx({{1, 1}}).SinCos(s, c); }), "TQuorel.SinCos: Complex = True");
+  TVec e;
+  e.Expj(Real({0, PIDIV2}));
+  EXPECT_TRUE(e.IsEqual(Cplx({{1, 0}, {0, 1}}), 1e-16, cmpAbsolute));
+  r.ArcTan2(Real({1, -1}), Real({0, 0}));
+  EXPECT_TRUE(r.IsEqual(Real({PIDIV2, -PIDIV2})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.ArcTan2(Real({1}), Real({1, 2})); }),
+            "TQuorel.ArcTan2: X.Length <> Y.Length");
+}
+
+}  // namespace
+}  // namespace quorel

@@ -1,0 +1,113 @@
+// Reductions computed by one kernel call: values against independent formulas, the empty-input
+// conventions and the type checks.
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "test_util.h"
+
+namespace quorel {
+namespace {
+
+using test::Cplx;
+using test::MessageOf;
+using test::Real;
+
+TEST(Reductions, SumsMeansDeviations) {
+  std::mt19937_64 rng(7);
+  std::normal_distribution<double> g(3, 2);
+  TVec x;
+  x.SetLength(1001);
+  long double s = 0, q = 0;
+  for (int i = 0; i < 1001; ++i) {
+    x[i] = g(rng);
+    s += x[i];
+  }
+  const long double mean = s / 1001;
+  for (int i = 0; i < 1001; ++i) q += (x[i] - mean) * (x[i] - mean);
+  const double sd = static_cast<double>(std::sqrt(q / 1000));
+  EXPECT_NEAR(x.Sum(), static_cast<double>(s), 1e-12 * std::fabs(static_cast<double>(s)));
+  EXPECT_NEAR(x.Mean(), static_cast<double>(mean), 1e-14 * std::fabs(static_cast<double>(mean)));
+  EXPECT_NEAR(x.StdDev(), sd, 1e-13 * sd);
+  EXPECT_NEAR(x.StdDev(x.Mean()), sd, 1e-10 * sd);  // the one-pass formula loses a little
+  EXPECT_NEAR(x.RMS(), std::sqrt(x.SumOfSquares() / 1001), 1e-14);
+  EXPECT_EQ(Real({}).Sum(), 0);
+  EXPECT_EQ(Real({}).Mean(), 0);
+  EXPECT_TRUE(std::isnan(Real({1}).StdDev()));
+  EXPECT_TRUE(std::isnan(Real({}).RMS()));
+  EXPECT_EQ(Real({1, 2, 3, 4}).Sum(1, 2), 5);
+  EXPECT_EQ(Cplx({{1, 2}, {3, 4}}).Sumc(), (TCplx{4, 6}));
+  EXPECT_EQ(Cplx({{1, 2}, {3, 4}}).Meanc(), (TCplx{2, 3}));
+  const TCplx sdc = Cplx({{1, 10}, {3, 30}}).StdDev(TCplx{2, 20});
+  EXPECT_DOUBLE_EQ(sdc.Re, std::sqrt(2.0));
+  EXPECT_DOUBLE_EQ(sdc.Im, std::sqrt(200.0));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Cplx({{1, 1}}).Sum(); }), "Complex = True");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Cplx({{1, 1}}).Mean(); }), "Complex = True");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).Sumc(); }), "Complex = False");
+}
+
+TEST(Reductions, Extremes) {
+  TVec a = Real({1, 5, 5, -2});
+  double v;
+  std::int32_t i;
+  a.Max(v, i);
+  EXPECT_EQ(v, 5);
+  EXPECT_EQ(i, 1);  // the first of equal values
+  a.Min(v, i);
+  EXPECT_EQ(i, 3);
+  double mx, mn;
+  std::int32_t imx, imn;
+  a.MaxMin(mx, imx, mn, imn);
+  EXPECT_EQ(mx, 5);
+  EXPECT_EQ(imx, 1);
+  EXPECT_EQ(mn, -2);
+  EXPECT_EQ(Real({3, 9, 1}).Max(1, 2), 9);
+  EXPECT_TRUE(std::isnan(Real({}).Max()));
+  Real({}).Max(v, i);
+  EXPECT_EQ(i, -1);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Cplx({{1, 1}}).Max(); }), "Complex = True");
+}
+
+TEST(Reductions, NormsAndDifferences) {
+  TVec a = Real({3, -4});
+  EXPECT_EQ(a.NormL2(), 5);
+  EXPECT_EQ(a.NormL1(), 7);
+  EXPECT_EQ(a.NormC(), 4);
+  TVec c = Cplx({{3, 4}, {0, -1}});
+  EXPECT_DOUBLE_EQ(c.NormL2(), std::sqrt(26.0));
+  EXPECT_EQ(c.NormL1(), 6);
+  EXPECT_EQ(c.NormC(), 5);
+  EXPECT_TRUE(std::isnan(Real({}).NormL2()));
+  // Only the common length is compared, deliberately without a length check.
+  EXPECT_EQ(Real({1, 2, 3}).NormL2(Real({1, 2}), false), 0);
+  EXPECT_DOUBLE_EQ(Real({3, 4}).NormL2(Real({0, 0}), true), 1);
+  EXPECT_EQ(Real({1, 2}).NormC(Real({1, 5}), false), 3);
+  TVec b = Real({1});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormL1(b, false); }), "Self = Quorel");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormL2(b, false); }), "Self = Vec");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormC(Cplx({{1, 1}}), false); }),
+            "Self.Complex <> Vec.Complex");
+  // Large values do not overflow the L2 norm.
+  EXPECT_DOUBLE_EQ(Real({3e200, 4e200}).NormL2(), 5e200);
+}
+
+TEST(Reductions, ProductsAndDots) {
+  EXPECT_EQ(Real({2, 3, 4}).Product(), 24);
+  EXPECT_EQ(Cplx({{0, 1}, {0, 1}}).Productc(), (TCplx{-1, 0}));
+  EXPECT_EQ(Real({1, 2}).DotProd(Real({3, 4})), 11);
+  EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Cplx({{1, 1}})), (TCplx{0, 2}));
+  EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Cplx({{1, 1}}), true), (TCplx{2, 0}));
+  EXPECT_EQ(Real({2}).DotProdc(Cplx({{1, 1}})), (TCplx{2, 2}));
+  EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Real({2}), true), (TCplx{2, -2}));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProd(Real({1, 2})); }),
+            "DotProd: Vec.Length <> Self.Length");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProd(Cplx({{1, 1}})); }),
+            "Vec.Complex or Self.Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProdc(Real({1})); }),
+            "not (fComplex or Vec.Complex)");
+}
+
+}  // namespace
+}  // namespace quorel
