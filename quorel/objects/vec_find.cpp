@@ -115,7 +115,13 @@ struct MaskSink {
   std::int32_t* out;
   void operator()(std::int32_t i, bool hit) { out[i] = hit; }
 };
-// The positions of the hits, written compactly; `out` has room for every position.
+// Counts the hits.
+struct CountSink {
+  std::int32_t count = 0;
+  void operator()(std::int32_t, bool hit) { count += hit; }
+};
+// The positions of the hits, written compactly. Each position is stored before it is known to be a
+// hit, so `out` needs room for one entry past the last hit.
 struct IndexSink {
   std::int32_t* out;
   std::int32_t count = 0;
@@ -219,21 +225,23 @@ TVec& FindMaskOf(TVec& self, const TVec& a, std::string_view op, const TOperand&
   return self;
 }
 
-// Runs the comparison into `hits` and views the hit positions; returns their count.
-std::int32_t FindHits(const TComparison& cmp, TVec& hits) {
-  SizeAs(hits, TElemKind::Int, cmp.Count());
-  IndexSink sink{DataAs<std::int32_t>(hits)};
-  cmp.Run(sink);
-  hits.SetSubRange(0, sink.count);
-  return sink.count;
+// Sizes `out` to the hit positions and writes them: one pass to count, one to write, so nothing
+// larger than the result is allocated.
+std::int32_t FindHits(const TComparison& cmp, TVec& out) {
+  CountSink counter;
+  cmp.Run(counter);
+  SizeAs(out, TElemKind::Int, counter.count);
+  if (counter.count > 0) {
+    // count integers occupy half of the count doubles allocated, which leaves the spare entry.
+    IndexSink sink{DataAs<std::int32_t>(out)};
+    cmp.Run(sink);
+  }
+  return counter.count;
 }
 
 TVec& FindIndexesOf(TVec& self, const TVec& a, std::string_view op, const TOperand& b) {
   const TComparison cmp(self, a, op, b, {});
-  TWorkVec hits;
-  const std::int32_t count = FindHits(cmp, *hits);
-  SizeAs(self, TElemKind::Int, count);
-  CopyElements(*hits, 0, self, 0, count);
+  FindHits(cmp, self);
   return self;
 }
 
