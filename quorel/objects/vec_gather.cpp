@@ -48,7 +48,7 @@ void CheckIndexValues(const TVec& indexes, std::int32_t n, const char* method, c
 // A complex source cannot be scattered into a real Self without losing its imaginary parts.
 void CheckScatterKind(const TVec& self, const TVec& src, const char* method) {
   if (self.ConditionCheck() && src.Complex() && !self.Complex())
-    EInvalidArgumentRaise(FormatMsg("TVec.%s: Src.Complex <> Self.Complex", method));
+    EInvalidArgumentRaise(FormatMsg("TVec.%s: Src is complex, Self is real", method));
 }
 
 }  // namespace
@@ -172,7 +172,7 @@ TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
   if (mask == nullptr) EInvalidArgumentRaise("TVec.ScatterByMask: Mask = nil");
   if (fConditionCheck) {
     if (!mask->IsInteger()) EInvalidArgumentRaise("TVec.ScatterByMask: Mask is not integer");
-    if (fLength < mask->Length()) EInvalidArgumentRaise("Length < Mask.Length");
+    if (fLength < mask->Length()) EInvalidArgumentRaise("TVec.ScatterByMask: Self.Length < Mask.Length");
   }
   CheckScatterKind(*this, src, "ScatterByMask");
   std::optional<TWorkVec> keepMask, keepSrc;
@@ -217,7 +217,7 @@ TVec& TVec::SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec) {
     if (Is(maskVec)) EInvalidArgumentRaise("TVec.SplitByMask: MaskVec = Self");
     if (Is(notMaskVec)) EInvalidArgumentRaise("TVec.SplitByMask: NotMaskVec = Self");
     if (!mask.IsInteger()) EInvalidArgumentRaise("TVec.SplitByMask: Mask is not integer");
-    if (fLength < mask.Length()) EInvalidArgumentRaise("Length < Mask.Length");
+    if (fLength < mask.Length()) EInvalidArgumentRaise("TVec.SplitByMask: Self.Length < Mask.Length");
   }
   const TElemKind kind = KindOf(*this);
   const bool maskWritten = &mask == &maskVec || &mask == &notMaskVec;
