@@ -3,7 +3,10 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <span>
+#include <string_view>
+#include <type_traits>
 
 #include "quorel/objects/controller.h"
 #include "quorel/objects/dense.h"
@@ -69,6 +72,116 @@ class TVec final : public TDenseOf<TVec> {
     return SetSubRange(src, beginIndex, endIndex - beginIndex + 1);
   }
 
+  // --- operations -----------------------------------------------------------------------------
+  // Integer vectors (IsInteger: index lists and masks) hold 32-bit integers and are moved as such.
+  // A result that mixes kinds takes the widest, integer < real < complex (x becomes (x, 0)). An
+  // input that is Self itself is read from a copy, so Self may be an input wherever no identity
+  // check forbids it (or ConditionCheck is off).
+
+  // Assembly.
+  using TDenseOf<TVec>::Copy;
+  /// Self = Vec1 followed by Vec2; complex when either is.
+  TVec& Copy(const TVec& vec1, const TVec& vec2);
+  /// Self = the sources one after another; all share Complex with the first.
+  TVec& Concat(std::span<const TVec* const> src);
+  TVec& Concat(std::initializer_list<const TVec*> src) { return Concat(std::span(src.begin(), src.size())); }
+  /// Writes the sources one after another into Self from Index on; Self keeps its size.
+  TVec& Concat(std::int32_t index, std::span<const TVec* const> src);
+  TVec& Concat(std::int32_t index, std::initializer_list<const TVec*> src) {
+    return Concat(index, std::span(src.begin(), src.size()));
+  }
+  /// Vec1 = the first Offset elements of Self, Vec2 = the rest.
+  TVec& Split(TVec& vec1, TVec& vec2, std::int32_t offset);
+  /// Cuts Self into consecutive pieces of the destinations' current lengths; a tail beyond the
+  /// last piece is left out.
+  TVec& Split(std::span<TVec* const> dst);
+  TVec& Split(std::initializer_list<TVec*> dst) { return Split(std::span(dst.begin(), dst.size())); }
+  /// Sizes dst[i] to dstSize[i], then cuts Self as above.
+  TVec& Split(std::span<TVec* const> dst, std::span<const std::int32_t> dstSize);
+  TVec& Split(std::initializer_list<TVec*> dst, std::initializer_list<std::int32_t> dstSize) {
+    return Split(std::span(dst.begin(), dst.size()), std::span(dstSize.begin(), dstSize.size()));
+  }
+
+  // Gathering and scattering. A gather sizes Self to the gathered elements of X (X's kind); a
+  // scatter writes into Self in place (Self keeps its size, Src is converted to Self's kind) and is
+  // the exact inverse of the gather with the same arguments. Mask entries are true when non-zero;
+  // with repeated scatter indexes the last write wins. Index values outside the addressed vector
+  // raise EQuorelRangeError whatever ConditionCheck says.
+  /// IndexType 0: GatherByIncr (Increment, Offset); 1: GatherByIndex; 2: GatherByMask.
+  TVec& Gather(const TVec& x, const TVec* indexes, std::int32_t indexType, std::int32_t increment,
+               std::int32_t offset);
+  /// Self = X[Offset], X[Offset + Increment], ... up to the end of X.
+  TVec& GatherByIncr(const TVec& x, std::int32_t increment, std::int32_t offset);
+  /// Self[i] = X[Indexes[i]].
+  TVec& GatherByIndex(const TVec& x, const TVec& indexes);
+  /// Self = the elements of X whose mask entry is true, in order.
+  TVec& GatherByMask(const TVec& x, const TVec* mask);
+  /// Self[i] = the next element of MaskVec where Mask[i] is true, else the next of NotMaskVec.
+  TVec& GatherSplit(const TVec& mask, const TVec& maskVec, const TVec& notMaskVec);
+  /// The inverse of Gather; IndexType as there.
+  TVec& Scatter(const TVec& src, const TVec* indexes, std::int32_t indexType, std::int32_t increment,
+                std::int32_t offset);
+  /// Self[Offset + k*Increment] = Src[k] for every element of Src.
+  TVec& ScatterByIncr(const TVec& src, std::int32_t increment, std::int32_t offset);
+  /// Self[Indexes[i]] = Src[i].
+  TVec& ScatterByIndex(const TVec& src, const TVec& indexes);
+  /// Writes Src's elements in order to the positions where the mask is true.
+  TVec& ScatterByMask(const TVec& src, const TVec* mask);
+  /// The inverse of GatherSplit: MaskVec = Self's elements where Mask is true, NotMaskVec = the rest.
+  TVec& SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec);
+
+  // Comparison family. op is "<", "<=" or "=<", ">", ">=" or "=>", "=" or "==", "<>". A real pair
+  // with a NaN counts as "less"; "=" matches NaN with NaN and an infinity with an infinity of either
+  // sign. Complex values compare by the complex ordering (modulus, then phase from -pi). A vector b
+  // compares min(a.Length, b.Length) elements, a value b every element of a.
+  /// Self = integer 0/1 mask of the relation.
+  TVec& FindMask(const TVec& a, std::string_view op, const TVec& b);
+  TVec& FindMask(const TVec& a, std::string_view op, double b);
+  TVec& FindMask(const TVec& a, std::string_view op, const TCplx& b);
+  /// Self = integer list of the positions where the relation holds, ascending.
+  TVec& FindIndexes(const TVec& a, std::string_view op, const TVec& b);
+  TVec& FindIndexes(const TVec& a, std::string_view op, double b);
+  TVec& FindIndexes(const TVec& a, std::string_view op, const TCplx& b);
+  /// Self = the elements of a where the relation holds; Indexes = their positions.
+  TVec& FindAndGather(const TVec& a, std::string_view op, const TVec& b, TVec& indexes);
+  TVec& FindAndGather(const TVec& a, std::string_view op, double b, TVec& indexes);
+  TVec& FindAndGather(const TVec& a, std::string_view op, const TCplx& b, TVec& indexes);
+  /// Self = the 0/1 mask; MaskVec = the elements of a where it holds, NotMaskVec = the others.
+  TVec& FindAndSplit(const TVec& a, std::string_view op, const TVec& b, TVec& maskVec, TVec& notMaskVec);
+  TVec& FindAndSplit(const TVec& a, std::string_view op, double b, TVec& maskVec, TVec& notMaskVec);
+  TVec& FindAndSplit(const TVec& a, std::string_view op, const TCplx& b, TVec& maskVec, TVec& notMaskVec);
+
+  // Generation and ordering.
+  /// Self[i] = i; Length and Complex are kept.
+  TVec& Ramp();
+  /// Self[i] = Offset + i*Step (a complex Self gets zero imaginary parts, an integer one the
+  /// values truncated toward zero).
+  TVec& Ramp(double offset, double step);
+  /// Self[Index + k] = Offset + k*Step for k < Len.
+  TVec& Ramp(double offset, double step, std::int32_t index, std::int32_t len);
+  /// Self[i] = Offset + i*Step, complex (a real Self becomes complex of the same length).
+  TVec& Ramp(const TCplx& offset, double step);
+  TVec& Ramp(const TCplx& offset, const TCplx& step);
+  /// Self[Index + k] = Offset + k*Step for k < Len; Self must be complex.
+  TVec& Ramp(const TCplx& offset, double step, std::int32_t index, std::int32_t len);
+  TVec& Ramp(const TCplx& offset, const TCplx& step, std::int32_t index, std::int32_t len);
+  /// Self = Src[Offset + k*Step] for k < Len (Step < 0 walks backward; Len = -1 takes as many as
+  /// fit), in Src's kind.
+  TVec& SliceIt(const TVec& src, std::int32_t step, std::int32_t offset, std::int32_t len);
+  /// As SliceIt, but reads Src's storage as (re, im) pairs whatever its Complex; Self is complex.
+  TVec& SliceItc(const TVec& src, std::int32_t step, std::int32_t offset, std::int32_t len);
+  /// Sorts Self in place. NaNs (complex: either part) go last in both directions; complex values
+  /// follow the complex ordering.
+  TVec& SortAscend();
+  TVec& SortDescend();
+  /// Same, stable; IndexVec receives each element's original position.
+  TVec& SortAscend(TVec* indexVec);
+  TVec& SortDescend(TVec* indexVec);
+  /// Self = the primes up to N, ascending, as real values (empty when N < 2).
+  TVec& PrimeNumbers(std::int32_t n);
+  /// Flips an integer mask in place: 0 becomes 1, anything else 0.
+  TVec& NotMask();
+
   // --- element access -------------------------------------------------------------------------
   double& operator[](std::int32_t i) { return fValues[i]; }
   double operator[](std::int32_t i) const { return fValues[i]; }
@@ -90,5 +203,97 @@ class TVec final : public TDenseOf<TVec> {
   std::int32_t fComplexSwitches = 0;
   bool fAdopted = false;
 };
+
+namespace detail::vecops {
+// Internals shared by the vector operations (vec_assembly, vec_gather, vec_find, vec_order.cpp).
+
+/// What one element is: a 32-bit integer (index lists, masks), a double, or a complex pair.
+enum class TElemKind : std::uint8_t { Int, Real, Cplx };
+
+inline TElemKind KindOf(const TQuorel& v) {
+  return v.Complex() ? TElemKind::Cplx : v.IsInteger() ? TElemKind::Int : TElemKind::Real;
+}
+
+/// Calls f with a value of the element type of `kind`: std::int32_t, double or TCplx.
+template <class F>
+decltype(auto) VisitKind(TElemKind kind, F&& f) {
+  switch (kind) {
+    case TElemKind::Int: return f(std::int32_t{});
+    case TElemKind::Real: return f(double{});
+    default: return f(TCplx{});
+  }
+}
+
+/// The data of v read as elements of type T.
+template <class T>
+T* DataAs(const TQuorel& v) {
+  return reinterpret_cast<T*>(v.PValues1D(0));
+}
+
+/// Truncates toward zero, saturating at the int32 limits; NaN gives 0.
+inline std::int32_t SaturateToInt(double x) {
+  if (!(x == x)) return 0;
+  if (x >= 2147483647.0) return 2147483647;
+  if (x <= -2147483648.0) return -2147483647 - 1;
+  return static_cast<std::int32_t>(x);
+}
+
+/// One element converted: widening is exact; complex to real keeps Re, real to integer saturates.
+template <class To, class From>
+To ConvertElem(const From& x) {
+  if constexpr (std::is_same_v<To, From>) {
+    return x;
+  } else if constexpr (std::is_same_v<From, TCplx>) {
+    return ConvertElem<To>(x.Re);
+  } else if constexpr (std::is_same_v<To, TCplx>) {
+    return TCplx{static_cast<double>(x), 0.0};
+  } else if constexpr (std::is_same_v<To, double>) {
+    return static_cast<double>(x);
+  } else {
+    return SaturateToInt(x);
+  }
+}
+
+/// dst[dstPos(k)] = src[srcPos(k)] for k < n, both read as elements of `kind`; the positions are
+/// called once per k, in order, and must be in range.
+template <class DstPos, class SrcPos>
+void MoveElements(TElemKind kind, const TQuorel& src, TQuorel& dst, std::int32_t n, DstPos dstPos, SrcPos srcPos) {
+  VisitKind(kind, [&](auto tag) {
+    using T = decltype(tag);
+    const T* in = DataAs<T>(src);
+    T* out = DataAs<T>(dst);
+    for (std::int32_t k = 0; k < n; ++k) out[dstPos(k)] = in[srcPos(k)];
+  });
+}
+
+/// Position k itself.
+struct SamePos {
+  std::int32_t operator()(std::int32_t k) const { return k; }
+};
+
+/// Sizes v for len elements of `kind`.
+void SizeAs(TVec& v, TElemKind kind, std::int32_t len);
+/// Raises now what SizeAs(v, kind, len) would raise later for a sub-range ("IsSubRange = True!").
+void CheckSizable(const TVec& v, TElemKind kind, std::int32_t len);
+/// dst[dstIndex + k] = src[srcIndex + k] for k < n, converted to dst's kind; ranges are the caller's.
+void CopyElements(const TVec& src, std::int32_t srcIndex, TVec& dst, std::int32_t dstIndex, std::int32_t n);
+/// `in` as elements of `kind`, safe to read while Self is written: a work copy in `keep` when `in`
+/// is aliased or of another kind, else `in` itself.
+const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional<TWorkVec>& keep);
+/// Number of non-zero entries among the first n of an integer mask.
+std::int32_t CountNonZero(const TVec& mask, std::int32_t n);
+
+// Stand-ins for the scalar module's complex ordering and special-value equality, until it lands.
+/// Either part is NaN / infinite.
+bool IsNan(const TCplx& z);
+bool IsInf(const TCplx& z);
+/// |a|^2 against |b|^2, ties broken by phase class and real part.
+bool Bigger(const TCplx& a, const TCplx& b);
+bool Smaller(const TCplx& a, const TCplx& b);
+/// Exact equality after the NaN/infinity rule (infinities of either sign are equal).
+bool Equal(double a, double b);
+bool Equal(const TCplx& a, const TCplx& b);
+
+}  // namespace detail::vecops
 
 }  // namespace quorel

@@ -1,0 +1,214 @@
+// Assembling a vector from pieces and cutting it into pieces: Copy (Vec1, Vec2), Concat, Split.
+// Also the element-moving internals the other vector operations share.
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/vec.h"
+
+namespace quorel {
+
+namespace detail::vecops {
+
+void SizeAs(TVec& v, TElemKind kind, std::int32_t len) {
+  v.Size(len, kind == TElemKind::Cplx);
+  v.SetIsInteger(kind == TElemKind::Int);
+}
+
+void CheckSizable(const TVec& v, TElemKind kind, std::int32_t len) {
+  if (v.IsSubRange() && (len != v.Length() || (kind == TElemKind::Cplx) != v.Complex()))
+    ERaise("IsSubRange = True!");
+}
+
+void CopyElements(const TVec& src, std::int32_t srcIndex, TVec& dst, std::int32_t dstIndex, std::int32_t n) {
+  if (n <= 0) return;
+  VisitKind(KindOf(dst), [&](auto dtag) {
+    using D = decltype(dtag);
+    D* out = DataAs<D>(dst) + dstIndex;
+    VisitKind(KindOf(src), [&](auto stag) {
+      using S = decltype(stag);
+      const S* in = DataAs<S>(src) + srcIndex;
+      if constexpr (std::is_same_v<D, S>) {
+        std::memmove(out, in, static_cast<std::size_t>(n) * sizeof(D));
+      } else {
+        std::transform(in, in + n, out, [](const S& x) { return ConvertElem<D>(x); });
+      }
+    });
+  });
+}
+
+const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional<TWorkVec>& keep) {
+  if (!aliased && KindOf(in) == kind) return in;
+  keep.emplace();
+  TVec& copy = **keep;
+  SizeAs(copy, kind, in.Length());
+  CopyElements(in, 0, copy, 0, in.Length());
+  return copy;
+}
+
+std::int32_t CountNonZero(const TVec& mask, std::int32_t n) {
+  const std::int32_t* m = DataAs<std::int32_t>(mask);
+  std::int32_t count = 0;
+  for (std::int32_t i = 0; i < n; ++i) count += m[i] != 0;
+  return count;
+}
+
+}  // namespace detail::vecops
+
+using namespace detail::vecops;
+
+namespace {
+
+std::int32_t TotalLength(std::int64_t total) {
+  if (total > std::numeric_limits<std::int32_t>::max()) EOutOfMemoryRaise("Quorel: Out of memory!");
+  return static_cast<std::int32_t>(total);
+}
+
+// The checks both Concat forms share; returns the sum of the source lengths.
+std::int64_t CheckSources(const TVec& self, std::span<const TVec* const> src) {
+  std::int64_t total = 0;
+  for (std::size_t i = 0; i < src.size(); ++i) {
+    if (src[i] == nullptr) EInvalidArgumentRaise(FormatMsg("src[%d] = nil", static_cast<int>(i)));
+    total += src[i]->Length();
+  }
+  if (self.ConditionCheck()) {
+    for (const TVec* s : src)
+      if (s->Complex() != src[0]->Complex()) EInvalidArgumentRaise("src[i].Complex <> src[0].Complex");
+  }
+  return total;
+}
+
+// Writes the sources one after another into dst from `index` on; `selfCopy` stands in for dst.
+void WriteSources(TVec& dst, std::int32_t index, std::span<const TVec* const> src, const TVec& selfCopy) {
+  for (const TVec* s : src) {
+    const TVec& from = s == &dst ? selfCopy : *s;
+    CopyElements(from, 0, dst, index, from.Length());
+    index += from.Length();
+  }
+}
+
+// dst = len elements of src from `from` on, in `kind`.
+void WritePiece(const TVec& src, std::int32_t from, TVec& dst, std::int32_t len, TElemKind kind) {
+  SizeAs(dst, kind, len);
+  CopyElements(src, from, dst, 0, len);
+}
+
+// Cuts `self` into dst[i] of pieceLen(i) elements; every check has been made.
+template <class PieceLen>
+void WritePieces(TVec& self, std::span<TVec* const> dst, PieceLen pieceLen) {
+  const TElemKind kind = KindOf(self);
+  const bool selfIn = std::find(dst.begin(), dst.end(), &self) != dst.end();
+  std::optional<TWorkVec> keep;
+  const TVec& src = Readable(self, kind, selfIn, keep);
+  std::int32_t pos = 0;
+  for (std::size_t i = 0; i < dst.size(); ++i) {
+    const std::int32_t len = pieceLen(i);
+    WritePiece(src, pos, *dst[i], len, kind);
+    pos += len;
+  }
+}
+
+void CheckDst(std::span<TVec* const> dst) {
+  for (std::size_t i = 0; i < dst.size(); ++i)
+    if (dst[i] == nullptr) EInvalidArgumentRaise(FormatMsg("Dst[%d] = nil", static_cast<int>(i)));
+}
+
+}  // namespace
+
+TVec& TVec::Copy(const TVec& vec1, const TVec& vec2) {
+  if (fConditionCheck) {
+    if (Is(vec1)) EInvalidArgumentRaise("TVec.Copy: Self = Vec1");
+    if (Is(vec2)) EInvalidArgumentRaise("TVec.Copy: Self = Vec2");
+  }
+  const std::int32_t n1 = vec1.Length();
+  const std::int32_t n2 = vec2.Length();
+  const std::int32_t total = TotalLength(std::int64_t{n1} + n2);
+  const TElemKind kind = std::max(KindOf(vec1), KindOf(vec2));
+  std::optional<TWorkVec> keep1, keep2;
+  const TVec& a = Readable(vec1, KindOf(vec1), Is(vec1), keep1);
+  const TVec& b = Readable(vec2, KindOf(vec2), Is(vec2), keep2);
+  SizeAs(*this, kind, total);
+  CopyElements(a, 0, *this, 0, n1);
+  CopyElements(b, 0, *this, n1, n2);
+  return *this;
+}
+
+TVec& TVec::Concat(std::span<const TVec* const> src) {
+  const std::int32_t total = TotalLength(CheckSources(*this, src));
+  TElemKind kind = src.empty() ? KindOf(*this) : KindOf(*src[0]);
+  bool selfIn = false;
+  for (const TVec* s : src) {
+    kind = std::max(kind, KindOf(*s));
+    selfIn = selfIn || Is(*s);
+  }
+  std::optional<TWorkVec> keep;
+  const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
+  SizeAs(*this, kind, total);
+  WriteSources(*this, 0, src, selfCopy);
+  return *this;
+}
+
+TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
+  const std::int64_t total = CheckSources(*this, src);
+  if (fConditionCheck && !src.empty() && src[0]->Complex() != fComplex)
+    EInvalidArgumentRaise("src[0].Complex <> Complex");
+  if (index < 0)
+    ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, Len: %d, Length: %d", index,
+                               static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())),
+                               fLength));
+  if (index + total > fLength) ERangeErrorRaise("(Index + Sum(Src[i].Length)) > Length");
+  const bool selfIn = std::find(src.begin(), src.end(), this) != src.end();
+  std::optional<TWorkVec> keep;
+  const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
+  WriteSources(*this, index, src, selfCopy);
+  return *this;
+}
+
+TVec& TVec::Split(TVec& vec1, TVec& vec2, std::int32_t offset) {
+  if (fConditionCheck) {
+    if (Is(vec1)) EInvalidArgumentRaise("Self = Vec1");
+    if (Is(vec2)) EInvalidArgumentRaise("Self = Vec2");
+  }
+  if (offset > fLength) ERangeErrorRaise("Offset > fLength");
+  if (offset < 0) ERangeErrorRaise(FormatMsg("Offset < 0 (%d)", offset));
+  const TElemKind kind = KindOf(*this);
+  const std::int32_t rest = fLength - offset;
+  CheckSizable(vec1, kind, offset);
+  CheckSizable(vec2, kind, rest);
+  TVec* dst[] = {&vec1, &vec2};
+  WritePieces(*this, dst, [&](std::size_t i) { return i == 0 ? offset : rest; });
+  return *this;
+}
+
+TVec& TVec::Split(std::span<TVec* const> dst) {
+  CheckDst(dst);
+  const TElemKind kind = KindOf(*this);
+  std::int64_t end = 0;
+  for (std::size_t i = 0; i < dst.size(); ++i) {
+    end += dst[i]->Length();
+    if (end > fLength) ERangeErrorRaise("Size mismatch at vec " + std::to_string(i));
+    CheckSizable(*dst[i], kind, dst[i]->Length());
+  }
+  // Each piece keeps its destination's length, so the lengths read while writing are the ones checked.
+  WritePieces(*this, dst, [&](std::size_t i) { return dst[i]->Length(); });
+  return *this;
+}
+
+TVec& TVec::Split(std::span<TVec* const> dst, std::span<const std::int32_t> dstSize) {
+  if (dst.size() != dstSize.size()) EInvalidArgumentRaise("High(Dst) <> High(DstSize)");
+  CheckDst(dst);
+  const TElemKind kind = KindOf(*this);
+  std::int64_t end = 0;
+  for (std::size_t i = 0; i < dst.size(); ++i) {
+    if (dstSize[i] < 0) ERangeErrorRaise(FormatMsg("DstSize[%d] < 0 (%d)", static_cast<int>(i), dstSize[i]));
+    end += dstSize[i];
+    if (end > fLength) ERangeErrorRaise("Self.Length exceeded at vec " + std::to_string(i));
+    CheckSizable(*dst[i], kind, dstSize[i]);
+  }
+  WritePieces(*this, dst, [&](std::size_t i) { return dstSize[i]; });
+  return *this;
+}
+
+}  // namespace quorel
