@@ -180,8 +180,15 @@ TVec& TVec::SetSubRange(const TDenseQuorel& src, std::int32_t index, std::int32_
   if (index < 0 || len < 0 || std::int64_t{index} + len > src.Length())
     ERangeErrorRaise(
         FormatMsg("Self params out of range: Index: %d, Len: %d, Length: %d", index, len, src.Length()));
-  double* base = src.Length() > 0 ? (src.Complex() ? &src.PCValues1D(index)->Re : src.PValues1D(index)) : nullptr;
+  // Integer data (index lists, masks) is addressed in 32-bit steps; the view stays integer.
+  double* base = nullptr;
+  if (src.Length() > 0) {
+    if (src.Complex()) base = &src.PCValues1D(index)->Re;
+    else if (src.IsInteger()) base = reinterpret_cast<double*>(src.PIValues1D(index));
+    else base = src.PValues1D(index);
+  }
   ViewStorage(base, len, src.Complex());
+  fIsInteger = src.IsInteger();
   return *this;
 }
 

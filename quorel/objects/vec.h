@@ -283,17 +283,6 @@ const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional
 /// Number of non-zero entries among the first n of an integer mask.
 std::int32_t CountNonZero(const TVec& mask, std::int32_t n);
 
-// Stand-ins for the scalar module's complex ordering and special-value equality, until it lands.
-/// Either part is NaN / infinite.
-bool IsNan(const TCplx& z);
-bool IsInf(const TCplx& z);
-/// |a|^2 against |b|^2, ties broken by phase class and real part.
-bool Bigger(const TCplx& a, const TCplx& b);
-bool Smaller(const TCplx& a, const TCplx& b);
-/// Exact equality after the NaN/infinity rule (infinities of either sign are equal).
-bool Equal(double a, double b);
-bool Equal(const TCplx& a, const TCplx& b);
-
 }  // namespace detail::vecops
 
 }  // namespace quorel

@@ -7,54 +7,12 @@
 #include <utility>
 
 #include "quorel/core/errors.h"
+#include "quorel/core/compare.h"
+#include "quorel/core/complex_compare.h"
 #include "quorel/objects/vec.h"
 
 namespace quorel {
 
-namespace detail::vecops {
-
-bool IsNan(const TCplx& z) { return std::isnan(z.Re) || std::isnan(z.Im); }
-
-bool IsInf(const TCplx& z) { return std::isinf(z.Re) || std::isinf(z.Im); }
-
-namespace {
-// Quadrants counted from -pi: 1 (-,-), 2 (+,-), 3 (+,+), 4 (-,+); a zero part counts as +.
-int PhaseClass(const TCplx& z) {
-  if (z.Im < 0) return z.Re < 0 ? 1 : 2;
-  return z.Re < 0 ? 4 : 3;
-}
-
-// Equal moduli: the later phase is bigger.
-bool Bigger2(const TCplx& a, const TCplx& b) {
-  const int ca = PhaseClass(a);
-  const int cb = PhaseClass(b);
-  if (ca != cb) return ca > cb;
-  return ca <= 2 ? a.Re > b.Re : a.Re < b.Re;
-}
-}  // namespace
-
-bool Bigger(const TCplx& a, const TCplx& b) {
-  const double na = a.Re * a.Re + a.Im * a.Im;
-  const double nb = b.Re * b.Re + b.Im * b.Im;
-  if (na == nb) return Bigger2(a, b);
-  return na > nb;  // false when either modulus is NaN
-}
-
-bool Smaller(const TCplx& a, const TCplx& b) { return Bigger(b, a); }
-
-bool Equal(double a, double b) {
-  if (std::isfinite(a) && std::isfinite(b)) return a == b;
-  return std::isnan(a) ? std::isnan(b) : std::isinf(a) && std::isinf(b);
-}
-
-bool Equal(const TCplx& a, const TCplx& b) {
-  const bool specialA = IsNan(a) || IsInf(a);
-  const bool specialB = IsNan(b) || IsInf(b);
-  if (!specialA && !specialB) return a == b;
-  return IsNan(a) ? IsNan(b) : IsInf(a) && IsInf(b);
-}
-
-}  // namespace detail::vecops
 
 using namespace detail::vecops;
 

@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 

@@ -90,6 +90,14 @@ TEST(SubRange, ViewOntoAnotherVector) {
   EXPECT_THROW(view.SetSubRange(src, 4, 3), EQuorelRangeError);
   view.SetFullRange();
   EXPECT_EQ(view.Length(), 2);  // its own storage comes back
+  TVec ints;
+  ints.SetLength(4);
+  ints.SetIsInteger(true);
+  for (int i = 0; i < 4; ++i) ints.IValues()[i] = 10 + i;
+  view.SetSubRange(ints, 1, 2);  // integer data is addressed in 32-bit steps
+  EXPECT_TRUE(view.IsInteger());
+  EXPECT_EQ(view.IValues()[0], 11);
+  view.SetFullRange();
   TVec empty;
   view.SetSubRange(empty);
   EXPECT_EQ(view.Length(), 0);

@@ -1,0 +1,166 @@
+// Accuracy of the vector members against high-precision reference values: real functions within
+// one ulp of the correctly rounded result, complex functions within a small relative error.
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "test_util.h"
+
+namespace quorel {
+namespace {
+
+// Reads "number number ..." rows of tests/data/<file>; '#' starts a comment; the first token of a
+// row is skipped when it is a name.
+std::vector<std::vector<double>> ReadRows(const std::string& file, const std::string& name = "") {
+  std::vector<std::vector<double>> rows;
+  std::ifstream in(std::string(QUOREL_TEST_DATA_DIR) + "/" + file);
+  std::string line;
+  while (std::getline(in, line)) {
+    if (line.empty() || line[0] == '#') continue;
+    std::istringstream ls(line);
+    std::string tok;
+    std::vector<double> row;
+    bool first = true;
+    bool keep = name.empty();
+    while (ls >> tok) {
+      if (first && !name.empty()) {
+        keep = tok == name;
+        first = false;
+        continue;
+      }
+      first = false;
+      row.push_back(std::strtod(tok.c_str(), nullptr));
+    }
+    if (keep && !row.empty()) rows.push_back(row);
+  }
+  return rows;
+}
+
+// Doubles between a and b; +0 and -0 coincide; NaN only matches NaN.
+std::uint64_t UlpDistance(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b) ? 0 : UINT64_MAX;
+  auto ordered = [](double x) {
+    const auto i = std::bit_cast<std::int64_t>(x);
+    return i < 0 ? INT64_MIN - i : i;
+  };
+  const std::int64_t d = ordered(a) - ordered(b);
+  return static_cast<std::uint64_t>(d < 0 ? -d : d);
+}
+
+// |got - want| / |want| on the complex plane.
+double ComplexRelError(TCplx got, double wantRe, double wantIm) {
+  const double d = std::hypot(got.Re - wantRe, got.Im - wantIm);
+  const double w = std::hypot(wantRe, wantIm);
+  return w == 0 ? d : d / w;
+}
+
+constexpr std::uint64_t kRealUlps = 1;
+// Complex members combine several one-ulp results (and sinh from one exponential, deliberately).
+constexpr double kComplexRelTol = 8 * MACHEP;
+
+using RealMember = TVec& (TVec::*)();
+
+struct RealCase {
+  const char* file;
+  RealMember member;
+  std::size_t column;  // which reference column this member produces
+};
+
+TEST(Accuracy, RealMembersWithinOneUlp) {
+  const RealCase cases[] = {
+      {"kernels_asin.txt", &TVec::ArcSin, 1},   {"kernels_acos.txt", &TVec::ArcCos, 1},
+      {"kernels_atan.txt", &TVec::ArcTan, 1},   {"kernels_asinh.txt", &TVec::ArcSinh, 1},
+      {"kernels_acosh.txt", &TVec::ArcCosh, 1}, {"kernels_atanh.txt", &TVec::ArcTanh, 1},
+      {"kernels_sinh.txt", &TVec::Sinh, 1},     {"kernels_cosh.txt", &TVec::Cosh, 1},
+      {"kernels_tanh.txt", &TVec::Tanh, 1},     {"kernels_tan.txt", &TVec::Tan, 1},
+      {"kernels_exp.txt", &TVec::Exp, 1},       {"kernels_ln.txt", &TVec::Ln, 1},
+      {"kernels_log10.txt", &TVec::Log10, 1},   {"kernels_cbrt.txt", &TVec::Cbrt, 1},
+      {"kernels_invsqrt.txt", &TVec::InvSqrt, 1}, {"kernels_invcbrt.txt", &TVec::InvCbrt, 1},
+      {"kernels_sincos.txt", &TVec::Sin, 1},    {"kernels_sincos.txt", &TVec::Cos, 2},
+  };
+  for (const RealCase& c : cases) {
+    const auto rows = ReadRows(c.file);
+    ASSERT_GT(rows.size(), 100u) << c.file;
+    TVec v;
+    v.SetLength(static_cast<std::int32_t>(rows.size()));
+    for (std::size_t i = 0; i < rows.size(); ++i) v[static_cast<std::int32_t>(i)] = rows[i][0];
+    (v.*c.member)();
+    std::uint64_t worst = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      worst = std::max(worst, UlpDistance(v[static_cast<std::int32_t>(i)], rows[i][c.column]));
+    EXPECT_LE(worst, kRealUlps) << c.file << " column " << c.column;
+  }
+}
+
+TEST(Accuracy, TwoArgumentMembersWithinOneUlp) {
+  const auto pow = ReadRows("kernels_pow.txt");
+  ASSERT_FALSE(pow.empty());
+  TVec base, expo, r;
+  base.SetLength(static_cast<std::int32_t>(pow.size()));
+  expo.SetLength(base.Length());
+  for (std::size_t i = 0; i < pow.size(); ++i) {
+    base[static_cast<std::int32_t>(i)] = pow[i][0];
+    expo[static_cast<std::int32_t>(i)] = pow[i][1];
+  }
+  r.PowerVec(base, expo);
+  std::uint64_t worst = 0;
+  for (std::size_t i = 0; i < pow.size(); ++i) worst = std::max(worst, UlpDistance(r[static_cast<std::int32_t>(i)], pow[i][2]));
+  EXPECT_LE(worst, kRealUlps) << "PowerVec";
+
+  const auto atan2 = ReadRows("kernels_atan2.txt");
+  ASSERT_FALSE(atan2.empty());
+  TVec y, x;
+  y.SetLength(static_cast<std::int32_t>(atan2.size()));
+  x.SetLength(y.Length());
+  for (std::size_t i = 0; i < atan2.size(); ++i) {
+    y[static_cast<std::int32_t>(i)] = atan2[i][0];
+    x[static_cast<std::int32_t>(i)] = atan2[i][1];
+  }
+  r.ArcTan2(y, x);
+  worst = 0;
+  for (std::size_t i = 0; i < atan2.size(); ++i) worst = std::max(worst, UlpDistance(r[static_cast<std::int32_t>(i)], atan2[i][2]));
+  EXPECT_LE(worst, kRealUlps) << "ArcTan2";
+}
+
+struct ComplexCase {
+  const char* file;
+  const char* name;  // row name in a named file, empty for a plain one
+  RealMember member;
+};
+
+TEST(Accuracy, ComplexMembersWithinStatedRelativeError) {
+  const ComplexCase cases[] = {
+      {"kernels_csin.txt", "", &TVec::Sin},         {"kernels_ccos.txt", "", &TVec::Cos},
+      {"kernels_ctan.txt", "", &TVec::Tan},         {"kernels_csinh.txt", "", &TVec::Sinh},
+      {"kernels_ccosh.txt", "", &TVec::Cosh},       {"kernels_ctanh.txt", "", &TVec::Tanh},
+      {"kernels_cexp.txt", "", &TVec::Exp},         {"scalar_complex.txt", "Ln", &TVec::Ln},
+      {"scalar_complex.txt", "CSqrt", &TVec::Sqrt}, {"scalar_complex.txt", "ArcSin", &TVec::ArcSin},
+      {"scalar_complex.txt", "ArcCos", &TVec::ArcCos}, {"scalar_complex.txt", "ArcTan", &TVec::ArcTan},
+      {"scalar_complex.txt", "ArcSinh", &TVec::ArcSinh}, {"scalar_complex.txt", "ArcCosh", &TVec::ArcCosh},
+      {"scalar_complex.txt", "ArcTanh", &TVec::ArcTanh},
+  };
+  for (const ComplexCase& c : cases) {
+    const auto rows = ReadRows(c.file, c.name);
+    ASSERT_GT(rows.size(), 50u) << c.file << " " << c.name;
+    TVec v;
+    v.Size(static_cast<std::int32_t>(rows.size()), true);
+    for (std::size_t i = 0; i < rows.size(); ++i) v.CValues()[i] = {rows[i][0], rows[i][1]};
+    (v.*c.member)();
+    double worst = 0;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      if (!std::isfinite(rows[i][2]) || !std::isfinite(rows[i][3])) continue;
+      worst = std::max(worst, ComplexRelError(v.CValues()[i], rows[i][2], rows[i][3]));
+    }
+    EXPECT_LE(worst, kComplexRelTol) << c.file << " " << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace quorel
