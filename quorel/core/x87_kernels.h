@@ -270,7 +270,7 @@ inline constexpr double kExp2Table[][2] = {
     {0x1.fd3c22b8f71f1p+0, 0x1.2eb74966579e7p-57},
     {0x1.fe9d96b2a23d9p+0, 0x1.4a6037442fde3p-56},
 };
-// sin(j pi/32) and cos(j pi/32), j = 0 .. 63, as double pairs hi + lo.
+// sin(j pi/32), j = 0 .. 63, as double pairs hi + lo; cos(j pi/32) is sin((j + 16) pi/32).
 inline constexpr double kSinTable[][2] = {
     {0x0.0p+0, 0x0.0p+0},
     {0x1.917a6bc29b42cp-4, -0x1.e2718d26ed688p-60},
@@ -336,72 +336,6 @@ inline constexpr double kSinTable[][2] = {
     {-0x1.294062ed59f06p-2, 0x1.5d28da2c4612dp-56},
     {-0x1.8f8b83c69a60bp-3, 0x1.26d19b9ff8d82p-57},
     {-0x1.917a6bc29b42cp-4, 0x1.e2718d26ed688p-60},
-};
-inline constexpr double kCosTable[][2] = {
-    {0x1.0000000000000p+0, 0x0.0p+0},
-    {0x1.fd88da3d12526p-1, -0x1.87df6378811c7p-55},
-    {0x1.f6297cff75cb0p-1, 0x1.562172a361fd3p-56},
-    {0x1.e9f4156c62ddap-1, 0x1.760b1e2e3f81ep-55},
-    {0x1.d906bcf328d46p-1, 0x1.457e610231ac2p-56},
-    {0x1.c38b2f180bdb1p-1, -0x1.6e0b1757c8d07p-56},
-    {0x1.a9b66290ea1a3p-1, 0x1.9f630e8b6dac8p-60},
-    {0x1.8bc806b151741p-1, -0x1.2c5e12ed1336dp-55},
-    {0x1.6a09e667f3bcdp-1, -0x1.bdd3413b26456p-55},
-    {0x1.44cf325091dd6p-1, 0x1.8076a2cfdc6b3p-57},
-    {0x1.1c73b39ae68c8p-1, 0x1.b25dd267f6600p-55},
-    {0x1.e2b5d3806f63bp-2, 0x1.e0d891d3c6841p-58},
-    {0x1.87de2a6aea963p-2, -0x1.72cedd3d5a610p-57},
-    {0x1.294062ed59f06p-2, -0x1.5d28da2c4612dp-56},
-    {0x1.8f8b83c69a60bp-3, -0x1.26d19b9ff8d82p-57},
-    {0x1.917a6bc29b42cp-4, -0x1.e2718d26ed688p-60},
-    {0x0.0p+0, 0x0.0p+0},
-    {-0x1.917a6bc29b42cp-4, 0x1.e2718d26ed688p-60},
-    {-0x1.8f8b83c69a60bp-3, 0x1.26d19b9ff8d82p-57},
-    {-0x1.294062ed59f06p-2, 0x1.5d28da2c4612dp-56},
-    {-0x1.87de2a6aea963p-2, 0x1.72cedd3d5a610p-57},
-    {-0x1.e2b5d3806f63bp-2, -0x1.e0d891d3c6841p-58},
-    {-0x1.1c73b39ae68c8p-1, -0x1.b25dd267f6600p-55},
-    {-0x1.44cf325091dd6p-1, -0x1.8076a2cfdc6b3p-57},
-    {-0x1.6a09e667f3bcdp-1, 0x1.bdd3413b26456p-55},
-    {-0x1.8bc806b151741p-1, 0x1.2c5e12ed1336dp-55},
-    {-0x1.a9b66290ea1a3p-1, -0x1.9f630e8b6dac8p-60},
-    {-0x1.c38b2f180bdb1p-1, 0x1.6e0b1757c8d07p-56},
-    {-0x1.d906bcf328d46p-1, -0x1.457e610231ac2p-56},
-    {-0x1.e9f4156c62ddap-1, -0x1.760b1e2e3f81ep-55},
-    {-0x1.f6297cff75cb0p-1, -0x1.562172a361fd3p-56},
-    {-0x1.fd88da3d12526p-1, 0x1.87df6378811c7p-55},
-    {-0x1.0000000000000p+0, 0x0.0p+0},
-    {-0x1.fd88da3d12526p-1, 0x1.87df6378811c7p-55},
-    {-0x1.f6297cff75cb0p-1, -0x1.562172a361fd3p-56},
-    {-0x1.e9f4156c62ddap-1, -0x1.760b1e2e3f81ep-55},
-    {-0x1.d906bcf328d46p-1, -0x1.457e610231ac2p-56},
-    {-0x1.c38b2f180bdb1p-1, 0x1.6e0b1757c8d07p-56},
-    {-0x1.a9b66290ea1a3p-1, -0x1.9f630e8b6dac8p-60},
-    {-0x1.8bc806b151741p-1, 0x1.2c5e12ed1336dp-55},
-    {-0x1.6a09e667f3bcdp-1, 0x1.bdd3413b26456p-55},
-    {-0x1.44cf325091dd6p-1, -0x1.8076a2cfdc6b3p-57},
-    {-0x1.1c73b39ae68c8p-1, -0x1.b25dd267f6600p-55},
-    {-0x1.e2b5d3806f63bp-2, -0x1.e0d891d3c6841p-58},
-    {-0x1.87de2a6aea963p-2, 0x1.72cedd3d5a610p-57},
-    {-0x1.294062ed59f06p-2, 0x1.5d28da2c4612dp-56},
-    {-0x1.8f8b83c69a60bp-3, 0x1.26d19b9ff8d82p-57},
-    {-0x1.917a6bc29b42cp-4, 0x1.e2718d26ed688p-60},
-    {0x0.0p+0, 0x0.0p+0},
-    {0x1.917a6bc29b42cp-4, -0x1.e2718d26ed688p-60},
-    {0x1.8f8b83c69a60bp-3, -0x1.26d19b9ff8d82p-57},
-    {0x1.294062ed59f06p-2, -0x1.5d28da2c4612dp-56},
-    {0x1.87de2a6aea963p-2, -0x1.72cedd3d5a610p-57},
-    {0x1.e2b5d3806f63bp-2, 0x1.e0d891d3c6841p-58},
-    {0x1.1c73b39ae68c8p-1, 0x1.b25dd267f6600p-55},
-    {0x1.44cf325091dd6p-1, 0x1.8076a2cfdc6b3p-57},
-    {0x1.6a09e667f3bcdp-1, -0x1.bdd3413b26456p-55},
-    {0x1.8bc806b151741p-1, -0x1.2c5e12ed1336dp-55},
-    {0x1.a9b66290ea1a3p-1, 0x1.9f630e8b6dac8p-60},
-    {0x1.c38b2f180bdb1p-1, -0x1.6e0b1757c8d07p-56},
-    {0x1.d906bcf328d46p-1, 0x1.457e610231ac2p-56},
-    {0x1.e9f4156c62ddap-1, 0x1.760b1e2e3f81ep-55},
-    {0x1.f6297cff75cb0p-1, 0x1.562172a361fd3p-56},
-    {0x1.fd88da3d12526p-1, -0x1.87df6378811c7p-55},
 };
 // pi/32 in three parts; the first two have 32 bits, so n times them is exact for n < 2^31.
 inline constexpr double kPiDiv32[3] = {0x1.921fb54400000p-4, 0x1.0b4611a600000p-38, 0x1.3198a2e037073p-73};
@@ -511,7 +445,7 @@ inline void SinCosL(L x, L& s, L& c) {
   L sr = r + r * r2 * (-1.0 / 6 + r2 * (1.0 / 120 + r2 * (-1.0 / 5040 + r2 * (1.0 / 362880))));
   L cr_m1 = r2 * (-0.5 + r2 * (1.0 / 24 + r2 * (-1.0 / 720 + r2 * (1.0 / 40320))));
   std::int64_t j = k & 63;
-  L st = Pair(kSinTable[j]), ct = Pair(kCosTable[j]);
+  L st = Pair(kSinTable[j]), ct = Pair(kSinTable[(j + 16) & 63]);
   s = st + (st * cr_m1 + ct * sr);
   c = ct + (ct * cr_m1 - st * sr);
 }
