@@ -154,14 +154,24 @@ void SetVecSize(std::int32_t len, bool complex, std::initializer_list<TVec*> vec
 void Enlist(TVec& vec, std::span<double>& values);
 void Enlist(TVec& vec, std::span<std::int32_t>& values);
 void Enlist(TVec& vec, std::span<TCplx>& values);
+/// Lends up to four vectors at once: Enlist(a, aValues, b, bValues, ...).
+template <class T, class... Rest>
+void Enlist(TVec& vec, std::span<T>& values, TVec& next, Rest&... rest) {
+  Enlist(vec, values);
+  Enlist(next, rest...);
+}
 /// Same as Enlist.
 template <class... A>
 void EnlistIt(A&... args) { Enlist(args...); }
-/// Ends a loan: the view becomes empty. The object is not touched.
-template <class T>
-void DismissIt(std::span<T>& values) { values = {}; }
-template <class T>
-void DismissIt(TVec&, std::span<T>& values) { values = {}; }
+/// Ends loans: each view becomes empty. The objects are not touched.
+template <class... T>
+void DismissIt(std::span<T>&... values) { ((values = {}), ...); }
+/// The same with the objects named, as Enlist takes them.
+template <class T, class... Rest>
+void DismissIt(TVec&, std::span<T>& values, Rest&... rest) {
+  values = {};
+  if constexpr (sizeof...(rest) > 0) DismissIt(rest...);
+}
 
 /// A work object from the cache, given back on every path (exceptions included).
 template <class T>

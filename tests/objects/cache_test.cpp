@@ -170,6 +170,14 @@ TEST(Cache, EnlistAndTestNil) {
   EXPECT_EQ(v[1], 5);
   DismissIt(d);
   EXPECT_TRUE(d.empty());
+  TVec c;
+  c.SetCplx({{1, 2}});
+  std::span<TCplx> z;
+  Enlist(v, d, c, z);
+  EXPECT_EQ(d.size(), 3u);
+  EXPECT_EQ(z[0], (TCplx{1, 2}));
+  DismissIt(v, d, c, z);
+  EXPECT_TRUE(d.empty() && z.empty());
   int x = 0;
   EXPECT_NO_THROW(TestNil(&x, &x));
   try {
