@@ -143,6 +143,23 @@ using ArcTanhF = RealKernelComplexScalar<ArcTanhK, &quorel::ArcTanh>;
 using LnF = RealKernelComplexScalar<LnK, &quorel::Ln>;
 using Log10F = RealKernelComplexScalar<Log10K, &quorel::Log10>;
 
+// Kernels of the functions whose composition needs a name of its own in the operation table.
+using SecK = Then<CosK, InvK>;
+using CscK = Then<SinK, InvK>;
+using CotK = Then<TanK, InvK>;
+using ArcSecK = Then<InvK, ArcCosF>;
+using ArcCscK = Then<InvK, ArcSinF>;
+using ArcCotK = Then<InvK, ArcTanF>;
+using SechK = Then<CoshK, InvK>;
+using CschK = Then<SinhK, InvK>;
+using CothK = Then<TanhK, InvK>;
+using ArcSechK = Then<InvK, ArcCoshF>;
+using ArcCschK = Then<InvK, ArcSinhF>;
+using ArcCothK = Then<InvK, ArcTanhF>;
+using Exp2K = Then<ScaleBy<LN2>, ExpK>;
+using Exp10K = Then<ScaleBy<LN10>, ExpK>;
+using Log2K = Then<LnF, ScaleBy<INVLN2>>;
+
 // --- operations -----------------------------------------------------------------------------------------
 
 /// An element-wise function of one source.
@@ -209,70 +226,10 @@ inline constexpr ArithOp<DivK, NoKernel> Divide{{"TQuorel.Divide: Self = Vec", "
 inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{"TQuorel.DivideBy: Self = Vec", nullptr, nullptr, nullptr,
                                                          "TQuorel.DivideBy: Self.Complex <> Vec.Complex"}};
 
-inline constexpr UnaryOp<SqrK, Rule::Both> Sqr{QUOREL_UNARY_MSGS(Sqr)};
-inline constexpr UnaryOp<SqrtK, Rule::Both> Sqrt{QUOREL_UNARY_MSGS(Sqrt)};
-inline constexpr UnaryOp<InvK, Rule::Both> Inv{QUOREL_UNARY_MSGS(Inv)};
-inline constexpr UnaryOp<InvSqrtK, Rule::Both> InvSqrt{QUOREL_UNARY_MSGS(InvSqrt)};
-inline constexpr UnaryOp<CbrtK, Rule::RealOnly> Cbrt{{"Cbrt: X = Self", "Cbrt: Self.Complex <> X.Complex",
-                                                      "Cbrt: Complex = True", "Cbrt: X.Complex = True"}};
-inline constexpr UnaryOp<InvCbrtK, Rule::RealOnly> InvCbrt{{"InvCbrt: X = Self", "InvCbrt: Self.Complex <> X.Complex",
-                                                            "InvCbrt: Complex = True", "InvCbrt: X.Complex = True"}};
-inline constexpr UnaryOp<AbsK, Rule::ToReal> Abs{{"Abs: X = Self", "Abs: Self.Complex <> X.Complex"}};
-inline constexpr UnaryOp<AbsK, Rule::ToReal> Mag{{"Mag: X = Self", "Mag: Self.Complex <> X.Complex"}};
-inline constexpr UnaryOp<NormK, Rule::ToReal> Norm{{"Norm: X = Self", "Norm: Self.Complex <> X.Complex"}};
-inline constexpr UnaryOp<ConjOrCopyK, Rule::Both> Conj{QUOREL_UNARY_MSGS(Conj)};
-inline constexpr UnaryOp<FlipK, Rule::ComplexOnly> Flip{{"Flip: X = Self", "Flip: Self.Complex <> X.Complex",
-                                                         "Flip: Complex = False", "Flip: X.Complex = False"}};
-inline constexpr UnaryOp<FlipConjK, Rule::ComplexOnly> FlipConj{
-    {"FlipConj: X = Self", "FlipConj: Self.Complex <> X.Complex", "FlipConj: Complex = False",
-     "FlipConj: X.Complex = False"}};
-inline constexpr UnaryOp<MulIK, Rule::ComplexOnly> MulI{{"MulI: X = Self", "MulI: Self.Complex <> X.Complex",
-                                                         "MulI: Complex = False", "MulI: X.Complex = False"}};
-inline constexpr UnaryOp<ScaleBy<kMinusOne>, Rule::Both> Sign{QUOREL_UNARY_MSGS(Sign)};
 
-inline constexpr UnaryOp<SinK, Rule::Both> Sin{QUOREL_UNARY_MSGS(Sin)};
-inline constexpr UnaryOp<CosK, Rule::Both> Cos{QUOREL_UNARY_MSGS(Cos)};
-inline constexpr UnaryOp<TanK, Rule::Both> Tan{QUOREL_UNARY_MSGS(Tan)};
-inline constexpr UnaryOp<Then<CosK, InvK>, Rule::Both> Sec{QUOREL_UNARY_MSGS(Sec)};
-inline constexpr UnaryOp<Then<SinK, InvK>, Rule::Both> Csc{QUOREL_UNARY_MSGS(Csc)};
-inline constexpr UnaryOp<Then<TanK, InvK>, Rule::Both> Cot{QUOREL_UNARY_MSGS(Cot)};
-inline constexpr UnaryOp<ArcSinF, Rule::Both> ArcSin{QUOREL_UNARY_MSGS(ArcSin)};
-inline constexpr UnaryOp<ArcCosF, Rule::Both> ArcCos{QUOREL_UNARY_MSGS(ArcCos)};
-inline constexpr UnaryOp<ArcTanF, Rule::Both> ArcTan{QUOREL_UNARY_MSGS(ArcTan)};
-inline constexpr UnaryOp<Then<InvK, ArcCosF>, Rule::Both> ArcSec{QUOREL_UNARY_MSGS(ArcSec)};
-inline constexpr UnaryOp<Then<InvK, ArcSinF>, Rule::Both> ArcCsc{QUOREL_UNARY_MSGS(ArcCsc)};
-inline constexpr UnaryOp<Then<InvK, ArcTanF>, Rule::Both> ArcCot{QUOREL_UNARY_MSGS(ArcCot)};
-inline constexpr UnaryOp<SinhK, Rule::Both> Sinh{QUOREL_UNARY_MSGS(Sinh)};
-inline constexpr UnaryOp<CoshK, Rule::Both> Cosh{QUOREL_UNARY_MSGS(Cosh)};
-inline constexpr UnaryOp<TanhK, Rule::Both> Tanh{QUOREL_UNARY_MSGS(Tanh)};
-inline constexpr UnaryOp<Then<CoshK, InvK>, Rule::Both> Sech{QUOREL_UNARY_MSGS(Sech)};
-inline constexpr UnaryOp<Then<SinhK, InvK>, Rule::Both> Csch{QUOREL_UNARY_MSGS(Csch)};
-inline constexpr UnaryOp<Then<TanhK, InvK>, Rule::Both> Coth{QUOREL_UNARY_MSGS(Coth)};
-inline constexpr UnaryOp<ArcSinhF, Rule::Both> ArcSinh{QUOREL_UNARY_MSGS(ArcSinh)};
-inline constexpr UnaryOp<ArcCoshF, Rule::Both> ArcCosh{QUOREL_UNARY_MSGS(ArcCosh)};
-inline constexpr UnaryOp<ArcTanhF, Rule::Both> ArcTanh{QUOREL_UNARY_MSGS(ArcTanh)};
-inline constexpr auto Arctanh = ArcTanh;
-inline constexpr UnaryOp<Then<InvK, ArcCoshF>, Rule::Both> ArcSech{QUOREL_UNARY_MSGS(ArcSech)};
-inline constexpr UnaryOp<Then<InvK, ArcSinhF>, Rule::Both> ArcCsch{QUOREL_UNARY_MSGS(ArcCsch)};
-inline constexpr UnaryOp<Then<InvK, ArcTanhF>, Rule::Both> ArcCoth{QUOREL_UNARY_MSGS(ArcCoth)};
 
-inline constexpr UnaryOp<ExpK, Rule::Both> Exp{QUOREL_UNARY_MSGS(Exp)};
-inline constexpr UnaryOp<Then<ScaleBy<LN2>, ExpK>, Rule::Both> Exp2{QUOREL_UNARY_MSGS(Exp2)};
-inline constexpr UnaryOp<Then<ScaleBy<LN10>, ExpK>, Rule::Both> Exp10{QUOREL_UNARY_MSGS(Exp10)};
-inline constexpr UnaryOp<LnF, Rule::Both> Ln{QUOREL_UNARY_MSGS(Ln)};
-inline constexpr UnaryOp<Then<LnF, ScaleBy<INVLN2>>, Rule::Both> Log2{QUOREL_UNARY_MSGS(Log2)};
-inline constexpr UnaryOp<Log10F, Rule::Both> Log10{QUOREL_UNARY_MSGS(Log10)};
 
-inline constexpr UnaryOp<RoundK, Rule::Parts> Round{{"TQuorel.Round: Self = Src", "TQuorel.Round: Complex <> Src.Complex"}};
-inline constexpr UnaryOp<TruncK, Rule::Parts> Trunc{{"TQuorel.Trunc: Self = Src", "TQuorel.Trunc: Complex <> Src.Complex"}};
-inline constexpr UnaryOp<CeilK, Rule::Parts> Ceil{{"TQuorel.Ceil: Src = Self", "TQuorel.Ceil: Src.Complex <> Self.Complex"}};
-inline constexpr UnaryOp<FloorK, Rule::Parts> Floor{{"TQuorel.Floor: Src = Self", "TQuorel.Floor: Src.Complex <> Self.Complex"}};
-inline constexpr UnaryOp<FracK, Rule::Parts> Frac{QUOREL_UNARY_MSGS(Frac)};
-inline constexpr UnaryOp<FixAngleK, Rule::RealOnly> FixAngle{
-    {"TQuorel.FixAngle: Src = Self ", "TQuorel.FixAngle: Src is Complex", "TQuorel.FixAngle: Self is Complex",
-     "TQuorel.FixAngle: Src is Complex"}};
 
-#undef QUOREL_UNARY_MSGS
 #undef QUOREL_KERNEL
 
 }  // namespace quorel::ops
