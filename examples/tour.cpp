@@ -97,6 +97,31 @@ void Vectors() {
   std::printf("  2000 elements in blocks of %d: %d blocks\n", QuorelBlockSize, blocks);
 }
 
+void ElementWise() {
+  std::printf("\nElement-wise math and statistics\n--------------------------------\n");
+  TVec x;
+  x.SetIt(false, {1, 4, 9, 16});
+  TVec r;
+  r.Sqrt(x);
+  Print("Sqrt of 1 4 9 16:", r);
+  r.Add(x, 0.5).Scale(2.0);  // calls chain and stay TVec
+  Print("(x + 0.5) * 2:", r);
+  r.Copy(x);
+  r.Add(TCplx{0, 1});  // a complex value makes a real vector complex
+  Print("x + i:", r);
+  r.Abs();
+  Print("|x + i|:", r);
+  TVec z;
+  z.SetCplx({{0, 1}});
+  z.Sin();
+  Print("Sin(i) = (0, sinh 1):", z);
+  std::printf("  Mean %g, StdDev %.6g, Median %g, NormL2 %.6g\n", x.Mean(), x.StdDev(), x.Median(), x.NormL2());
+  double top;
+  std::int32_t at;
+  x.Max(top, at);
+  std::printf("  Max %g at index %d\n", top, at);
+}
+
 }  // namespace
 
 int main() {
@@ -106,6 +131,7 @@ int main() {
   Scalars();
   Text();
   Vectors();
+  ElementWise();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;
 }
