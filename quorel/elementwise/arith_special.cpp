@@ -279,14 +279,9 @@ TDenseQuorel& TDenseQuorel::ImagPart(const TDenseQuorel& vec, std::int32_t vecIn
 // Self complex; the two outputs receive real and imaginary parts (or modulus and phase).
 namespace {
 template <class K>
-void SplitComplex(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, K&& k, const char* aMsg,
-                  const char* bMsg) {
+void SplitComplex(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, K&& k, const char* selfMsg) {
   Require(self.Complex(), "Complex = False");
-  if (self.ConditionCheck()) {
-    Require(!Same(self, a) && !Same(self, b), "(Self = ReVec) or (Self = ImVec)");
-  }
-  (void)aMsg;
-  (void)bMsg;
+  if (self.ConditionCheck()) Require(!Same(self, a) && !Same(self, b), selfMsg);
   a.Size(self, false);
   b.Size(self, false);
   if (self.Length() > 0) k(C(self), R(a), R(b), self.Length());
@@ -313,7 +308,7 @@ constexpr auto kSplitPolar = [](const TCplx* x, double* m, double* p, std::ptrdi
 }  // namespace
 
 TDenseQuorel& TDenseQuorel::CplxToReal(TDenseQuorel& reVec, TDenseQuorel& imVec) {
-  SplitComplex(*this, reVec, imVec, kSplitParts, "ReVec.Complex = True", "ImVec.Complex = True");
+  SplitComplex(*this, reVec, imVec, kSplitParts, "(Self = ReVec) or (Self = ImVec)");
   return *this;
 }
 TDenseQuorel& TDenseQuorel::CplxToReal(TDenseQuorel& reVec, TDenseQuorel& imVec, std::int32_t reIndex,
@@ -323,7 +318,7 @@ TDenseQuorel& TDenseQuorel::CplxToReal(TDenseQuorel& reVec, TDenseQuorel& imVec,
   return *this;
 }
 TDenseQuorel& TDenseQuorel::CartToPolar(TDenseQuorel& amplt, TDenseQuorel& phase) {
-  SplitComplex(*this, amplt, phase, kSplitPolar, "AmplTQuorel.Complex = True", "PhaseVec.Complex = True");
+  SplitComplex(*this, amplt, phase, kSplitPolar, "(Self = AmpltVec) or (Self = PhaseVec)");
   return *this;
 }
 TDenseQuorel& TDenseQuorel::CartToPolar(TDenseQuorel& amplt, TDenseQuorel& phase, std::int32_t amplIndex,
