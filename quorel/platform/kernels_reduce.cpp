@@ -1,6 +1,8 @@
 #include "quorel/platform/kernels_reduce.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cmath>
 #include <limits>
 
@@ -69,6 +71,9 @@ QUOREL_KERNEL_INLINE double MaxOf(ptrdiff_t n, Term term) {
   return Combine(acc, op);
 }
 
+// 2^e for a normal exponent e.
+double Pow2(int e) { return std::bit_cast<double>(static_cast<std::uint64_t>(e + 1023) << 52); }
+
 // sqrt of the sum of term^2, rescaled when the plain sum overflows or underflows.
 template <class Term>
 QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
@@ -77,11 +82,12 @@ QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
   if (!(ss == kInf || ss < 0x1p-900)) return std::sqrt(ss);
   const double big = MaxOf(n, [term](ptrdiff_t i) { return std::fabs(term(i)); });
   if (big == 0.0 || big == kInf) return big;
-  // 2^-e brings the largest magnitude near 1; e stays in [-1021, 1022] so 2^-e is normal.
+  // 2^-e brings the largest magnitude near 1; e stays in [-1021, 1022] so 2^-e and 2^e are
+  // normal. Scaling by multiplication: ldexp could set errno when the norm overflows.
   const int e = std::clamp(std::ilogb(big), -1021, 1022);
-  const double s = std::ldexp(1.0, -e);
+  const double s = Pow2(-e);
   const double scaled = SumOf(n, [term, s](ptrdiff_t i) { const double t = term(i) * s; return t * t; });
-  return std::ldexp(std::sqrt(scaled), e);
+  return std::sqrt(scaled) * Pow2(e);
 }
 
 QUOREL_KERNEL_INLINE double Modulus(TCplx z) { return std::sqrt(detail::CNorm(z)); }
