@@ -18,6 +18,10 @@
 
 namespace quorel::kern::detail {
 
+/// A complex array as its 2n interleaved doubles (null stays null, for n = 0).
+inline const double* Parts(const TCplx* p) { return reinterpret_cast<const double*>(p); }
+inline double* Parts(TCplx* p) { return reinterpret_cast<double*>(p); }
+
 /// r[i] = f(x[i]). Safe when r and x are the same array.
 template <class X, class R, class F>
 QUOREL_KERNEL_INLINE void Map(const X* x, R* r, std::ptrdiff_t n, F f) {
@@ -34,8 +38,8 @@ QUOREL_KERNEL_INLINE void Map(const A* a, const B* b, R* r, std::ptrdiff_t n, F 
 /// im. In this form the compiler keeps whole 256-bit vectors for sign changes and offsets.
 template <class Re, class Im>
 QUOREL_KERNEL_INLINE void MapParts(const TCplx* x, TCplx* r, std::ptrdiff_t n, Re re, Im im) {
-  const double* xd = &x->Re;
-  double* rd = &r->Re;
+  const double* xd = Parts(x);
+  double* rd = Parts(r);
   for (std::ptrdiff_t j = 0; j < 2 * n; ++j) rd[j] = (j & 1) ? im(xd[j]) : re(xd[j]);
 }
 

@@ -144,7 +144,7 @@ QUOREL_KERNEL_INLINE TIndexedValue ExtremeIndex(const double* x, ptrdiff_t n, do
 QUOREL_KERNEL double Sum(const double* x, ptrdiff_t n) {
   return SumOf(n, [x](ptrdiff_t i) { return x[i]; });
 }
-QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfParts(&x->Re, n); }
+QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfParts(detail::Parts(x), n); }
 
 double Mean(const double* x, ptrdiff_t n) { return n > 0 ? Sum(x, n) / static_cast<double>(n) : 0.0; }
 TCplx Mean(const TCplx* x, ptrdiff_t n) {
@@ -164,7 +164,7 @@ QUOREL_KERNEL double StdDev(const double* x, ptrdiff_t n) {
 QUOREL_KERNEL double SumOfSquares(const double* x, ptrdiff_t n) {
   return SumOf(n, [x](ptrdiff_t i) { return x[i] * x[i]; });
 }
-double SumOfSquares(const TCplx* x, ptrdiff_t n) { return SumOfSquares(&x->Re, 2 * n); }
+double SumOfSquares(const TCplx* x, ptrdiff_t n) { return SumOfSquares(detail::Parts(x), 2 * n); }
 
 QUOREL_KERNEL TIndexedValue MaxIndex(const double* x, ptrdiff_t n) {
   return ExtremeIndex<Greater>(x, n, -kInf);
@@ -193,7 +193,7 @@ QUOREL_KERNEL double NormL1(const TCplx* x, ptrdiff_t n) {
 QUOREL_KERNEL double NormL2(const double* x, ptrdiff_t n) {
   return L2Of(n, [x](ptrdiff_t i) { return x[i]; });
 }
-double NormL2(const TCplx* x, ptrdiff_t n) { return NormL2(&x->Re, 2 * n); }
+double NormL2(const TCplx* x, ptrdiff_t n) { return NormL2(detail::Parts(x), 2 * n); }
 QUOREL_KERNEL double NormInf(const double* x, ptrdiff_t n) {
   return n > 0 ? MaxOf(n, [x](ptrdiff_t i) { return std::fabs(x[i]); }) : kNaN;
 }
@@ -212,7 +212,7 @@ QUOREL_KERNEL double NormDiffL2(const double* a, const double* b, ptrdiff_t n) {
   return L2Of(n, [a, b](ptrdiff_t i) { return a[i] - b[i]; });
 }
 double NormDiffL2(const TCplx* a, const TCplx* b, ptrdiff_t n) {
-  return NormDiffL2(&a->Re, &b->Re, 2 * n);
+  return NormDiffL2(detail::Parts(a), detail::Parts(b), 2 * n);
 }
 QUOREL_KERNEL double NormDiffInf(const double* a, const double* b, ptrdiff_t n) {
   return n > 0 ? MaxOf(n, [a, b](ptrdiff_t i) { return std::fabs(a[i] - b[i]); }) : kNaN;
