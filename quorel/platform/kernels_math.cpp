@@ -19,6 +19,7 @@
 #undef QUOREL_SLEEF_AVX_FORCED
 #endif
 
+#include "quorel/core/constants.h"
 #include "quorel/platform/kernels_arith.h"
 #include "quorel/platform/kernels_cplx.h"
 #include "quorel/platform/kernels_loops.h"
@@ -244,7 +245,7 @@ struct LogOfTwiceForLargeOp {
       if (AnyLane<W>(large)) {
         const auto top = a >= 0x1p1022;
         const V l = Simd<W>::kFn1[kLn](top ? a * 0.5 : a * 2.0);
-        const V ln2a = top ? l + 1.3862943611198906 : l;
+        const V ln2a = top ? l + 2 * LN2 : l;
         y = large ? (v < 0.0 ? -ln2a : ln2a) : y;
       }
       Store<W>(d[0], y);
