@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <map>
 #include <random>
@@ -29,17 +30,32 @@ using std::ptrdiff_t;
 constexpr ptrdiff_t kSizes[] = {1000, 100000, 10000000};
 constexpr ptrdiff_t kMax = 10000000;
 
+// 64-byte aligned storage, as the library's objects are at least 32-byte aligned.
+template <class T>
+class Buffer {
+ public:
+  explicit Buffer(ptrdiff_t n) : p_(static_cast<T*>(std::aligned_alloc(64, n * sizeof(T)))) {}
+  ~Buffer() { std::free(p_); }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+  T* data() { return p_; }
+  T& operator[](ptrdiff_t i) { return p_[i]; }
+
+ private:
+  T* p_;
+};
+
 // Shared operands, filled once: reals in [0.1, 10] (valid for ln, sqrt and powx), complex
 // values with parts in [-1, 1].
 struct Data {
-  std::vector<double> a, b, r;
-  std::vector<TCplx> ca, cb, cr;
+  Buffer<double> a, b, r;
+  Buffer<TCplx> ca, cb, cr;
   Data() : a(kMax), b(kMax), r(kMax), ca(kMax), cb(kMax), cr(kMax) {
     std::mt19937_64 gen(42);
     std::uniform_real_distribution<double> pos(0.1, 10.0), sym(-1.0, 1.0);
     for (ptrdiff_t i = 0; i < kMax; ++i) {
-      a[i] = pos(gen), b[i] = pos(gen);
-      ca[i] = {sym(gen), sym(gen)}, cb[i] = {sym(gen), sym(gen)};
+      a[i] = pos(gen), b[i] = pos(gen), r[i] = 0;
+      ca[i] = {sym(gen), sym(gen)}, cb[i] = {sym(gen), sym(gen)}, cr[i] = {0, 0};
     }
   }
 };
