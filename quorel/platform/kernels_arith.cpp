@@ -21,10 +21,10 @@ QUOREL_KERNEL void Add(const double* a, const double* b, double* r, ptrdiff_t n)
 QUOREL_KERNEL void Add(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, TCplx y) { return TCplx{x.Re + y.Re, x.Im + y.Im}; });
 }
-QUOREL_KERNEL void Add(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Add(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re + y, x.Im}; });
 }
-QUOREL_KERNEL void Add(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Add(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x + y.Re, y.Im}; });
 }
 
@@ -34,10 +34,10 @@ QUOREL_KERNEL void Sub(const double* a, const double* b, double* r, ptrdiff_t n)
 QUOREL_KERNEL void Sub(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, TCplx y) { return TCplx{x.Re - y.Re, x.Im - y.Im}; });
 }
-QUOREL_KERNEL void Sub(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Sub(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re - y, x.Im}; });
 }
-QUOREL_KERNEL void Sub(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Sub(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x - y.Re, -y.Im}; });
 }
 
@@ -47,10 +47,10 @@ QUOREL_KERNEL void Mul(const double* a, const double* b, double* r, ptrdiff_t n)
 QUOREL_KERNEL void Mul(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, CMul);
 }
-QUOREL_KERNEL void Mul(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Mul(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re * y, x.Im * y}; });
 }
-QUOREL_KERNEL void Mul(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Mul(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x * y.Re, x * y.Im}; });
 }
 
@@ -63,7 +63,7 @@ QUOREL_KERNEL void Div(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
 QUOREL_KERNEL void Div(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re / y, x.Im / y}; });
 }
-QUOREL_KERNEL void Div(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Div(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
   Map(a, b, r, n, [](double x, TCplx y) {
     const double s = 1.0 / CNorm(y);
     return TCplx{x * y.Re * s, -(x * y.Im) * s};
@@ -76,7 +76,7 @@ QUOREL_KERNEL void AddValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return a + v; });
 }
 QUOREL_KERNEL void AddValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
-  Map(x, r, n, [v](TCplx a) { return TCplx{a.Re + v, a.Im}; });
+  detail::MapParts(x, r, n, [v](double re) { return re + v; }, [](double im) { return im; });
 }
 QUOREL_KERNEL void AddValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](TCplx a) { return TCplx{a.Re + v.Re, a.Im + v.Im}; });
@@ -89,7 +89,7 @@ QUOREL_KERNEL void SubFromValue(const double* x, double v, double* r, ptrdiff_t 
   Map(x, r, n, [v](double a) { return v - a; });
 }
 QUOREL_KERNEL void SubFromValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
-  Map(x, r, n, [v](TCplx a) { return TCplx{v - a.Re, -a.Im}; });
+  detail::MapParts(x, r, n, [v](double re) { return v - re; }, [](double im) { return -im; });
 }
 QUOREL_KERNEL void SubFromValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](TCplx a) { return TCplx{v.Re - a.Re, v.Im - a.Im}; });
@@ -107,14 +107,14 @@ QUOREL_KERNEL void ScaleByValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n)
 QUOREL_KERNEL void ScaleByValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](TCplx a) { return CMul(a, v); });
 }
-QUOREL_KERNEL void ScaleByValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void ScaleByValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return TCplx{a * v.Re, a * v.Im}; });
 }
 
 QUOREL_KERNEL void DivideValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return v / a; });
 }
-QUOREL_KERNEL void DivideValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void DivideValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](TCplx a) {
     const double s = 1.0 / CNorm(a);
     return TCplx{v * a.Re * s, -(v * a.Im) * s};
@@ -142,7 +142,7 @@ QUOREL_KERNEL void AddProduct(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_
 QUOREL_KERNEL void Sqr(const double* x, double* r, ptrdiff_t n) {
   Map(x, r, n, [](double a) { return a * a; });
 }
-QUOREL_KERNEL void Sqr(const TCplx* x, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void Sqr(const TCplx* x, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [](TCplx a) { return TCplx{a.Re * a.Re - a.Im * a.Im, 2.0 * a.Re * a.Im}; });
 }
 

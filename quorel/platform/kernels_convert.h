@@ -13,6 +13,7 @@
 
 namespace quorel::kern {
 
+/// To integers, rounded as asked, saturated, NaN to 0.
 void Convert(const double* x, std::int32_t* r, std::ptrdiff_t n, TRounding rounding);
 void Convert(const double* x, std::uint32_t* r, std::ptrdiff_t n, TRounding rounding);
 void Convert(const double* x, std::int16_t* r, std::ptrdiff_t n, TRounding rounding);

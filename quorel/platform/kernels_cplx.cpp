@@ -34,15 +34,15 @@ QUOREL_KERNEL_INLINE void Widen(const double* x, TCplx* r, ptrdiff_t n, F f) {
 }  // namespace
 
 QUOREL_KERNEL void Conj(const TCplx* x, TCplx* r, ptrdiff_t n) {
-  Map(x, r, n, [](TCplx z) { return TCplx{z.Re, -z.Im}; });
+  detail::MapParts(x, r, n, [](double re) { return re; }, [](double im) { return -im; });
 }
 QUOREL_KERNEL void Flip(const TCplx* x, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [](TCplx z) { return TCplx{z.Im, z.Re}; });
 }
-QUOREL_KERNEL void FlipConj(const TCplx* x, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void FlipConj(const TCplx* x, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [](TCplx z) { return TCplx{z.Im, -z.Re}; });
 }
-QUOREL_KERNEL void MulI(const TCplx* x, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void MulI(const TCplx* x, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [](TCplx z) { return TCplx{-z.Im, z.Re}; });
 }
 
@@ -65,7 +65,7 @@ QUOREL_KERNEL void CplxToReal(const TCplx* x, double* re, double* im, ptrdiff_t 
     im[i] = z.Im;
   }
 }
-QUOREL_KERNEL void RealToCplx(const double* re, const double* im, TCplx* r, ptrdiff_t n) {
+QUOREL_KERNEL_PAIRS void RealToCplx(const double* re, const double* im, TCplx* r, ptrdiff_t n) {
   Map(re, im, r, n, [](double a, double b) { return TCplx{a, b}; });
 }
 

@@ -19,6 +19,7 @@
 #undef QUOREL_SLEEF_AVX_FORCED
 #endif
 
+#include "quorel/core/constants.h"
 #include "quorel/platform/kernels_arith.h"
 #include "quorel/platform/kernels_cplx.h"
 #include "quorel/platform/kernels_loops.h"
@@ -244,7 +245,7 @@ struct LogOfTwiceForLargeOp {
       if (AnyLane<W>(large)) {
         const auto top = a >= 0x1p1022;
         const V l = Simd<W>::kFn1[kLn](top ? a * 0.5 : a * 2.0);
-        const V ln2a = top ? l + 1.3862943611198906 : l;
+        const V ln2a = top ? l + 2 * LN2 : l;
         y = large ? (v < 0.0 ? -ln2a : ln2a) : y;
       }
       Store<W>(d[0], y);
@@ -347,7 +348,7 @@ template <class F>
 struct ComplexOp {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const TCplx* x, TCplx* r, ptrdiff_t n) {
-    Drive<W>(In1{&x->Re}, {2}, Out1{&r->Re}, {2}, n, [](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
+    Drive<W>(In1{detail::Parts(x)}, {2}, Out1{detail::Parts(r)}, {2}, n, [](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
       const CVec<W> z = LoadC<W>(s[0]);
       StoreC<W>(d[0], F::template Of<W>(z.re, z.im));
     });
@@ -410,7 +411,7 @@ struct CExpF {
 struct PhaseOp {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const TCplx* x, double* r, ptrdiff_t n) {
-    Drive<W>(In1{&x->Re}, {2}, Out1{r}, {1}, n, [](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
+    Drive<W>(In1{detail::Parts(x)}, {2}, Out1{r}, {1}, n, [](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
       const CVec<W> z = LoadC<W>(s[0]);
       Store<W>(d[0], Simd<W>::ATan2(z.im, z.re));
     });
@@ -420,7 +421,7 @@ struct PhaseOp {
 struct PolarToCartOp {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const double* mag, const double* phase, TCplx* r, ptrdiff_t n) {
-    Drive<W>(In2{mag, phase}, {1, 1}, Out1{&r->Re}, {2}, n, [](const In2& s, const Out1& d) QUOREL_BLOCK_INLINE {
+    Drive<W>(In2{mag, phase}, {1, 1}, Out1{detail::Parts(r)}, {2}, n, [](const In2& s, const Out1& d) QUOREL_BLOCK_INLINE {
       const Vec<W> m = Load<W>(s[0]);
       const auto sc = Simd<W>::SinCos(Load<W>(s[1]));
       StoreC<W>(d[0], CVec<W>{m * sc.y, m * sc.x});

@@ -15,33 +15,39 @@
 
 namespace quorel::kern {
 
+/// Sine, cosine and tangent (any argument, exact reduction).
 void Sin(const double* x, double* r, std::ptrdiff_t n);
 void Cos(const double* x, double* r, std::ptrdiff_t n);
 void Tan(const double* x, double* r, std::ptrdiff_t n);
 /// Sine into s and cosine into c (s and c distinct).
 void SinCos(const double* x, double* s, double* c, std::ptrdiff_t n);
+/// Inverse sine and cosine (NaN outside [-1, 1]) and inverse tangent.
 void ArcSin(const double* x, double* r, std::ptrdiff_t n);
 void ArcCos(const double* x, double* r, std::ptrdiff_t n);
 void ArcTan(const double* x, double* r, std::ptrdiff_t n);
 /// atan2(y, x), the angle of the point (x, y).
 void ArcTan2(const double* y, const double* x, double* r, std::ptrdiff_t n);
+/// Hyperbolic sine, cosine and tangent.
 void Sinh(const double* x, double* r, std::ptrdiff_t n);
 void Cosh(const double* x, double* r, std::ptrdiff_t n);
 void Tanh(const double* x, double* r, std::ptrdiff_t n);
 /// sinh and cosh from e = exp(x): (e - 1/e)/2 and (e + 1/e)/2, deliberately one exponential;
 /// sinh near 0 has an absolute error of a few eps, not a relative one.
 void SinhCosh(const double* x, double* s, double* c, std::ptrdiff_t n);
+/// Inverse hyperbolic functions (acosh: NaN below 1; atanh: NaN outside [-1, 1]).
 void ArcSinh(const double* x, double* r, std::ptrdiff_t n);
 void ArcCosh(const double* x, double* r, std::ptrdiff_t n);
 void ArcTanh(const double* x, double* r, std::ptrdiff_t n);
+/// e^x.
 void Exp(const double* x, double* r, std::ptrdiff_t n);
-/// Natural logarithm.
+/// Natural and decimal logarithms (-inf at 0, NaN below).
 void Ln(const double* x, double* r, std::ptrdiff_t n);
 void Log10(const double* x, double* r, std::ptrdiff_t n);
 /// a^b element by element.
 void Pow(const double* a, const double* b, double* r, std::ptrdiff_t n);
 /// x^v for one exponent v.
 void Powx(const double* x, double v, double* r, std::ptrdiff_t n);
+/// Real cube root.
 void Cbrt(const double* x, double* r, std::ptrdiff_t n);
 /// 1/sqrt(x); -0 gives -inf.
 void InvSqrt(const double* x, double* r, std::ptrdiff_t n);

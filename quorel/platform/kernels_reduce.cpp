@@ -1,6 +1,8 @@
 #include "quorel/platform/kernels_reduce.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cmath>
 #include <limits>
 
@@ -69,6 +71,9 @@ QUOREL_KERNEL_INLINE double MaxOf(ptrdiff_t n, Term term) {
   return Combine(acc, op);
 }
 
+// 2^e for a normal exponent e.
+double Pow2(int e) { return std::bit_cast<double>(static_cast<std::uint64_t>(e + 1023) << 52); }
+
 // sqrt of the sum of term^2, rescaled when the plain sum overflows or underflows.
 template <class Term>
 QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
@@ -77,11 +82,12 @@ QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
   if (!(ss == kInf || ss < 0x1p-900)) return std::sqrt(ss);
   const double big = MaxOf(n, [term](ptrdiff_t i) { return std::fabs(term(i)); });
   if (big == 0.0 || big == kInf) return big;
-  // 2^-e brings the largest magnitude near 1; e stays in [-1021, 1022] so 2^-e is normal.
+  // 2^-e brings the largest magnitude near 1; e stays in [-1021, 1022] so 2^-e and 2^e are
+  // normal. Scaling by multiplication: ldexp could set errno when the norm overflows.
   const int e = std::clamp(std::ilogb(big), -1021, 1022);
-  const double s = std::ldexp(1.0, -e);
+  const double s = Pow2(-e);
   const double scaled = SumOf(n, [term, s](ptrdiff_t i) { const double t = term(i) * s; return t * t; });
-  return std::ldexp(std::sqrt(scaled), e);
+  return std::sqrt(scaled) * Pow2(e);
 }
 
 QUOREL_KERNEL_INLINE double Modulus(TCplx z) { return std::sqrt(detail::CNorm(z)); }
@@ -138,7 +144,7 @@ QUOREL_KERNEL_INLINE TIndexedValue ExtremeIndex(const double* x, ptrdiff_t n, do
 QUOREL_KERNEL double Sum(const double* x, ptrdiff_t n) {
   return SumOf(n, [x](ptrdiff_t i) { return x[i]; });
 }
-QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfParts(&x->Re, n); }
+QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfParts(detail::Parts(x), n); }
 
 double Mean(const double* x, ptrdiff_t n) { return n > 0 ? Sum(x, n) / static_cast<double>(n) : 0.0; }
 TCplx Mean(const TCplx* x, ptrdiff_t n) {
@@ -158,7 +164,7 @@ QUOREL_KERNEL double StdDev(const double* x, ptrdiff_t n) {
 QUOREL_KERNEL double SumOfSquares(const double* x, ptrdiff_t n) {
   return SumOf(n, [x](ptrdiff_t i) { return x[i] * x[i]; });
 }
-double SumOfSquares(const TCplx* x, ptrdiff_t n) { return SumOfSquares(&x->Re, 2 * n); }
+double SumOfSquares(const TCplx* x, ptrdiff_t n) { return SumOfSquares(detail::Parts(x), 2 * n); }
 
 QUOREL_KERNEL TIndexedValue MaxIndex(const double* x, ptrdiff_t n) {
   return ExtremeIndex<Greater>(x, n, -kInf);
@@ -187,7 +193,7 @@ QUOREL_KERNEL double NormL1(const TCplx* x, ptrdiff_t n) {
 QUOREL_KERNEL double NormL2(const double* x, ptrdiff_t n) {
   return L2Of(n, [x](ptrdiff_t i) { return x[i]; });
 }
-double NormL2(const TCplx* x, ptrdiff_t n) { return NormL2(&x->Re, 2 * n); }
+double NormL2(const TCplx* x, ptrdiff_t n) { return NormL2(detail::Parts(x), 2 * n); }
 QUOREL_KERNEL double NormInf(const double* x, ptrdiff_t n) {
   return n > 0 ? MaxOf(n, [x](ptrdiff_t i) { return std::fabs(x[i]); }) : kNaN;
 }
@@ -206,7 +212,7 @@ QUOREL_KERNEL double NormDiffL2(const double* a, const double* b, ptrdiff_t n) {
   return L2Of(n, [a, b](ptrdiff_t i) { return a[i] - b[i]; });
 }
 double NormDiffL2(const TCplx* a, const TCplx* b, ptrdiff_t n) {
-  return NormDiffL2(&a->Re, &b->Re, 2 * n);
+  return NormDiffL2(detail::Parts(a), detail::Parts(b), 2 * n);
 }
 QUOREL_KERNEL double NormDiffInf(const double* a, const double* b, ptrdiff_t n) {
   return n > 0 ? MaxOf(n, [a, b](ptrdiff_t i) { return std::fabs(a[i] - b[i]); }) : kNaN;

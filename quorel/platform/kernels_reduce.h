@@ -24,8 +24,10 @@ struct TMinMax {
   TIndexedValue Max;
 };
 
+/// Sum of the elements.
 double Sum(const double* x, std::ptrdiff_t n);
 TCplx Sum(const TCplx* x, std::ptrdiff_t n);
+/// Sum / n.
 double Mean(const double* x, std::ptrdiff_t n);
 TCplx Mean(const TCplx* x, std::ptrdiff_t n);
 /// Sample standard deviation (divisor n - 1), two passes: the mean, then squared deviations.

@@ -1,5 +1,7 @@
 #include "quorel/platform/kernels_arith.h"
 
+#include <cerrno>
+
 #include <gtest/gtest.h>
 
 #include "kernel_test_support.h"
@@ -136,6 +138,12 @@ TEST(KernelsArith, AddProductAccumulatesIntoTheOutput) {
 }
 
 TEST(KernelsArith, PowersRootsReciprocalsAndAbs) {
+  const D neg[] = {-4.0, -kInf};
+  D out[2];
+  errno = 0;
+  Sqrt(neg, out, 2);  // NaN, not a libm call that sets errno
+  EXPECT_EQ(errno, 0);
+  EXPECT_TRUE(std::isnan(out[0]) && std::isnan(out[1]));
   CheckUnary<D, D>("Sqr d", [](const D* x, D* r, ptrdiff_t n) { Sqr(x, r, n); }, [](D a) { return a * a; });
   CheckUnary<C, C>("Sqr c", [](const C* x, C* r, ptrdiff_t n) { Sqr(x, r, n); },
                    [](C a) { return C{a.Re * a.Re - a.Im * a.Im, 2 * a.Re * a.Im}; });

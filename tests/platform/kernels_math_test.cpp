@@ -1,5 +1,6 @@
 #include "quorel/platform/kernels_math.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -311,6 +312,21 @@ TEST(KernelsMath, PhaseAndPolarForms) {
     ASSERT_LE(UlpError(w[i].Re / 2, sc[i][2]), kMaxUlp) << t[i];
     ASSERT_LE(UlpError(w[i].Im / 2, sc[i][1]), kMaxUlp) << t[i];
   }
+}
+
+// Domain errors and overflow give NaN and infinity, never an errno.
+TEST(KernelsMath, KernelsLeaveErrnoAlone) {
+  const double bad[] = {-1.0, 0.0, 1000.0, -kInf, kNaN, 1.5e308, 1.5e308};
+  double r[7], s[7];
+  errno = 0;
+  for (TKernelIsa isa : kIsas) {
+    IsaScope scope(isa);
+    if (!scope.ok()) continue;
+    for (const RealCase& c : kRealCases) c.kernel(bad, r, 7);
+    Pow(bad, bad + 1, r, 6);
+    SinCos(bad, r, s, 7);
+  }
+  EXPECT_EQ(errno, 0);
 }
 
 TEST(KernelsMath, CodePathCanBeForcedAndRestored) {
