@@ -62,7 +62,7 @@ void TMtx::MoveFrom(TMtx& other) noexcept {
   fLength = std::exchange(other.fLength, 0);
   fComplex = other.fComplex;
   fIsInteger = other.fIsInteger;
-  CopySettings(other);
+  fSettings = other.fSettings;
   SetShape(other.fRows, other.fCols);
   other.SetShape(0, 0);
   UpdatePointers();
@@ -134,6 +134,7 @@ void TMtx::Reset() {
   Size(0, 0, false, false);
   fCaption.clear();
   fTag = 0;
+  fSettings = {};  // the next borrower starts from the defaults
   fConditionCheck = detail::mtx_condition_check;
 }
 
@@ -175,25 +176,13 @@ void TMtx::SetFullRange() {
 
 // --- whole-object copies ---------------------------------------------------------------------------
 
-void TMtx::CopySettings(const TMtx& src) {
-  fRefineSolution = src.fRefineSolution;
-  fConditionNumber = src.fConditionNumber;
-  fTriangleForm = src.fTriangleForm;
-  fTriangleUnit = src.fTriangleUnit;
-  fBalance = src.fBalance;
-  fEigGenType = src.fEigGenType;
-  fAutoMtxType = src.fAutoMtxType;
-  fSuperDiag = src.fSuperDiag;
-  fSubDiag = src.fSubDiag;
-}
-
 TMtx& TMtx::Assign(const TMtx& src) {
   if (Is(src)) {
     if (fConditionCheck) EInvalidArgumentRaise("Mtx = Self");
     return *this;
   }
   Size(src.fRows, src.fCols, src.fIsInteger, src.fComplex);
-  CopySettings(src);
+  fSettings = src.fSettings;
   if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;
 }

@@ -91,33 +91,33 @@ class TMtx final : public TDenseOf<TMtx> {
 
   // --- settings used by the linear-algebra methods --------------------------------------------------
   /// Iterative refinement after a solve (default false).
-  bool RefineSolution() const { return fRefineSolution; }
-  void SetRefineSolution(bool value) { fRefineSolution = value; }
+  bool RefineSolution() const { return fSettings.RefineSolution; }
+  void SetRefineSolution(bool value) { fSettings.RefineSolution = value; }
   /// Condition estimate after a solve (default cnNone).
-  TConditionNumber ConditionNumber() const { return fConditionNumber; }
-  void SetConditionNumber(TConditionNumber value) { fConditionNumber = value; }
+  TConditionNumber ConditionNumber() const { return fSettings.ConditionNumber; }
+  void SetConditionNumber(TConditionNumber value) { fSettings.ConditionNumber = value; }
   /// Triangle that holds the data of triangular and symmetric matrices (default tfLower).
-  TTriangleForm TriangleForm() const { return fTriangleForm; }
-  void SetTriangleForm(TTriangleForm value) { fTriangleForm = value; }
+  TTriangleForm TriangleForm() const { return fSettings.TriangleForm; }
+  void SetTriangleForm(TTriangleForm value) { fSettings.TriangleForm = value; }
   /// Triangular matrices have a unit diagonal (default false).
-  bool TriangleUnit() const { return fTriangleUnit; }
-  void SetTriangleUnit(bool value) { fTriangleUnit = value; }
+  bool TriangleUnit() const { return fSettings.TriangleUnit; }
+  void SetTriangleUnit(bool value) { fSettings.TriangleUnit = value; }
   /// Balancing before eigenvalues (default btFull: scaling and permutation, the safer choice for
   /// badly scaled matrices).
-  TBalanceType Balance() const { return fBalance; }
-  void SetBalance(TBalanceType value) { fBalance = value; }
+  TBalanceType Balance() const { return fSettings.Balance; }
+  void SetBalance(TBalanceType value) { fSettings.Balance = value; }
   /// Generalised eigenproblem kind (default etAzBz).
-  TEigGenType EigGenType() const { return fEigGenType; }
-  void SetEigGenType(TEigGenType value) { fEigGenType = value; }
+  TEigGenType EigGenType() const { return fSettings.EigGenType; }
+  void SetEigGenType(TEigGenType value) { fSettings.EigGenType = value; }
   /// Solvers detect the matrix type themselves (default false).
-  bool AutoMtxType() const { return fAutoMtxType; }
-  void SetAutoMtxType(bool value) { fAutoMtxType = value; }
+  bool AutoMtxType() const { return fSettings.AutoMtxType; }
+  void SetAutoMtxType(bool value) { fSettings.AutoMtxType = value; }
   /// Super-diagonals of a banded matrix (default 0).
-  std::int32_t SuperDiag() const { return fSuperDiag; }
-  void SetSuperDiag(std::int32_t value) { fSuperDiag = value; }
+  std::int32_t SuperDiag() const { return fSettings.SuperDiag; }
+  void SetSuperDiag(std::int32_t value) { fSettings.SuperDiag = value; }
   /// Sub-diagonals of a banded matrix (default 0).
-  std::int32_t SubDiag() const { return fSubDiag; }
-  void SetSubDiag(std::int32_t value) { fSubDiag = value; }
+  std::int32_t SubDiag() const { return fSettings.SubDiag; }
+  void SetSubDiag(std::int32_t value) { fSettings.SubDiag = value; }
 
   // --- whole-object copies -------------------------------------------------------------------------
   /// Copy of shape, Complex, IsInteger, settings and values; "Mtx = Self" for itself.
@@ -305,26 +305,30 @@ class TMtx final : public TDenseOf<TMtx> {
 
  private:
   std::int64_t Offset(std::int32_t i, std::int32_t j) const { return std::int64_t{i} * fLeadingCols + j; }
-  /// Rows, Cols and LeadingCols for the current Length, keeping the column count when it fits.
+  /// Stores the shape with LeadingCols = Cols and Quadratic recomputed.
   void SetShape(std::int32_t rows, std::int32_t cols);
-  void CopySettings(const TMtx& src);
   static std::span<const TMtx* const> Span(std::initializer_list<const TMtx*> list) {
     return {list.begin(), list.size()};
   }
   void MoveFrom(TMtx& other) noexcept;
 
+  // The settings steer later solves; kept together so copies and resets treat them as one.
+  struct TSettings {
+    bool RefineSolution = false;
+    TConditionNumber ConditionNumber = cnNone;
+    TTriangleForm TriangleForm = tfLower;
+    bool TriangleUnit = false;
+    TBalanceType Balance = btFull;
+    TEigGenType EigGenType = etAzBz;
+    bool AutoMtxType = false;
+    std::int32_t SuperDiag = 0;
+    std::int32_t SubDiag = 0;
+  };
+
   bool fQuadratic = true;
   std::int32_t fRows = 0;
   std::int32_t fCols = 0;
-  bool fRefineSolution = false;
-  TConditionNumber fConditionNumber = cnNone;
-  TTriangleForm fTriangleForm = tfLower;
-  bool fTriangleUnit = false;
-  TBalanceType fBalance = btFull;
-  TEigGenType fEigGenType = etAzBz;
-  bool fAutoMtxType = false;
-  std::int32_t fSuperDiag = 0;
-  std::int32_t fSubDiag = 0;
+  TSettings fSettings;
   std::int32_t fLeadingCols = 0;
   std::int32_t fSavedRows = 0;  // full-range shape while a sub-range is active
   std::int32_t fSavedCols = 0;

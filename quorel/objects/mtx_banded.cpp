@@ -71,7 +71,7 @@ void TMtx::DenseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
 TMtx& TMtx::BandedToDense(const TMtx& a) {
   Fail(a.fComplex, "A.Complex = True");
   Fail(Is(a), "A = Self");
-  const std::int32_t ku = a.fSuperDiag, kl = a.fSubDiag;
+  const std::int32_t ku = a.SuperDiag(), kl = a.SubDiag();
   Fail(ku < 0 || kl < 0 || std::int64_t{ku} + kl + 1 != a.fRows, "SubDiag+SuperDiag+1 <> Rows");
   const std::int32_t n = a.fCols;
   Size(n, n, false);
