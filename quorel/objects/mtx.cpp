@@ -81,12 +81,15 @@ void TMtx::SetShape(std::int32_t rows, std::int32_t cols) {
 }
 
 TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool complex) {
-  fIsInteger = isInteger;
-  if (rows == fRows && cols == fCols && complex == fComplex) return *this;
+  if (rows == fRows && cols == fCols && complex == fComplex) {
+    fIsInteger = isInteger;
+    return *this;
+  }
   if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
   const std::int64_t count = std::int64_t{rows} * cols;
   if (count > kMaxMtxElements) ERaise("Out of memory! Attempted to allocate over 2GB!");
   if (fIsSubRange) ERaise("IsSubRange = True!");
+  fIsInteger = isInteger;
   fSizeChanged = true;
   fComplex = complex;
   fLength = static_cast<std::int32_t>(count);

@@ -26,6 +26,7 @@ class TVec;
 /// (Len / Cols) x Cols matrix of those rows; any other sub-range is a 1 x Len row.
 class TMtx final : public TDenseOf<TMtx> {
  public:
+  /// An empty real 0 x 0 matrix.
   TMtx();
   /// A rows x cols matrix (contents undefined).
   TMtx(std::int32_t rows, std::int32_t cols, bool complex = false);
@@ -43,7 +44,9 @@ class TMtx final : public TDenseOf<TMtx> {
   using TQuorel::Values;
 
   // --- shape -------------------------------------------------------------------------------------
+  /// Number of rows.
   std::int32_t Rows() const { return fRows; }
+  /// Number of columns.
   std::int32_t Cols() const { return fCols; }
   /// Distance in elements between the starts of consecutive rows (= Cols after sizing).
   std::int32_t LeadingCols() const { return fLeadingCols; }
@@ -64,9 +67,11 @@ class TMtx final : public TDenseOf<TMtx> {
   void Size(const TQuorel& src, bool complex) override;
   /// Refused unless value is the current Length: "TMtx: Length can not be set. Use Size!".
   void SetLength(std::int32_t value) override;
+  /// Sets the capacity; a matrix that no longer fits becomes 0 x 0.
   void SetActualSize(std::int32_t value) override;
   /// 0 x 0.
   void Clear() override { Size(0, 0); }
+  /// Back to a real 0 x 0 matrix with default settings (what a pooled matrix gets on return).
   void Reset() override;
   /// New row count, same columns and Complex. Contents are not kept.
   TMtx& SetRows(std::int32_t rows) { return Size(rows, fCols); }
@@ -74,20 +79,25 @@ class TMtx final : public TDenseOf<TMtx> {
   TMtx& SetCols(std::int32_t cols) { return Size(fRows, cols); }
 
   // --- sub-ranges ----------------------------------------------------------------------------------
+  /// Views storage elements index .. index + len - 1 (shape as described above the class).
   void SetSubRange(std::int32_t index, std::int32_t len) override;
   /// Restores the full range with its saved Rows and Cols.
   void SetFullRange() override;
 
   // --- element access ------------------------------------------------------------------------------
-  double& Values(std::int32_t i, std::int32_t j) { return fValues[Offset(i, j)]; }
-  double Values(std::int32_t i, std::int32_t j) const { return fValues[Offset(i, j)]; }
-  TCplx& CValues(std::int32_t i, std::int32_t j) { return *PCValues1D(Offset(i, j)); }
-  const TCplx& CValues(std::int32_t i, std::int32_t j) const { return *PCValues1D(Offset(i, j)); }
-  double& DefaultArray(std::int32_t i, std::int32_t j) { return fValues[Offset(i, j)]; }
+  // No range checks: these are the inner-loop accessors.
+  /// Real element (i, j).
+  double& Values(std::int32_t i, std::int32_t j) { return *PValues(i, j); }
+  double Values(std::int32_t i, std::int32_t j) const { return *PValues(i, j); }
+  /// Complex element (i, j).
+  TCplx& CValues(std::int32_t i, std::int32_t j) { return *PCValues(i, j); }
+  const TCplx& CValues(std::int32_t i, std::int32_t j) const { return *PCValues(i, j); }
+  /// Real element (i, j), under its other name.
+  double& DefaultArray(std::int32_t i, std::int32_t j) { return *PValues(i, j); }
   /// Address of real element (i, j).
   double* PValues(std::int32_t i, std::int32_t j) const { return fValues + Offset(i, j); }
   /// Address of complex element (i, j).
-  TCplx* PCValues(std::int32_t i, std::int32_t j) const { return PCValues1D(Offset(i, j)); }
+  TCplx* PCValues(std::int32_t i, std::int32_t j) const { return reinterpret_cast<TCplx*>(fValues) + Offset(i, j); }
 
   // --- settings used by the linear-algebra methods --------------------------------------------------
   /// Iterative refinement after a solve (default false).

@@ -39,6 +39,12 @@ void Scatter(const TDenseQuorel& vec, std::int32_t vecIndex, TMtx& dst, std::int
     }
   });
 }
+
+// Refuses a list with a missing matrix.
+template <class M>
+void NoNil(std::span<M* const> list) {
+  for (const M* m : list) Fail(m == nullptr, "Mtx = nil");
+}
 }  // namespace
 
 TMtx& TMtx::Copy(const TMtx& mtx, std::int32_t mtxRow, std::int32_t mtxCol, std::int32_t row, std::int32_t col,
@@ -147,6 +153,7 @@ TMtx& TMtx::Diag(const TDenseQuorel& vec, std::int32_t k) {
 // --- concatenation ---------------------------------------------------------------------------------
 
 TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
+  NoNil(src);
   if (src.empty()) return Size(0, 0);
   std::int64_t cols = 0;
   for (const TMtx* m : src) {
@@ -160,6 +167,7 @@ TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
 }
 
 TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
+  NoNil(src);
   Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
   std::int64_t col = destCol;
   for (const TMtx* m : src) {
@@ -178,6 +186,7 @@ TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<con
 }
 
 TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
+  NoNil(src);
   if (src.empty()) return Size(0, 0);
   std::int64_t rows = 0;
   for (const TMtx* m : src) {
@@ -191,6 +200,7 @@ TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
 }
 
 TMtx& TMtx::ConcatVert(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
+  NoNil(src);
   Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
   std::int64_t row = destRow;
   for (const TMtx* m : src) {
@@ -215,6 +225,7 @@ namespace {
 template <class M>
 void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> tiles, std::vector<std::int32_t>& heights,
                  std::vector<std::int32_t>& widths) {
+  NoNil(tiles);
   if (aRows <= 0 || aCols <= 0)
     ERangeErrorRaise(FormatMsg("TMtx.Concat: Invalid ARows,ACols values: %d,%d", aRows, aCols));
   if (std::int64_t{aRows} * aCols != static_cast<std::int64_t>(tiles.size()))
@@ -256,10 +267,8 @@ TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx*
 }
 
 void TMtx::Split(std::int32_t aRows, std::int32_t aCols, std::span<TMtx* const> dst) const {
-  for (TMtx* m : dst) {
-    Fail(m == nullptr, "Mtx = nil");
-    Fail(Is(*m), "Mtx = Self");
-  }
+  NoNil(dst);
+  for (const TMtx* m : dst) Fail(Is(*m), "Mtx = Self");
   for (TMtx* m : dst) m->Size(m->fRows, m->fCols, fComplex);
   std::vector<std::int32_t> heights, widths;
   CheckTiling(aRows, aCols, dst, heights, widths);

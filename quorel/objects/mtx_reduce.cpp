@@ -20,7 +20,6 @@ using mtxdetail::OnKind;
 using mtxdetail::Ptr;
 
 void TMtx::SumRows(TVec& dst) const {
-  Fail(Is(dst), "Vec = Self");
   dst.Size(fRows, fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -29,7 +28,6 @@ void TMtx::SumRows(TVec& dst) const {
 }
 
 void TMtx::MeanRows(TVec& dst) const {
-  Fail(Is(dst), "Vec = Self");
   dst.Size(fRows, fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -38,7 +36,6 @@ void TMtx::MeanRows(TVec& dst) const {
 }
 
 void TMtx::SumCols(TVec& dst) const {
-  Fail(Is(dst), "Vec = Self");
   dst.Size(fCols, fComplex);
   dst.SetZero();
   OnKind(fComplex, [&](auto t) {
