@@ -18,15 +18,15 @@ using V = std::vector<double>;
 TEST(MtxOps, TranspAndAdjungOfRaggedTiles) {
   // Sizes that are not multiples of either tile edge, real and complex.
   for (bool complex : {false, true}) {
-    const TMtx a = Numbered(37, 70, complex);
+    const TMtx a = Numbered(37, 71, complex);  // odd both ways: every tile edge case
     TMtx t, h;
     t.Transp(a);
     h.Adjung(a);
-    ASSERT_EQ(t.Rows(), 70);
+    ASSERT_EQ(t.Rows(), 71);
     ASSERT_EQ(t.Cols(), 37);
     int wrong = 0;
     for (int i = 0; i < 37; ++i)
-      for (int j = 0; j < 70; ++j) {
+      for (int j = 0; j < 71; ++j) {
         if (complex) {
           const TCplx z = a.CValues(i, j);
           wrong += !(t.CValues(j, i) == z) + !(h.CValues(j, i) == TCplx{z.Re, -z.Im});
