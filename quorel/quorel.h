@@ -11,5 +11,6 @@
 #include "quorel/core/types.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
+#include "quorel/objects/mtx.h"
 #include "quorel/objects/persist.h"
 #include "quorel/elementwise/statistics.h"
