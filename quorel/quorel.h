@@ -12,5 +12,5 @@
 #include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/persist.h"
+#include "quorel/objects/lists.h"
 #include "quorel/elementwise/statistics.h"
