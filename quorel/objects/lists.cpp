@@ -49,7 +49,7 @@ void TObjectList<T>::Assign(const TObjectList& src) {
 template <class T>
 void TObjectList<T>::SaveToStream(TQuorelStream& stream) const {
   const std::int32_t count = Count();
-  stream.Write(&count, 4);
+  stream.WriteFully(&count, 4);
   for (const auto& item : items_) item->SaveToStream(stream);
 }
 

@@ -49,6 +49,7 @@ using TDecoder = void (*)(const uint8_t* in, double* r, ptrdiff_t n, const TScra
 
 struct TCodec {
   std::int32_t bytes;
+  std::int32_t align;  // of the encoded type: encoders write it, decoders read it in place
   TEncoder encode;
   TDecoder decode;
 };
@@ -104,17 +105,17 @@ void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { k
 
 // In TPrecision order.
 constexpr TCodec kCodecs[] = {
-    {8, EncodeDouble, DecodeDouble},
-    {4, EncodeSingle, DecodeWidened<float>},
-    {4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>},
-    {4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>},
-    {2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>},
-    {2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>},
-    {1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>},
-    {1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>},
-    {1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>},
-    {1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>},
-    {3, EncodeInt24, DecodeInt24},
+    {8, 8, EncodeDouble, DecodeDouble},
+    {4, 4, EncodeSingle, DecodeWidened<float>},
+    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>},
+    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>},
+    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>},
+    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>},
+    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>},
+    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>},
+    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>},
+    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>},
+    {3, 1, EncodeInt24, DecodeInt24},
 };
 constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
 static_assert(kPrecisionCount == prInt24 + 1);
@@ -127,8 +128,7 @@ ptrdiff_t ValueCount(bool complex, std::int32_t len) {
   return len <= 0 ? 0 : (complex ? 2 * ptrdiff_t{len} : ptrdiff_t{len});
 }
 
-// Runs the chunk loop with the scratch space of a work vector; the conversions write into its
-// aligned memory, so callers' buffers need no particular alignment.
+// Runs the chunk loop with the scratch space of a work vector.
 template <class F>
 void ForEachChunk(ptrdiff_t count, F&& body) {
   TWorkVec work;
@@ -137,6 +137,39 @@ void ForEachChunk(ptrdiff_t count, F&& body) {
   for (ptrdiff_t i = 0; i < count; i += kChunk) {
     if (!body(i, std::min(kChunk, count - i), scratch)) break;
   }
+}
+
+bool Aligned(const void* p, const TCodec& codec) {
+  return reinterpret_cast<std::uintptr_t>(p) % static_cast<std::uintptr_t>(codec.align) == 0;
+}
+
+// Encodes straight into out when it is aligned for the encoded type, else through the scratch.
+void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& codec, TRounding rounding) {
+  if (codec.encode == EncodeDouble) {
+    std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
+    return;
+  }
+  const bool direct = Aligned(out, codec);
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    uint8_t* at = out + i * codec.bytes;
+    codec.encode(src + i, direct ? at : s.bytes, n, rounding, s);
+    if (!direct) std::memcpy(at, s.bytes, static_cast<std::size_t>(n * codec.bytes));
+    return true;
+  });
+}
+
+void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& codec) {
+  if (codec.decode == DecodeDouble) {
+    std::memcpy(dst, in, static_cast<std::size_t>(count) * 8);
+    return;
+  }
+  const bool direct = Aligned(in, codec);
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    const uint8_t* at = in + i * codec.bytes;
+    if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));
+    codec.decode(direct ? at : s.bytes, dst + i, n, s);
+    return true;
+  });
 }
 
 }  // namespace
@@ -155,12 +188,12 @@ bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision) {
 }
 
 void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields) {
-  stream.Write(fields.data(), static_cast<std::int64_t>(fields.size_bytes()));
+  stream.WriteFully(fields.data(), static_cast<std::int64_t>(fields.size_bytes()));
 }
 
 bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields) {
   const auto bytes = static_cast<std::int64_t>(fields.size_bytes());
-  return stream.Read(fields.data(), bytes) == bytes;
+  return stream.ReadFully(fields.data(), bytes) == bytes;
 }
 
 std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append) {
@@ -178,13 +211,18 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
   const TCodec* codec = CodecOf(precision);
   const ptrdiff_t count = ValueCount(complex, len);
   if (codec == nullptr || count == 0) return;
+  // A memory stream lends its storage: the values are encoded where they belong.
+  if (void* at = stream.WriteInPlace(count * codec->bytes)) {
+    EncodeInto(static_cast<uint8_t*>(at), src, count, *codec, rounding);
+    return;
+  }
   if (precision == prDouble) {
-    stream.Write(src, count * 8);
+    stream.WriteFully(src, count * 8);
     return;
   }
   ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     codec->encode(src + i, s.bytes, n, rounding, s);
-    stream.Write(s.bytes, n * codec->bytes);
+    stream.WriteFully(s.bytes, n * codec->bytes);
     return true;
   });
 }
@@ -193,17 +231,7 @@ void WriteBinaryValues(void* dst, const double* src, TPrecision precision, TRoun
                        std::int32_t len) {
   const TCodec* codec = CodecOf(precision);
   const ptrdiff_t count = ValueCount(complex, len);
-  if (codec == nullptr || count == 0) return;
-  auto* out = static_cast<uint8_t*>(dst);
-  if (precision == prDouble) {
-    std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
-    return;
-  }
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    codec->encode(src + i, s.bytes, n, rounding, s);
-    std::memcpy(out + i * codec->bytes, s.bytes, static_cast<std::size_t>(n * codec->bytes));
-    return true;
-  });
+  if (codec != nullptr && count > 0) EncodeInto(static_cast<uint8_t*>(dst), src, count, *codec, rounding);
 }
 
 void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len) {
@@ -212,12 +240,16 @@ void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, 
   // Only whole values that are there: nothing past the stream, no half-written element.
   const ptrdiff_t count = std::min<ptrdiff_t>(ValueCount(complex, len), stream.Remaining() / codec->bytes);
   if (count <= 0) return;
+  if (const void* at = stream.ReadInPlace(count * codec->bytes)) {
+    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, *codec);
+    return;
+  }
   if (precision == prDouble) {
-    stream.Read(dst, count * 8);
+    stream.ReadFully(dst, count * 8);
     return;
   }
   ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    const std::int64_t got = stream.Read(s.bytes, n * codec->bytes) / codec->bytes;
+    const std::int64_t got = stream.ReadFully(s.bytes, n * codec->bytes) / codec->bytes;
     codec->decode(s.bytes, dst + i, got, s);
     return got == n;
   });
@@ -226,17 +258,7 @@ void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, 
 void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len) {
   const TCodec* codec = CodecOf(precision);
   const ptrdiff_t count = ValueCount(complex, len);
-  if (codec == nullptr || count == 0) return;
-  const auto* in = static_cast<const uint8_t*>(src);
-  if (precision == prDouble) {
-    std::memcpy(dst, in, static_cast<std::size_t>(count) * 8);
-    return;
-  }
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    std::memcpy(s.bytes, in + i * codec->bytes, static_cast<std::size_t>(n * codec->bytes));
-    codec->decode(s.bytes, dst + i, n, s);
-    return true;
-  });
+  if (codec != nullptr && count > 0) DecodeFrom(static_cast<const uint8_t*>(src), dst, count, *codec);
 }
 
 // --- raw 4-byte blocks -----------------------------------------------------------------------------
@@ -249,7 +271,7 @@ void WriteRaw(TQuorelStream& stream, std::int32_t count, std::span<const T> valu
   if (static_cast<std::size_t>(count) > values.size())
     ERangeErrorRaise(FormatMsg("WriteBinaryToStream: Count > Length(Values) (%d > %d)", count,
                                static_cast<int>(values.size())));
-  stream.Write(values.data(), std::int64_t{count} * 4);
+  stream.WriteFully(values.data(), std::int64_t{count} * 4);
 }
 
 template <class T>
@@ -257,7 +279,7 @@ bool ReadRaw(TQuorelStream& stream, std::int32_t count, std::vector<T>& values) 
   values.assign(static_cast<std::size_t>(std::max(count, 0)), T{});
   if (count <= 0) return count == 0;
   const std::int64_t bytes = std::int64_t{count} * 4;
-  return stream.Read(values.data(), bytes) == bytes;
+  return stream.ReadFully(values.data(), bytes) == bytes;
 }
 
 }  // namespace
@@ -295,16 +317,16 @@ constexpr std::int32_t kMaxShortString = 254;
 
 void WriteShortString(TQuorelStream& stream, const std::string& text) {
   const auto len = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
-  stream.Write(&len, 4);
-  stream.Write(text.data(), len);
+  stream.WriteFully(&len, 4);
+  stream.WriteFully(text.data(), len);
 }
 
 std::string ReadShortString(TQuorelStream& stream) {
   std::int32_t len = 0;
-  if (stream.Read(&len, 4) != 4) return {};
+  if (stream.ReadFully(&len, 4) != 4) return {};
   len = std::clamp(len, 0, kMaxShortString);
   std::string text(static_cast<std::size_t>(len), '\0');
-  text.resize(static_cast<std::size_t>(stream.Read(text.data(), len)));
+  text.resize(static_cast<std::size_t>(stream.ReadFully(text.data(), len)));
   return text;
 }
 

@@ -12,17 +12,39 @@ namespace quorel {
 
 std::int64_t TQuorelStream::Remaining() { return std::max<std::int64_t>(Size() - Position(), 0); }
 
+std::int64_t TQuorelStream::ReadFully(void* buffer, std::int64_t count) {
+  std::int64_t done = 0;
+  while (done < count) {
+    const std::int64_t got = Read(static_cast<std::uint8_t*>(buffer) + done, count - done);
+    if (got <= 0) break;
+    done += got;
+  }
+  return done;
+}
+
+std::int64_t TQuorelStream::WriteFully(const void* buffer, std::int64_t count) {
+  std::int64_t done = 0;
+  while (done < count) {
+    const std::int64_t put = Write(static_cast<const std::uint8_t*>(buffer) + done, count - done);
+    if (put <= 0) break;
+    done += put;
+  }
+  return done;
+}
+
 void TQuorelStream::ReadBuffer(void* buffer, std::int64_t count) {
-  if (count != 0 && Read(buffer, count) != count) throw EReadError("Stream read error");
+  if (count > 0 && ReadFully(buffer, count) != count) throw EReadError("Stream read error");
 }
 
 void TQuorelStream::WriteBuffer(const void* buffer, std::int64_t count) {
-  if (count != 0 && Write(buffer, count) != count) throw EWriteError("Stream write error");
+  if (count > 0 && WriteFully(buffer, count) != count) throw EWriteError("Stream write error");
 }
 
 // --- TQuorelFileStream -----------------------------------------------------------------------------
 
 namespace {
+constexpr std::size_t kBufferSize = std::size_t{1} << 18;
+
 const char* ModeText(TFileMode mode) {
   switch (mode) {
     case fmCreate: return "w+b";
@@ -39,6 +61,11 @@ TQuorelFileStream::TQuorelFileStream(const std::string& fileName, TFileMode mode
     const char* verb = mode == fmCreate ? "Cannot create file" : "Cannot open file";
     throw EFOpenError(std::string(verb) + " \"" + fileName + "\". " + std::strerror(errno));
   }
+  // Value blocks arrive in chunks of a few kilobytes; a large buffer turns them into few system
+  // calls. Writes larger than the buffer still go straight to the file.
+  // (A null buffer would make the C library ignore the size.)
+  buffer_ = std::make_unique_for_overwrite<char[]>(kBufferSize);
+  std::setvbuf(file_, buffer_.get(), _IOFBF, kBufferSize);
 }
 
 TQuorelFileStream::~TQuorelFileStream() {
@@ -134,17 +161,30 @@ std::int64_t TQuorelMemoryStream::Read(void* buffer, std::int64_t count) {
   return n;
 }
 
-std::int64_t TQuorelMemoryStream::Write(const void* buffer, std::int64_t count) {
-  if (count <= 0) return 0;
-  if (count > std::numeric_limits<std::int64_t>::max() - pos_) return 0;
+void* TQuorelMemoryStream::WriteInPlace(std::int64_t count) {
+  if (count <= 0 || count > std::numeric_limits<std::int64_t>::max() - pos_) return nullptr;
   const std::int64_t end = pos_ + count;
   if (end > size_) {
     if (pos_ > size_) SetSize(pos_);  // zero the gap left by a seek past the end
     Reserve(end);
     size_ = end;
   }
-  std::memcpy(data_.get() + pos_, buffer, static_cast<std::size_t>(count));
+  std::uint8_t* at = data_.get() + pos_;
   pos_ = end;
+  return at;
+}
+
+const void* TQuorelMemoryStream::ReadInPlace(std::int64_t count) {
+  if (count <= 0 || count > size_ - pos_) return nullptr;
+  const std::uint8_t* at = data_.get() + pos_;
+  pos_ += count;
+  return at;
+}
+
+std::int64_t TQuorelMemoryStream::Write(const void* buffer, std::int64_t count) {
+  void* at = WriteInPlace(count);
+  if (at == nullptr) return 0;
+  std::memcpy(at, buffer, static_cast<std::size_t>(count));
   return count;
 }
 

@@ -35,7 +35,8 @@ class EWriteError : public Exception {
 /// Where Seek counts from.
 enum TSeekOrigin : std::uint8_t { soBeginning, soCurrent, soEnd };
 
-/// Abstract byte stream: plain reads and writes report how many bytes moved; ReadBuffer and
+/// Abstract byte stream: plain reads and writes report how many bytes moved (a stream may move
+/// fewer than asked before its end); ReadFully and WriteFully repeat them, ReadBuffer and
 /// WriteBuffer demand the whole count.
 class TQuorelStream {
  public:
@@ -51,8 +52,19 @@ class TQuorelStream {
   /// Total size in bytes.
   virtual std::int64_t Size() = 0;
 
+  /// Memory for the next count bytes, to be filled by the caller in place of a Write; the
+  /// position moves past them. nullptr when the stream has no memory to lend.
+  virtual void* WriteInPlace(std::int64_t count) { return nullptr; }
+  /// Memory holding the next count bytes, in place of a Read; the position moves past them.
+  /// nullptr when fewer remain or the stream has no memory to lend.
+  virtual const void* ReadInPlace(std::int64_t count) { return nullptr; }
+
   /// Bytes between the position and the end (0 when positioned past it).
   std::int64_t Remaining();
+  /// Reads until count bytes arrived or the stream gives no more; returns the number read.
+  std::int64_t ReadFully(void* buffer, std::int64_t count);
+  /// Writes until count bytes are taken or the stream takes no more; returns the number written.
+  std::int64_t WriteFully(const void* buffer, std::int64_t count);
   /// Reads exactly count bytes or raises EReadError.
   void ReadBuffer(void* buffer, std::int64_t count);
   /// Writes exactly count bytes or raises EWriteError.
@@ -83,6 +95,7 @@ class TQuorelFileStream final : public TQuorelStream {
   const std::string& FileName() const { return fileName_; }
 
  private:
+  std::unique_ptr<char[]> buffer_;  // the C stream's buffer; outlives it (closed in the destructor)
   std::FILE* file_ = nullptr;
   std::string fileName_;
   bool lastWasWrite_ = false;  // C streams need a seek between a write and a read
@@ -106,6 +119,8 @@ class TQuorelMemoryStream final : public TQuorelStream {
   std::int64_t Seek(std::int64_t offset, TSeekOrigin origin) override;
   std::int64_t Position() override { return pos_; }
   std::int64_t Size() override { return size_; }
+  void* WriteInPlace(std::int64_t count) override;
+  const void* ReadInPlace(std::int64_t count) override;
 
   /// The stream's contents.
   std::span<const std::uint8_t> Bytes() const { return {data_.get(), static_cast<std::size_t>(size_)}; }

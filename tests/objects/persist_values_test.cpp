@@ -1,6 +1,7 @@
 // Value encoders and decoders: rounding, saturation, the single-precision stage, the 24-bit
 // codec, memory and stream forms, and raw 4-byte blocks.
 #include <cfloat>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -104,6 +105,40 @@ TEST(PersistValues, MemoryAndStreamFormsAgreeAcrossChunks) {
     // Spot check the last element: the final partial chunk is decoded too.
     std::vector<double> last = RoundTrip({src.back()}, precision, rnRound);
     EXPECT_EQ(fromStream.back(), last[0]) << p;
+  }
+}
+
+// A stream that lends no memory and moves at most 7 bytes per call, as a pipe might.
+class TTrickleStream final : public TQuorelStream {
+ public:
+  TQuorelMemoryStream inner;
+  std::int64_t Read(void* b, std::int64_t n) override { return inner.Read(b, std::min<std::int64_t>(n, 7)); }
+  std::int64_t Write(const void* b, std::int64_t n) override { return inner.Write(b, std::min<std::int64_t>(n, 7)); }
+  std::int64_t Seek(std::int64_t o, TSeekOrigin origin) override { return inner.Seek(o, origin); }
+  std::int64_t Position() override { return inner.Position(); }
+  std::int64_t Size() override { return inner.Size(); }
+};
+
+// The chunked path of streams that lend no memory gives the same bytes and values as the
+// in-place path of the memory stream, including a partial last chunk.
+TEST(PersistValues, StreamsWithoutMemoryAndShortTransfers) {
+  TVec v;
+  v.Size(1500, true);
+  for (std::size_t i = 0; i < v.Values().size(); ++i) v.Values()[i] = std::cos(0.01 * double(i)) * 1e5;
+  for (int p = prDouble; p <= prInt24; ++p) {
+    v.SetPrecision(static_cast<TPrecision>(p));
+    TQuorelMemoryStream direct;
+    TTrickleStream trickle;
+    v.SaveToStream(direct);
+    v.SaveToStream(trickle);
+    EXPECT_TRUE(std::ranges::equal(direct.Bytes(), trickle.inner.Bytes())) << p;
+    TVec a, b;
+    direct.Seek(0, soBeginning);
+    trickle.Seek(0, soBeginning);
+    a.LoadFromStream(direct);
+    b.LoadFromStream(trickle);
+    EXPECT_TRUE(std::ranges::equal(a.Values(), b.Values())) << p;
+    EXPECT_EQ(trickle.Position(), trickle.Size()) << p;
   }
 }
 
