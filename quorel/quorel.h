@@ -12,4 +12,5 @@
 #include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/mtx.h"
+#include "quorel/objects/lists.h"
 #include "quorel/elementwise/statistics.h"

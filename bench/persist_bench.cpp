@@ -1,0 +1,179 @@
+// Binary save and load of 10^7 doubles as prDouble, prSingle and prSmallInt, to a memory stream
+// and to a file in /tmp, against moving the same encoded bytes raw (memcpy for memory,
+// fwrite/fread for files). After the runs a table of time ratios (median of the repetitions)
+// is printed.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "quorel/quorel.h"
+
+using namespace quorel;
+
+namespace {
+
+constexpr std::int32_t kCount = 10'000'000;
+
+// A byte buffer in the same kind of memory as a vector's storage: the kernel copies into and
+// out of page-allocator blocks measurably faster than into heap blocks of the same size, so
+// both sides of every comparison use the same allocator.
+struct Buffer {
+  TVec storage;
+  std::size_t size = 0;
+  void Resize(std::size_t bytes) {
+    size = bytes;
+    storage.SetLength(static_cast<std::int32_t>(bytes / 8 + 1));
+    storage.SetZero();
+  }
+  std::uint8_t* data() { return reinterpret_cast<std::uint8_t*>(storage.PValues(0)); }
+};
+
+struct Data {
+  TVec v;
+  std::map<TPrecision, Buffer> encoded;  // the values block per precision
+  Buffer raw;                            // destination of the raw copies
+  TQuorelMemoryStream stream;
+  std::string file = "/tmp/quorel_persist_bench_" + std::to_string(::getpid()) + ".bin";
+  Data() {
+    v.SetLength(kCount);
+    for (std::int32_t i = 0; i < kCount; ++i) v[i] = 30000.0 * std::sin(0.001 * i);
+    for (TPrecision p : {prDouble, prSingle, prSmallInt}) {
+      Buffer& bytes = encoded[p];
+      bytes.Resize(static_cast<std::size_t>(kCount) * detail::BytesPerValue(p));
+      WriteBinaryValues(bytes.data(), v.PValues(0), p, rnTrunc, false, kCount);
+    }
+    raw.Resize(encoded[prDouble].size);
+  }
+  ~Data() { std::remove(file.c_str()); }
+};
+
+Data& D() {
+  static Data d;
+  return d;
+}
+
+void Save(TPrecision p, TQuorelStream& s) {
+  D().v.SetPrecision(p);
+  D().v.SaveToStream(s);
+}
+
+void RawWriteFile(Buffer& bytes) {
+  std::FILE* f = std::fopen(D().file.c_str(), "wb");
+  std::fwrite(bytes.data(), 1, bytes.size, f);
+  std::fclose(f);
+}
+
+void RawReadFile(std::size_t n) {
+  std::FILE* f = std::fopen(D().file.c_str(), "rb");
+  std::fread(D().raw.data(), 1, n, f);
+  std::fclose(f);
+}
+
+template <class F>
+void Run(benchmark::State& state, F&& body) {
+  body();
+  for (auto _ : state) {
+    body();
+    benchmark::ClobberMemory();
+  }
+}
+
+// Each precision: save and load, memory and file, Quorel and raw.
+#define PERSIST_BENCH(P)                                                                            \
+  void BM_SaveMem_##P##_quorel(benchmark::State& st) {                                              \
+    Run(st, [] {                                                                                    \
+      D().stream.Clear();                                                                           \
+      Save(P, D().stream);                                                                          \
+    });                                                                                             \
+  }                                                                                                 \
+  void BM_SaveMem_##P##_raw(benchmark::State& st) {                                                 \
+    Run(st, [] { std::memcpy(D().raw.data(), D().encoded[P].data(), D().encoded[P].size); });     \
+  }                                                                                                 \
+  void BM_LoadMem_##P##_quorel(benchmark::State& st) {                                              \
+    D().stream.Clear();                                                                             \
+    Save(P, D().stream);                                                                            \
+    TVec r;                                                                                         \
+    Run(st, [&] {                                                                                   \
+      D().stream.Seek(0, soBeginning);                                                              \
+      r.LoadFromStream(D().stream);                                                                 \
+    });                                                                                             \
+  }                                                                                                 \
+  void BM_LoadMem_##P##_raw(benchmark::State& st) {                                                 \
+    Run(st, [] { std::memcpy(D().raw.data(), D().encoded[P].data(), D().encoded[P].size); });     \
+  }                                                                                                 \
+  void BM_SaveFile_##P##_quorel(benchmark::State& st) {                                             \
+    Run(st, [] {                                                                                    \
+      D().v.SetPrecision(P);                                                                        \
+      D().v.SaveToFile(D().file);                                                                   \
+    });                                                                                             \
+  }                                                                                                 \
+  void BM_SaveFile_##P##_raw(benchmark::State& st) {                                                \
+    Run(st, [] { RawWriteFile(D().encoded[P]); });                                                  \
+  }                                                                                                 \
+  void BM_LoadFile_##P##_quorel(benchmark::State& st) {                                             \
+    D().v.SetPrecision(P);                                                                          \
+    D().v.SaveToFile(D().file);                                                                     \
+    TVec r;                                                                                         \
+    Run(st, [&] { r.LoadFromFile(D().file); });                                                     \
+  }                                                                                                 \
+  void BM_LoadFile_##P##_raw(benchmark::State& st) {                                                \
+    RawWriteFile(D().encoded[P]);                                                                   \
+    Run(st, [] { RawReadFile(D().encoded[P].size); });                                            \
+  }                                                                                                 \
+  BENCHMARK(BM_SaveMem_##P##_quorel)->Name("SaveMem." #P "/quorel")->UseRealTime();                 \
+  BENCHMARK(BM_SaveMem_##P##_raw)->Name("SaveMem." #P "/raw")->UseRealTime();                       \
+  BENCHMARK(BM_LoadMem_##P##_quorel)->Name("LoadMem." #P "/quorel")->UseRealTime();                 \
+  BENCHMARK(BM_LoadMem_##P##_raw)->Name("LoadMem." #P "/raw")->UseRealTime();                       \
+  BENCHMARK(BM_SaveFile_##P##_quorel)->Name("SaveFile." #P "/quorel")->UseRealTime();               \
+  BENCHMARK(BM_SaveFile_##P##_raw)->Name("SaveFile." #P "/raw")->UseRealTime();                     \
+  BENCHMARK(BM_LoadFile_##P##_quorel)->Name("LoadFile." #P "/quorel")->UseRealTime();               \
+  BENCHMARK(BM_LoadFile_##P##_raw)->Name("LoadFile." #P "/raw")->UseRealTime();
+
+PERSIST_BENCH(prDouble)
+PERSIST_BENCH(prSingle)
+PERSIST_BENCH(prSmallInt)
+
+// Collects the median time of every run, then prints quorel/raw ratios.
+class RatioReporter : public benchmark::ConsoleReporter {
+ public:
+  void ReportRuns(const std::vector<Run>& runs) override {
+    ConsoleReporter::ReportRuns(runs);
+    for (const Run& r : runs) {
+      const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
+      const bool single = r.run_type == Run::RT_Iteration && r.repetitions <= 1;
+      if (!median && !single) continue;
+      const std::string name = r.run_name.function_name;  // "Op.precision/impl"
+      const auto slash = name.find('/');
+      times_[name.substr(0, slash)][name.substr(slash + 1)] = r.GetAdjustedRealTime();
+    }
+  }
+  void Finalize() override {
+    ConsoleReporter::Finalize();
+    std::printf("\n%-24s %12s\n", "operation", "quorel/raw");
+    for (const auto& [key, t] : times_) {
+      auto q = t.find("quorel"), o = t.find("raw");
+      std::printf("%-24s %11.2fx\n", key.c_str(), q != t.end() && o != t.end() ? q->second / o->second : NAN);
+    }
+  }
+
+ private:
+  std::map<std::string, std::map<std::string, double>> times_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  RatioReporter reporter;
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+  benchmark::Shutdown();
+  return 0;
+}
