@@ -10,5 +10,6 @@
 #include "quorel/core/text.h"
 #include "quorel/core/types.h"
 #include "quorel/objects/controller.h"
+#include "quorel/objects/report.h"
 #include "quorel/objects/vec.h"
 #include "quorel/elementwise/statistics.h"
