@@ -12,4 +12,5 @@
 #include "quorel/objects/controller.h"
 #include "quorel/objects/report.h"
 #include "quorel/objects/vec.h"
+#include "quorel/objects/mtx.h"
 #include "quorel/elementwise/statistics.h"

@@ -1,10 +1,12 @@
 #include "quorel/objects/controller.h"
 
 #include <cstdio>
+#include <array>
 #include <cstring>
 
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
+#include "quorel/objects/mtx.h"
 #include "quorel/objects/report.h"
 #include "quorel/objects/vec.h"
 
@@ -73,79 +75,76 @@ void TQuorelController::Report(const std::string& text) {
   if (report_) report_(text);
 }
 
+// --- pool operations, shared by the vector and the matrix pool -------------------------------------
+
 template <class T>
-void TQuorelController::FreePool(detail::TPool<T>& pool, const char* name) {
+void TQuorelController::FreePool(detail::TPool<T>& pool) {
   // All entries are checked before any is destroyed, so a refused rebuild leaves the pool usable.
   for (std::size_t i = 0; i < pool.Entries.size(); ++i)
-    if (pool.Entries[i].Used) ERaise(std::string(name) + "[" + std::to_string(i) + "] = Used");
+    if (pool.Entries[i].Used) ERaise(std::string(pool.Name) + "[" + std::to_string(i) + "] = Used");
   for (auto& e : pool.Entries) delete e.Object;
   pool.Entries.clear();
   pool.Scratch.clear();
   pool.Pointers.clear();
   GlobalFreeUnmanaged(pool.Memory);
+  pool.Memory = nullptr;
   pool.Next = 0;
   pool.Used = 0;
 }
 
-void TQuorelController::SetVecCacheSize(std::int32_t count, std::int32_t elements) {
-  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetVecCacheSize: negative argument");
+template <class T>
+void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
   std::lock_guard<std::mutex> hold(lock_);
-  FreePool(vecs_, "VecCache");
-  vecs_.Elements = elements;
-  AllocateCacheMemory(vecs_.Memory, vecs_.Pointers, count, elements);
-  vecs_.Entries.resize(static_cast<std::size_t>(count));
-  vecs_.Scratch.resize(static_cast<std::size_t>(count));
+  FreePool(pool);
+  pool.Elements = elements;
+  AllocateCacheMemory(pool.Memory, pool.Pointers, count, elements);
+  pool.Entries.resize(static_cast<std::size_t>(count));
+  pool.Scratch.resize(static_cast<std::size_t>(count));
   for (std::int32_t i = 0; i < count; ++i) {
-    TVec* v = new TVec();
-    v->SetCacheSlot(i, i);
-    vecs_.Entries[static_cast<std::size_t>(i)] = {v, false};
+    T* object = new T();
+    object->SetCacheSlot(i, i);
+    pool.Entries[static_cast<std::size_t>(i)] = {object, false};
   }
 }
 
-void TQuorelController::SetMtxCacheSize(std::int32_t count, std::int32_t elements) {
-  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetMtxCacheSize: negative argument");
-  mtx_count_ = count;
-  mtx_elements_ = elements;
-}
-
-void TQuorelController::CreateItx(TVec*& vec) {
-  auto& pool = vecs_;
+template <class T>
+void TQuorelController::CreateItx(detail::TPool<T>& pool, T*& object) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   if (pool.Next >= size) {
     if (pool.Used >= size) {
-      vec = new TVec();
+      object = new T();
       pool.Full = true;
       return;
     }
-    VecRecollect();
+    Recollect(pool);
   }
   auto& e = pool.Entries[static_cast<std::size_t>(pool.Next)];
   e.Used = true;
   ++pool.Next;
   ++pool.Used;
-  vec = e.Object;
+  object = e.Object;
 }
 
-void TQuorelController::FreeItx(TVec*& vec) {
-  if (vec == nullptr) return;
-  const std::int32_t index = vec->CacheIndex();
+template <class T>
+void TQuorelController::FreeItx(detail::TPool<T>& pool, T*& object) {
+  if (object == nullptr) return;
+  const std::int32_t index = object->CacheIndex();
   if (index < 0) {
-    delete vec;
-    vec = nullptr;
+    delete object;
+    object = nullptr;
     return;
   }
-  auto& pool = vecs_;
   auto& e = pool.Entries[static_cast<std::size_t>(index)];
-  if (!e.Used || e.Object != vec) ERaise("FreeIt: object is not in use");
-  vec->Reset();
+  if (!e.Used || e.Object != object) ERaise("FreeIt: object is not in use");
+  object->Reset();
   e.Used = false;
   if (index == pool.Next - 1) --pool.Next;
   --pool.Used;
-  vec = nullptr;
+  object = nullptr;
 }
 
-void TQuorelController::VecRecollect() {
-  auto& pool = vecs_;
+template <class T>
+void TQuorelController::Recollect(detail::TPool<T>& pool) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   pool.Scratch = pool.Entries;
   pool.Next = 0;
@@ -159,38 +158,68 @@ void TQuorelController::VecRecollect() {
   }
 }
 
-void TQuorelController::MtxRecollect() {}
+template <class T>
+void TQuorelController::DetachPool(detail::TPool<T>& pool) {
+  // Handed-out objects are left alive for their holders; only the pool bookkeeping goes.
+  for (auto& e : pool.Entries) {
+    if (!e.Used) {
+      delete e.Object;
+    } else {
+      T* object = e.Object;
+      object->SetCacheSlot(-1, -1);
+      object->ReleaseMemory();
+      object->fMemory = nullptr;
+      object->fValues = nullptr;
+      object->fActualSize = 0;
+      object->fLength = 0;
+      if (!object->IsSubRange()) object->Clear();  // the shape follows the storage that is gone
+    }
+  }
+  pool.Entries.clear();
+  pool.Scratch.clear();
+  pool.Pointers.clear();
+  GlobalFreeUnmanaged(pool.Memory);
+  pool.Memory = nullptr;
+  pool.Next = pool.Used = 0;
+}
+
+void TQuorelController::SetVecCacheSize(std::int32_t count, std::int32_t elements) {
+  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetVecCacheSize: negative argument");
+  SetCacheSize(vecs_, count, elements);
+}
+
+void TQuorelController::SetMtxCacheSize(std::int32_t count, std::int32_t elements) {
+  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetMtxCacheSize: negative argument");
+  SetCacheSize(mtxs_, count, elements);
+}
+
+void TQuorelController::CreateItx(TVec*& vec) { CreateItx(vecs_, vec); }
+void TQuorelController::CreateItx(TMtx*& mtx) { CreateItx(mtxs_, mtx); }
+void TQuorelController::FreeItx(TVec*& vec) { FreeItx(vecs_, vec); }
+void TQuorelController::FreeItx(TMtx*& mtx) { FreeItx(mtxs_, mtx); }
+void TQuorelController::VecRecollect() { Recollect(vecs_); }
+void TQuorelController::MtxRecollect() { Recollect(mtxs_); }
 
 void TQuorelController::SetVecConditionCheck(bool value) {
   detail::vec_condition_check = value;
   for (auto& e : vecs_.Entries) e.Object->SetConditionCheck(value);
 }
 
-void TQuorelController::SetMtxConditionCheck(bool value) { detail::mtx_condition_check = value; }
+void TQuorelController::SetMtxConditionCheck(bool value) {
+  detail::mtx_condition_check = value;
+  for (auto& e : mtxs_.Entries) e.Object->SetConditionCheck(value);
+}
 
 void TQuorelController::DestroyQuorelCache() {
   std::lock_guard<std::mutex> hold(lock_);
   if (vecs_.Used > 0)
     Report(kLeakPrefix + std::to_string(vecs_.Used) +
            " calls to CreateIt(TVec) without a matching call to FreeIt.");
-  // Handed-out objects are left alive for their holders; only the pool bookkeeping goes.
-  for (auto& e : vecs_.Entries) {
-    if (!e.Used) {
-      delete e.Object;
-    } else {
-      e.Object->SetCacheSlot(-1, -1);
-      e.Object->ReleaseMemory();
-      e.Object->fMemory = nullptr;
-      e.Object->fValues = nullptr;
-      e.Object->fActualSize = 0;
-      e.Object->fLength = 0;
-    }
-  }
-  vecs_.Entries.clear();
-  vecs_.Scratch.clear();
-  vecs_.Pointers.clear();
-  GlobalFreeUnmanaged(vecs_.Memory);
-  vecs_.Next = vecs_.Used = 0;
+  if (mtxs_.Used > 0)
+    Report(kLeakPrefix + std::to_string(mtxs_.Used) +
+           " calls to CreateIt(TMtx) without a matching call to TVec.Free.");
+  DetachPool(mtxs_);
+  DetachPool(vecs_);
   const std::int32_t liveVecs = detail::vec_count.load();
   if (liveVecs > 0)
     Report(kLeakPrefix + std::to_string(liveVecs) + " calls to TVec.Create without a matching call to TVec.Free.");
@@ -203,61 +232,54 @@ void TQuorelController::FreeMKLMemory() {}
 
 // --- global functions ------------------------------------------------------------------------------
 
-void CreateIt(TVec*& a) {
+namespace {
+// Takes the objects in argument order under the lock.
+template <class T, class... R>
+void CreateAll(T*& first, R*&... rest) {
   std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->CreateItx(a);
-}
-void CreateIt(TVec*& a, TVec*& b) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->CreateItx(a);
-  Controller->CreateItx(b);
-}
-void CreateIt(TVec*& a, TVec*& b, TVec*& c) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->CreateItx(a);
-  Controller->CreateItx(b);
-  Controller->CreateItx(c);
-}
-void CreateIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->CreateItx(a);
-  Controller->CreateItx(b);
-  Controller->CreateItx(c);
-  Controller->CreateItx(d);
-}
-TVec* CreateIt() {
-  TVec* v = nullptr;
-  CreateIt(v);
-  return v;
+  Controller->CreateItx(first);
+  (Controller->CreateItx(rest), ...);
 }
 
-void FreeIt(TVec*& a) {
-  if (Controller == nullptr) {  // after shut-down every object is an ordinary one
-    delete a;
-    a = nullptr;
+// Gives the objects back in reverse argument order under the lock; after shut-down every object
+// is an ordinary one and is just destroyed.
+template <class T, class... R>
+void FreeAll(T*& first, R*&... rest) {
+  std::array<T**, 1 + sizeof...(R)> objects{&first, &rest...};
+  if (Controller == nullptr) {
+    for (auto it = objects.rbegin(); it != objects.rend(); ++it) {
+      delete **it;
+      **it = nullptr;
+    }
     return;
   }
   std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->FreeItx(a);
+  for (auto it = objects.rbegin(); it != objects.rend(); ++it) Controller->FreeItx(**it);
 }
-void FreeIt(TVec*& a, TVec*& b) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->FreeItx(b);
-  Controller->FreeItx(a);
+}  // namespace
+
+void CreateIt(TVec*& a) { CreateAll(a); }
+void CreateIt(TVec*& a, TVec*& b) { CreateAll(a, b); }
+void CreateIt(TVec*& a, TVec*& b, TVec*& c) { CreateAll(a, b, c); }
+void CreateIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d) { CreateAll(a, b, c, d); }
+TVec* CreateIt() {
+  TVec* v = nullptr;
+  CreateAll(v);
+  return v;
 }
-void FreeIt(TVec*& a, TVec*& b, TVec*& c) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->FreeItx(c);
-  Controller->FreeItx(b);
-  Controller->FreeItx(a);
-}
-void FreeIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
-  Controller->FreeItx(d);
-  Controller->FreeItx(c);
-  Controller->FreeItx(b);
-  Controller->FreeItx(a);
-}
+void FreeIt(TVec*& a) { FreeAll(a); }
+void FreeIt(TVec*& a, TVec*& b) { FreeAll(a, b); }
+void FreeIt(TVec*& a, TVec*& b, TVec*& c) { FreeAll(a, b, c); }
+void FreeIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d) { FreeAll(a, b, c, d); }
+
+void CreateIt(TMtx*& a) { CreateAll(a); }
+void CreateIt(TMtx*& a, TMtx*& b) { CreateAll(a, b); }
+void CreateIt(TMtx*& a, TMtx*& b, TMtx*& c) { CreateAll(a, b, c); }
+void CreateIt(TMtx*& a, TMtx*& b, TMtx*& c, TMtx*& d) { CreateAll(a, b, c, d); }
+void FreeIt(TMtx*& a) { FreeAll(a); }
+void FreeIt(TMtx*& a, TMtx*& b) { FreeAll(a, b); }
+void FreeIt(TMtx*& a, TMtx*& b, TMtx*& c) { FreeAll(a, b, c); }
+void FreeIt(TMtx*& a, TMtx*& b, TMtx*& c, TMtx*& d) { FreeAll(a, b, c, d); }
 
 namespace {
 [[noreturn]] void NilPointer() { EInvalidArgumentRaise("TestNil: Nil pointer"); }
@@ -280,6 +302,10 @@ void SetVecSize(std::int32_t len, bool complex, std::initializer_list<TVec*> vec
   for (TVec* v : vecs) v->Size(len, complex);
 }
 
+void SetMtxSize(std::int32_t rows, std::int32_t cols, bool complex, std::initializer_list<TMtx*> mtxs) {
+  for (TMtx* m : mtxs) m->Size(rows, cols, complex);
+}
+
 void Enlist(TVec& vec, std::span<double>& values) {
   values = vec.Length() < 1 ? std::span<double>() : vec.Values();
 }
@@ -288,6 +314,30 @@ void Enlist(TVec& vec, std::span<std::int32_t>& values) {
 }
 void Enlist(TVec& vec, std::span<TCplx>& values) {
   values = vec.Length() < 1 ? std::span<TCplx>() : vec.CValues();
+}
+
+}  // namespace quorel
+
+namespace quorel {
+
+namespace {
+template <class T>
+void EnlistRows(TMtx& mtx, std::vector<std::span<T>>& rows, T* first, std::int64_t stride, std::size_t width) {
+  rows.clear();
+  rows.reserve(static_cast<std::size_t>(mtx.Rows()));
+  for (std::int32_t i = 0; i < mtx.Rows(); ++i) rows.emplace_back(first + i * stride, width);
+}
+}  // namespace
+
+void Enlist(TMtx& mtx, std::vector<std::span<double>>& rows) {
+  // A complex row is 2 * Cols interleaved doubles.
+  const std::int64_t k = mtx.Complex() ? 2 : 1;
+  EnlistRows(mtx, rows, mtx.PValues1D(0), k * mtx.LeadingCols(), static_cast<std::size_t>(k * mtx.Cols()));
+}
+
+void Enlist(TMtx& mtx, std::vector<std::span<TCplx>>& rows) {
+  if (!mtx.Complex()) ERaise("Matrix.Complex = false!");
+  EnlistRows(mtx, rows, mtx.PCValues1D(0), mtx.LeadingCols(), static_cast<std::size_t>(mtx.Cols()));
 }
 
 }  // namespace quorel

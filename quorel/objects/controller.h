@@ -9,6 +9,7 @@
 #include <mutex>
 #include <span>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "quorel/core/startup.h"
@@ -16,6 +17,7 @@
 
 namespace quorel {
 
+class TQuorel;
 class TVec;
 class TMtx;
 
@@ -23,6 +25,7 @@ namespace detail {
 /// One pool of cached objects of type T with its cache memory.
 template <class T>
 struct TPool {
+  explicit TPool(const char* name) : Name(name) {}
   struct Entry {
     T* Object = nullptr;
     bool Used = false;
@@ -35,6 +38,7 @@ struct TPool {
   std::int32_t Used = 0;
   std::int32_t Elements = 0;       // doubles per slot
   bool Full = false;
+  const char* Name;                // "VecCache" or "MtxCache", for the rebuild message
 };
 }  // namespace detail
 
@@ -53,10 +57,12 @@ class TQuorelController {
   void SetVecCacheSize(std::int32_t count, std::int32_t elements);
   /// Rebuilds the matrix pool; fails with "MtxCache[k] = Used" while entry k is handed out.
   void SetMtxCacheSize(std::int32_t count, std::int32_t elements);
-  /// Hands out one vector (pooled, or an ordinary one when the pool is exhausted). Caller holds Lock().
+  /// Hands out one object (pooled, or an ordinary one when the pool is exhausted). Caller holds Lock().
   void CreateItx(TVec*& vec);
-  /// Takes one vector back and sets the variable to null. Caller holds Lock().
+  void CreateItx(TMtx*& mtx);
+  /// Takes one object back and sets the variable to null. Caller holds Lock().
   void FreeItx(TVec*& vec);
+  void FreeItx(TMtx*& mtx);
   /// Compacts the vector pool: used entries to the front, free ones to the back.
   void VecRecollect();
   /// Compacts the matrix pool.
@@ -75,10 +81,10 @@ class TQuorelController {
   bool VecCacheFull() const { return vecs_.Full; }
   std::int32_t VecCacheElements() const { return vecs_.Elements; }
   std::int32_t VecCount() const;
-  std::int32_t MtxCacheSize() const { return mtx_count_; }
-  std::int32_t MtxCacheUsed() const { return 0; }
-  bool MtxCacheFull() const { return false; }
-  std::int32_t MtxCacheElements() const { return mtx_elements_; }
+  std::int32_t MtxCacheSize() const { return static_cast<std::int32_t>(mtxs_.Entries.size()); }
+  std::int32_t MtxCacheUsed() const { return mtxs_.Used; }
+  bool MtxCacheFull() const { return mtxs_.Full; }
+  std::int32_t MtxCacheElements() const { return mtxs_.Elements; }
   std::int32_t MtxCount() const;
 
   // Read-only to users: these setters deliberately do nothing.
@@ -95,6 +101,8 @@ class TQuorelController {
 
   /// Cache memory of vector slot `slot`.
   double* VecCachePointer(std::int32_t slot) const { return vecs_.Pointers[static_cast<std::size_t>(slot)]; }
+  /// Cache memory of matrix slot `slot`.
+  double* MtxCachePointer(std::int32_t slot) const { return mtxs_.Pointers[static_cast<std::size_t>(slot)]; }
   /// The process-wide mutex that guards every pool operation.
   std::mutex& Lock() { return lock_; }
   /// Where leak reports go (default: standard error).
@@ -102,13 +110,22 @@ class TQuorelController {
 
  private:
   template <class T>
-  void FreePool(detail::TPool<T>& pool, const char* name);
+  void SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements);
+  template <class T>
+  void CreateItx(detail::TPool<T>& pool, T*& object);
+  template <class T>
+  void FreeItx(detail::TPool<T>& pool, T*& object);
+  template <class T>
+  static void Recollect(detail::TPool<T>& pool);
+  template <class T>
+  static void FreePool(detail::TPool<T>& pool);
+  template <class T>
+  static void DetachPool(detail::TPool<T>& pool);
   void Report(const std::string& text);
 
   std::mutex lock_;
-  detail::TPool<TVec> vecs_;
-  std::int32_t mtx_count_ = 0;     // the matrix pool arrives with the matrix class
-  std::int32_t mtx_elements_ = 0;
+  detail::TPool<TVec> vecs_{"VecCache"};
+  detail::TPool<TMtx> mtxs_{"MtxCache"};
   TReportHandler report_;
 };
 
@@ -140,6 +157,16 @@ void FreeIt(TVec*& a);
 void FreeIt(TVec*& a, TVec*& b);
 void FreeIt(TVec*& a, TVec*& b, TVec*& c);
 void FreeIt(TVec*& a, TVec*& b, TVec*& c, TVec*& d);
+/// Takes one to four matrices from the cache, in argument order.
+void CreateIt(TMtx*& a);
+void CreateIt(TMtx*& a, TMtx*& b);
+void CreateIt(TMtx*& a, TMtx*& b, TMtx*& c);
+void CreateIt(TMtx*& a, TMtx*& b, TMtx*& c, TMtx*& d);
+/// Gives matrices back in reverse argument order, as for vectors.
+void FreeIt(TMtx*& a);
+void FreeIt(TMtx*& a, TMtx*& b);
+void FreeIt(TMtx*& a, TMtx*& b, TMtx*& c);
+void FreeIt(TMtx*& a, TMtx*& b, TMtx*& c, TMtx*& d);
 
 /// Raises "TestNil: Nil pointer" when any pointer is null.
 void TestNil(const void* a);
@@ -149,19 +176,51 @@ void TestNil(const void* a, const void* b, const void* c, const void* d);
 
 /// Sizes every listed vector alike.
 void SetVecSize(std::int32_t len, bool complex, std::initializer_list<TVec*> vecs);
+/// Sizes every listed matrix alike.
+void SetMtxSize(std::int32_t rows, std::int32_t cols, bool complex, std::initializer_list<TMtx*> mtxs);
 
 /// Lends a vector's storage as a non-owning view (empty when the vector is empty); nothing copied.
 void Enlist(TVec& vec, std::span<double>& values);
 void Enlist(TVec& vec, std::span<std::int32_t>& values);
 void Enlist(TVec& vec, std::span<TCplx>& values);
+/// Lends a matrix as row views: row i starts at element i * LeadingCols. The double form of a
+/// complex matrix gives each row's 2 * Cols interleaved doubles; the complex form of a real
+/// matrix raises "Matrix.Complex = false!".
+void Enlist(TMtx& mtx, std::vector<std::span<double>>& rows);
+void Enlist(TMtx& mtx, std::vector<std::span<TCplx>>& rows);
+/// Two to four object/array pairs at once.
+template <class O1, class A1, class O2, class A2, class... Rest>
+void Enlist(O1& o1, A1& a1, O2& o2, A2& a2, Rest&... rest) {
+  Enlist(o1, a1);
+  Enlist(o2, a2, rest...);
+}
 /// Same as Enlist.
 template <class... A>
 void EnlistIt(A&... args) { Enlist(args...); }
-/// Ends a loan: the view becomes empty. The object is not touched.
+/// Ends a loan: the view (or the row list) becomes empty. The object is not touched.
 template <class T>
 void DismissIt(std::span<T>& values) { values = {}; }
 template <class T>
-void DismissIt(TVec&, std::span<T>& values) { values = {}; }
+void DismissIt(std::vector<std::span<T>>& rows) {
+  rows.clear();
+  rows.shrink_to_fit();
+}
+template <class O, class A>
+  requires std::is_base_of_v<TQuorel, O>
+void DismissIt(O&, A& values) { DismissIt(values); }
+/// Two to four loans at once, with or without their objects.
+template <class A1, class A2, class... Rest>
+  requires(!std::is_base_of_v<TQuorel, A1>)
+void DismissIt(A1& a1, A2& a2, Rest&... rest) {
+  DismissIt(a1);
+  DismissIt(a2, rest...);
+}
+template <class O1, class A1, class O2, class A2, class... Rest>
+  requires std::is_base_of_v<TQuorel, O1>
+void DismissIt(O1& o1, A1& a1, O2& o2, A2& a2, Rest&... rest) {
+  DismissIt(o1, a1);
+  DismissIt(o2, a2, rest...);
+}
 
 /// A work object from the cache, given back on every path (exceptions included).
 template <class T>
@@ -181,5 +240,7 @@ class TWorkObject {
 
 /// A cached work vector with scope lifetime.
 using TWorkVec = TWorkObject<TVec>;
+/// A cached work matrix with scope lifetime.
+using TWorkMtx = TWorkObject<TMtx>;
 
 }  // namespace quorel

@@ -1,0 +1,215 @@
+#include "quorel/objects/mtx.h"
+
+#include <cstring>
+#include <utility>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/vec.h"
+
+namespace quorel {
+
+namespace {
+// The largest element count a matrix may have, complex or not.
+constexpr std::int64_t kMaxMtxElements = 0x0FFFFFFF;
+}  // namespace
+
+TMtx::TMtx() {
+  fConditionCheck = detail::mtx_condition_check;
+  detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
+}
+
+TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(rows, cols, complex); }
+
+TMtx::~TMtx() {
+  SetFullRange();
+  ReleaseMemory();
+  detail::mtx_count.fetch_sub(1, std::memory_order_relaxed);
+}
+
+TMtx::TMtx(const TMtx& other) : TMtx() { Assign(other); }
+
+TMtx& TMtx::operator=(const TMtx& other) {
+  if (this != &other) Assign(other);
+  return *this;
+}
+
+TMtx::TMtx(TMtx&& other) noexcept : TMtx() { MoveFrom(other); }
+
+TMtx& TMtx::operator=(TMtx&& other) noexcept {
+  if (this != &other) MoveFrom(other);
+  return *this;
+}
+
+void TMtx::MoveFrom(TMtx& other) noexcept {
+  const bool ownsBlock = other.fAllocatedBytes > 0 && !other.fIsSubRange;
+  const bool selfPlain = fCacheIndex < 0 && !fIsSubRange;
+  if (!ownsBlock || !selfPlain) {
+    // Cache memory and views stay with their object; move means copy here.
+    try {
+      Assign(other);
+    } catch (...) {
+    }
+    return;
+  }
+  ReleaseMemory();
+  fMemory = std::exchange(other.fMemory, nullptr);
+  fValues = std::exchange(other.fValues, nullptr);
+  fAllocatedBytes = std::exchange(other.fAllocatedBytes, 0);
+  fActualSize = std::exchange(other.fActualSize, 0);
+  fLength = std::exchange(other.fLength, 0);
+  fComplex = other.fComplex;
+  fIsInteger = other.fIsInteger;
+  CopySettings(other);
+  SetShape(other.fRows, other.fCols);
+  other.SetShape(0, 0);
+  UpdatePointers();
+  other.UpdatePointers();
+  NotifySetSize();
+  other.NotifySetSize();
+}
+
+// --- sizing ----------------------------------------------------------------------------------------
+
+void TMtx::SetShape(std::int32_t rows, std::int32_t cols) {
+  fRows = rows;
+  fCols = cols;
+  fLeadingCols = cols;
+  fQuadratic = rows == cols;
+}
+
+TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool complex) {
+  fIsInteger = isInteger;
+  if (rows == fRows && cols == fCols && complex == fComplex) return *this;
+  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  const std::int64_t count = std::int64_t{rows} * cols;
+  if (count > kMaxMtxElements) ERaise("Out of memory! Attempted to allocate over 2GB!");
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  fSizeChanged = true;
+  fComplex = complex;
+  fLength = static_cast<std::int32_t>(count);
+  SetActualSize(static_cast<std::int32_t>(DoublesFor(count)));
+  fLength = static_cast<std::int32_t>(count);  // SetActualSize may have cleared the shape
+  SetShape(rows, cols);
+  WriteArrayHeader();
+  NotifySetSize();
+  return *this;
+}
+
+TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool complex) {
+  return Size(rows, cols, fIsInteger, complex);
+}
+
+TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols) { return Size(rows, cols, fIsInteger, fComplex); }
+
+void TMtx::Size(const TQuorel& src, bool complex) {
+  if (const auto* m = dynamic_cast<const TMtx*>(&src)) {
+    Size(m->fRows, m->fCols, m->fIsInteger, complex);
+    return;
+  }
+  if (src.Length() != fLength)
+    EInvalidArgumentRaise("TQuorel.Size: Initializing matrix with vector having different length!");
+  Size(fRows, fCols, src.IsInteger(), complex);
+}
+
+void TMtx::SetLength(std::int32_t value) {
+  if (value != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+}
+
+void TMtx::SetActualSize(std::int32_t value) {
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+  TQuorel::SetActualSize(value);
+  if (DoublesFor(fLength) > fActualSize) {
+    fLength = 0;
+    SetShape(0, 0);
+  }
+}
+
+void TMtx::Reset() {
+  if (fBlockLevel > 0) ERaise("BlockLevel > 0");
+  SetFullRange();
+  fIsInteger = false;
+  Size(0, 0, false, false);
+  fCaption.clear();
+  fTag = 0;
+  fConditionCheck = detail::mtx_condition_check;
+}
+
+void TMtx::DoSetComplex() {
+  // Same doubles, row by row: a complex row holds half as many elements as a real one.
+  const std::int32_t cols = fComplex ? fCols / 2 : fCols * 2;
+  fLength = static_cast<std::int32_t>(std::int64_t{fRows} * cols);
+  SetShape(fRows, cols);
+  WriteArrayHeader();
+  NotifySetSize();
+}
+
+// --- sub-ranges ------------------------------------------------------------------------------------
+
+void TMtx::SetSubRange(std::int32_t index, std::int32_t len) {
+  const bool first = !fIsSubRange;
+  const std::int32_t rows = fRows;
+  const std::int32_t cols = fCols;
+  TQuorel::SetSubRange(index, len);
+  if (first) {
+    fSavedRows = rows;
+    fSavedCols = cols;
+  }
+  const std::int32_t fullCols = fSavedComplex == fComplex ? fSavedCols
+                                : fSavedComplex           ? fSavedCols * 2
+                                                          : fSavedCols / 2;
+  if (fullCols > 0 && index % fullCols == 0 && fLength % fullCols == 0) {
+    SetShape(fLength / fullCols, fullCols);
+  } else {
+    SetShape(fLength > 0 ? 1 : 0, fLength);
+  }
+}
+
+void TMtx::SetFullRange() {
+  const bool wasSubRange = fIsSubRange;
+  TQuorel::SetFullRange();
+  if (wasSubRange) SetShape(fSavedRows, fSavedCols);
+}
+
+// --- whole-object copies ---------------------------------------------------------------------------
+
+void TMtx::CopySettings(const TMtx& src) {
+  fRefineSolution = src.fRefineSolution;
+  fConditionNumber = src.fConditionNumber;
+  fTriangleForm = src.fTriangleForm;
+  fTriangleUnit = src.fTriangleUnit;
+  fBalance = src.fBalance;
+  fEigGenType = src.fEigGenType;
+  fAutoMtxType = src.fAutoMtxType;
+  fSuperDiag = src.fSuperDiag;
+  fSubDiag = src.fSubDiag;
+}
+
+TMtx& TMtx::Assign(const TMtx& src) {
+  if (Is(src)) {
+    if (fConditionCheck) EInvalidArgumentRaise("Mtx = Self");
+    return *this;
+  }
+  Size(src.fRows, src.fCols, src.fIsInteger, src.fComplex);
+  CopySettings(src);
+  if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
+  return *this;
+}
+
+// --- cache -----------------------------------------------------------------------------------------
+
+double* TMtx::CachePointer() const {
+  if (fCacheSlot < 0 || Controller == nullptr) return nullptr;
+  return Controller->MtxCachePointer(fCacheSlot);
+}
+
+std::int32_t TMtx::CacheLength() const {
+  if (fCacheSlot < 0 || Controller == nullptr) return 0;
+  return Controller->MtxCacheElements();
+}
+
+void TMtx::FreeToCache() {
+  TMtx* self = this;
+  FreeIt(self);
+}
+
+}  // namespace quorel
