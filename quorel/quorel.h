@@ -13,4 +13,5 @@
 #include "quorel/objects/report.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/mtx.h"
+#include "quorel/objects/matrix_market.h"
 #include "quorel/elementwise/statistics.h"

@@ -1,9 +1,8 @@
 #include "quorel/objects/report.h"
 
-#include <fstream>
-
 #include "quorel/core/errors.h"
 #include "quorel/core/text.h"
+#include "quorel/objects/mtx.h"
 #include "quorel/objects/text_values.h"
 #include "quorel/objects/vec.h"
 
@@ -21,9 +20,14 @@ std::string VecHeader(const TVec& vec, const std::string& name) {
   return name + " (" + std::to_string(vec.Length()) + "x1) =  ";
 }
 
+std::string MtxHeader(const TMtx& mtx, const std::string& name) {
+  return name + " (" + std::to_string(mtx.Rows()) + "x" + std::to_string(mtx.Cols()) + ") =  ";
+}
+
 const std::string kVarLabel = "Var";
 const std::string kCplxVarLabel = "CplxVar";
 const std::string kVecLabel = "Vec";
+const std::string kMtxLabel = "Mtx";
 }  // namespace
 
 TQuorelReport::TQuorelReport() = default;
@@ -33,11 +37,7 @@ TQuorelReport::TQuorelReport(const std::string& text) { WriteString(text); }
 TQuorelReport::~TQuorelReport() = default;
 
 void TQuorelReport::SaveToFile(const std::string& fileName, bool append) const {
-  std::ofstream file(fileName, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
-  if (!file) throw Exception("Cannot open file \"" + fileName + "\"");
-  SaveToStream(file);
-  file.close();
-  if (!file) throw Exception("Cannot write file \"" + fileName + "\"");
+  SaveTextToFile(fileName, str(), append);
 }
 
 void TQuorelReport::SaveToStream(std::ostream& stream) const {
@@ -82,12 +82,26 @@ void TQuorelReport::PrintVec(const std::vector<const TVec*>& vecs, const TString
   NewLine();
 }
 
+void TQuorelReport::PrintMtx(const std::vector<const TMtx*>& mtxs, const TStringList& names) {
+  for (std::size_t i = 0; i < mtxs.size(); ++i) {
+    TestNil(mtxs[i]);
+    fWork.clear();
+    ValuesToStrings(*mtxs[i], fWork, fDelimiter, fReFormat, fImFormat);
+    WriteBlock(MtxHeader(*mtxs[i], NameOr(names, i, kMtxLabel)));
+  }
+  NewLine();
+}
+
 void TQuorelReport::Print(const std::vector<const TQuorel*>& objects, const TStringList& names) {
   for (const TQuorel* object : objects)
-    if (dynamic_cast<const TVec*>(object) == nullptr) ERaise("TQuorelReport.Print: Only TVec and TMtx are accepted!");
+    if (dynamic_cast<const TVec*>(object) == nullptr && dynamic_cast<const TMtx*>(object) == nullptr)
+      ERaise("TQuorelReport.Print: Only TVec and TMtx are accepted!");
   for (std::size_t i = 0; i < objects.size(); ++i) {
     const TStringList name = i < names.size() ? TStringList{names[i]} : TStringList{};
-    PrintVec({dynamic_cast<const TVec*>(objects[i])}, name);
+    if (const auto* vec = dynamic_cast<const TVec*>(objects[i]))
+      PrintVec({vec}, name);
+    else
+      PrintMtx({dynamic_cast<const TMtx*>(objects[i])}, name);
   }
 }
 
@@ -108,6 +122,7 @@ void TQuorelReport::PrintCplxArray(const TCplxArray& values, const std::string& 
 }
 
 void QuorelPrint(const std::vector<const TVec*>& vecs, const TStringList& names) { Report->PrintVec(vecs, names); }
+void QuorelPrint(const std::vector<const TMtx*>& mtxs, const TStringList& names) { Report->PrintMtx(mtxs, names); }
 void QuorelPrint(const TCplxArray& values, const TStringList& names) { Report->PrintCplx(values, names); }
 void QuorelPrint(const TDoubleArray& values, const TStringList& names) { Report->PrintSample(values, names); }
 

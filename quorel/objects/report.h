@@ -13,6 +13,7 @@
 
 namespace quorel {
 
+class TMtx;
 class TQuorel;
 class TVec;
 
@@ -57,7 +58,10 @@ class TQuorelReport : public std::ostringstream {
   /// Per vector: "name (Nx1) =  ", an empty line, one value per line, an empty line; one more
   /// empty line after the last vector.
   virtual void PrintVec(const std::vector<const TVec*>& vecs, const TStringList& names = {});
-  /// Prints vectors and matrices in order; raises "TQuorelReport.Print: Only TVec and TMtx are
+  /// Per matrix: "name (RxC) =  ", an empty line, one line per row with the columns separated by
+  /// Delimiter, an empty line; one more empty line after the last matrix.
+  virtual void PrintMtx(const std::vector<const TMtx*>& mtxs, const TStringList& names = {});
+  /// Prints vectors and matrices in order, each as PrintVec or PrintMtx would alone; raises "TQuorelReport.Print: Only TVec and TMtx are
   /// accepted!" for anything else (nothing is printed then).
   virtual void Print(const std::vector<const TQuorel*>& objects, const TStringList& names = {});
   /// A header line (Name, or "Array (1xN)"), an empty line, one value per line, an empty line.
@@ -82,6 +86,7 @@ extern TQuorelReport* Report;
 
 /// Print into the global report.
 void QuorelPrint(const std::vector<const TVec*>& vecs, const TStringList& names = {});
+void QuorelPrint(const std::vector<const TMtx*>& mtxs, const TStringList& names = {});
 void QuorelPrint(const TCplxArray& values, const TStringList& names = {});
 void QuorelPrint(const TDoubleArray& values, const TStringList& names = {});
 

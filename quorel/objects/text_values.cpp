@@ -1,11 +1,13 @@
 #include "quorel/objects/text_values.h"
 
 #include <array>
+#include <fstream>
 #include <limits>
 
 #include "quorel/core/errors.h"
 #include "quorel/core/float_format.h"
 #include "quorel/core/text.h"
+#include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/platform/kernels_convert.h"
 #include "quorel/platform/kernels_move.h"
@@ -47,20 +49,21 @@ namespace {
                              static_cast<long long>(index), static_cast<long long>(len), length));
 }
 
+// Text of storage element k (element (i, j) of a matrix is i * LeadingCols + j).
+std::string ElementText(const TQuorel& obj, std::int64_t k, const TValueFormat& format) {
+  const auto at = static_cast<std::int32_t>(k);
+  if (obj.Complex()) return ValueText(*obj.PCValues1D(at), format);
+  if (obj.IsInteger()) return std::to_string(*obj.PIValues1D(at));
+  return ValueText(*obj.PValues1D(at), format);
+}
+
 void AppendVecLines(const TVec& vec, TStringList& list, const TValueFormat& format, std::int32_t index,
                     std::int32_t len) {
-  std::int64_t rest = len == -1 ? std::int64_t{vec.Length()} - index : len;
-  if (index < 0 || rest < 0) SelfRangeError(index, rest, vec.Length());
-  if (index + rest > vec.Length()) ERangeErrorRaise("Index + Len > fLength");
-  list.reserve(list.size() + static_cast<std::size_t>(rest));
-  for (std::int32_t i = index; i < index + rest; ++i) {
-    if (vec.Complex())
-      list.push_back(ValueText(*vec.PCValues(i), format));
-    else if (vec.IsInteger())
-      list.push_back(std::to_string(*vec.PIValues(i)));
-    else
-      list.push_back(ValueText(vec[i], format));
-  }
+  const std::int64_t count = len == -1 ? std::int64_t{vec.Length()} - index : len;
+  if (index < 0 || count < 0) SelfRangeError(index, count, vec.Length());
+  if (index + count > vec.Length()) ERangeErrorRaise("Index + Len > fLength");
+  list.reserve(list.size() + static_cast<std::size_t>(count));
+  for (std::int64_t k = index; k < index + count; ++k) list.push_back(ElementText(vec, k, format));
 }
 
 // Parses `count` lines from `first` into a work vector, then writes them to Vec[Index ..]. Parsing
@@ -120,7 +123,86 @@ void StringsToValues(TVec& vec, const TStringList& list) {
   ParseInto(vec, list, 0, static_cast<std::int32_t>(list.size()), 0, true);
 }
 
-// --- lines of columns ----------------------------------------------------------------------------
+// --- matrices ------------------------------------------------------------------------------------
+
+namespace {
+
+void AppendMtxLines(const TMtx& mtx, TStringList& list, const std::string& delimiter, const TValueFormat& format,
+                    std::int32_t row, std::int32_t col, std::int32_t rowCount, std::int32_t colCount) {
+  const std::int64_t rows = rowCount == -1 ? std::int64_t{mtx.Rows()} - row : rowCount;
+  const std::int64_t cols = colCount == -1 ? std::int64_t{mtx.Cols()} - col : colCount;
+  if (row < 0 || col < 0) ERangeErrorRaise("TMtx.ValuesToStrings: (Row < 0) or (Col < 0)");
+  if (rows < 0 || cols < 0) ERangeErrorRaise("TMtx.ValuesToStrings: (RowCount < 0) or (ColCount < 0)");
+  if (row + rows > mtx.Rows()) ERangeErrorRaise("TMtx.ValuesToStrings: (Row + RowCount) > FRows");
+  if (col + cols > mtx.Cols()) ERangeErrorRaise("TMtx.ValuesToStrings: (Col + ColCount) > FCols");
+  list.reserve(list.size() + static_cast<std::size_t>(rows));
+  for (std::int64_t i = row; i < row + rows; ++i) {
+    std::string line;
+    for (std::int64_t j = col; j < col + cols; ++j) {
+      if (j > col) line += delimiter;
+      line += ElementText(mtx, i * mtx.LeadingCols() + j, format);
+    }
+    list.push_back(std::move(line));
+  }
+}
+
+}  // namespace
+
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                     const std::string& imFormat, std::int32_t row, std::int32_t col, std::int32_t rowCount,
+                     std::int32_t colCount) {
+  AppendMtxLines(mtx, list, delimiter, TValueFormat::Patterns(reFormat, imFormat), row, col, rowCount, colCount);
+}
+
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                     const std::string& imFormat) {
+  AppendMtxLines(mtx, list, delimiter, TValueFormat::Patterns(reFormat, imFormat), 0, 0, -1, -1);
+}
+
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, std::int32_t row,
+                     std::int32_t col, std::int32_t rowCount, std::int32_t colCount) {
+  AppendMtxLines(mtx, list, delimiter, TValueFormat::Shortest(), row, col, rowCount, colCount);
+}
+
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter) {
+  AppendMtxLines(mtx, list, delimiter, TValueFormat::Shortest(), 0, 0, -1, -1);
+}
+
+void StringsToValues(TMtx& mtx, const TStringList& list, const std::string& delimiter) {
+  if (list.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
+    EOutOfMemoryRaise("Quorel: Out of memory!");
+  const auto rows = static_cast<std::int32_t>(list.size());
+  const std::int32_t cols = rows > 0 ? ColumnCount(list, 0, delimiter) : 0;
+  const bool complex = mtx.Complex();
+  // Parsed completely before Mtx is touched.
+  TWorkMtx parsed;
+  parsed->Size(rows, cols, false, complex);
+  for (std::int32_t i = 0; i < rows; ++i) {
+    const TStringList fields = SplitColumns(list[static_cast<std::size_t>(i)], delimiter);
+    if (fields.size() != static_cast<std::size_t>(cols))
+      EInvalidArgumentRaise(FormatMsg("TMtx.StringsToValues: line %d has %d columns, not %d", i,
+                                      static_cast<int>(fields.size()), cols));
+    for (std::int32_t j = 0; j < cols; ++j) {
+      const std::string& field = fields[static_cast<std::size_t>(j)];
+      if (complex)
+        parsed->CValues(i, j) = StrToCplx(field);
+      else
+        parsed->Values(i, j) = StrToVal(field);
+    }
+  }
+  mtx.Size(rows, cols, complex);
+  if (cols == 0) return;
+  for (std::int32_t i = 0; i < rows; ++i) {
+    if (complex)
+      kern::Copy(parsed->PCValues(i, 0), mtx.PCValues(i, 0), cols);
+    else if (mtx.IsInteger())
+      kern::Convert(parsed->PValues(i, 0), mtx.PIValues1D(i * mtx.LeadingCols()), cols, rnRound);
+    else
+      kern::Copy(parsed->PValues(i, 0), mtx.PValues(i, 0), cols);
+  }
+}
+
+// --- lines of columns, files of lines -----------------------------------------------------------
 
 TStringList SplitColumns(const std::string& line, const std::string& delimiter) {
   TStringList fields;
@@ -145,6 +227,23 @@ std::int32_t ColumnCount(const TStringList& list, std::int32_t row, const std::s
   if (row < 0) ERangeErrorRaise(FormatMsg("Row < 0 (%d)", row));
   if (static_cast<std::size_t>(row) >= list.size()) ERangeErrorRaise("Row > AList.Count-1");
   return static_cast<std::int32_t>(SplitColumns(list[static_cast<std::size_t>(row)], delimiter).size());
+}
+
+void SaveTextToFile(const std::string& fileName, const std::string& text, bool append) {
+  std::ofstream file(fileName, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
+  if (!file) throw Exception("Cannot open file \"" + fileName + "\"");
+  file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  file.close();
+  if (!file) throw Exception("Cannot write file \"" + fileName + "\"");
+}
+
+void SaveStringsToFile(const TStringList& list, const std::string& fileName) {
+  std::string text;
+  for (const std::string& line : list) {
+    text += line;
+    text += '\n';
+  }
+  SaveTextToFile(fileName, text, false);
 }
 
 // --- storage precisions ----------------------------------------------------------------------------

@@ -9,6 +9,7 @@
 
 namespace quorel {
 
+class TMtx;
 class TVec;
 
 /// How one element becomes text: by the pattern pair of FormatSample/FormatCplx, or, when
@@ -50,7 +51,29 @@ void StringsToValues(TVec& vec, const TStringList& list, std::int32_t listIndex,
 /// Sizes Vec to the line count (keeping Complex) and parses every line.
 void StringsToValues(TVec& vec, const TStringList& list);
 
-// --- lines of columns ----------------------------------------------------------------------------
+// --- matrices ------------------------------------------------------------------------------------
+
+/// Appends one line per row of the block at (Row, Col) of RowCount x ColCount elements (a count
+/// of -1: to the last row or column), the columns joined by Delimiter, each element as in the
+/// vector form. Raises "TMtx.ValuesToStrings: (Row + RowCount) > FRows" and
+/// "TMtx.ValuesToStrings: (Col + ColCount) > FCols".
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                     const std::string& imFormat, std::int32_t row, std::int32_t col, std::int32_t rowCount,
+                     std::int32_t colCount);
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                     const std::string& imFormat);
+/// Same, each value in the shortest text that reads back exactly.
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter, std::int32_t row,
+                     std::int32_t col, std::int32_t rowCount, std::int32_t colCount);
+void ValuesToStrings(const TMtx& mtx, TStringList& list, const std::string& delimiter);
+
+/// Reads lines written by ValuesToStrings: Mtx becomes one row per line with the columns of the
+/// first line (keeping Complex); complex texts when Mtx is complex, reals otherwise. A line with
+/// another column count raises EQuorelInvalidArgument, a field that is not a number the
+/// conversion error; Mtx is unchanged on any error.
+void StringsToValues(TMtx& mtx, const TStringList& list, const std::string& delimiter);
+
+// --- lines of columns, files of lines -----------------------------------------------------------
 
 /// The fields of a delimited line, split as ExtractCplx walks it: delimiters in a row count as
 /// one, and a delimiter at either end opens no field. An empty delimiter gives the whole line.
@@ -58,6 +81,13 @@ TStringList SplitColumns(const std::string& line, const std::string& delimiter);
 
 /// Number of columns of line Row of List. Raises "Row > AList.Count-1".
 std::int32_t ColumnCount(const TStringList& list, std::int32_t row, const std::string& delimiter);
+
+/// Writes Text to a file, replacing it or appended to its end. Raises Exception when the file
+/// cannot be opened or written.
+void SaveTextToFile(const std::string& fileName, const std::string& text, bool append);
+
+/// Writes the lines to a file, each ended by "\n".
+void SaveStringsToFile(const TStringList& list, const std::string& fileName);
 
 // --- storage precisions ----------------------------------------------------------------------------
 

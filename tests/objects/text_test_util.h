@@ -1,5 +1,5 @@
 #pragma once
-// Helpers shared by the text-value, report and Matrix Market tests.
+// Helpers shared by the text-value and report tests.
 
 #include <string>
 
@@ -14,13 +14,6 @@ std::string MessageOf(F&& f) {
     return e.what();
   }
   return "<no exception>";
-}
-
-/// Lines joined with "\r\n" after each, as the report writes them.
-inline std::string CrLf(std::initializer_list<std::string> lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\r\n";
-  return text;
 }
 
 }  // namespace quorel::test
