@@ -17,7 +17,8 @@ namespace quorel {
 // --- element texts -----------------------------------------------------------------------------------
 
 namespace {
-// 17 significant digits of the shortest round-trip digits: exact, and no longer than needed.
+// The formatter rounds the shortest digits that read back exactly, so asking for 17 gives those
+// digits unchanged: exact, and no longer than needed.
 constexpr int kExactDigits = 17;
 
 std::string ExactReal(double x) { return FormatGeneral(x, kExactDigits, 0); }
