@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "objects/mtx_test_util.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/matrix_market.h"
 #include "quorel/objects/mtx.h"
@@ -16,19 +17,8 @@
 namespace quorel {
 namespace {
 
-TMtx RealMtx() {
-  TMtx m(2, 3);
-  const double values[] = {0.1, -1.0 / 3.0, 1e300, 5e-324, -2.5, 7};
-  for (int k = 0; k < 6; ++k) m.Values(k / 3, k % 3) = values[k];
-  return m;
-}
-
-TMtx CplxMtx() {
-  TMtx m(2, 2, true);
-  const TCplx values[] = {{1, 2}, {0, -1}, {-0.5, 0}, {1e-10, 3}};
-  for (int k = 0; k < 4; ++k) m.CValues(k / 2, k % 2) = values[k];
-  return m;
-}
+TMtx RealMtx() { return test::RealMtx(2, 3, {0.1, -1.0 / 3.0, 1e300, 5e-324, -2.5, 7}); }
+TMtx CplxMtx() { return test::CplxMtx(2, 2, {{1, 2}, {0, -1}, {-0.5, 0}, {1e-10, 3}}); }
 
 TEST(MatrixMarket, FileHoldsBannerCommentsSizeAndColumnMajorValues) {
   const TStringList real = MatrixMarketArrayLines(RealMtx());

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/text_test_util.h"
+#include "objects/mtx_test_util.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/report.h"
@@ -44,11 +44,7 @@ TEST(Report, VectorAndMatrixBlocks) {
   TVec v, c;
   v.SetDouble(std::initializer_list<double>{1, -2});
   c.SetCplx({{1, -0.5}});
-  TMtx a(2, 2);
-  a.Values(0, 0) = 1;
-  a.Values(0, 1) = -2;
-  a.Values(1, 0) = 0.5;
-  a.Values(1, 1) = 0;
+  const TMtx a = test::RealMtx(2, 2, {1, -2, 0.5, 0});
   TQuorelReport r;
   r.PrintVec({&v, &c}, {"v"});
   r.PrintMtx({&a, &a}, {"A"});
@@ -64,8 +60,7 @@ TEST(Report, VectorAndMatrixBlocks) {
 TEST(Report, PrintAndTheGlobalShortcutsTakeVectorsAndMatrices) {
   TVec v;
   v.SetDouble(std::initializer_list<double>{4});
-  TMtx m(1, 1);
-  m.Values(0, 0) = 5;
+  const TMtx m = test::RealMtx(1, 1, {5});
   const std::string blocks = CrLf({"v (1x1) =  ", "", " 4.0000", "", "", "Mtx (1x1) =  ", "", " 5.0000", "", ""});
   TQuorelReport r;
   r.Print({&v, &m}, {"v"});
