@@ -7,6 +7,7 @@
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
 #include "quorel/objects/mtx.h"
+#include "quorel/objects/report.h"
 #include "quorel/objects/vec.h"
 
 namespace quorel {
@@ -25,6 +26,7 @@ int objects_users = 0;  // start-up and shut-down run on one thread, before and 
 
 ObjectsModuleGuard::ObjectsModuleGuard() {
   if (objects_users++ != 0) return;
+  Report = new TQuorelReport();
   Controller = new TQuorelController();
   Controller->SetVecCacheSize(40, 3020);
   Controller->SetMtxCacheSize(24, 3020);
@@ -34,6 +36,8 @@ ObjectsModuleGuard::~ObjectsModuleGuard() {
   if (--objects_users != 0) return;
   delete Controller;
   Controller = nullptr;
+  delete Report;
+  Report = nullptr;
 }
 }  // namespace detail
 
