@@ -45,11 +45,9 @@ TDenseQuorel& TDenseQuorel::SetVal(double value, std::int32_t index, std::int32_
 
 TDenseQuorel& TDenseQuorel::SetVal(const TCplx& value) {
   if (!fComplex) {
-    // A real object becomes complex of the same length rather than reinterpreted to half.
+    // A real object becomes complex of the same shape rather than reinterpreted to half.
     if (fIsSubRange) ERaise("IsSubRange = True!");
-    const std::int32_t len = fLength;
-    set_Complex(true);
-    SetLength(len);
+    Size(*this, true);
   }
   return SetVal(value, 0, fLength);
 }

@@ -103,9 +103,12 @@ void TQuorel::DoSetComplex() {
 }
 
 void TQuorel::Size(const TQuorel& src, bool complex) {
+  // Read first: src may be Self, whose length the switch of Complex changes.
+  const std::int32_t len = src.fLength;
+  const bool isInteger = src.fIsInteger;
   set_Complex(complex);
-  fIsInteger = src.fIsInteger;
-  SetLength(src.fLength);
+  fIsInteger = isInteger;
+  SetLength(len);
 }
 
 // --- sub-ranges ----------------------------------------------------------------------------------

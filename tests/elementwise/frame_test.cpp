@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
 #include "test_util.h"
 
 namespace quorel {
@@ -178,6 +179,32 @@ TEST_F(Frame, TemporariesReturnedWhenAMethodThrows) {
   // Promotion takes a temporary; an out-of-range follow-up check must not leak it.
   EXPECT_THROW(a.Add(Cplx({{1, 1}}), 0, 1, 2), EQuorelRangeError);
   EXPECT_THROW(big.Size(std::numeric_limits<std::int32_t>::max() / 2 + 5, true), EOutOfMemory);
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+}  // namespace
+}  // namespace quorel
+
+namespace quorel {
+namespace {
+
+TEST(FrameOnMatrices, ResultsKeepTheMatrixShape) {
+  TMtx a;
+  a.Size(2, 3);
+  a.SetVal(4.0);
+  TMtx r;
+  r.Sqrt(a);
+  EXPECT_EQ(r.Rows(), 2);
+  EXPECT_EQ(r.Cols(), 3);
+  EXPECT_EQ(r.Sum(), 12);
+  r.Add(TCplx{0, 1});  // promotion keeps rows and columns
+  EXPECT_TRUE(r.Complex());
+  EXPECT_EQ(r.Rows(), 2);
+  EXPECT_EQ(r.Cols(), 3);
+  TDenseQuorel& base = a;
+  base.SetVal(TCplx{1, 1});  // through the base class too
+  EXPECT_EQ(a.Cols(), 3);
+  EXPECT_EQ(a.CValues(1, 2), (TCplx{1, 1}));
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
