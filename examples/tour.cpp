@@ -122,6 +122,25 @@ void ElementWise() {
   std::printf("  Max %g at index %d\n", top, at);
 }
 
+void Matrices() {
+  std::printf("\nMatrices and the report\n-----------------------\n");
+  TMtx a;
+  a.SetIt(2, 3, false, {1, 2, 3, 4, 5, 6});
+  TMtx t;
+  t.Transp(a);  // cache-blocked transposition
+  TMtx p;
+  p.Mul(a, a);  // element-wise methods work on matrices unchanged
+  std::printf("  a is %dx%d, its transpose %dx%d; Sum(a .* a) = %g\n", a.Rows(), a.Cols(), t.Rows(), t.Cols(),
+              p.Sum());
+  Report->Clear();
+  Report->PrintMtx({&a, &t}, {"a", "t"});
+  std::printf("  the report (CRLF line ends, tab-separated columns):\n");
+  std::string text = Report->DataString();
+  for (char& c : text)
+    if (c == '\r') c = ' ';
+  std::printf("%s", text.c_str());
+}
+
 }  // namespace
 
 int main() {
@@ -132,6 +151,7 @@ int main() {
   Text();
   Vectors();
   ElementWise();
+  Matrices();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;
 }
