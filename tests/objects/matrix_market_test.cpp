@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/mtx_test_util.h"
+#include "objects/test_util.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/matrix_market.h"
 #include "quorel/objects/mtx.h"

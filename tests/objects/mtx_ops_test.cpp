@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/constants.h"
-#include "mtx_test_util.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {

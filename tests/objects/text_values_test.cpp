@@ -1,7 +1,7 @@
 // Values of vectors and matrices as text lines and back, and column counting.
 #include <gtest/gtest.h>
 
-#include "objects/mtx_test_util.h"
+#include "objects/test_util.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/text_values.h"
