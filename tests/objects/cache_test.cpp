@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {
@@ -24,7 +23,6 @@ TEST(Cache, DefaultPoolLayout) {
   EXPECT_EQ(Controller->VecCacheElements(), 3020);
   EXPECT_EQ(Controller->MtxCacheSize(), 24);
   EXPECT_EQ(Controller->MtxCacheElements(), 3020);
-  EXPECT_EQ(Controller->VecCacheUsed(), 0);
   // Consecutive slots are 32-byte aligned and far enough apart for 3020 doubles plus a header.
   for (int i = 1; i < 40; ++i) {
     auto a = reinterpret_cast<std::intptr_t>(Controller->VecCachePointer(i - 1));
@@ -41,7 +39,6 @@ TEST(Cache, StackOrderHolesAndRecollection) {
   EXPECT_EQ(a->CacheIndex(), 0);
   EXPECT_EQ(c->CacheIndex(), 2);
   FreeIt(b);
-  EXPECT_EQ(b, nullptr);
   TVec* d = CreateIt();
   EXPECT_EQ(d->CacheIndex(), 3);  // the hole below is not reused yet
   FreeIt(c, d);  // reverse order: d leaves the top first, then c does
@@ -90,11 +87,11 @@ TEST(Cache, CacheMemoryUntilItNoLongerFits) {
   const double* slot = Controller->VecCachePointer(v->CacheSlot());
   v->SetLength(3020);
   EXPECT_EQ(v->PValues1D(0), slot);
-  EXPECT_EQ(v->ActualSize(), 3020);
   v->Size(3021, false);
   EXPECT_NE(v->PValues1D(0), slot);
   v->SetLength(10);
-  EXPECT_EQ(v->PValues1D(0), slot);  // back in its cache memory
+  EXPECT_EQ(v->PValues1D(0), slot);  // back in its cache memory, all of which it holds
+  EXPECT_EQ(v->ActualSize(), 3020);
   TWorkMtx m;
   slot = Controller->MtxCachePointer(m->CacheSlot());
   m->Size(1, 1510, true);  // 3,020 doubles still fit

@@ -10,9 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "objects/test_util.h"
-#include "quorel/core/errors.h"
 #include "quorel/objects/matrix_market.h"
-#include "quorel/objects/mtx.h"
 
 namespace quorel {
 namespace {

@@ -1,7 +1,6 @@
 // Every refusal of the matrix, by family: the exception class and the exact text.
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {

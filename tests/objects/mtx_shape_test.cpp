@@ -2,8 +2,6 @@
 // element-wise methods seen through a matrix.
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "quorel/elementwise/statistics.h"
 #include "objects/test_util.h"
 
 namespace quorel {
@@ -105,8 +103,6 @@ TEST(MtxShape, ElementwiseMethodsKeepMatrixShape) {
   TMtx s;
   s.Add(a, r).Scale(2.0);  // chains stay TMtx
   EXPECT_EQ(s.Values(1, 2), 84);
-  EXPECT_EQ(Sum(s), 2 * (91 + 21));
-  EXPECT_EQ(s.Max(), 84);
   // A modulus turns a complex matrix into a real one of the same shape.
   TMtx c = test::CplxMtx(1, 2, {{3, 4}, {0, -2}});
   c.Abs();

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {

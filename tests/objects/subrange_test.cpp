@@ -1,7 +1,6 @@
 // Sub-ranges, views, block-wise processing and argument checks.
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {

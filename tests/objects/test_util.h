@@ -1,5 +1,5 @@
 #pragma once
-// Helpers shared by the object tests.
+// Helpers shared by the object tests, with the library's exception types they check.
 
 #include <algorithm>
 #include <cstdint>
@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 

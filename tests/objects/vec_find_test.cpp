@@ -2,9 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "quorel/core/constants.h"
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
+#include "quorel/core/constants.h"
 
 namespace quorel {
 namespace {

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {

@@ -1,7 +1,6 @@
 // Vector members that read matrices: rows, columns, diagonals, storage runs and typed products.
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
 #include "objects/test_util.h"
 
 namespace quorel {

@@ -4,10 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "quorel/core/constants.h"
-#include "quorel/core/errors.h"
-#include "quorel/core/startup.h"
 #include "objects/test_util.h"
+#include "quorel/core/constants.h"
+#include "quorel/core/startup.h"
 
 namespace quorel {
 namespace {
