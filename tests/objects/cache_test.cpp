@@ -1,15 +1,21 @@
-// The object cache: hand-out order, holes and recollection, exhaustion, rebuilding, leaks.
+// The object cache, vector and matrix pools: hand-out order, holes and recollection, exhaustion,
+// resets on return, rebuilding, loans, the leak report and use from many threads.
+#include <atomic>
 #include <cstdint>
+#include <mutex>
+#include <random>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {
+using test::MessageOf;
 
 TEST(Cache, DefaultPoolLayout) {
   ASSERT_NE(Controller, nullptr);
@@ -17,7 +23,6 @@ TEST(Cache, DefaultPoolLayout) {
   EXPECT_EQ(Controller->VecCacheElements(), 3020);
   EXPECT_EQ(Controller->MtxCacheSize(), 24);
   EXPECT_EQ(Controller->MtxCacheElements(), 3020);
-  EXPECT_EQ(Controller->VecCacheUsed(), 0);
   // Consecutive slots are 32-byte aligned and far enough apart for 3020 doubles plus a header.
   for (int i = 1; i < 40; ++i) {
     auto a = reinterpret_cast<std::intptr_t>(Controller->VecCachePointer(i - 1));
@@ -26,76 +31,78 @@ TEST(Cache, DefaultPoolLayout) {
     EXPECT_GE(b - a, 3020 * 8 + 9);
     EXPECT_LE(b - a, 3020 * 8 + 49);
   }
-  Controller->SetVecCacheUsed(7);  // read-only: ignored
-  EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
-TEST(Cache, StackOrderAndHoles) {
+TEST(Cache, StackOrderHolesAndRecollection) {
   TVec *a = nullptr, *b = nullptr, *c = nullptr;
   CreateIt(a, b, c);
   EXPECT_EQ(a->CacheIndex(), 0);
   EXPECT_EQ(c->CacheIndex(), 2);
-  EXPECT_EQ(Controller->VecCacheUsed(), 3);
   FreeIt(b);
-  EXPECT_EQ(b, nullptr);
   TVec* d = CreateIt();
   EXPECT_EQ(d->CacheIndex(), 3);  // the hole below is not reused yet
-  // Fill the pool to its top; the next request recollects: used entries move to the front.
-  std::vector<TVec*> rest(36);
-  for (auto& v : rest) CreateIt(v);
+  FreeIt(c, d);  // reverse order: d leaves the top first, then c does
   TVec* e = CreateIt();
+  EXPECT_EQ(e->CacheIndex(), 2);
+  // Fill the pool to its top; the next request recollects: used entries move to the front.
+  std::vector<TVec*> rest(37);
+  for (auto& v : rest) CreateIt(v);
+  TVec* f = CreateIt();
   EXPECT_EQ(Controller->VecCacheUsed(), 40);
   EXPECT_EQ(a->CacheIndex(), 0);
-  EXPECT_EQ(c->CacheIndex(), 1);
-  EXPECT_EQ(d->CacheIndex(), 2);
-  EXPECT_EQ(e->CacheIndex(), 39);
-  FreeIt(e);
+  EXPECT_EQ(e->CacheIndex(), 1);
+  EXPECT_EQ(f->CacheIndex(), 39);
+  FreeIt(f);
   for (auto& v : rest) FreeIt(v);
-  FreeIt(a, c, d);
+  FreeIt(a, e);
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
-TEST(Cache, FreeItGivesBackInReverseOrder) {
-  TVec* probe = CreateIt();
-  const int top = probe->CacheIndex();
-  FreeIt(probe);
-  TVec *a = nullptr, *b = nullptr;
-  CreateIt(a, b);
-  EXPECT_EQ(b->CacheIndex(), top + 1);
-  FreeIt(a, b);  // b first, then a: the top moves down twice
-  TVec* c = CreateIt();
-  EXPECT_EQ(c->CacheIndex(), top);
-  FreeIt(c);
+// Takes the whole pool and one more: the extra object is ordinary and is destroyed on return.
+template <class T>
+void ExhaustPool(std::int32_t size, bool (TQuorelController::*full)() const,
+                 std::int32_t (TQuorelController::*count)() const) {
+  std::vector<T*> held(static_cast<std::size_t>(size));
+  for (auto& o : held) CreateIt(o);
+  const std::int32_t live = (Controller->*count)();
+  T* extra = nullptr;
+  CreateIt(extra);
+  EXPECT_EQ(extra->CacheIndex(), -1);
+  EXPECT_TRUE((Controller->*full)());
+  EXPECT_EQ((Controller->*count)(), live + 1);
+  FreeIt(extra);
+  EXPECT_EQ(extra, nullptr);
+  EXPECT_EQ((Controller->*count)(), live);
+  for (std::size_t k = held.size(); k >= 4; k -= 4) FreeIt(held[k - 4], held[k - 3], held[k - 2], held[k - 1]);
 }
 
-TEST(Cache, ExhaustionMakesOrdinaryVectors) {
-  std::vector<TVec*> held(40);
-  for (auto& v : held) CreateIt(v);
-  const int live = Controller->VecCount();
-  TVec* extra = CreateIt();
-  EXPECT_EQ(extra->CacheIndex(), -1);
-  EXPECT_TRUE(Controller->VecCacheFull());
-  EXPECT_EQ(Controller->VecCount(), live + 1);
-  FreeIt(extra);
-  EXPECT_EQ(Controller->VecCount(), live);  // destroyed, not pooled
-  for (auto& v : held) FreeIt(v);
+TEST(Cache, ExhaustedPoolsHandOutOrdinaryObjects) {
+  ExhaustPool<TVec>(40, &TQuorelController::VecCacheFull, &TQuorelController::VecCount);
+  ExhaustPool<TMtx>(24, &TQuorelController::MtxCacheFull, &TQuorelController::MtxCount);
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
 }
 
 TEST(Cache, CacheMemoryUntilItNoLongerFits) {
-  TWorkVec w;
-  const double* cache = Controller->VecCachePointer(w->CacheSlot());
-  w->SetLength(3020);
-  EXPECT_EQ(w->PValues1D(0), cache);
-  EXPECT_EQ(w->ActualSize(), 3020);
-  w->Size(1510, true);
-  EXPECT_EQ(w->PValues1D(0), cache);
-  w->Size(3021, false);
-  EXPECT_NE(w->PValues1D(0), cache);
-  w->SetLength(10);
-  EXPECT_EQ(w->PValues1D(0), cache);  // back in its cache memory
+  TWorkVec v;
+  const double* slot = Controller->VecCachePointer(v->CacheSlot());
+  v->SetLength(3020);
+  EXPECT_EQ(v->PValues1D(0), slot);
+  v->Size(3021, false);
+  EXPECT_NE(v->PValues1D(0), slot);
+  v->SetLength(10);
+  EXPECT_EQ(v->PValues1D(0), slot);  // back in its cache memory, all of which it holds
+  EXPECT_EQ(v->ActualSize(), 3020);
+  TWorkMtx m;
+  slot = Controller->MtxCachePointer(m->CacheSlot());
+  m->Size(1, 1510, true);  // 3,020 doubles still fit
+  EXPECT_EQ(m->PValues1D(0), slot);
+  m->Size(3021, 1, false);
+  EXPECT_NE(m->PValues1D(0), slot);
+  m->Size(3, 3);
+  EXPECT_EQ(m->PValues1D(0), slot);
 }
 
-TEST(Cache, ResetOnReturnAndDoubleFree) {
+TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   TVec* v = CreateIt();
   TVec* alias = v;
   v->Size(10, true);
@@ -107,85 +114,168 @@ TEST(Cache, ResetOnReturnAndDoubleFree) {
   EXPECT_TRUE(alias->ConditionCheck());
   EXPECT_EQ(alias->Caption(), "");
   FreeIt(v);  // the variable is null now: nothing happens
-  try {
-    FreeIt(alias);  // a second reference to a returned object is refused
-    FAIL();
-  } catch (const EQuorelException& e) {
-    EXPECT_STREQ(e.what(), "FreeIt: object is not in use");
-  }
-  EXPECT_EQ(Controller->VecCacheUsed(), 0);
-}
-
-TEST(Cache, RebuildRefusedWhileUsed) {
-  TVec *a = nullptr, *b = nullptr;
-  CreateIt(a, b);
-  FreeIt(a);
-  try {
-    Controller->SetVecCacheSize(10, 100);
-    FAIL();
-  } catch (const EQuorelException& e) {
-    EXPECT_STREQ(e.what(), "VecCache[1] = Used");
-  }
-  // The refused rebuild left the pool working.
-  TVec* c = CreateIt();
-  EXPECT_GE(c->CacheIndex(), 0);
-  FreeIt(c, b);
-  Controller->SetVecCacheSize(8, 64);
-  EXPECT_EQ(Controller->VecCacheSize(), 8);
-  TVec* d = CreateIt();
-  d->SetLength(64);
-  EXPECT_EQ(d->PValues1D(0), Controller->VecCachePointer(0));
-  FreeIt(d);
-  Controller->SetVecCacheSize(40, 3020);
-}
-
-TEST(Cache, ReferenceCountsReturnToCache) {
-  TVec* v = CreateIt();
-  TVec* raw = v;
-  v->AddRefSubrange();
-  v->ReleaseUsage();  // one sub-range reference keeps it
-  EXPECT_EQ(Controller->VecCacheUsed(), 1);
-  raw->ReleaseSubrange();
-  EXPECT_EQ(Controller->VecCacheUsed(), 0);
-}
-
-TEST(Cache, GuardReturnsOnException) {
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { FreeIt(alias); }), "FreeIt: object is not in use");
+  TMtx* m = nullptr;
+  CreateIt(m);
+  TMtx* mAlias = m;
+  m->Size(3, 3, true);
+  m->SetAutoMtxType(true);
+  m->SetSubDiag(2);
+  FreeIt(m);
+  EXPECT_EQ(mAlias->Rows(), 0);
+  EXPECT_FALSE(mAlias->Complex());
+  EXPECT_FALSE(mAlias->AutoMtxType());
+  EXPECT_EQ(mAlias->SubDiag(), 0);
+  // Guards give back on every path.
   try {
     TWorkVec w;
-    w->SetLength(5);
+    TWorkMtx wm;
     throw std::runtime_error("boom");
   } catch (const std::runtime_error&) {
   }
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
+  // Sub-range references keep a cached object out of the pool.
+  v = CreateIt();
+  alias = v;
+  v->AddRefSubrange();
+  v->ReleaseUsage();
+  EXPECT_EQ(Controller->VecCacheUsed(), 1);
+  alias->ReleaseSubrange();
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
-TEST(Cache, EnlistAndTestNil) {
-  TVec v;
+TEST(Cache, DefaultConditionCheckReachesPooledAndNewMatrices) {
+  Controller->SetMtxConditionCheck(false);
+  TMtx fresh;
+  TWorkMtx pooled;
+  EXPECT_FALSE(fresh.ConditionCheck());
+  EXPECT_FALSE(pooled->ConditionCheck());
+  Controller->SetMtxConditionCheck(true);
+  EXPECT_TRUE(pooled->ConditionCheck());
+}
+
+TEST(Cache, RebuildRefusedWhileAnEntryIsUsed) {
+  // The text names the first used entry.
+  auto used = [](const char* pool, const TQuorel* o) {
+    return pool + ("[" + std::to_string(o->CacheIndex()) + "] = Used");
+  };
+  TVec *a = nullptr, *b = nullptr;
+  CreateIt(a, b);
+  FreeIt(a);
+  EXPECT_EQ(MessageOf<EQuorelException>([] { Controller->SetVecCacheSize(10, 100); }), used("VecCache", b));
+  TVec* c = CreateIt();  // the refused rebuild left the pool working
+  EXPECT_GE(c->CacheIndex(), 0);
+  FreeIt(c, b);
+  TMtx* m = nullptr;
+  CreateIt(m);
+  EXPECT_EQ(MessageOf<EQuorelException>([] { Controller->SetMtxCacheSize(4, 16); }), used("MtxCache", m));
+  FreeIt(m);
+  Controller->SetVecCacheSize(8, 64);
+  Controller->SetMtxCacheSize(2, 16);
+  EXPECT_EQ(Controller->VecCacheSize(), 8);
+  CreateIt(c);
+  CreateIt(m);
+  c->SetLength(64);
+  m->Size(4, 4);
+  EXPECT_EQ(c->PValues1D(0), Controller->VecCachePointer(0));
+  EXPECT_EQ(m->PValues1D(0), Controller->MtxCachePointer(0));
+  FreeIt(c);
+  FreeIt(m);
+  Controller->SetVecCacheSize(40, 3020);
+  Controller->SetMtxCacheSize(24, 3020);
+}
+
+TEST(Cache, LoansAndTestNil) {
+  TVec v = test::Real({1, 2, 3}), c = test::Cplx({{1, 2}});
   std::span<double> d;
-  Enlist(v, d);
-  EXPECT_TRUE(d.empty());
-  v.SetIt(false, {1, 2, 3});
-  Enlist(v, d);
-  d[1] = 5;
-  EXPECT_EQ(v[1], 5);
-  DismissIt(d);
-  EXPECT_TRUE(d.empty());
-  TVec c;
-  c.SetCplx({{1, 2}});
   std::span<TCplx> z;
   Enlist(v, d, c, z);
-  EXPECT_EQ(d.size(), 3u);
+  d[1] = 5;
+  EXPECT_EQ(v[1], 5);
   EXPECT_EQ(z[0], (TCplx{1, 2}));
   DismissIt(v, d, c, z);
   EXPECT_TRUE(d.empty() && z.empty());
+
+  TMtx a, b;
+  SetMtxSize(2, 3, false, {&a, &b});
+  EXPECT_EQ(b.Cols(), 3);
+  std::vector<std::span<double>> rows;
+  std::vector<std::span<TCplx>> crows;
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { Enlist(a, crows); }), "Matrix.Complex = false!");
+  b.Size(2, 2, true);
+  Enlist(a, rows, b, crows);
+  ASSERT_EQ(rows.size(), 2u);
+  ASSERT_EQ(crows.size(), 2u);
+  rows[1][2] = 7;
+  crows[1][0] = {1, 2};
+  EXPECT_EQ(a.Values(1, 2), 7);
+  EXPECT_EQ(b.CValues(1, 0), (TCplx{1, 2}));
+  DismissIt(a, rows, b, crows);
+  EXPECT_TRUE(rows.empty() && crows.empty());
+
   int x = 0;
   EXPECT_NO_THROW(TestNil(&x, &x));
-  try {
-    TestNil(&x, nullptr, &x);
-    FAIL();
-  } catch (const EQuorelInvalidArgument& e) {
-    EXPECT_STREQ(e.what(), "TestNil: Nil pointer");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { TestNil(&x, nullptr, &x); }), "TestNil: Nil pointer");
+}
+
+TEST(Cache, LeakReportTexts) {
+  const std::string leak = "Quorel memory controller has detected memory leaks. There are at least ";
+  std::vector<std::string> texts;
+  TQuorelController ctl;
+  ctl.SetReportHandler([&](const std::string& t) { texts.push_back(t); });
+  ctl.SetVecCacheSize(2, 8);
+  ctl.SetMtxCacheSize(2, 8);
+  TVec* keptVec = nullptr;
+  TMtx* kept = nullptr;
+  {
+    std::lock_guard<std::mutex> hold(ctl.Lock());
+    ctl.CreateItx(keptVec);
+    ctl.CreateItx(kept);
   }
+  kept->Size(2, 2);
+  ctl.DestroyQuorelCache();
+  ASSERT_EQ(texts.size(), 4u);
+  EXPECT_EQ(texts[0], leak + "1 calls to CreateIt(TVec) without a matching call to FreeIt.");
+  EXPECT_EQ(texts[1], leak + "1 calls to CreateIt(TMtx) without a matching call to TVec.Free.");
+  // Live ordinary objects (the global pools' and the kept ones among them) are counted last.
+  EXPECT_EQ(texts[2], leak + std::to_string(Controller->VecCount()) +
+                          " calls to TVec.Create without a matching call to TVec.Free.");
+  EXPECT_EQ(texts[3], leak + std::to_string(Controller->MtxCount()) +
+                          " calls to TMtx.Create without a matching call to TMtx.Free.");
+  EXPECT_EQ(kept->CacheIndex(), -1);  // handed-out objects survive as ordinary ones
+  EXPECT_EQ(kept->Length(), 0);
+  delete kept;
+  delete keptVec;
+}
+
+TEST(Cache, EightThreadsMixedArity) {
+  const int live = Controller->VecCount();
+  std::vector<std::thread> threads;
+  std::atomic<int> bad{0};
+  for (int t = 0; t < 8; ++t) {
+    threads.emplace_back([t, &bad] {
+      std::mt19937 rng(static_cast<unsigned>(t));
+      for (int i = 0; i < 100000; ++i) {
+        TVec *a = nullptr, *b = nullptr, *c = nullptr;
+        const unsigned arity = rng() % 3;
+        if (arity == 0) CreateIt(a);
+        if (arity == 1) CreateIt(a, b);
+        if (arity == 2) CreateIt(a, b, c);
+        const int len = static_cast<int>(rng() % 4000);
+        a->Size(len, (i & 1) != 0);
+        if (len > 0) {
+          a->PValues1D(0)[0] = t;
+          if (a->PValues1D(0)[0] != t) ++bad;
+        }
+        if (b) b->SetLength(static_cast<int>(rng() % 100));
+        FreeIt(a, b, c);
+      }
+    });
+  }
+  for (auto& th : threads) th.join();
+  EXPECT_EQ(bad.load(), 0);
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+  EXPECT_EQ(Controller->VecCount(), live);
 }
 
 }  // namespace

@@ -9,10 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/mtx_test_util.h"
-#include "quorel/core/errors.h"
+#include "objects/test_util.h"
 #include "quorel/objects/matrix_market.h"
-#include "quorel/objects/mtx.h"
 
 namespace quorel {
 namespace {

@@ -1,26 +1,13 @@
 // Every refusal of the matrix, by family: the exception class and the exact text.
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "mtx_test_util.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {
 using test::MessageOf;
 using test::Numbered;
 using test::Real;
-using Cases = std::vector<std::pair<std::function<void()>, std::string>>;
-
-// Runs every case and expects exception E with the given text.
-template <class E>
-void Expect(const Cases& cases) {
-  for (const auto& [call, text] : cases) EXPECT_EQ(MessageOf<E>(call), text);
-}
 
 struct MtxMessages : ::testing::Test {
   TMtx a = Numbered(2, 3, false);   // 2 x 3 real
@@ -32,7 +19,7 @@ struct MtxMessages : ::testing::Test {
 };
 
 TEST_F(MtxMessages, BlockCopyAndVectors) {
-  Expect<EQuorelInvalidArgument>({
+  test::ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.Copy(a, 0, 0, 0, 0, 1, 1); }, "Mtx = Self"},
       {[&] { a.Copy(c, 0, 0, 0, 0, 1, 1); }, "Mtx.Complex <> Complex"},
       {[&] { big.Copy(a, 1, 0, 0, 0, 2, 1); }, "MtxRow + NrRows > Mtx.Rows"},
@@ -49,12 +36,12 @@ TEST_F(MtxMessages, BlockCopyAndVectors) {
 }
 
 TEST_F(MtxMessages, Concatenation) {
-  Expect<EQuorelRangeError>({
+  test::ExpectMessages<EQuorelRangeError>({
       {[&] { big.Concat(0, 2, {&a, &a}); }, "TMtx.Concat: Invalid ARows,ACols values: 0,2"},
       {[&] { big.Concat(2, 2, {&a, &a}); }, "TMtx.Concat: (ARows*ACols)<>Length(Src): (2*2) <> 2"},
       {[&] { big.Concat(1, 2, {&a, &tall}); }, "TMtx.Concat: Invalid source matrix dimension: 1 (3,1)"},
   });
-  Expect<EQuorelInvalidArgument>({
+  test::ExpectMessages<EQuorelInvalidArgument>({
       {[&] { big.Concat(1, 2, {&a, &c}); }, "TMtx.Concat: Source matrixes have mixed real/complex type"},
       {[&] { big.ConcatHorz({&a, &big}); }, "Src[0].Rows <> Src[i].Rows"},
       {[&] { big.ConcatHorz({&a, &c}); }, "Src[0].Complex <> Src[i].Complex"},
@@ -70,7 +57,7 @@ TEST_F(MtxMessages, Concatenation) {
 }
 
 TEST_F(MtxMessages, RowsColumnsDiagonals) {
-  Expect<EQuorelInvalidArgument>({
+  test::ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.SetCol(nullptr, 0); }, "Vec = nil"},
       {[&] { c.SetCol(&v, 0); }, "Complex <> Vec.Complex"},
       {[&] { a.SetCol(&v, 0, 0, 3, 1); }, "Col > (Cols-1)"},
@@ -85,7 +72,7 @@ TEST_F(MtxMessages, RowsColumnsDiagonals) {
 }
 
 TEST_F(MtxMessages, StructureAndRanges) {
-  Expect<EQuorelInvalidArgument>({
+  test::ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.LowerTriangle(a, true, true); }, "TMtx.LowerTriangle: Mtx = Self"},
       {[&] { a.Transp(a); }, "Mtx = Self"},
       {[&] { a.Adjung(a); }, "X = Self"},

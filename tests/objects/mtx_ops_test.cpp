@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "objects/test_util.h"
 #include "quorel/core/constants.h"
-#include "mtx_test_util.h"
 
 namespace quorel {
 namespace {
@@ -74,10 +74,8 @@ TEST(MtxOps, ConcatSplitRoundTrip) {
   TMtx a2(2, 3), b2(2, 1), c2(1, 3), d2(1, 1);
   m.Split(2, 2, {&a2, &b2, &c2, &d2});
   EXPECT_TRUE(a2.Complex());
-  EXPECT_EQ(Doubles(a2), Doubles(a));
-  EXPECT_EQ(Doubles(b2), Doubles(b));
-  EXPECT_EQ(Doubles(c2), Doubles(c));
-  EXPECT_EQ(Doubles(d2), Doubles(d));
+  const std::pair<const TMtx*, const TMtx*> tiles[] = {{&a2, &a}, {&b2, &b}, {&c2, &c}, {&d2, &d}};
+  for (auto [got, want] : tiles) EXPECT_EQ(Doubles(*got), Doubles(*want));
   TMtx h, v;
   const TMtx x = RealMtx(2, 1, {1, 2}), y = RealMtx(2, 2, {3, 4, 5, 6});
   EXPECT_EQ(Doubles(h.ConcatHorz({&x, &y})), (V{1, 3, 4, 2, 5, 6}));

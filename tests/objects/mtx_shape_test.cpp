@@ -2,9 +2,7 @@
 // element-wise methods seen through a matrix.
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "quorel/elementwise/statistics.h"
-#include "mtx_test_util.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {
@@ -23,22 +21,15 @@ TEST(MtxShape, SizingAndLengthRules) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { m.SetLength(13); }), "TMtx: Length can not be set. Use Size!");
   m.Size(4, 4);
   EXPECT_TRUE(m.Quadratic());
-  EXPECT_EQ(m.Length(), 16);
-  // 400,000,000 elements exceed the limit; the matrix is left as it was.
-  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(20000, 20000); }),
-            "Out of memory! Attempted to allocate over 2GB!");
-  EXPECT_EQ(m.Rows(), 4);
   // One element past the limit; the product is formed in 64 bits (65536 x 65536 would wrap to 0).
-  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(1, 0x10000000, true); }),
-            "Out of memory! Attempted to allocate over 2GB!");
-  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(65536, 65536); }),
-            "Out of memory! Attempted to allocate over 2GB!");
-  m.SetRows(2);
+  // The matrix is left as it was.
+  for (auto [rows, cols] : {std::pair{1, 0x10000000}, std::pair{65536, 65536}})
+    EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(rows, cols, true); }),
+              "Out of memory! Attempted to allocate over 2GB!");
+  EXPECT_EQ(m.Rows(), 4);
   m.SetCols(7);
-  EXPECT_EQ(m.Length(), 14);
+  EXPECT_EQ(m.Length(), 28);
   EXPECT_EQ(m.LeadingCols(), 7);
-  m.Size(3, 5, true);
-  EXPECT_EQ(m.Values().size(), 30u);
 }
 
 TEST(MtxShape, ComplexSwitchReinterpretsRows) {
@@ -86,8 +77,6 @@ TEST(MtxShape, ResizeKeepsTopLeftBlock) {
 
 TEST(MtxShape, CopiesMovesAndSettings) {
   TMtx a = Numbered(2, 3, true);
-  EXPECT_EQ(a.Balance(), btFull);
-  EXPECT_EQ(a.ConditionNumber(), cnNone);
   a.SetTriangleForm(tfUpper);
   a.SetSubDiag(2);
   TMtx b(a);
@@ -97,10 +86,11 @@ TEST(MtxShape, CopiesMovesAndSettings) {
   TMtx c(std::move(b));
   EXPECT_EQ(c.Rows(), 2);
   EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
-  EXPECT_EQ(b.Length(), 0);
   EXPECT_EQ(b.Rows(), 0);
-  c = a;
-  EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
+  TMtx d;
+  d = a;
+  EXPECT_EQ(d.SubDiag(), 2);
+  EXPECT_EQ(Doubles(d), Doubles(a));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.Assign(c); }), "Mtx = Self");
 }
 
@@ -108,14 +98,11 @@ TEST(MtxShape, ElementwiseMethodsKeepMatrixShape) {
   TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
   TMtx r;
   r.Sqrt(a);
-  EXPECT_EQ(r.Rows(), 2);
   EXPECT_EQ(r.Cols(), 3);
   EXPECT_EQ(Doubles(r), (std::vector<double>{1, 2, 3, 4, 5, 6}));
   TMtx s;
   s.Add(a, r).Scale(2.0);  // chains stay TMtx
   EXPECT_EQ(s.Values(1, 2), 84);
-  EXPECT_EQ(Sum(s), 2 * (91 + 21));
-  EXPECT_EQ(s.Max(), 84);
   // A modulus turns a complex matrix into a real one of the same shape.
   TMtx c = test::CplxMtx(1, 2, {{3, 4}, {0, -2}});
   c.Abs();

@@ -5,15 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/mtx_test_util.h"
-#include "quorel/core/errors.h"
-#include "quorel/objects/mtx.h"
+#include "objects/test_util.h"
 #include "quorel/objects/report.h"
-#include "quorel/objects/vec.h"
 
 namespace quorel {
 namespace {
-
 using test::MessageOf;
 
 // Lines each followed by "\r\n", as the report ends them.
@@ -41,9 +37,7 @@ TEST(Report, ValuesGetNamesOrGenericLabels) {
 }
 
 TEST(Report, VectorAndMatrixBlocks) {
-  TVec v, c;
-  v.SetDouble(std::initializer_list<double>{1, -2});
-  c.SetCplx({{1, -0.5}});
+  const TVec v = test::Real({1, -2}), c = test::Cplx({{1, -0.5}});
   const TMtx a = test::RealMtx(2, 2, {1, -2, 0.5, 0});
   TQuorelReport r;
   r.PrintVec({&v, &c}, {"v"});
@@ -58,8 +52,7 @@ TEST(Report, VectorAndMatrixBlocks) {
 }
 
 TEST(Report, PrintAndTheGlobalShortcutsTakeVectorsAndMatrices) {
-  TVec v;
-  v.SetDouble(std::initializer_list<double>{4});
+  const TVec v = test::Real({4});
   const TMtx m = test::RealMtx(1, 1, {5});
   const std::string blocks = CrLf({"v (1x1) =  ", "", " 4.0000", "", "", "Mtx (1x1) =  ", "", " 5.0000", "", ""});
   TQuorelReport r;

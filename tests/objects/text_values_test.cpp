@@ -1,15 +1,11 @@
 // Values of vectors and matrices as text lines and back, and column counting.
 #include <gtest/gtest.h>
 
-#include "objects/mtx_test_util.h"
-#include "quorel/core/errors.h"
-#include "quorel/objects/mtx.h"
+#include "objects/test_util.h"
 #include "quorel/objects/text_values.h"
-#include "quorel/objects/vec.h"
 
 namespace quorel {
 namespace {
-
 using test::MessageOf;
 
 // Shortest texts of doubles are unique, so text -> values -> text returning the same lines means
@@ -31,8 +27,7 @@ TEST(TextValues, VectorsRoundTripThroughShortestText) {
 }
 
 TEST(TextValues, VectorPatternsRangesAndIntegers) {
-  TVec v;
-  v.SetCplx({{1, 2}, {0, -3}, {-4, 0}});
+  TVec v = test::Cplx({{1, 2}, {0, -3}, {-4, 0}});
   TStringList lines{"header"};
   ValuesToStrings(v, lines, " 0.0;-0.0", "+0.0i;-0.0i", 1, -1);
   EXPECT_EQ(lines, (TStringList{"header", "-3.0i", "-4.0"}));  // appended

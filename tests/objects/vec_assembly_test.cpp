@@ -1,40 +1,27 @@
 // Copy of two vectors, Concat and Split: lengths, kinds, round trips and refusals.
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {
-
 using ::testing::ElementsAre;
-using ::testing::StrEq;
-using ::testing::ThrowsMessage;
-
-std::vector<double> Reals(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
-std::vector<int> Ints(const TVec& v) { return {v.IValues().begin(), v.IValues().end()}; }
-
-TVec IndexList(std::initializer_list<int> values) {
-  TVec v;
-  v.Size(static_cast<std::int32_t>(values.size()), false);
-  v.SetIsInteger(true);
-  std::copy(values.begin(), values.end(), v.IValues().begin());
-  return v;
-}
+using test::Cplx;
+using test::Doubles;
+using test::IndexList;
+using test::Ints;
+using test::MessageOf;
+using test::Real;
 
 TEST(Assembly, CopyOfTwoTakesBothLengthsAndWidens) {
-  TVec a, b, c, self;
-  a.SetIt(false, {1, 2});
-  b.SetIt(false, {3, 4, 5});
+  const TVec a = Real({1, 2}), b = Real({3, 4, 5});
+  TVec self;
   self.Copy(a, b);
   EXPECT_FALSE(self.Complex());
-  EXPECT_THAT(Reals(self), ElementsAre(1, 2, 3, 4, 5));
+  EXPECT_THAT(Doubles(self), ElementsAre(1, 2, 3, 4, 5));
   // A real part next to a complex one becomes complex with zero imaginary parts.
-  c.SetCplx({{7, 8}});
-  self.Copy(a, c);
+  self.Copy(a, Cplx({{7, 8}}));
   ASSERT_TRUE(self.Complex());
   EXPECT_EQ(self.Length(), 3);
   EXPECT_EQ(self.CValues()[0], (TCplx{1, 0}));
@@ -42,13 +29,12 @@ TEST(Assembly, CopyOfTwoTakesBothLengthsAndWidens) {
   // Index lists stay 32-bit integers; next to reals they are widened.
   const TVec i1 = IndexList({4, 5}), i2 = IndexList({6});
   EXPECT_THAT(Ints(self.Copy(i1, i2)), ElementsAre(4, 5, 6));
-  EXPECT_THAT(Reals(self.Copy(i1, b)), ElementsAre(4, 5, 3, 4, 5));
+  EXPECT_THAT(Doubles(self.Copy(i1, b)), ElementsAre(4, 5, 3, 4, 5));
 }
 
 TEST(Assembly, ConcatAndSplitRoundTrip) {
-  TVec a, b, empty, whole;
-  a.SetCplx({{1, -1}, {2, -2}});
-  b.SetCplx({{3, -3}, {4, -4}, {5, -5}});
+  const TVec a = Cplx({{1, -1}, {2, -2}}), b = Cplx({{3, -3}, {4, -4}, {5, -5}});
+  TVec empty, whole;
   empty.set_Complex(true);
   whole.Concat({&a, &empty, &b});
   ASSERT_EQ(whole.Length(), 5);
@@ -56,9 +42,9 @@ TEST(Assembly, ConcatAndSplitRoundTrip) {
 
   TVec p, q, r;
   whole.Split({&p, &q, &r}, {2, 0, 3});
-  EXPECT_EQ(Reals(p), Reals(a));
+  EXPECT_EQ(Doubles(p), Doubles(a));
   EXPECT_EQ(q.Length(), 0);
-  EXPECT_EQ(Reals(r), Reals(b));
+  EXPECT_EQ(Doubles(r), Doubles(b));
   whole.Split(q, r, 4);
   EXPECT_EQ(r.CValues()[0], (TCplx{5, -5}));
   // Pieces of the destinations' current lengths; the tail is left out.
@@ -69,43 +55,36 @@ TEST(Assembly, ConcatAndSplitRoundTrip) {
   EXPECT_EQ(q.CValues()[2], (TCplx{4, -4}));
 
   // Self among the sources appends; the in-place form writes from Index on.
-  TVec v;
-  v.SetIt(false, {1, 2});
+  TVec v = Real({1, 2});
   v.Concat({&v, &v});
-  EXPECT_THAT(Reals(v), ElementsAre(1, 2, 1, 2));
-  TVec x;
-  x.SetIt(false, {9, 8});
-  EXPECT_THAT(Reals(v.Concat(1, {&x})), ElementsAre(1, 9, 8, 2));
+  EXPECT_THAT(Doubles(v), ElementsAre(1, 2, 1, 2));
+  const TVec x = Real({9, 8});
+  EXPECT_THAT(Doubles(v.Concat(1, {&x})), ElementsAre(1, 9, 8, 2));
 }
 
 TEST(Assembly, RefusalsKeepEverything) {
-  TVec self, a, b, c, v1, v2;
-  self.SetIt(false, {1, 2, 3, 4});
-  a.SetIt(false, {5});
-  b.SetIt(false, {6, 7});
-  c.SetCplx({{1, 1}});
-  v1.SetIt(false, {-1});
-  const auto before = Reals(self);
-  using Invalid = EQuorelInvalidArgument;
-  using Range = EQuorelRangeError;
-  EXPECT_THAT([&] { self.Copy(self, a); }, ThrowsMessage<Invalid>(StrEq("TVec.Copy: Self = Vec1")));
-  EXPECT_THAT([&] { self.Copy(a, self); }, ThrowsMessage<Invalid>(StrEq("TVec.Copy: Self = Vec2")));
-  EXPECT_THAT([&] { self.Concat({&a, &c}); }, ThrowsMessage<Invalid>(StrEq("src[i].Complex <> src[0].Complex")));
-  EXPECT_THAT([&] { self.Concat(3, {&a, &b}); }, ThrowsMessage<Range>(StrEq("(Index + Sum(Src[i].Length)) > Length")));
-  EXPECT_THAT([&] { self.Concat({&a, nullptr}); }, ThrowsMessage<Invalid>(StrEq("src[1] = nil")));
-  EXPECT_THAT([&] { self.Split(v1, v2, 5); }, ThrowsMessage<Range>(StrEq("Offset > fLength")));
-  EXPECT_THAT([&] { self.Split(self, v2, 1); }, ThrowsMessage<Invalid>(StrEq("Self = Vec1")));
-  EXPECT_THAT([&] { self.Split(v1, self, 1); }, ThrowsMessage<Invalid>(StrEq("Self = Vec2")));
-  b.Size(4);
-  EXPECT_THAT([&] { self.Split({&a, &b}); }, ThrowsMessage<Range>(StrEq("Size mismatch at vec 1")));
-  EXPECT_THAT([&] { self.Split({&v1, &v2}, {1}); }, ThrowsMessage<Invalid>(StrEq("High(Dst) <> High(DstSize)")));
-  EXPECT_THAT([&] { self.Split({&v1, &v2}, {3, 2}); }, ThrowsMessage<Range>(StrEq("Self.Length exceeded at vec 1")));
-  // A sub-range destination that cannot take its piece is refused before the first piece is written.
+  TVec self = Real({1, 2, 3, 4}), a = Real({5}), b = Real({6, 7, 7, 7}), c = Cplx({{1, 1}}), v1 = Real({-1}), v2;
   TVec view;
   view.SetSubRange(b, 0, 1);
-  EXPECT_THAT([&] { self.Split(v1, view, 1); }, ThrowsMessage<EQuorelException>(StrEq("IsSubRange = True!")));
-  EXPECT_EQ(Reals(self), before);
-  EXPECT_THAT(Reals(v1), ElementsAre(-1));
+  test::ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { self.Copy(self, a); }, "TVec.Copy: Self = Vec1"},
+      {[&] { self.Copy(a, self); }, "TVec.Copy: Self = Vec2"},
+      {[&] { self.Concat({&a, &c}); }, "src[i].Complex <> src[0].Complex"},
+      {[&] { self.Concat({&a, nullptr}); }, "src[1] = nil"},
+      {[&] { self.Split(self, v2, 1); }, "Self = Vec1"},
+      {[&] { self.Split(v1, self, 1); }, "Self = Vec2"},
+      {[&] { self.Split({&v1, &v2}, {1}); }, "High(Dst) <> High(DstSize)"},
+  });
+  test::ExpectMessages<EQuorelRangeError>({
+      {[&] { self.Concat(3, {&a, &b}); }, "(Index + Sum(Src[i].Length)) > Length"},
+      {[&] { self.Split(v1, v2, 5); }, "Offset > fLength"},
+      {[&] { self.Split({&a, &b}); }, "Size mismatch at vec 1"},
+      {[&] { self.Split({&v1, &v2}, {3, 2}); }, "Self.Length exceeded at vec 1"},
+  });
+  // A sub-range destination that cannot take its piece is refused before the first piece is written.
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { self.Split(v1, view, 1); }), "IsSubRange = True!");
+  EXPECT_THAT(Doubles(self), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(Doubles(v1), ElementsAre(-1));
   EXPECT_EQ(v2.Length(), 0);
 }
 

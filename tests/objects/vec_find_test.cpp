@@ -1,27 +1,23 @@
 // The comparison family: operator texts, NaN and infinity rules, complex ordering, outputs, refusals.
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "objects/test_util.h"
 #include "quorel/core/constants.h"
-#include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
 
 namespace quorel {
 namespace {
-
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::StrEq;
-using ::testing::ThrowsMessage;
-
-std::vector<double> Reals(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
-std::vector<int> Ints(const TVec& v) { return {v.IValues().begin(), v.IValues().end()}; }
+using test::Cplx;
+using test::Doubles;
+using test::Ints;
+using test::MessageOf;
+using test::Real;
 
 TEST(Find, RealNanAndInfinityRules) {
-  TVec a, m;
-  a.SetIt(false, {NaN, 1, 3});
+  const TVec a = Real({NaN, 1, 3});
+  TVec m;
   struct Case {
     const char* op;
     double b;
@@ -39,52 +35,45 @@ TEST(Find, RealNanAndInfinityRules) {
     EXPECT_FALSE(m.Complex());
   }
   // Infinities of either sign are equal.
-  TVec inf;
-  inf.SetIt(false, {INF, -INF, 1e308});
+  const TVec inf = Real({INF, -INF, 1e308});
   EXPECT_THAT(Ints(m.FindMask(inf, "=", INF)), ElementsAre(1, 1, 0));
   EXPECT_THAT(Ints(m.FindMask(inf, "<>", -INF)), ElementsAre(0, 0, 1));
   // The same rules with the NaN on b's side, element by element.
-  TVec b;
-  b.SetIt(false, {NaN, NaN, INF});
+  const TVec b = Real({NaN, NaN, INF});
   EXPECT_THAT(Ints(m.FindMask(a, "<", b)), ElementsAre(1, 1, 1));
   EXPECT_THAT(Ints(m.FindMask(a, "=", b)), ElementsAre(1, 0, 0));
   EXPECT_THAT(Ints(m.FindMask(a, ">", b)), ElementsAre(0, 0, 0));
 }
 
 TEST(Find, ComplexOrderingAndSpecialValues) {
-  TVec z, m;
   // Equal moduli except (1, 1): the order is by modulus, then by phase from -pi.
-  z.SetCplx({{3, 4}, {0, 5}, {-5, 0}, {0, -5}, {1, 1}, {5, 0}});
+  const TVec z = Cplx({{3, 4}, {0, 5}, {-5, 0}, {0, -5}, {1, 1}, {5, 0}});
+  TVec m;
   EXPECT_THAT(Ints(m.FindMask(z, ">", TCplx{5, 0})), ElementsAre(1, 1, 1, 0, 0, 0));
   EXPECT_THAT(Ints(m.FindMask(z, "<", TCplx{5, 0})), ElementsAre(0, 0, 0, 1, 1, 0));
   EXPECT_THAT(Ints(m.FindMask(z, ">=", TCplx{5, 0})), ElementsAre(1, 1, 1, 0, 0, 1));
   EXPECT_THAT(Ints(m.FindMask(z, "=", TCplx{5, 0})), ElementsAre(0, 0, 0, 0, 0, 1));
   // A real b is (b, 0): its sign does not change which moduli are larger.
   EXPECT_THAT(Ints(m.FindMask(z, ">", -4.0)), ElementsAre(1, 1, 1, 1, 0, 1));
-  TVec s;
-  s.SetCplx({{NaN, 0}, {INF, 1}, {1, 2}});
+  const TVec s = Cplx({{NaN, 0}, {INF, 1}, {1, 2}});
   EXPECT_THAT(Ints(m.FindMask(s, "=", CNAN)), ElementsAre(1, 0, 0));
   EXPECT_THAT(Ints(m.FindMask(s, "=", TCplx{0, -INF})), ElementsAre(0, 1, 0));
   EXPECT_THAT(Ints(m.FindMask(s, "<>", CINF)), ElementsAre(1, 0, 1));
 }
 
 TEST(Find, IndexesGatherAndSplit) {
-  TVec a, b, idx, vals, where, yes, no;
-  a.SetIt(false, {1, 5, 2, 7, 0});
-  b.SetIt(false, {3, 3, 3});
+  const TVec a = Real({1, 5, 2, 7, 0}), b = Real({3, 3, 3});
+  TVec idx, vals, where, yes, no, mask;
   // Lengths 5 and 3 compare three elements: a[4] < 3 is not reported.
   EXPECT_THAT(Ints(idx.FindIndexes(a, "<", b)), ElementsAre(0, 2));
   EXPECT_THAT(Ints(idx.FindIndexes(a, ">", 100.0)), IsEmpty());
-  EXPECT_THAT(Reals(vals.FindAndGather(a, ">=", 2.0, where)), ElementsAre(5, 2, 7));
+  EXPECT_THAT(Doubles(vals.FindAndGather(a, ">=", 2.0, where)), ElementsAre(5, 2, 7));
   EXPECT_THAT(Ints(where), ElementsAre(1, 2, 3));
-  TVec mask;
   EXPECT_THAT(Ints(mask.FindAndSplit(a, "<", 2.0, yes, no)), ElementsAre(1, 0, 0, 0, 1));
-  EXPECT_THAT(Reals(yes), ElementsAre(1, 0));
-  EXPECT_THAT(Reals(no), ElementsAre(5, 2, 7));
+  EXPECT_THAT(Doubles(yes), ElementsAre(1, 0));
+  EXPECT_THAT(Doubles(no), ElementsAre(5, 2, 7));
 
-  TVec z;
-  z.SetCplx({{3, 4}, {1, 0}, {-5, 0}});
-  vals.FindAndGather(z, ">", TCplx{2, 0}, where);
+  vals.FindAndGather(Cplx({{3, 4}, {1, 0}, {-5, 0}}), ">", TCplx{2, 0}, where);
   ASSERT_TRUE(vals.Complex());
   EXPECT_EQ(vals.CValues()[1], (TCplx{-5, 0}));
   EXPECT_THAT(Ints(where), ElementsAre(0, 2));
@@ -94,17 +83,12 @@ TEST(Find, IndexesGatherAndSplit) {
 }
 
 TEST(Find, RefusalsKeepEverything) {
-  TVec a, c, self, out1, out2;
-  a.SetIt(false, {1, 2});
-  c.SetCplx({{1, 2}});
-  self.SetIt(false, {7});
-  out1.SetIt(false, {8});
-  out2.SetIt(false, {9});
+  TVec a = Real({1, 2}), c = Cplx({{1, 2}}), self = Real({7}), out1 = Real({8}), out2 = Real({9});
   auto refuses = [&](auto call, const std::string& message) {
-    EXPECT_THAT(call, ThrowsMessage<EQuorelInvalidArgument>(StrEq(message)));
-    EXPECT_THAT(Reals(self), ElementsAre(7)) << message;
-    EXPECT_THAT(Reals(out1), ElementsAre(8)) << message;
-    EXPECT_THAT(Reals(out2), ElementsAre(9)) << message;
+    EXPECT_EQ(MessageOf<EQuorelInvalidArgument>(call), message);
+    EXPECT_THAT(Doubles(self), ElementsAre(7)) << message;
+    EXPECT_THAT(Doubles(out1), ElementsAre(8)) << message;
+    EXPECT_THAT(Doubles(out2), ElementsAre(9)) << message;
   };
   refuses([&] { self.FindMask(a, "=!", 1.0); }, "Parameter: =! not recognized!");
   refuses([&] { self.FindIndexes(a, "", 1.0); }, "Parameter:  not recognized!");
@@ -115,12 +99,11 @@ TEST(Find, RefusalsKeepEverything) {
   refuses([&] { self.FindAndSplit(a, "<", 1.0, self, out2); }, "MaskVec = Self");
   refuses([&] { self.FindAndSplit(a, "<", 1.0, out1, self); }, "NotMaskVec = Self");
   // No misses do not fit a one-element view: refused before Self or MaskVec is written.
-  TVec spare, view;
-  spare.SetIt(false, {0, 0});
+  TVec spare = Real({0, 0}), view;
   view.SetSubRange(spare, 0, 1);
   EXPECT_THROW(self.FindAndSplit(a, "<", 5.0, out1, view), EQuorelException);
-  EXPECT_THAT(Reals(self), ElementsAre(7));
-  EXPECT_THAT(Reals(out1), ElementsAre(8));
+  EXPECT_THAT(Doubles(self), ElementsAre(7));
+  EXPECT_THAT(Doubles(out1), ElementsAre(8));
   // Without checks a = Self compares Self as it was before the call.
   self.SetIt(false, {1, 5, 3});
   self.SetConditionCheck(false);

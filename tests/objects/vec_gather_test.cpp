@@ -1,32 +1,19 @@
 // Gather and scatter by increment, index list and mask: round trips, bounds and refusals.
-#include <vector>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
+#include "objects/test_util.h"
 
 namespace quorel {
 namespace {
-
 using ::testing::ElementsAre;
-using ::testing::StrEq;
-using ::testing::ThrowsMessage;
-
-std::vector<double> Reals(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
-
-TVec IndexList(std::initializer_list<int> values) {
-  TVec v;
-  v.Size(static_cast<std::int32_t>(values.size()), false);
-  v.SetIsInteger(true);
-  std::copy(values.begin(), values.end(), v.IValues().begin());
-  return v;
-}
+using test::Doubles;
+using test::IndexList;
+using test::MessageOf;
+using test::Real;
 
 TEST(Gather, EachFormThenItsScatterRestores) {
-  TVec x;
-  x.SetIt(false, {10, 11, 12, 13, 14, 15, 16});
+  const TVec x = Real({10, 11, 12, 13, 14, 15, 16});
   const TVec perm = IndexList({6, 0, 3});
   const TVec mask = IndexList({0, 1, 1, 0, 0, 2, 0});
   struct Form {
@@ -38,7 +25,7 @@ TEST(Gather, EachFormThenItsScatterRestores) {
   for (const Form& f : forms) {
     TVec g, back;
     g.Gather(x, f.indexes, f.type, f.incr, f.offset);
-    EXPECT_EQ(Reals(g), f.gathered) << f.type;
+    EXPECT_EQ(Doubles(g), f.gathered) << f.type;
     back.Size(x.Length(), false);
     back.SetZero();
     back.Scatter(g, f.indexes, f.type, f.incr, f.offset);
@@ -50,51 +37,41 @@ TEST(Gather, EachFormThenItsScatterRestores) {
 }
 
 TEST(Gather, ComplexDataAndSplitByMaskRoundTrip) {
-  TVec z, mask, on, off, merged;
-  z.SetCplx({{1, 1}, {2, 2}, {3, 3}, {4, 4}});
-  mask = IndexList({1, 0, 0, 1});
+  TVec z = test::Cplx({{1, 1}, {2, 2}, {3, 3}, {4, 4}}), on, off, merged;
+  const TVec mask = IndexList({1, 0, 0, 1});
   z.SplitByMask(mask, on, off);
   ASSERT_TRUE(on.Complex());
   EXPECT_EQ(on.CValues()[1], (TCplx{4, 4}));
   EXPECT_EQ(off.CValues()[0], (TCplx{2, 2}));
-  EXPECT_EQ(Reals(merged.GatherSplit(mask, on, off)), Reals(z));
+  EXPECT_EQ(Doubles(merged.GatherSplit(mask, on, off)), Doubles(z));
   // A real source scattered into a complex Self gets zero imaginary parts.
-  TVec r;
-  r.SetIt(false, {-7});
-  z.ScatterByIndex(r, IndexList({2}));
+  z.ScatterByIndex(Real({-7}), IndexList({2}));
   EXPECT_EQ(z.CValues()[2], (TCplx{-7, 0}));
 }
 
 TEST(Gather, IndexValuesAreBoundedEvenWithoutChecks) {
-  TVec x, self;
-  x.SetIt(false, {1, 2, 3});
-  self.SetIt(false, {9});
+  TVec x = Real({1, 2, 3}), self = Real({9});
   self.SetConditionCheck(false);
-  EXPECT_THAT([&] { self.GatherByIndex(x, IndexList({0, 3})); },
-              ThrowsMessage<EQuorelRangeError>(StrEq("TVec.GatherByIndex: Indexes[1] = 3 out of range (X.Length: 3)")));
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { self.GatherByIndex(x, IndexList({0, 3})); }),
+            "TVec.GatherByIndex: Indexes[1] = 3 out of range (X.Length: 3)");
   EXPECT_THROW(x.ScatterByIndex(self, IndexList({-1})), EQuorelRangeError);
   EXPECT_THROW(self.ScatterByIncr(x, 1, 0), EQuorelRangeError);  // three elements into one
-  EXPECT_THAT(Reals(self), ElementsAre(9));
-  EXPECT_THAT(Reals(x), ElementsAre(1, 2, 3));
+  EXPECT_THAT(Doubles(self), ElementsAre(9));
+  EXPECT_THAT(Doubles(x), ElementsAre(1, 2, 3));
   // Without checks Self may be its own source: it is read as it was before the call.
   self.SetIt(false, {5, 6, 7, 8});
-  EXPECT_THAT(Reals(self.GatherByIncr(self, 2, 1)), ElementsAre(6, 8));
+  EXPECT_THAT(Doubles(self.GatherByIncr(self, 2, 1)), ElementsAre(6, 8));
 }
 
 TEST(Gather, RefusalsKeepEverything) {
-  TVec x, self, real, cplx;
-  x.SetIt(false, {1, 2, 3});
-  self.SetIt(false, {4, 5});
-  real.SetIt(false, {1, 0});
-  cplx.SetCplx({{1, 1}});
+  TVec x = Real({1, 2, 3}), self = Real({4, 5}), real = Real({1, 0}), cplx = test::Cplx({{1, 1}});
   const TVec mask = IndexList({1, 0, 1, 1});
   using Invalid = EQuorelInvalidArgument;
   auto refuses = [&](auto call, const char* message) {
-    EXPECT_THAT(call, ThrowsMessage<Invalid>(StrEq(message)));
-    EXPECT_THAT(Reals(self), ElementsAre(4, 5)) << message;
+    EXPECT_EQ(MessageOf<Invalid>(call), message);
+    EXPECT_THAT(Doubles(self), ElementsAre(4, 5)) << message;
   };
   refuses([&] { self.Gather(x, nullptr, 1, 0, 0); }, "TVec.Gather: Indexes = nil");
-  refuses([&] { self.Gather(x, nullptr, 2, 0, 0); }, "TVec.Gather: Indexes = nil");
   refuses([&] { self.Gather(x, nullptr, 3, 1, 0); }, "TVec.Gather: Unexpected IndexType value: 3");
   refuses([&] { self.GatherByIncr(x, 0, 0); }, "TVec.GatherByIncr: Increment <= 0");
   refuses([&] { self.GatherByIncr(self, 1, 0); }, "TVec.GatherByIncr: X = Self");
@@ -113,7 +90,7 @@ TEST(Gather, RefusalsKeepEverything) {
   refuses([&] { self.ScatterByIndex(cplx, IndexList({0})); }, "TVec.ScatterByIndex: Src is complex, Self is real");
   // GatherSplit needs one element per mask entry: 3 true entries, MaskVec has 2.
   EXPECT_THROW(self.GatherSplit(mask, real, x), EQuorelRangeError);
-  EXPECT_THAT(Reals(self), ElementsAre(4, 5));
+  EXPECT_THAT(Doubles(self), ElementsAre(4, 5));
 }
 
 }  // namespace

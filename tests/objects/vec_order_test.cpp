@@ -1,57 +1,47 @@
 // Ramp, slices, sorting with index vectors, primes and mask negation.
 #include <cmath>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "objects/test_util.h"
 #include "quorel/core/constants.h"
-#include "quorel/core/errors.h"
 #include "quorel/core/startup.h"
-#include "quorel/objects/vec.h"
 
 namespace quorel {
 namespace {
-
 using ::testing::ElementsAre;
-using ::testing::StrEq;
-using ::testing::ThrowsMessage;
-
-std::vector<double> Reals(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
-std::vector<int> Ints(const TVec& v) { return {v.IValues().begin(), v.IValues().end()}; }
+using test::Doubles;
+using test::Ints;
+using test::MessageOf;
+using test::Real;
 
 TEST(Order, RampForms) {
   TVec v;
   v.Size(10001);
   v.Ramp(0.0, 0.1);
   EXPECT_EQ(v[10000], 1000.0);  // a running sum of 0.1 would have drifted by ~1e-10
-  TVec c;
-  c.SetCplx({{9, 9}, {9, 9}, {9, 9}});
+  TVec c = test::Cplx({{9, 9}, {9, 9}, {9, 9}});
   EXPECT_EQ(c.Ramp(1.0, 2.0).CValues()[2], (TCplx{5, 0}));
   c.Ramp(TCplx{1, 1}, TCplx{0, -1}, 1, 2);
   EXPECT_EQ(c.CValues()[0], (TCplx{1, 0}));
   EXPECT_EQ(c.CValues()[2], (TCplx{1, 0}));
-  TVec r;
-  r.SetIt(false, {0, 0, 0});
+  TVec r = Real({0, 0, 0});
   r.Ramp(TCplx{0, 1}, 0.5);  // becomes complex of the same length
   ASSERT_EQ(r.Length(), 3);
   EXPECT_EQ(r.CValues()[2], (TCplx{1, 1}));
-  TVec idx;
-  idx.Size(4);
-  idx.SetIsInteger(true);
+  TVec idx = test::IndexList({9, 9, 9, 9});
   EXPECT_THAT(Ints(idx.Ramp()), ElementsAre(0, 1, 2, 3));
   EXPECT_THAT(Ints(idx.Ramp(5.0, -2.5)), ElementsAre(5, 2, 0, -2));
 
-  TVec real;
-  real.SetIt(false, {1, 2, 3});
-  EXPECT_THAT([&] { real.Ramp(TCplx{1, 1}, 1.0, 0, 1); }, ThrowsMessage<EQuorelInvalidArgument>(StrEq("Complex = False")));
+  TVec real = Real({1, 2, 3});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { real.Ramp(TCplx{1, 1}, 1.0, 0, 1); }), "Complex = False");
   EXPECT_THROW(real.Ramp(0.0, 1.0, 2, 5), EQuorelRangeError);
-  EXPECT_THAT(Reals(real), ElementsAre(1, 2, 3));
+  EXPECT_THAT(Doubles(real), ElementsAre(1, 2, 3));
 }
 
 TEST(Order, SortPlacesNanLastAndIndexesAreStable) {
-  TVec v, idx;
-  v.SetIt(false, {3, NaN, 1, 2, 1});
+  TVec v = Real({3, NaN, 1, 2, 1}), idx;
   v.SortAscend();
   EXPECT_EQ(v[0], 1);
   EXPECT_TRUE(std::isnan(v[4]));
@@ -66,8 +56,7 @@ TEST(Order, SortPlacesNanLastAndIndexesAreStable) {
   EXPECT_TRUE(std::isnan(v[4]));
 
   // Complex: by modulus, then by phase from -pi.
-  TVec z;
-  z.SetCplx({{0, -5}, {3, 4}, {1, 0}, {-5, 0}, {NaN, 0}});
+  TVec z = test::Cplx({{0, -5}, {3, 4}, {1, 0}, {-5, 0}, {NaN, 0}});
   z.SortAscend(&idx);
   EXPECT_THAT(Ints(idx), ElementsAre(2, 0, 1, 3, 4));
   EXPECT_EQ(z.CValues()[1], (TCplx{0, -5}));
@@ -77,36 +66,32 @@ TEST(Order, SortPlacesNanLastAndIndexesAreStable) {
   EXPECT_THAT(Ints(idx.SortDescend()), ElementsAre(4, 3, 2, 1, 0));  // index lists sort as integers
 
   v.SetIt(false, {2, 1});
-  EXPECT_THAT([&] { v.SortAscend(nullptr); }, ThrowsMessage<EQuorelInvalidArgument>(StrEq("IndexVec = nil")));
-  EXPECT_THAT([&] { v.SortDescend(&v); }, ThrowsMessage<EQuorelInvalidArgument>(StrEq("IndexVec = Self")));
-  EXPECT_THAT(Reals(v), ElementsAre(2, 1));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { v.SortAscend(nullptr); }), "IndexVec = nil");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { v.SortDescend(&v); }), "IndexVec = Self");
+  EXPECT_THAT(Doubles(v), ElementsAre(2, 1));
 }
 
 TEST(Order, SlicesPrimesAndMasks) {
-  TVec x, s;
-  x.SetIt(false, {0, 1, 2, 3, 4, 5, 6});
-  EXPECT_THAT(Reals(s.SliceIt(x, 2, 1, -1)), ElementsAre(1, 3, 5));
-  EXPECT_THAT(Reals(s.SliceIt(x, -3, 6, -1)), ElementsAre(6, 3, 0));
-  EXPECT_THAT(Reals(s.SliceIt(x, 3, 0, 2)), ElementsAre(0, 3));
+  TVec x = Real({0, 1, 2, 3, 4, 5, 6}), s;
+  EXPECT_THAT(Doubles(s.SliceIt(x, 2, 1, -1)), ElementsAre(1, 3, 5));
+  EXPECT_THAT(Doubles(s.SliceIt(x, -3, 6, -1)), ElementsAre(6, 3, 0));
+  EXPECT_THAT(Doubles(s.SliceIt(x, 3, 0, 2)), ElementsAre(0, 3));
   s.SliceItc(x, 1, 1, 2);  // x read as (0, 1), (2, 3), (4, 5)
   ASSERT_TRUE(s.Complex());
   EXPECT_EQ(s.CValues()[1], (TCplx{4, 5}));
   EXPECT_THROW(s.SliceIt(x, 3, 1, 3), EQuorelRangeError);  // position 7 of 7
-  EXPECT_THAT([&] { s.SliceIt(x, 0, 1, 1); }, ThrowsMessage<EQuorelInvalidArgument>(StrEq("TVec.SliceIt: Step = 0")));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.SliceIt(x, 0, 1, 1); }), "TVec.SliceIt: Step = 0");
   EXPECT_EQ(s.Length(), 2);
 
   TVec p;
-  EXPECT_THAT(Reals(p.PrimeNumbers(30)), ElementsAre(2, 3, 5, 7, 11, 13, 17, 19, 23, 29));
   EXPECT_EQ(p.PrimeNumbers(1).Length(), 0);
+  EXPECT_THAT(Doubles(p.PrimeNumbers(2)), ElementsAre(2));
   ASSERT_EQ(p.PrimeNumbers(7919).Length(), 1000);
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(p[i], QuorelPrimeArray[static_cast<std::size_t>(i)]) << i;
 
-  TVec m;
-  m.Size(4);
-  m.SetIsInteger(true);
-  m.Ramp(-1.0, 1.0);  // -1, 0, 1, 2
+  TVec m = test::IndexList({-1, 0, 1, 2});
   EXPECT_THAT(Ints(m.NotMask()), ElementsAre(0, 1, 0, 0));
-  EXPECT_THAT([&] { x.NotMask(); }, ThrowsMessage<EQuorelInvalidArgument>(StrEq("TVec.NotMask: Self is not integer")));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { x.NotMask(); }), "TVec.NotMask: Self is not integer");
 }
 
 }  // namespace
