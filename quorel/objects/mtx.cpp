@@ -1,10 +1,13 @@
 #include "quorel/objects/mtx.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
 #include "quorel/core/errors.h"
+#include "quorel/objects/mtx_detail.h"
 #include "quorel/objects/vec.h"
+#include "quorel/platform/kernels_move.h"
 
 namespace quorel {
 
@@ -59,7 +62,7 @@ void TMtx::MoveFrom(TMtx& other) noexcept {
   fLength = std::exchange(other.fLength, 0);
   fComplex = other.fComplex;
   fIsInteger = other.fIsInteger;
-  CopySettings(other);
+  fSettings = other.fSettings;
   SetShape(other.fRows, other.fCols);
   other.SetShape(0, 0);
   UpdatePointers();
@@ -78,12 +81,15 @@ void TMtx::SetShape(std::int32_t rows, std::int32_t cols) {
 }
 
 TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool complex) {
-  fIsInteger = isInteger;
-  if (rows == fRows && cols == fCols && complex == fComplex) return *this;
+  if (rows == fRows && cols == fCols && complex == fComplex) {
+    fIsInteger = isInteger;
+    return *this;
+  }
   if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
   const std::int64_t count = std::int64_t{rows} * cols;
   if (count > kMaxMtxElements) ERaise("Out of memory! Attempted to allocate over 2GB!");
   if (fIsSubRange) ERaise("IsSubRange = True!");
+  fIsInteger = isInteger;
   fSizeChanged = true;
   fComplex = complex;
   fLength = static_cast<std::int32_t>(count);
@@ -131,6 +137,7 @@ void TMtx::Reset() {
   Size(0, 0, false, false);
   fCaption.clear();
   fTag = 0;
+  fSettings = {};  // the next borrower starts from the defaults
   fConditionCheck = detail::mtx_condition_check;
 }
 
@@ -172,27 +179,61 @@ void TMtx::SetFullRange() {
 
 // --- whole-object copies ---------------------------------------------------------------------------
 
-void TMtx::CopySettings(const TMtx& src) {
-  fRefineSolution = src.fRefineSolution;
-  fConditionNumber = src.fConditionNumber;
-  fTriangleForm = src.fTriangleForm;
-  fTriangleUnit = src.fTriangleUnit;
-  fBalance = src.fBalance;
-  fEigGenType = src.fEigGenType;
-  fAutoMtxType = src.fAutoMtxType;
-  fSuperDiag = src.fSuperDiag;
-  fSubDiag = src.fSubDiag;
-}
-
 TMtx& TMtx::Assign(const TMtx& src) {
   if (Is(src)) {
     if (fConditionCheck) EInvalidArgumentRaise("Mtx = Self");
     return *this;
   }
   Size(src.fRows, src.fCols, src.fIsInteger, src.fComplex);
-  CopySettings(src);
+  fSettings = src.fSettings;
   if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;
+}
+
+TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<const double> values) {
+  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  const std::int64_t doubles = std::int64_t{rows} * cols * (complex ? 2 : 1);
+  if (static_cast<std::int64_t>(values.size()) < doubles)
+    ERangeErrorRaise(FormatMsg("TMtx.SetIt: %d values for %d doubles", static_cast<int>(values.size()),
+                               static_cast<int>(doubles)));
+  Size(rows, cols, complex);
+  if (doubles > 0) kern::Copy(values.data(), fValues, doubles);
+  return *this;
+}
+
+TMtx& TMtx::SetIt(bool complex, std::span<const double> values) {
+  const std::int64_t count = complex ? static_cast<std::int64_t>(values.size() / 2) : static_cast<std::int64_t>(values.size());
+  if (count != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+  return SetIt(fRows, fCols, complex, values);
+}
+
+TMtx& TMtx::SetVal(const TCplx& value) {
+  Size(fRows, fCols, true);
+  TDenseOf<TMtx>::SetVal(value, 0, fLength);
+  return *this;
+}
+
+// --- sizing that keeps data ------------------------------------------------------------------------
+
+TMtx& TMtx::Resize(std::int32_t rows, std::int32_t cols, bool zeroIt) {
+  if (rows == fRows && cols == fCols) return *this;
+  const std::int32_t keepRows = std::min(rows, fRows);
+  const std::int32_t keepCols = std::min(cols, fCols);
+  TWorkMtx saved;
+  if (keepRows > 0 && keepCols > 0) saved->Copy(*this);
+  Size(rows, cols);
+  if (zeroIt) SetZero();
+  if (keepRows > 0 && keepCols > 0) Copy(*saved, 0, 0, 0, 0, keepRows, keepCols);
+  return *this;
+}
+
+void TMtx::ValidateRange(std::int32_t row, std::int32_t col, std::int32_t toRow, std::int32_t toCol) const {
+  using mtxdetail::Fail;
+  Fail(row < 0 || col < 0, "(Row < 0) or (Col < 0)");
+  Fail(row > toRow, "Row > ToRow");
+  Fail(col > toCol, "Col > ToCol");
+  Fail(toRow >= fRows, "ToRows >= Rows");
+  Fail(toCol >= fCols, "ToCols >= Cols");
 }
 
 // --- cache -----------------------------------------------------------------------------------------

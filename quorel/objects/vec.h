@@ -8,6 +8,7 @@
 
 #include "quorel/objects/controller.h"
 #include "quorel/objects/dense.h"
+#include "quorel/objects/mtx_types.h"
 
 namespace quorel {
 
@@ -78,6 +79,30 @@ class TVec final : public TDenseOf<TVec> {
   double* PValues(std::int32_t i) const { return PValues1D(i); }
   TCplx* PCValues(std::int32_t i) const { return PCValues1D(i); }
   std::int32_t* PIValues(std::int32_t i) const { return PIValues1D(i); }
+  // --- matrix members ------------------------------------------------------------------------
+  /// Copies len consecutive storage elements of mtx from (row, col) into Self from index; Self
+  /// keeps its length and must have mtx's Complex.
+  TVec& CopyMtx(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int32_t index, std::int32_t len);
+  /// Self := column col of mtx.
+  TVec& GetCol(const TMtx& mtx, std::int32_t col);
+  /// Self := len elements of column col of mtx from row `row`.
+  TVec& GetCol(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int32_t len);
+  /// Self := row `row` of mtx.
+  TVec& GetRow(const TMtx& mtx, std::int32_t row);
+  /// Self := len elements of row `row` of mtx from column col.
+  TVec& GetRow(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int32_t len);
+  /// Self := diagonal k of mtx (k > 0 above the main diagonal, k < 0 below).
+  TVec& Diag(const TMtx* mtx, std::int32_t k);
+  /// Kronecker product of two vectors: Self[i * b.Length + j] = a[i] * b[j].
+  TVec& Kron(const TDenseQuorel& a, const TDenseQuorel& b);
+  /// Self := A * vec, A being mtx read as mtxType says: general; symmetric or Hermitian from the
+  /// TriangleForm triangle; triangular (TriangleUnit: unit diagonal); banded types from the band
+  /// storage of mtx (a square Cols x Cols matrix; the symmetric band types from the TriangleForm
+  /// half of the band). A real operand is promoted when the other is complex.
+  TVec& TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxType);
+  /// Self := mtx * vec for a general matrix of vec's kind, without promotion.
+  TVec& TensorProdInt(const TMtx& mtx, const TDenseQuorel& vec);
+
   /// Net count of switches to real minus switches to complex.
   std::int32_t ComplexSwitches() const { return fComplexSwitches; }
 

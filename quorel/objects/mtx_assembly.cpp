@@ -1,0 +1,288 @@
+// Block copies, vectors into rows, columns and diagonals, concatenation and splitting.
+#include <cstdint>
+#include <vector>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/mtx_detail.h"
+#include "quorel/platform/kernels_move.h"
+
+namespace quorel {
+
+using mtxdetail::At;
+using mtxdetail::Fail;
+using mtxdetail::OnKind;
+using mtxdetail::Ptr;
+
+namespace {
+// nrRows x nrCols elements from (sr, sc) of src to (dr, dc) of dst, row by row.
+void CopyBlock(const TMtx& src, std::int32_t sr, std::int32_t sc, TMtx& dst, std::int32_t dr, std::int32_t dc,
+               std::int32_t nrRows, std::int32_t nrCols) {
+  if (nrCols <= 0) return;
+  OnKind(src.Complex(), [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < nrRows; ++i) kern::Copy(At<T>(src, sr + i, sc), At<T>(dst, dr + i, dc), nrCols);
+  });
+}
+
+// Writes len elements of vec from vecIndex to dst, stepping `stride` elements.
+void Scatter(const TDenseQuorel& vec, std::int32_t vecIndex, TMtx& dst, std::int64_t start, std::int64_t stride,
+             std::int32_t len) {
+  OnKind(vec.Complex(), [&](auto t) {
+    using T = decltype(t);
+    const T* x = Ptr<T>(vec, vecIndex);
+    T* r = Ptr<T>(dst, start);
+    if (stride == 1) {
+      kern::Copy(x, r, len);
+    } else {
+      for (std::int32_t k = 0; k < len; ++k) r[k * stride] = x[k];
+    }
+  });
+}
+
+// Refuses a list with a missing matrix.
+template <class M>
+void NoNil(std::span<M* const> list) {
+  for (const M* m : list) Fail(m == nullptr, "Mtx = nil");
+}
+}  // namespace
+
+TMtx& TMtx::Copy(const TMtx& mtx, std::int32_t mtxRow, std::int32_t mtxCol, std::int32_t row, std::int32_t col,
+                 std::int32_t nrRows, std::int32_t nrCols) {
+  if (fConditionCheck) {
+    Fail(Is(mtx), "Mtx = Self");
+    Fail(mtx.fComplex != fComplex, "Mtx.Complex <> Complex");
+  }
+  Fail(mtxRow < 0 || mtxCol < 0 || row < 0 || col < 0 || nrRows < 0 || nrCols < 0, "(Row < 0) or (Col < 0)");
+  Fail(std::int64_t{mtxRow} + nrRows > mtx.fRows, "MtxRow + NrRows > Mtx.Rows");
+  Fail(std::int64_t{mtxCol} + nrCols > mtx.fCols, "MtxCol + NrCols > Mtx.Cols");
+  Fail(std::int64_t{row} + nrRows > fRows, "Row + NrRows > Rows");
+  Fail(std::int64_t{col} + nrCols > fCols, "Col + NrCols > Cols");
+  Fail(mtx.fComplex != fComplex, "Mtx.Complex <> Complex");  // different element sizes cannot be copied
+  CopyBlock(mtx, mtxRow, mtxCol, *this, row, col, nrRows, nrCols);
+  return *this;
+}
+
+// --- vectors into the storage ----------------------------------------------------------------------
+
+TMtx& TMtx::CopyVec(const TDenseQuorel& vec) { return CopyVec(vec, 0, vec.Length(), 0); }
+
+TMtx& TMtx::CopyVec(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t len, std::int32_t startPos) {
+  // The element size must agree whatever ConditionCheck says.
+  Fail(vec.Complex() != fComplex, "Vec.Complex <> Complex");
+  Fail(vec.Length() == 0, "Vec.Length = 0");
+  Fail(vecIndex < 0 || len < 0 || std::int64_t{vecIndex} + len > vec.Length(), "(VecIndex+Len-1) > Vec.Length");
+  Fail(startPos < 0 || std::int64_t{startPos} + len > std::int64_t{fCols} * fRows,
+       "(StartPos +VecIndex + Len) > Mtx.Cols*Mtx.Rows");
+  Scatter(vec, vecIndex, *this, startPos, 1, len);
+  return *this;
+}
+
+TMtx& TMtx::CopyVec(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t len, std::int32_t row,
+                    std::int32_t col) {
+  Fail(row < 0 || col < 0, "(Row < 0) or (Col < 0)");
+  return CopyVec(vec, vecIndex, len, static_cast<std::int32_t>(std::int64_t{row} * fLeadingCols + col));
+}
+
+TMtx& TMtx::CopyVec(const TDenseQuorel* vec, std::int32_t nrRows) {
+  Fail(vec == nullptr, "Vec = nil");
+  Fail(nrRows <= 0 || vec->Length() % nrRows != 0, "Vec.Length mod NrRows <> 0");
+  Size(nrRows, vec->Length() / nrRows, vec->Complex());
+  if (fLength > 0) Scatter(*vec, 0, *this, 0, 1, fLength);
+  return *this;
+}
+
+// --- rows, columns, diagonals ----------------------------------------------------------------------
+
+TMtx& TMtx::SetRow(const TDenseQuorel* vec, std::int32_t row) {
+  Fail(vec == nullptr, "Vec = nil");
+  return SetRow(vec, 0, row, 0, vec->Length());
+}
+
+TMtx& TMtx::SetRow(const TDenseQuorel* vec, std::int32_t vecIndex, std::int32_t row, std::int32_t col,
+                   std::int32_t len) {
+  Fail(vec == nullptr, "Vec = nil");
+  Fail(vec->Complex() != fComplex, "Complex <> Vec.Complex");
+  Fail(row < 0 || row > fRows - 1, "Row > (Rows-1)");
+  Fail(col < 0 || len < 0 || std::int64_t{col} + len > fCols, "(Col+Len) > Cols");
+  Fail(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length(), "(VecIndex+Len) > Vec.Length");
+  Scatter(*vec, vecIndex, *this, std::int64_t{row} * fLeadingCols + col, 1, len);
+  return *this;
+}
+
+TMtx& TMtx::SetCol(const TDenseQuorel* vec, std::int32_t col) {
+  Fail(vec == nullptr, "Vec = nil");
+  return SetCol(vec, 0, 0, col, vec->Length());
+}
+
+TMtx& TMtx::SetCol(const TDenseQuorel* vec, std::int32_t vecIndex, std::int32_t row, std::int32_t col,
+                   std::int32_t len) {
+  Fail(vec == nullptr, "Vec = nil");
+  Fail(vec->Complex() != fComplex, "Complex <> Vec.Complex");
+  Fail(col < 0 || col > fCols - 1, "Col > (Cols-1)");
+  Fail(row < 0 || len < 0 || std::int64_t{row} + len > fRows, "(Row+Len) > Rows");
+  Fail(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length(), "(VecIndex+Len) > Vec.Length");
+  Scatter(*vec, vecIndex, *this, std::int64_t{row} * fLeadingCols + col, fLeadingCols, len);
+  return *this;
+}
+
+TMtx& TMtx::SetRows(std::span<const TDenseQuorel* const> vecs) {
+  for (std::size_t k = 0; k < vecs.size(); ++k) SetRow(vecs[k], static_cast<std::int32_t>(k));
+  return *this;
+}
+
+TMtx& TMtx::SetCols(std::span<const TDenseQuorel* const> vecs) {
+  for (std::size_t k = 0; k < vecs.size(); ++k) SetCol(vecs[k], static_cast<std::int32_t>(k));
+  return *this;
+}
+
+TMtx& TMtx::Diag(const TDenseQuorel& vec, std::int32_t k) {
+  const std::int64_t n = vec.Length();
+  Fail(n == 0, "Vec.Length = 0");
+  Fail(vec.Complex() != fComplex, "Vec.Complex <> Complex");
+  if (k >= 0) {
+    Fail(n + k > fCols || n > fRows, "(((n + k) > fCols) or (n > fRows))");
+  } else {
+    Fail(n - k > fRows || n > fCols, "(((n - k) > fRows) or (n > fCols))");
+  }
+  const std::int64_t start = k >= 0 ? k : -std::int64_t{k} * fLeadingCols;
+  Scatter(vec, 0, *this, start, std::int64_t{fLeadingCols} + 1, static_cast<std::int32_t>(n));
+  return *this;
+}
+
+// --- concatenation ---------------------------------------------------------------------------------
+
+TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
+  NoNil(src);
+  if (src.empty()) return Size(0, 0);
+  std::int64_t cols = 0;
+  for (const TMtx* m : src) {
+    Fail(m->fRows != src[0]->fRows, "Src[0].Rows <> Src[i].Rows");
+    Fail(m->fComplex != src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
+    Fail(Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
+    cols += m->fCols;
+  }
+  Size(src[0]->fRows, static_cast<std::int32_t>(std::min<std::int64_t>(cols, 0x7FFFFFFF)), src[0]->fComplex);
+  return ConcatHorz(0, 0, src);
+}
+
+TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
+  NoNil(src);
+  Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
+  std::int64_t col = destCol;
+  for (const TMtx* m : src) {
+    Fail(std::int64_t{destRow} + m->fRows > fRows, "DestRow + Src[i].Rows > Rows");
+    Fail(fComplex != m->fComplex, "Complex <> Src[i].Complex");
+    if (fConditionCheck) Fail(Is(*m), "Mtx = Self");
+    col += m->fCols;
+  }
+  Fail(col > fCols, "Too many columns!");
+  col = destCol;
+  for (const TMtx* m : src) {
+    CopyBlock(*m, 0, 0, *this, destRow, static_cast<std::int32_t>(col), m->fRows, m->fCols);
+    col += m->fCols;
+  }
+  return *this;
+}
+
+TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
+  NoNil(src);
+  if (src.empty()) return Size(0, 0);
+  std::int64_t rows = 0;
+  for (const TMtx* m : src) {
+    Fail(m->fCols != src[0]->fCols, "Src[0].Cols <> Src[i].Cols");
+    Fail(m->fComplex != src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
+    Fail(Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
+    rows += m->fRows;
+  }
+  Size(static_cast<std::int32_t>(std::min<std::int64_t>(rows, 0x7FFFFFFF)), src[0]->fCols, src[0]->fComplex);
+  return ConcatVert(0, 0, src);
+}
+
+TMtx& TMtx::ConcatVert(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
+  NoNil(src);
+  Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
+  std::int64_t row = destRow;
+  for (const TMtx* m : src) {
+    Fail(std::int64_t{destCol} + m->fCols > fCols, "DestCol + Src[i].Cols > Cols");
+    Fail(fComplex != m->fComplex, "Complex <> Src[i].Complex");
+    if (fConditionCheck) Fail(Is(*m), "Mtx = Self");
+    row += m->fRows;
+  }
+  Fail(row > fRows, "Too many rows!");
+  row = destRow;
+  for (const TMtx* m : src) {
+    CopyBlock(*m, 0, 0, *this, static_cast<std::int32_t>(row), destCol, m->fRows, m->fCols);
+    row += m->fRows;
+  }
+  return *this;
+}
+
+namespace {
+// Checks an aRows x aCols tiling of matrices given row by row: every tile shares the rows of the
+// first tile of its row and the columns of the first tile of its column. Returns the tile row
+// heights and column widths.
+template <class M>
+void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> tiles, std::vector<std::int32_t>& heights,
+                 std::vector<std::int32_t>& widths) {
+  NoNil(tiles);
+  if (aRows <= 0 || aCols <= 0)
+    ERangeErrorRaise(FormatMsg("TMtx.Concat: Invalid ARows,ACols values: %d,%d", aRows, aCols));
+  if (std::int64_t{aRows} * aCols != static_cast<std::int64_t>(tiles.size()))
+    ERangeErrorRaise(FormatMsg("TMtx.Concat: (ARows*ACols)<>Length(Src): (%d*%d) <> %d", aRows, aCols,
+                               static_cast<int>(tiles.size())));
+  heights.assign(static_cast<std::size_t>(aRows), 0);
+  widths.assign(static_cast<std::size_t>(aCols), 0);
+  for (std::int32_t r = 0; r < aRows; ++r) heights[r] = tiles[static_cast<std::size_t>(r) * aCols]->Rows();
+  for (std::int32_t c = 0; c < aCols; ++c) widths[c] = tiles[c]->Cols();
+  for (std::size_t k = 0; k < tiles.size(); ++k) {
+    const M* m = tiles[k];
+    if (m->Rows() != heights[k / aCols] || m->Cols() != widths[k % aCols])
+      ERangeErrorRaise(
+          FormatMsg("TMtx.Concat: Invalid source matrix dimension: %d (%d,%d)", static_cast<int>(k), m->Rows(), m->Cols()));
+    if (m->Complex() != tiles[0]->Complex()) EInvalidArgumentRaise("TMtx.Concat: Source matrixes have mixed real/complex type");
+  }
+}
+
+std::int64_t Total(const std::vector<std::int32_t>& sizes) {
+  std::int64_t sum = 0;
+  for (std::int32_t s : sizes) sum += s;
+  return sum;
+}
+}  // namespace
+
+TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx* const> src) {
+  std::vector<std::int32_t> heights, widths;
+  CheckTiling(aRows, aCols, src, heights, widths);
+  for (const TMtx* m : src) Fail(Is(*m), "Mtx = Self");  // always: Self is resized first
+  const std::int64_t rows = Total(heights), cols = Total(widths);
+  Fail(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), src[0]->fComplex);
+  std::int32_t row = 0;
+  for (std::int32_t r = 0; r < aRows; ++r) {
+    ConcatHorz(row, 0, src.subspan(static_cast<std::size_t>(r) * aCols, static_cast<std::size_t>(aCols)));
+    row += heights[r];
+  }
+  return *this;
+}
+
+void TMtx::Split(std::int32_t aRows, std::int32_t aCols, std::span<TMtx* const> dst) const {
+  NoNil(dst);
+  for (const TMtx* m : dst) Fail(Is(*m), "Mtx = Self");
+  for (TMtx* m : dst) m->Size(m->fRows, m->fCols, fComplex);
+  std::vector<std::int32_t> heights, widths;
+  CheckTiling(aRows, aCols, dst, heights, widths);
+  Fail(Total(heights) != fRows || Total(widths) != fCols, "TMtx.Split: tiles do not cover Self");
+  std::int32_t row = 0;
+  for (std::int32_t r = 0; r < aRows; ++r) {
+    std::int32_t col = 0;
+    for (std::int32_t c = 0; c < aCols; ++c) {
+      TMtx& m = *dst[static_cast<std::size_t>(r) * aCols + c];
+      CopyBlock(*this, row, col, m, 0, 0, m.fRows, m.fCols);
+      col += widths[c];
+    }
+    row += heights[r];
+  }
+}
+
+}  // namespace quorel

@@ -1,0 +1,165 @@
+// Generated matrices (identity, triangles, Vandermonde, Pascal, Toeplitz) and the Kronecker and
+// outer products.
+#include <algorithm>
+#include <cstdint>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/mtx_detail.h"
+#include "quorel/platform/kernels_arith.h"
+#include "quorel/platform/kernels_axpy.h"
+#include "quorel/platform/kernels_move.h"
+
+namespace quorel {
+
+using mtxdetail::At;
+using mtxdetail::Fail;
+using mtxdetail::OnKind;
+using mtxdetail::Ptr;
+
+TMtx& TMtx::Eye() {
+  SetZero();
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    const std::int32_t n = std::min(fRows, fCols);
+    for (std::int32_t i = 0; i < n; ++i) *At<T>(*this, i, i) = mtxdetail::One<T>();
+  });
+  return *this;
+}
+
+TMtx& TMtx::Eye(std::int32_t rows, std::int32_t cols) {
+  Size(rows, cols);
+  return Eye();
+}
+
+namespace {
+// Copies columns [from(i), to(i)) of every row of src into dst and, when zeroOther, zeroes the rest.
+template <class Range>
+void CopyRowRanges(const TMtx& src, TMtx& dst, bool zeroOther, Range range) {
+  OnKind(src.Complex(), [&](auto t) {
+    using T = decltype(t);
+    const std::int32_t cols = src.Cols();
+    for (std::int32_t i = 0; i < src.Rows(); ++i) {
+      const auto [from, to] = range(i);
+      const std::int32_t a = std::clamp(from, 0, cols), b = std::clamp(to, a, cols);
+      kern::Copy(At<T>(src, i, a), At<T>(dst, i, a), b - a);
+      if (zeroOther) {
+        kern::Fill(T{}, At<T>(dst, i, 0), a);
+        kern::Fill(T{}, At<T>(dst, i, b), cols - b);
+      }
+    }
+  });
+}
+}  // namespace
+
+TMtx& TMtx::UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
+  Fail(Is(mtx), "TMtx.UpperTriangle: Mtx = Self");
+  Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
+  const std::int32_t shift = diagonal ? 0 : 1;
+  CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{i + shift, mtx.fCols}; });
+  return *this;
+}
+
+TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
+  Fail(Is(mtx), "TMtx.LowerTriangle: Mtx = Self");
+  Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
+  const std::int32_t shift = diagonal ? 1 : 0;
+  CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{0, i + shift}; });
+  return *this;
+}
+
+// --- products ---------------------------------------------------------------------------------------
+
+TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
+  Fail(Is(a) || Is(b), "Mtx = Self");
+  const bool complex = a.fComplex || b.fComplex;
+  TWorkMtx wa, wb;
+  const TDenseQuorel& pa = mtxdetail::Promoted(a, complex, wa);
+  const TDenseQuorel& pb = mtxdetail::Promoted(b, complex, wb);
+  const std::int64_t rows = std::int64_t{a.fRows} * b.fRows, cols = std::int64_t{a.fCols} * b.fCols;
+  Fail(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), complex);
+  OnKind(complex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < a.fRows; ++i)
+      for (std::int32_t k = 0; k < b.fRows; ++k) {
+        T* dst = At<T>(*this, i * b.fRows + k, 0);
+        const T* bRow = Ptr<T>(pb, std::int64_t{k} * b.fLeadingCols);
+        for (std::int32_t j = 0; j < a.fCols; ++j)
+          kern::ScaleByValue(bRow, *Ptr<T>(pa, std::int64_t{i} * a.fLeadingCols + j), dst + std::int64_t{j} * b.fCols,
+                             b.fCols);
+      }
+  });
+  return *this;
+}
+
+TMtx& TMtx::TensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  Fail(Is(vec1) || Is(vec2), "Vec = Self");
+  const bool complex = vec1.Complex() || vec2.Complex();
+  Size(vec1.Length(), vec2.Length(), complex);
+  SetZero();
+  return AddTensorProd(vec1, vec2);
+}
+
+TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  if (fConditionCheck) Fail(Is(vec1) || Is(vec2), "Vec = Self");
+  Fail(vec1.Length() != fRows, "Vec1.Length <> Rows");
+  Fail(vec2.Length() != fCols, "Vec2.Length <> Cols");
+  Fail(!fComplex && (vec1.Complex() || vec2.Complex()), "Complex <> Vec.Complex");
+  TWorkVec w1, w2;
+  const TDenseQuorel& p1 = mtxdetail::Promoted(vec1, fComplex, w1);
+  const TDenseQuorel& p2 = mtxdetail::Promoted(vec2, fComplex, w2);
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) kern::AddScaled(Ptr<T>(p2), *Ptr<T>(p1, i), At<T>(*this, i, 0), fCols);
+  });
+  return *this;
+}
+
+// --- generated matrices ----------------------------------------------------------------------------
+
+TMtx& TMtx::VanderMonde(std::int32_t cols, const TDenseQuorel& vec) {
+  Fail(Is(vec), "Vec = Self");
+  Size(vec.Length(), cols, vec.Complex());
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) {
+      T* r = At<T>(*this, i, 0);
+      const T x = *Ptr<T>(vec, i);
+      T p = mtxdetail::One<T>();
+      for (std::int32_t j = cols - 1; j >= 0; --j) {
+        r[j] = p;
+        p = mtxdetail::Mul(p, x);
+      }
+    }
+  });
+  return *this;
+}
+
+TMtx& TMtx::Pascl(std::int32_t n) {
+  Size(n, n, false);
+  for (std::int32_t i = 0; i < n; ++i)
+    for (std::int32_t j = 0; j < n; ++j)
+      Values(i, j) = (i == 0 || j == 0) ? 1.0 : Values(i - 1, j) + Values(i, j - 1);
+  return *this;
+}
+
+TMtx& TMtx::Toeplitz(const TDenseQuorel& vec) { return Toeplitz(vec, vec); }
+
+TMtx& TMtx::Toeplitz(const TDenseQuorel& col, const TDenseQuorel& row) {
+  Fail(Is(col) || Is(row), "Vec = Self");
+  Fail(col.Complex() != row.Complex(), "Col.Complex <> Row.Complex");
+  Size(col.Length(), row.Length(), col.Complex());
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) {
+      T* r = At<T>(*this, i, 0);
+      const std::int32_t below = std::min(i, fCols);  // columns left of the diagonal
+      kern::Reverse(Ptr<T>(col, i - below + 1), r, below);
+      if (i < fCols) kern::Copy(Ptr<T>(row), r + i, fCols - i);
+    }
+  });
+  return *this;
+}
+
+}  // namespace quorel

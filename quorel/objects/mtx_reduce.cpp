@@ -1,0 +1,137 @@
+// Reductions along rows and columns, trace and matrix norms, and column sorting.
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "quorel/core/complex_compare.h"
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/mtx_detail.h"
+#include "quorel/objects/vec.h"
+#include "quorel/platform/kernels_arith.h"
+#include "quorel/platform/kernels_cplx.h"
+#include "quorel/platform/kernels_reduce.h"
+
+namespace quorel {
+
+using mtxdetail::At;
+using mtxdetail::Fail;
+using mtxdetail::OnKind;
+using mtxdetail::Ptr;
+
+void TMtx::SumRows(TVec& dst) const {
+  dst.Size(fRows, fComplex);
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(dst, i) = kern::Sum(At<T>(*this, i, 0), fCols);
+  });
+}
+
+void TMtx::MeanRows(TVec& dst) const {
+  dst.Size(fRows, fComplex);
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(dst, i) = kern::Mean(At<T>(*this, i, 0), fCols);
+  });
+}
+
+void TMtx::SumCols(TVec& dst) const {
+  dst.Size(fCols, fComplex);
+  dst.SetZero();
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) kern::Add(Ptr<T>(dst), At<T>(*this, i, 0), Ptr<T>(dst), fCols);
+  });
+}
+
+void TMtx::MeanCols(TVec& dst) const {
+  SumCols(dst);
+  if (fRows > 0) dst.Scale(1.0 / fRows);
+}
+
+double TMtx::Trace() const {
+  Fail(fComplex, "Complex = True");
+  double sum = 0.0;
+  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum += Values(i, i);
+  return sum;
+}
+
+TCplx TMtx::Tracec() const {
+  Fail(!fComplex, "Complex = False");
+  TCplx sum{0.0, 0.0};
+  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum = mtxdetail::Add(sum, CValues(i, i));
+  return sum;
+}
+
+double TMtx::Norm1() const {
+  if (fRows == 0 || fCols == 0) return 0.0;
+  TWorkVec sums, mags;
+  sums->Size(fCols, false);
+  sums->SetZero();
+  mags->Size(fCols, false);
+  for (std::int32_t i = 0; i < fRows; ++i) {
+    if (fComplex) {
+      kern::Mag(At<TCplx>(*this, i, 0), mags->PValues(0), fCols);
+    } else {
+      kern::Abs(At<double>(*this, i, 0), mags->PValues(0), fCols);
+    }
+    kern::Add(sums->PValues(0), mags->PValues(0), sums->PValues(0), fCols);
+  }
+  return kern::NormInf(sums->PValues(0), fCols);
+}
+
+double TMtx::NormInf() const {
+  double norm = 0.0;
+  OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < fRows; ++i) norm = std::max(norm, kern::NormL1(At<T>(*this, i, 0), fCols));
+  });
+  return norm;
+}
+
+double Trace(const TMtx& a) { return a.Trace(); }
+double Norm1(const TMtx& a) { return a.Norm1(); }
+double NormInf(const TMtx& a) { return a.NormInf(); }
+
+// --- sorting ---------------------------------------------------------------------------------------
+
+namespace {
+// Strict orders with NaN after every number, whichever the direction.
+bool Before(double a, double b, bool ascending) {
+  if (std::isnan(a)) return false;
+  if (std::isnan(b)) return true;
+  return ascending ? a < b : a > b;
+}
+bool Before(const TCplx& a, const TCplx& b, bool ascending) {
+  if (IsNan(a)) return false;
+  if (IsNan(b)) return true;
+  return ascending ? Smaller(a, b) : Bigger(a, b);
+}
+
+// Sorts every column: the columns become contiguous rows of a transposed work copy.
+void SortColumns(TMtx& m, bool ascending) {
+  if (m.Rows() < 2) return;
+  TWorkMtx t;
+  t->Transp(m);
+  OnKind(m.Complex(), [&](auto x) {
+    using T = decltype(x);
+    for (std::int32_t j = 0; j < t->Rows(); ++j) {
+      T* row = At<T>(*t, j, 0);
+      std::sort(row, row + t->Cols(), [ascending](const T& a, const T& b) { return Before(a, b, ascending); });
+    }
+  });
+  m.Transp(*t);
+}
+}  // namespace
+
+TMtx& TMtx::SortAscend() {
+  SortColumns(*this, true);
+  return *this;
+}
+
+TMtx& TMtx::SortDescend() {
+  SortColumns(*this, false);
+  return *this;
+}
+
+}  // namespace quorel

@@ -1,0 +1,212 @@
+// Matrix operations against hand-computed results and element-by-element references.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/constants.h"
+#include "mtx_test_util.h"
+
+namespace quorel {
+namespace {
+using test::CplxMtx;
+using test::Doubles;
+using test::Numbered;
+using test::Real;
+using test::RealMtx;
+using V = std::vector<double>;
+
+TEST(MtxOps, TranspAndAdjungOfRaggedTiles) {
+  // Sizes that are not multiples of either tile edge, real and complex.
+  for (bool complex : {false, true}) {
+    const TMtx a = Numbered(37, 71, complex);  // odd both ways: every tile edge case
+    TMtx t, h;
+    t.Transp(a);
+    h.Adjung(a);
+    ASSERT_EQ(t.Rows(), 71);
+    ASSERT_EQ(t.Cols(), 37);
+    int wrong = 0;
+    for (int i = 0; i < 37; ++i)
+      for (int j = 0; j < 71; ++j) {
+        if (complex) {
+          const TCplx z = a.CValues(i, j);
+          wrong += !(t.CValues(j, i) == z) + !(h.CValues(j, i) == TCplx{z.Re, -z.Im});
+        } else {
+          wrong += (t.Values(j, i) != a.Values(i, j)) + (h.Values(j, i) != a.Values(i, j));
+        }
+      }
+    EXPECT_EQ(wrong, 0) << "complex " << complex;
+  }
+  TMtx m = RealMtx(2, 3, {1, 2, 3, 4, 5, 6});
+  m.Transp();
+  EXPECT_EQ(m.Rows(), 3);
+  EXPECT_EQ(Doubles(m), (V{1, 4, 2, 5, 3, 6}));
+}
+
+TEST(MtxOps, FlipsRotationAndExchanges) {
+  const TMtx a = RealMtx(2, 3, {1, 2, 3, 4, 5, 6});
+  TMtx r;
+  EXPECT_EQ(Doubles(r.FlipHor(a)), (V{3, 2, 1, 6, 5, 4}));
+  EXPECT_EQ(Doubles(r.FlipVer(a)), (V{4, 5, 6, 1, 2, 3}));
+  r.Rotate90(a);  // counter-clockwise
+  EXPECT_EQ(r.Rows(), 3);
+  EXPECT_EQ(Doubles(r), (V{3, 6, 2, 5, 1, 4}));
+  TMtx c = CplxMtx(1, 3, {{1, 1}, {2, 2}, {3, 3}});
+  c.FlipHor();
+  EXPECT_EQ(c.CValues(0, 0), (TCplx{3, 3}));
+  c.Rotate90();
+  EXPECT_EQ(c.Rows(), 3);
+  EXPECT_EQ(c.CValues(0, 0), (TCplx{1, 1}));
+  TMtx e = Numbered(3, 3, false);
+  e.RowExchange(0, 2).ColExchange(0, 1);
+  EXPECT_EQ(Doubles(e), (V{201, 200, 202, 101, 100, 102, 1, 0, 2}));
+  e.FlipVer();
+  EXPECT_EQ(e.Values(0, 0), 1);
+}
+
+TEST(MtxOps, ConcatSplitRoundTrip) {
+  const TMtx a = Numbered(2, 3, true), b = Numbered(2, 1, true), c = Numbered(1, 3, true), d = Numbered(1, 1, true);
+  TMtx m;
+  m.Concat(2, 2, {&a, &b, &c, &d});
+  ASSERT_EQ(m.Rows(), 3);
+  ASSERT_EQ(m.Cols(), 4);
+  EXPECT_EQ(m.CValues(1, 3), b.CValues(1, 0));
+  EXPECT_EQ(m.CValues(2, 2), c.CValues(0, 2));
+  TMtx a2(2, 3), b2(2, 1), c2(1, 3), d2(1, 1);
+  m.Split(2, 2, {&a2, &b2, &c2, &d2});
+  EXPECT_TRUE(a2.Complex());
+  EXPECT_EQ(Doubles(a2), Doubles(a));
+  EXPECT_EQ(Doubles(b2), Doubles(b));
+  EXPECT_EQ(Doubles(c2), Doubles(c));
+  EXPECT_EQ(Doubles(d2), Doubles(d));
+  TMtx h, v;
+  const TMtx x = RealMtx(2, 1, {1, 2}), y = RealMtx(2, 2, {3, 4, 5, 6});
+  EXPECT_EQ(Doubles(h.ConcatHorz({&x, &y})), (V{1, 3, 4, 2, 5, 6}));
+  const TMtx z = RealMtx(1, 2, {7, 8}), w = RealMtx(2, 1, {0, -1});
+  EXPECT_EQ(Doubles(v.ConcatVert({&y, &z})), (V{3, 4, 5, 6, 7, 8}));
+  v.ConcatHorz(1, 1, {&w});
+  EXPECT_EQ(Doubles(v), (V{3, 4, 5, 0, 7, -1}));
+}
+
+TEST(MtxOps, BlocksRowsColumnsAndDiagonals) {
+  TMtx m(3, 4);
+  m.SetZero();
+  m.Copy(Numbered(3, 3, false), 1, 1, 0, 2, 2, 2);
+  EXPECT_EQ(Doubles(m), (V{0, 0, 101, 102, 0, 0, 201, 202, 0, 0, 0, 0}));
+  const TVec r78 = Real({7, 8}), c56 = Real({5, 6}), six = Real({1, 2, 3, 4, 5, 6});
+  m.SetRow(&r78, 0, 2, 0, 2).SetCol(&c56, 0, 1, 3, 2);
+  EXPECT_EQ(Doubles(m), (V{0, 0, 101, 102, 0, 0, 201, 5, 7, 8, 0, 6}));
+  m.Diag(Real({-1, -2}), 1).Diag(Real({-3}), -2);
+  EXPECT_EQ(m.Values(0, 1), -1);
+  EXPECT_EQ(m.Values(1, 2), -2);
+  EXPECT_EQ(m.Values(2, 0), -3);
+  m.CopyVec(Real({9, 9, 9}), 1, 2, 3);  // storage order: wraps into the next row
+  EXPECT_EQ(m.Values(0, 3), 9);
+  EXPECT_EQ(m.Values(1, 0), 9);
+  TMtx r;
+  r.CopyVec(&six, 2);
+  EXPECT_EQ(r.Cols(), 3);
+  TMtx eye(2, 3, true);
+  eye.Eye();
+  EXPECT_EQ(Doubles(eye), (V{1, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0}));
+}
+
+TEST(MtxOps, Triangles) {
+  const TMtx a = RealMtx(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+  TMtx t;
+  EXPECT_EQ(Doubles(t.LowerTriangle(a, true, true)), (V{1, 0, 0, 4, 5, 0, 7, 8, 9}));
+  EXPECT_EQ(Doubles(t.UpperTriangle(a, true, false)), (V{0, 2, 3, 0, 0, 6, 0, 0, 0}));
+  // Without zeroing the rest stays: the strict upper part of a over the lower part with diagonal.
+  t.LowerTriangle(a, false, true);
+  EXPECT_EQ(Doubles(t), (V{1, 2, 3, 4, 5, 6, 7, 8, 9}));
+}
+
+TEST(MtxOps, BandedRoundTrip) {
+  // ku = 1, kl = 2 on a 5 x 5 matrix.
+  TMtx a(5, 5);
+  a.SetZero();
+  for (int i = 0; i < 5; ++i)
+    for (int j = std::max(0, i - 2); j <= std::min(4, i + 1); ++j) a.Values(i, j) = 10 * (i + 1) + j + 1;
+  int ku = -1, kl = -1;
+  a.DiagonalsCount(ku, kl);
+  EXPECT_EQ(ku, 1);
+  EXPECT_EQ(kl, 2);
+  TMtx b;
+  a.DenseToBanded(b);
+  ASSERT_EQ(b.Rows(), 4);
+  ASSERT_EQ(b.Cols(), 5);
+  EXPECT_EQ(b.SuperDiag(), 1);
+  EXPECT_EQ(b.SubDiag(), 2);
+  EXPECT_EQ(b.Values(0, 0), 0);   // unused corner
+  EXPECT_EQ(b.Values(0, 1), 12);  // super-diagonal A(0, 1)
+  EXPECT_EQ(b.Values(1, 4), 55);  // main diagonal A(4, 4)
+  EXPECT_EQ(b.Values(3, 0), 31);  // second sub-diagonal A(2, 0)
+  EXPECT_EQ(b.Values(3, 3), 0);   // would be A(5, 3)
+  TMtx back;
+  back.BandedToDense(b);
+  EXPECT_EQ(Doubles(back), Doubles(a));
+}
+
+TEST(MtxOps, ProductsAndGeneratedMatrices) {
+  TMtx k;
+  k.Kron(RealMtx(1, 2, {1, 2}), RealMtx(2, 2, {0, 1, 1, 0}));
+  EXPECT_EQ(Doubles(k), (V{0, 1, 0, 2, 1, 0, 2, 0}));
+  k.Kron(CplxMtx(1, 1, {{0, 1}}), RealMtx(1, 2, {2, 3}));  // mixed kinds promote
+  EXPECT_EQ(Doubles(k), (V{0, 2, 0, 3}));
+  TMtx t;
+  t.TensorProd(Real({1, 2}), Real({3, 4, 5})).AddTensorProd(Real({1, 0}), Real({1, 1, 1}));
+  EXPECT_EQ(Doubles(t), (V{4, 5, 6, 6, 8, 10}));
+  TMtx g;
+  EXPECT_EQ(Doubles(g.VanderMonde(3, Real({2, 3}))), (V{4, 2, 1, 9, 3, 1}));
+  g.Pascl(4);
+  EXPECT_EQ(g.Values(3, 3), 20);
+  EXPECT_EQ(g.Values(3, 2), 10);
+  EXPECT_EQ(Doubles(g.Toeplitz(Real({1, 2, 3}))), (V{1, 2, 3, 2, 1, 2, 3, 2, 1}));
+  EXPECT_EQ(Doubles(g.Toeplitz(Real({1, 5, 6}), Real({1, 2}))), (V{1, 2, 5, 1, 6, 5}));
+}
+
+TEST(MtxOps, ReductionsNormsAndSorting) {
+  const TMtx a = RealMtx(2, 2, {1, -2, 3, 4});
+  TVec v;
+  a.SumRows(v);
+  EXPECT_EQ(v.Values()[1], 7);
+  a.SumCols(v);
+  EXPECT_EQ(v.Values()[1], 2);
+  a.MeanCols(v);
+  EXPECT_EQ(v.Values()[0], 2);
+  a.MeanRows(v);
+  EXPECT_EQ(v.Values()[0], -0.5);
+  EXPECT_EQ(Trace(a), 5);
+  EXPECT_EQ(Norm1(a), 6);
+  EXPECT_EQ(NormInf(a), 7);
+  const TMtx c = CplxMtx(2, 2, {{3, 4}, {0, 0}, {1, 0}, {0, 1}});
+  EXPECT_EQ(Norm1(c), 6);
+  EXPECT_EQ(NormInf(c), 5);
+  EXPECT_EQ(c.Tracec(), (TCplx{3, 5}));
+  TMtx s = RealMtx(3, 2, {3, 1, 1, NaN, 2, 0});
+  s.SortAscend();
+  EXPECT_EQ(s.Values(0, 0), 1);
+  EXPECT_EQ(s.Values(2, 0), 3);
+  EXPECT_EQ(s.Values(0, 1), 0);
+  EXPECT_TRUE(std::isnan(s.Values(2, 1)));
+  s.SortDescend();
+  EXPECT_EQ(s.Values(0, 1), 1);
+  EXPECT_TRUE(std::isnan(s.Values(2, 1)));
+}
+
+TEST(MtxOps, TwoDimensionalArrays) {
+  T2DCplxArray arr{{{1, 2}, {3, 4}}, {{5, 6}, {7, 8}}};
+  TMtx m;
+  m.CopyFromArray(arr);
+  EXPECT_EQ(m.CValues(1, 0), (TCplx{5, 6}));
+  T2DCplxArray out;
+  m.CopyToArray(out);
+  EXPECT_EQ(out, arr);
+  T2DSampleArray real;
+  RealMtx(1, 2, {1, 2}).CopyToArray(real);
+  EXPECT_EQ(real, (T2DSampleArray{{1, 2}}));
+  RealMtx(1, 2, {1, 2}).CopyToArray(out);  // real values gain zero imaginary parts
+  EXPECT_EQ(out, (T2DCplxArray{{{1, 0}, {2, 0}}}));
+}
+
+}  // namespace
+}  // namespace quorel

@@ -1,0 +1,136 @@
+// Matrix shape: sizing rules, real/complex switching, sub-ranges, resizing, copies and the
+// element-wise methods seen through a matrix.
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "quorel/elementwise/statistics.h"
+#include "mtx_test_util.h"
+
+namespace quorel {
+namespace {
+using test::Doubles;
+using test::MessageOf;
+using test::Numbered;
+using test::RealMtx;
+
+TEST(MtxShape, SizingAndLengthRules) {
+  TMtx m;
+  m.Size(3, 4);
+  EXPECT_EQ(m.Length(), 12);
+  EXPECT_EQ(m.LeadingCols(), 4);
+  EXPECT_FALSE(m.Quadratic());
+  m.SetLength(12);  // the current length is accepted
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { m.SetLength(13); }), "TMtx: Length can not be set. Use Size!");
+  m.Size(4, 4);
+  EXPECT_TRUE(m.Quadratic());
+  EXPECT_EQ(m.Length(), 16);
+  // 400,000,000 elements exceed the limit; the matrix is left as it was.
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(20000, 20000); }),
+            "Out of memory! Attempted to allocate over 2GB!");
+  EXPECT_EQ(m.Rows(), 4);
+  // One element past the limit; the product is formed in 64 bits (65536 x 65536 would wrap to 0).
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(1, 0x10000000, true); }),
+            "Out of memory! Attempted to allocate over 2GB!");
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(65536, 65536); }),
+            "Out of memory! Attempted to allocate over 2GB!");
+  m.SetRows(2);
+  m.SetCols(7);
+  EXPECT_EQ(m.Length(), 14);
+  EXPECT_EQ(m.LeadingCols(), 7);
+  m.Size(3, 5, true);
+  EXPECT_EQ(m.Values().size(), 30u);
+}
+
+TEST(MtxShape, ComplexSwitchReinterpretsRows) {
+  TMtx m = RealMtx(2, 4, {1, 2, 3, 4, 5, 6, 7, 8});
+  m.set_Complex(true);
+  EXPECT_EQ(m.Rows(), 2);
+  EXPECT_EQ(m.Cols(), 2);
+  EXPECT_EQ(m.Length(), 4);
+  EXPECT_EQ(m.CValues(1, 0), (TCplx{5, 6}));
+  m.set_Complex(false);
+  EXPECT_EQ(m.Cols(), 4);
+  EXPECT_EQ(m.Values(1, 3), 8);
+  TMtx odd(3, 3);
+  odd.set_Complex(true);  // an odd column count loses doubles from view
+  EXPECT_EQ(odd.Cols(), 1);
+  EXPECT_EQ(odd.Length(), 3);
+}
+
+TEST(MtxShape, SubRangesOfWholeRowsKeepColumns) {
+  TMtx m = Numbered(4, 3, false);
+  m.SetSubRange(3, 6);  // rows 1 and 2
+  EXPECT_EQ(m.Rows(), 2);
+  EXPECT_EQ(m.Cols(), 3);
+  EXPECT_EQ(m.Values(1, 2), 202);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { m.Size(5, 5); }), "IsSubRange = True!");
+  m.SetSubRange(1, 4);  // not whole rows: a single row
+  EXPECT_EQ(m.Rows(), 1);
+  EXPECT_EQ(m.Cols(), 4);
+  EXPECT_EQ(m.Values(0, 0), 1);
+  m.SetFullRange();
+  EXPECT_EQ(m.Rows(), 4);
+  EXPECT_EQ(m.Cols(), 3);
+}
+
+TEST(MtxShape, ResizeKeepsTopLeftBlock) {
+  TMtx m = Numbered(3, 4, true);
+  m.Resize(5, 2, true);
+  EXPECT_EQ(m.Rows(), 5);
+  EXPECT_EQ(m.CValues(2, 1), (TCplx{201, 2.5}));
+  EXPECT_EQ(m.CValues(4, 1), (TCplx{0, 0}));
+  TMtx t;
+  t.ResizeAndTranspose(Numbered(2, 3, false), 4, 3);
+  EXPECT_EQ(Doubles(t), (std::vector<double>{0, 100, 0, 1, 101, 0, 2, 102, 0, 0, 0, 0}));
+}
+
+TEST(MtxShape, CopiesMovesAndSettings) {
+  TMtx a = Numbered(2, 3, true);
+  EXPECT_EQ(a.Balance(), btFull);
+  EXPECT_EQ(a.ConditionNumber(), cnNone);
+  a.SetTriangleForm(tfUpper);
+  a.SetSubDiag(2);
+  TMtx b(a);
+  EXPECT_EQ(b.TriangleForm(), tfUpper);
+  EXPECT_EQ(b.SubDiag(), 2);
+  EXPECT_EQ(Doubles(b), Doubles(a));
+  TMtx c(std::move(b));
+  EXPECT_EQ(c.Rows(), 2);
+  EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
+  EXPECT_EQ(b.Length(), 0);
+  EXPECT_EQ(b.Rows(), 0);
+  c = a;
+  EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.Assign(c); }), "Mtx = Self");
+}
+
+TEST(MtxShape, ElementwiseMethodsKeepMatrixShape) {
+  TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
+  TMtx r;
+  r.Sqrt(a);
+  EXPECT_EQ(r.Rows(), 2);
+  EXPECT_EQ(r.Cols(), 3);
+  EXPECT_EQ(Doubles(r), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+  TMtx s;
+  s.Add(a, r).Scale(2.0);  // chains stay TMtx
+  EXPECT_EQ(s.Values(1, 2), 84);
+  EXPECT_EQ(Sum(s), 2 * (91 + 21));
+  EXPECT_EQ(s.Max(), 84);
+  // A modulus turns a complex matrix into a real one of the same shape.
+  TMtx c = test::CplxMtx(1, 2, {{3, 4}, {0, -2}});
+  c.Abs();
+  EXPECT_FALSE(c.Complex());
+  EXPECT_EQ(c.Cols(), 2);
+  EXPECT_EQ(Doubles(c), (std::vector<double>{5, 2}));
+  // A complex fill of a real matrix makes it complex with the same shape.
+  a.SetVal(TCplx{1, -1});
+  EXPECT_EQ(a.Cols(), 3);
+  EXPECT_EQ(a.CValues(1, 2), (TCplx{1, -1}));
+  // A vector source must match the matrix's length.
+  TVec v = test::Real({1, 2});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Copy(v); }),
+            "TQuorel.Size: Initializing matrix with vector having different length!");
+}
+
+}  // namespace
+}  // namespace quorel
