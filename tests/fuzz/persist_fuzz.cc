@@ -39,8 +39,12 @@ template <class L>
 void LoadList(TQuorelMemoryStream& s) {
   L list;
   list.LoadFromStream(s);
-  for (std::int32_t i = 0; i < list.Count(); ++i) CheckResave(list[i]);
-  if (list.Count() < 64) {
+  std::int64_t total = 0;
+  for (std::int32_t i = 0; i < list.Count(); ++i) {
+    CheckResave(list[i]);
+    total += list[i].Length();
+  }
+  if (total <= kMaxResave) {
     TQuorelMemoryStream out;
     list.SaveToStream(out);
   }
