@@ -7,7 +7,7 @@ TEST_DIR      := $(BUILD_DIR)/test
 SANITIZE_DIR  := $(BUILD_DIR)/sanitize
 PREFIX        ?= /usr/local
 
-.PHONY: all deps demo test bench sanitize install clean
+.PHONY: all deps demo test bench sanitize fuzz install clean
 
 all: demo
 
@@ -40,6 +40,11 @@ sanitize: deps $(SANITIZE_DIR)/build.ninja
 	cmake --build $(SANITIZE_DIR) -j $(JOBS)
 	cd $(SANITIZE_DIR) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --output-on-failure -j $(JOBS) -E install_consumer
+
+# Fuzzes the binary readers with clang's libFuzzer for FUZZ_SECONDS.
+FUZZ_SECONDS ?= 300
+fuzz: deps
+	tests/fuzz/run.sh $(FUZZ_SECONDS)
 
 install: deps $(RELEASE_DIR)/build.ninja
 	cmake --build $(RELEASE_DIR) -j $(JOBS)

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "quorel/core/errors.h"
-#include "quorel/platform/kernels_move.h"
 
 namespace quorel {
 
@@ -78,37 +77,14 @@ template class TObjectList<TMtx>;
 
 // --- TVecList --------------------------------------------------------------------------------------
 
-namespace {
-
-void CopyRow(const TMtx& mtx, std::int32_t i, TVec& dst) {
-  dst.Size(mtx.Cols(), mtx.Complex());
-  if (mtx.Complex()) {
-    kern::Copy(mtx.PCValues(i, 0), dst.PCValues(0), mtx.Cols());
-  } else {
-    kern::Copy(mtx.PValues(i, 0), dst.PValues(0), mtx.Cols());
-  }
-}
-
-// No strided kernel exists; a column is a short gather.
-void CopyCol(const TMtx& mtx, std::int32_t j, TVec& dst) {
-  dst.Size(mtx.Rows(), mtx.Complex());
-  if (mtx.Complex()) {
-    for (std::int32_t i = 0; i < mtx.Rows(); ++i) *dst.PCValues(i) = mtx.CValues(i, j);
-  } else {
-    for (std::int32_t i = 0; i < mtx.Rows(); ++i) dst[i] = mtx.Values(i, j);
-  }
-}
-
-}  // namespace
-
 void TVecList::DecomposeColumnMatrix(const TMtx& mtx) {
   SetCount(mtx.Cols());
-  for (std::int32_t j = 0; j < mtx.Cols(); ++j) CopyCol(mtx, j, Items(j));
+  for (std::int32_t j = 0; j < mtx.Cols(); ++j) Items(j).GetCol(mtx, j);
 }
 
 void TVecList::DecomposeRowMatrix(const TMtx& mtx) {
   SetCount(mtx.Rows());
-  for (std::int32_t i = 0; i < mtx.Rows(); ++i) CopyRow(mtx, i, Items(i));
+  for (std::int32_t i = 0; i < mtx.Rows(); ++i) Items(i).GetRow(mtx, i);
 }
 
 namespace {
@@ -130,16 +106,8 @@ void TVecList::ComposeColumnMatrix(TMtx& dst) const {
     dst.Size(0, 0);
     return;
   }
-  const TVec& first = Items(0);
-  dst.Size(first.Length(), Count(), first.Complex());
-  for (std::int32_t j = 0; j < Count(); ++j) {
-    const TVec& v = Items(j);
-    if (v.Complex()) {
-      for (std::int32_t i = 0; i < v.Length(); ++i) dst.CValues(i, j) = *v.PCValues(i);
-    } else {
-      for (std::int32_t i = 0; i < v.Length(); ++i) dst.Values(i, j) = v[i];
-    }
-  }
+  dst.Size(Items(0).Length(), Count(), Items(0).Complex());
+  for (std::int32_t j = 0; j < Count(); ++j) dst.SetCol(&Items(j), j);
 }
 
 void TVecList::ComposeRowMatrix(TMtx& dst) const {
@@ -148,16 +116,8 @@ void TVecList::ComposeRowMatrix(TMtx& dst) const {
     dst.Size(0, 0);
     return;
   }
-  const TVec& first = Items(0);
-  dst.Size(Count(), first.Length(), first.Complex());
-  for (std::int32_t i = 0; i < Count(); ++i) {
-    const TVec& v = Items(i);
-    if (v.Complex()) {
-      kern::Copy(v.PCValues(0), dst.PCValues(i, 0), v.Length());
-    } else {
-      kern::Copy(v.PValues(0), dst.PValues(i, 0), v.Length());
-    }
-  }
+  dst.Size(Count(), Items(0).Length(), Items(0).Complex());
+  for (std::int32_t i = 0; i < Count(); ++i) dst.SetRow(&Items(i), i);
 }
 
 void TVecList::SetSubRange(const TMtx& mtx) {

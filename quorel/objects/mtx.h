@@ -16,7 +16,6 @@
 namespace quorel {
 
 class TQuorelStream;
-
 class TVec;
 
 /// Dense real or complex matrix. Usable on the stack or the heap; a copy is Assign.

@@ -6,6 +6,8 @@
 #include <limits>
 #include <utility>
 
+#include <sys/stat.h>
+
 namespace quorel {
 
 // --- TQuorelStream ---------------------------------------------------------------------------------
@@ -66,6 +68,8 @@ TQuorelFileStream::TQuorelFileStream(const std::string& fileName, TFileMode mode
   // (A null buffer would make the C library ignore the size.)
   buffer_ = std::make_unique_for_overwrite<char[]>(kBufferSize);
   std::setvbuf(file_, buffer_.get(), _IOFBF, kBufferSize);
+  struct stat st {};
+  if (::fstat(::fileno(file_), &st) == 0) size_ = static_cast<std::int64_t>(st.st_size);
 }
 
 TQuorelFileStream::~TQuorelFileStream() {
@@ -79,34 +83,32 @@ void TQuorelFileStream::SwitchTo(bool write) {
   lastWasRead_ = !write;
 }
 
+// Position and size are kept here rather than asked of the C stream: both are wanted before
+// every values block, and asking costs a system call (a seek would even drop the read buffer).
+// The file is assumed not to change under the stream.
 std::int64_t TQuorelFileStream::Read(void* buffer, std::int64_t count) {
   if (count <= 0) return 0;
   SwitchTo(false);
-  return static_cast<std::int64_t>(std::fread(buffer, 1, static_cast<std::size_t>(count), file_));
+  const auto got = static_cast<std::int64_t>(std::fread(buffer, 1, static_cast<std::size_t>(count), file_));
+  pos_ += got;
+  return got;
 }
 
 std::int64_t TQuorelFileStream::Write(const void* buffer, std::int64_t count) {
   if (count <= 0) return 0;
   SwitchTo(true);
-  return static_cast<std::int64_t>(std::fwrite(buffer, 1, static_cast<std::size_t>(count), file_));
+  const auto put = static_cast<std::int64_t>(std::fwrite(buffer, 1, static_cast<std::size_t>(count), file_));
+  pos_ += put;
+  size_ = std::max(size_, pos_);
+  return put;
 }
 
 std::int64_t TQuorelFileStream::Seek(std::int64_t offset, TSeekOrigin origin) {
   const int whence = origin == soBeginning ? SEEK_SET : origin == soCurrent ? SEEK_CUR : SEEK_END;
   ::fseeko(file_, static_cast<off_t>(offset), whence);
   lastWasWrite_ = lastWasRead_ = false;
-  return Position();
-}
-
-std::int64_t TQuorelFileStream::Position() { return static_cast<std::int64_t>(::ftello(file_)); }
-
-std::int64_t TQuorelFileStream::Size() {
-  const off_t here = ::ftello(file_);
-  ::fseeko(file_, 0, SEEK_END);
-  const off_t end = ::ftello(file_);
-  ::fseeko(file_, here, SEEK_SET);
-  lastWasWrite_ = lastWasRead_ = false;
-  return static_cast<std::int64_t>(end);
+  if (const off_t at = ::ftello(file_); at >= 0) pos_ = static_cast<std::int64_t>(at);
+  return pos_;
 }
 
 // --- TQuorelMemoryStream ---------------------------------------------------------------------------

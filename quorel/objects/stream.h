@@ -90,14 +90,16 @@ class TQuorelFileStream final : public TQuorelStream {
   std::int64_t Read(void* buffer, std::int64_t count) override;
   std::int64_t Write(const void* buffer, std::int64_t count) override;
   std::int64_t Seek(std::int64_t offset, TSeekOrigin origin) override;
-  std::int64_t Position() override;
-  std::int64_t Size() override;
+  std::int64_t Position() override { return pos_; }
+  std::int64_t Size() override { return size_; }
   const std::string& FileName() const { return fileName_; }
 
  private:
   std::unique_ptr<char[]> buffer_;  // the C stream's buffer; outlives it (closed in the destructor)
   std::FILE* file_ = nullptr;
   std::string fileName_;
+  std::int64_t pos_ = 0;
+  std::int64_t size_ = 0;
   bool lastWasWrite_ = false;  // C streams need a seek between a write and a read
   bool lastWasRead_ = false;
   void SwitchTo(bool write);

@@ -25,7 +25,7 @@ std::string MessageOf(F&& f) {
   return "<no exception>";
 }
 
-/// Appends values of type T, little-endian as they lie in memory.
+/// Appends values of type T as they lie in memory (little-endian).
 template <class T>
 TBytes& Put(TBytes& out, std::initializer_list<T> values) {
   for (T v : values) {

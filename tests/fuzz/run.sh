@@ -1,0 +1,15 @@
+#!/bin/sh
+# Builds the persistence fuzzer with clang and runs it for the given number of seconds (default
+# 300). Inputs that crash are written to build/fuzz/crashes/; keep them as tests/data/persist_fuzz_*.
+set -eu
+root=$(cd "$(dirname "$0")/../.." && pwd)
+seconds=${1:-300}
+command -v clang++ >/dev/null || { echo "fuzzing needs clang++ (apt-get install clang)" >&2; exit 1; }
+build=$root/build/fuzz
+cmake -S "$root/tests/fuzz" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ >/dev/null
+cmake --build "$build" -j2 --target persist_fuzz persist_fuzz_seeds
+mkdir -p "$build/corpus" "$build/crashes"
+export LSAN_OPTIONS="suppressions=$root/tests/fuzz/lsan.supp"
+"$build/persist_fuzz_seeds" "$build/corpus"
+"$build/persist_fuzz" -max_total_time="$seconds" -max_len=4096 -rss_limit_mb=4096 \
+  -artifact_prefix="$build/crashes/" "$build/corpus"
