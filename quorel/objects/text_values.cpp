@@ -1,5 +1,7 @@
 #include "quorel/objects/text_values.h"
 
+#include "quorel/objects/persist.h"
+
 #include <array>
 #include <fstream>
 #include <limits>
@@ -250,35 +252,21 @@ void SaveStringsToFile(const TStringList& list, const std::string& fileName) {
 // --- storage precisions ----------------------------------------------------------------------------
 
 namespace {
-struct TPrecisionInfo {
-  std::int32_t Bytes;
-  const char* Text;
+// Names in TPrecision order; the sizes come from the codecs of the binary format.
+constexpr std::array<const char*, 11> kPrecisionNames{
+    "float, 8 bytes",       "float, 4 bytes",          "integer, 4 bytes",      "unsigned integer, 4 bytes",
+    "integer, 2 bytes",     "unsigned integer, 2 bytes", "integer, 1 byte",      "unsigned integer, 1 byte",
+    "MuLaw integer, 1 byte", "ALaw integer, 1 byte",   "integer, 3 bytes",
 };
-
-// In TPrecision order.
-constexpr std::array<TPrecisionInfo, 11> kPrecisions{{
-    {8, "float, 8 bytes"},
-    {4, "float, 4 bytes"},
-    {4, "integer, 4 bytes"},
-    {4, "unsigned integer, 4 bytes"},
-    {2, "integer, 2 bytes"},
-    {2, "unsigned integer, 2 bytes"},
-    {1, "integer, 1 byte"},
-    {1, "unsigned integer, 1 byte"},
-    {1, "MuLaw integer, 1 byte"},
-    {1, "ALaw integer, 1 byte"},
-    {3, "integer, 3 bytes"},
-}};
 }  // namespace
 
 std::int32_t SizeOfPrecision(TPrecision precision, bool complex) {
-  if (precision >= kPrecisions.size()) return 0;
-  const std::int32_t bytes = kPrecisions[precision].Bytes;
+  const std::int32_t bytes = detail::BytesPerValue(precision);
   return complex ? 2 * bytes : bytes;
 }
 
 std::string PrecisionToStr(TPrecision precision) {
-  return precision < kPrecisions.size() ? kPrecisions[precision].Text : "";
+  return precision < kPrecisionNames.size() ? kPrecisionNames[precision] : "";
 }
 
 }  // namespace quorel
