@@ -141,6 +141,23 @@ void Matrices() {
   std::printf("%s", text.c_str());
 }
 
+void Persistence() {
+  std::printf("\nBinary round trip\n-----------------\n");
+  TVec v;
+  v.SetIt(false, {1.25, -3.5, 40000, 7});
+  v.SetCaption("samples");
+  v.SetPrecision(prSmallInt);  // stored as 16-bit integers: rounded and saturated
+  v.SetRounding(rnRound);
+  TQuorelMemoryStream stream;
+  v.SaveToStream(stream);
+  std::printf("  4 values as prSmallInt take %lld bytes with header and caption\n",
+              static_cast<long long>(stream.Size()));
+  stream.Seek(0, soBeginning);
+  TVec back;
+  back.LoadFromStream(stream);
+  Print(("read back (\"" + back.Caption() + "\"):").c_str(), back);
+}
+
 }  // namespace
 
 int main() {
@@ -152,6 +169,7 @@ int main() {
   Vectors();
   ElementWise();
   Matrices();
+  Persistence();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;
 }
