@@ -6,10 +6,13 @@
 #include <cstdint>
 #include <initializer_list>
 #include <span>
+#include <string>
 
 #include "quorel/objects/quorel_object.h"
 
 namespace quorel {
+
+class TQuorelStream;
 
 /// Base of the dense vector and matrix.
 class TDenseQuorel : public TQuorel {
@@ -17,6 +20,31 @@ class TDenseQuorel : public TQuorel {
 #define QUOREL_SELF_METHOD(name, params, args) TDenseQuorel& name params;
 #include "quorel/objects/dense_methods.inc"
 #undef QUOREL_SELF_METHOD
+
+  // --- persistence (binary layout and value encodings: quorel/objects/persist.h) --------------
+  // Readers raise before changing anything when the header is short or foreign; a short values
+  // block is not reported. The header is the one thing vectors and matrices write differently.
+  /// Header and caption, the values announced in the given precision.
+  virtual void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const = 0;
+  /// Reads header and caption, sizes Self and returns the precision of the values that follow.
+  virtual TPrecision ReadHeader(TQuorelStream& stream) = 0;
+  /// All elements in storage order, encoded in the given precision and rounding.
+  void WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const;
+  /// Length elements in the given precision.
+  void ReadValues(TQuorelStream& stream, TPrecision precision);
+  /// Header, caption and values in Self's own Precision and Rounding.
+  void SaveToStream(TQuorelStream& stream) const;
+  /// Reads one object: header, caption, values.
+  void LoadFromStream(TQuorelStream& stream);
+  /// Creates (or truncates) the file and saves into it.
+  void SaveToFile(const std::string& fileName) const { SaveToFile(fileName, false); }
+  /// With append, adds to the end of an existing file instead.
+  void SaveToFile(const std::string& fileName, bool append) const;
+  /// Loads the first object of the file.
+  void LoadFromFile(const std::string& fileName);
+  /// Same as SaveToStream / LoadFromStream (the "DataValues" property).
+  void SaveBinaryStream(TQuorelStream& stream) const { SaveToStream(stream); }
+  void LoadBinaryStream(TQuorelStream& stream) { LoadFromStream(stream); }
 
   // --- conversions to and from 32-bit integers ----------------------------------------------------
   /// Rounds to nearest (ties to even) into an integer array, saturating at the 32-bit range.

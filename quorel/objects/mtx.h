@@ -131,32 +131,12 @@ class TMtx final : public TDenseOf<TMtx> {
   std::int32_t SubDiag() const { return fSettings.SubDiag; }
   void SetSubDiag(std::int32_t value) { fSettings.SubDiag = value; }
 
-  // --- persistence ----------------------------------------------------------------------------
-  // Binary layout and value encodings: quorel/objects/persist.h. Readers raise before changing
-  // anything when the header is short or foreign; a short values block is not reported. Settings
-  // read from a header are restored only when they are valid ordinals (diagonal counts >= 0).
-  /// Header, caption and values in the matrix's own Precision and Rounding.
-  void SaveToStream(TQuorelStream& stream) const;
-  /// Reads one matrix: header, caption, values.
-  void LoadFromStream(TQuorelStream& stream);
-  /// Creates (or truncates) the file and saves into it.
-  void SaveToFile(const std::string& fileName) const { SaveToFile(fileName, false); }
-  /// With append, adds to the end of an existing file instead.
-  void SaveToFile(const std::string& fileName, bool append) const;
-  /// Loads the first matrix of the file.
-  void LoadFromFile(const std::string& fileName);
-  /// Same as SaveToStream / LoadFromStream (the "DataValues" property).
-  void SaveBinaryStream(TQuorelStream& stream) const { SaveToStream(stream); }
-  void LoadBinaryStream(TQuorelStream& stream) { LoadFromStream(stream); }
+  // --- persistence: the header of this kind (saving and loading are TDenseQuorel's) ---------
   /// The 104-byte header (values announced in the given precision) and the caption block.
-  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const;
+  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const override;
   /// Reads header and caption, sizes the matrix, restores its settings and returns the precision
   /// of the values.
-  TPrecision ReadHeader(TQuorelStream& stream);
-  /// All elements, row after row, encoded in the given precision and rounding.
-  void WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const;
-  /// Rows x Cols elements in the given precision.
-  void ReadValues(TQuorelStream& stream, TPrecision precision);
+  TPrecision ReadHeader(TQuorelStream& stream) override;
 
   // --- whole-object copies -------------------------------------------------------------------------
   /// Copy of shape, Complex, IsInteger, settings and values; "Mtx = Self" for itself.

@@ -84,30 +84,4 @@ TPrecision TMtx::ReadHeader(TQuorelStream& stream) {
   return precision;
 }
 
-// Element (i, j) lies at i x LeadingCols + j and LeadingCols = Cols after every sizing, so the
-// rows lie back to back in storage order.
-void TMtx::WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const {
-  if (fLength > 0) WriteBinaryValues(stream, fValues, precision, rounding, fComplex, fLength);
-}
-
-void TMtx::ReadValues(TQuorelStream& stream, TPrecision precision) {
-  if (fLength > 0) ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
-}
-
-void TMtx::SaveToStream(TQuorelStream& stream) const {
-  WriteHeader(stream, fPrecision, fRounding);
-  WriteValues(stream, fPrecision, fRounding);
-}
-
-void TMtx::LoadFromStream(TQuorelStream& stream) { ReadValues(stream, ReadHeader(stream)); }
-
-void TMtx::SaveToFile(const std::string& fileName, bool append) const {
-  SaveToStream(*detail::OpenForSave(fileName, append));
-}
-
-void TMtx::LoadFromFile(const std::string& fileName) {
-  TQuorelFileStream file(fileName, fmOpenRead);
-  LoadFromStream(file);
-}
-
 }  // namespace quorel

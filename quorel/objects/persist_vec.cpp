@@ -50,28 +50,4 @@ TPrecision TVec::ReadHeader(TQuorelStream& stream) {
   return precision;
 }
 
-void TVec::WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const {
-  if (fLength > 0) WriteBinaryValues(stream, fValues, precision, rounding, fComplex, fLength);
-}
-
-void TVec::ReadValues(TQuorelStream& stream, TPrecision precision) {
-  if (fLength > 0) ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
-}
-
-void TVec::SaveToStream(TQuorelStream& stream) const {
-  WriteHeader(stream, fPrecision, fRounding);
-  WriteValues(stream, fPrecision, fRounding);
-}
-
-void TVec::LoadFromStream(TQuorelStream& stream) { ReadValues(stream, ReadHeader(stream)); }
-
-void TVec::SaveToFile(const std::string& fileName, bool append) const {
-  SaveToStream(*detail::OpenForSave(fileName, append));
-}
-
-void TVec::LoadFromFile(const std::string& fileName) {
-  TQuorelFileStream file(fileName, fmOpenRead);
-  LoadFromStream(file);
-}
-
 }  // namespace quorel

@@ -219,30 +219,11 @@ class TVec final : public TDenseOf<TVec> {
   /// Net count of switches to real minus switches to complex.
   std::int32_t ComplexSwitches() const { return fComplexSwitches; }
 
-  // --- persistence ----------------------------------------------------------------------------
-  // Binary layout and value encodings: quorel/objects/persist.h. Readers raise before changing
-  // anything when the header is short or foreign; a short values block is not reported.
-  /// Header, caption and values in the vector's own Precision and Rounding.
-  void SaveToStream(TQuorelStream& stream) const;
-  /// Reads one vector: header, caption, values.
-  void LoadFromStream(TQuorelStream& stream);
-  /// Creates (or truncates) the file and saves into it.
-  void SaveToFile(const std::string& fileName) const { SaveToFile(fileName, false); }
-  /// With append, adds to the end of an existing file instead.
-  void SaveToFile(const std::string& fileName, bool append) const;
-  /// Loads the first vector of the file.
-  void LoadFromFile(const std::string& fileName);
-  /// Same as SaveToStream / LoadFromStream (the "DataValues" property).
-  void SaveBinaryStream(TQuorelStream& stream) const { SaveToStream(stream); }
-  void LoadBinaryStream(TQuorelStream& stream) { LoadFromStream(stream); }
+  // --- persistence: the header of this kind (saving and loading are TDenseQuorel's) ---------
   /// The 44-byte header (values announced in the given precision) and the caption block.
-  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const;
+  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const override;
   /// Reads header and caption, sizes the vector and returns the precision of the values.
-  TPrecision ReadHeader(TQuorelStream& stream);
-  /// All elements encoded in the given precision and rounding.
-  void WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const;
-  /// Length elements in the given precision.
-  void ReadValues(TQuorelStream& stream, TPrecision precision);
+  TPrecision ReadHeader(TQuorelStream& stream) override;
 
  protected:
   void DoSetComplex() override;
