@@ -44,29 +44,17 @@ TMtx& TMtx::operator=(TMtx&& other) noexcept {
 }
 
 void TMtx::MoveFrom(TMtx& other) noexcept {
-  const bool ownsBlock = other.fAllocatedBytes > 0 && !other.fIsSubRange;
-  const bool selfPlain = fCacheIndex < 0 && !fIsSubRange;
-  if (!ownsBlock || !selfPlain) {
-    // Cache memory and views stay with their object; move means copy here.
+  if (!TakeStorage(other)) {
+    // Cache memory and views stay with their object: move means copy here.
     try {
       Assign(other);
     } catch (...) {
     }
     return;
   }
-  ReleaseMemory();
-  fMemory = std::exchange(other.fMemory, nullptr);
-  fValues = std::exchange(other.fValues, nullptr);
-  fAllocatedBytes = std::exchange(other.fAllocatedBytes, 0);
-  fActualSize = std::exchange(other.fActualSize, 0);
-  fLength = std::exchange(other.fLength, 0);
-  fComplex = other.fComplex;
-  fIsInteger = other.fIsInteger;
   fSettings = other.fSettings;
   SetShape(other.fRows, other.fCols);
   other.SetShape(0, 0);
-  UpdatePointers();
-  other.UpdatePointers();
   NotifySetSize();
   other.NotifySetSize();
 }

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
@@ -85,6 +86,22 @@ void TQuorel::WriteArrayHeader() {
   if (fArrayHeader == nullptr || fIsSubRange) return;
   fArrayHeader[0] = 1;
   fArrayHeader[1] = fLength;
+}
+
+bool TQuorel::TakeStorage(TQuorel& other) noexcept {
+  // Cache memory, views and adopted storage stay with their object.
+  if (other.fAllocatedBytes <= 0 || other.fIsSubRange || fCacheIndex >= 0 || fIsSubRange) return false;
+  ReleaseMemory();
+  fMemory = std::exchange(other.fMemory, nullptr);
+  fValues = std::exchange(other.fValues, nullptr);
+  fAllocatedBytes = std::exchange(other.fAllocatedBytes, 0);
+  fActualSize = std::exchange(other.fActualSize, 0);
+  fLength = std::exchange(other.fLength, 0);
+  fComplex = other.fComplex;
+  fIsInteger = other.fIsInteger;
+  UpdatePointers();
+  other.UpdatePointers();
+  return true;
 }
 
 // --- real/complex ----------------------------------------------------------------------------------

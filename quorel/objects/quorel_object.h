@@ -173,6 +173,9 @@ class TQuorel {
   void NotifySetSize() {
     if (OnSetSize) OnSetSize(*this);
   }
+  /// Takes over other's own block (other becomes empty) when both are ordinary full-range objects
+  /// and other owns its block; false, with nothing changed, otherwise.
+  bool TakeStorage(TQuorel& other) noexcept;
   /// Same-object test used by every identity check.
   bool Is(const TQuorel& other) const { return this == &other; }
   /// Points the data base at another object's element (a view) and saves the full range.

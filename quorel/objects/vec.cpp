@@ -31,26 +31,14 @@ TVec& TVec::operator=(TVec&& other) noexcept {
 }
 
 void TVec::MoveFrom(TVec& other) noexcept {
-  const bool ownsBlock = other.fAllocatedBytes > 0 && !other.fIsSubRange && !other.fAdopted;
-  const bool selfPlain = fCacheIndex < 0 && !fIsSubRange && !fAdopted;
-  if (!ownsBlock || !selfPlain) {
-    // Cache memory, views and adopted storage stay with their object; move means copy here.
+  if (!TakeStorage(other)) {
+    // Cache memory, views and adopted storage stay with their object: move means copy here.
     try {
       Assign(other);
     } catch (...) {
     }
     return;
   }
-  ReleaseMemory();
-  fMemory = std::exchange(other.fMemory, nullptr);
-  fValues = std::exchange(other.fValues, nullptr);
-  fAllocatedBytes = std::exchange(other.fAllocatedBytes, 0);
-  fActualSize = std::exchange(other.fActualSize, 0);
-  fLength = std::exchange(other.fLength, 0);
-  fComplex = other.fComplex;
-  fIsInteger = other.fIsInteger;
-  UpdatePointers();
-  other.UpdatePointers();
   NotifySetSize();
   other.NotifySetSize();
 }
