@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "alloc_counter.h"
+#include "ratio_reporter.h"
 #include "quorel/quorel.h"
 
 #ifdef QUOREL_HAVE_EIGEN
@@ -195,45 +196,6 @@ QUOREL_BENCH(MaxIndex, eigen, {
 QUOREL_BENCH(NormL2, eigen, sink = A(d.va).matrix().norm())
 #endif
 
-// Collects the median time of every run, then prints quorel/loop and quorel/eigen ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& r : runs) {
-      const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-      const bool single = r.run_type == Run::RT_Iteration && r.repetitions <= 1;
-      if (!median && !single) continue;
-      std::string name = r.run_name.function_name;  // "Op/impl"
-      const auto slash = name.find('/');
-      const std::string op = name.substr(0, slash), impl = name.substr(slash + 1);
-      times_[op + "/" + r.run_name.args][impl] = r.GetAdjustedRealTime();
-      if (impl == "quorel") allocs_[op + "/" + r.run_name.args] = r.counters.count("allocs") ? r.counters.at("allocs").value : 0;
-    }
-  }
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    std::printf("\n%-24s %12s %12s %10s\n", "operation/size", "vs loop", "vs eigen", "allocs");
-    for (const auto& [key, t] : times_) {
-      auto ratio = [&](const char* other) {
-        auto q = t.find("quorel"), o = t.find(other);
-        return q != t.end() && o != t.end() ? q->second / o->second : NAN;
-      };
-      std::printf("%-24s %11.2fx %11.2fx %10.0f\n", key.c_str(), ratio("loop"), ratio("eigen"), allocs_[key]);
-    }
-  }
-
- private:
-  std::map<std::string, std::map<std::string, double>> times_;
-  std::map<std::string, double> allocs_;
-};
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return bench::RunWithRatios(argc, argv, {"loop", "eigen"}, "allocs"); }

@@ -1,6 +1,7 @@
 // Matrix transposition of 2000 x 2000 real and complex matrices: TMtx::Transp against a naive
 // strided loop and against Eigen (a row-major Map of the same data, .transpose() into another
-// Map). After the runs a table of time ratios (median of the repetitions) is printed.
+// Map). Argument 0 is the real matrix, 1 the complex one. After the runs a table of time ratios
+// (median of the repetitions) is printed.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -10,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "ratio_reporter.h"
 #include "quorel/quorel.h"
 
 #ifdef QUOREL_HAVE_EIGEN
@@ -97,44 +99,6 @@ BENCHMARK(BM_Transp_eigen)->Name("Transp/eigen")->Arg(0)->Arg(1)->UseRealTime();
 BENCHMARK(BM_Transp_quorel)->Name("Transp/quorel")->Arg(0)->Arg(1)->UseRealTime();
 BENCHMARK(BM_Transp_naive)->Name("Transp/naive")->Arg(0)->Arg(1)->UseRealTime();
 
-// Collects the median (or single) time of every run, then prints quorel/naive and quorel/eigen.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& r : runs) {
-      const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-      const bool single = r.run_type == Run::RT_Iteration && r.repetitions <= 1;
-      if (!median && !single) continue;
-      const std::string name = r.run_name.function_name;  // "Op/impl"
-      const auto slash = name.find('/');
-      const std::string kind = r.run_name.args == "1" ? "complex" : "real";
-      times_[name.substr(0, slash) + " " + kind][name.substr(slash + 1)] = r.GetAdjustedRealTime();
-    }
-  }
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    std::printf("\n%-24s %12s %12s   (quorel time / other time; below 1 is faster)\n", "operation", "vs naive",
-                "vs eigen");
-    for (const auto& [key, t] : times_) {
-      auto ratio = [&](const char* other) {
-        auto q = t.find("quorel"), o = t.find(other);
-        return q != t.end() && o != t.end() ? q->second / o->second : NAN;
-      };
-      std::printf("%-24s %11.2fx %11.2fx\n", key.c_str(), ratio("naive"), ratio("eigen"));
-    }
-  }
-
- private:
-  std::map<std::string, std::map<std::string, double>> times_;
-};
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return bench::RunWithRatios(argc, argv, {"naive", "eigen"}); }

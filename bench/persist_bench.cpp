@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include "ratio_reporter.h"
 #include "quorel/quorel.h"
 
 using namespace quorel;
@@ -141,39 +142,6 @@ PERSIST_BENCH(prDouble)
 PERSIST_BENCH(prSingle)
 PERSIST_BENCH(prSmallInt)
 
-// Collects the median time of every run, then prints quorel/raw ratios.
-class RatioReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    ConsoleReporter::ReportRuns(runs);
-    for (const Run& r : runs) {
-      const bool median = r.run_type == Run::RT_Aggregate && r.aggregate_name == "median";
-      const bool single = r.run_type == Run::RT_Iteration && r.repetitions <= 1;
-      if (!median && !single) continue;
-      const std::string name = r.run_name.function_name;  // "Op.precision/impl"
-      const auto slash = name.find('/');
-      times_[name.substr(0, slash)][name.substr(slash + 1)] = r.GetAdjustedRealTime();
-    }
-  }
-  void Finalize() override {
-    ConsoleReporter::Finalize();
-    std::printf("\n%-24s %12s\n", "operation", "quorel/raw");
-    for (const auto& [key, t] : times_) {
-      auto q = t.find("quorel"), o = t.find("raw");
-      std::printf("%-24s %11.2fx\n", key.c_str(), q != t.end() && o != t.end() ? q->second / o->second : NAN);
-    }
-  }
-
- private:
-  std::map<std::string, std::map<std::string, double>> times_;
-};
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  benchmark::Shutdown();
-  return 0;
-}
+int main(int argc, char** argv) { return bench::RunWithRatios(argc, argv, {"raw"}); }
