@@ -33,14 +33,9 @@ inline double RelativeError(double got, double want) {
 /// Tolerance for the gamma family and Bessel functions: relative 1e-15.
 inline constexpr double kSpecialRelTol = 1e-15;
 
-/// One line of a reference file: the numbers after the function name.
-struct RefRow {
-  std::vector<double> v;
-};
-
-/// Reads tests/data/<file>: "name number..." lines grouped by name; '#' starts a comment.
-inline std::map<std::string, std::vector<RefRow>> ReadReference(const std::string& file) {
-  std::map<std::string, std::vector<RefRow>> rows;
+/// Reads tests/data/<file>: "name number..." lines, the numbers grouped by name; '#' starts a comment.
+inline std::map<std::string, std::vector<std::vector<double>>> ReadReference(const std::string& file) {
+  std::map<std::string, std::vector<std::vector<double>>> rows;
   std::ifstream in(std::string(QUOREL_TEST_DATA_DIR) + "/" + file);
   std::string line;
   while (std::getline(in, line)) {
@@ -48,9 +43,8 @@ inline std::map<std::string, std::vector<RefRow>> ReadReference(const std::strin
     std::istringstream ls(line);
     std::string name, tok;
     ls >> name;
-    RefRow r;
-    while (ls >> tok) r.v.push_back(std::strtod(tok.c_str(), nullptr));
-    rows[name].push_back(r);
+    auto& row = rows[name].emplace_back();
+    while (ls >> tok) row.push_back(std::strtod(tok.c_str(), nullptr));
   }
   return rows;
 }

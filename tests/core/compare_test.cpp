@@ -7,51 +7,35 @@
 namespace quorel {
 namespace {
 
-TEST(RealCompare, SpecialValuesCompareByClass) {
+TEST(RealCompare, SpecialValuesCompareByClassAndTolerances) {
   EXPECT_TRUE(Equal(NaN, NaN, 0));
   EXPECT_TRUE(Equal(-NaN, NaN));
   EXPECT_FALSE(Equal(1, NaN, 1e300));
-  EXPECT_FALSE(Equal(NaN, 1, 1e300));
+  EXPECT_FALSE(Equal(NaN, 1));
   EXPECT_TRUE(Equal(INF, -INF, 0));
   EXPECT_TRUE(Equal(-INF, INF));
   EXPECT_FALSE(Equal(INF, NaN, 1));
-  EXPECT_FALSE(Equal(NaN, INF, 1));
   EXPECT_FALSE(Equal(1e308, INF, INF));
-}
-
-TEST(RealCompare, ToleranceBoundIsInclusive) {
+  // The tolerance is inclusive for Equal, strict for the order.
   EXPECT_TRUE(Equal(1, 1.5, 0.5));
   EXPECT_FALSE(Equal(1, 1.5000001, 0.5));
-  EXPECT_TRUE(Equal(0.1 + 0.2, 0.3, 1e-15));
   EXPECT_FALSE(Equal(0.1 + 0.2, 0.3));
   EXPECT_TRUE(Equal(-0.0, 0.0));
   EXPECT_TRUE(Equal(1e308, -1e308, INF));  // the difference does not overflow
-}
-
-TEST(RealCompare, BiggerAndSmallerNeedMoreThanTolerance) {
   EXPECT_FALSE(Bigger(2, 1, 1));
   EXPECT_TRUE(Bigger(2.5, 1, 1));
   EXPECT_FALSE(Smaller(1, 2, 1));
   EXPECT_TRUE(Smaller(1, 2.5, 1));
   EXPECT_FALSE(Bigger(NaN, 1, 0));
-  EXPECT_FALSE(Bigger(1, NaN, 0));
-  EXPECT_FALSE(Smaller(NaN, 1, 0));
+  EXPECT_FALSE(Smaller(1, NaN, 0));
   EXPECT_TRUE(Bigger(INF, 1, 0));
 }
 
 TEST(RealCompare, Classification) {
-  EXPECT_TRUE(IsNan(NaN));
-  EXPECT_FALSE(IsNan(INF));
-  EXPECT_TRUE(IsInf(-INF));
-  EXPECT_FALSE(IsInf(NaN));
-  EXPECT_FALSE(IsInf(1.7976931348623157e308));
-  EXPECT_TRUE(IsNanInf(NaN));
-  EXPECT_TRUE(IsInfNan(-INF));
-  EXPECT_FALSE(IsNanInf(0.0));
-  EXPECT_FALSE(IsNan(4.9e-324));
-  EXPECT_TRUE(IsNan(TCplx{1, NaN}));
-  EXPECT_TRUE(IsInf(TCplx{-INF, 0}));
-  EXPECT_FALSE(IsNanInf(TCplx{1, 2}));
+  EXPECT_TRUE(IsNan(NaN) && !IsNan(INF) && !IsNan(4.9e-324));
+  EXPECT_TRUE(IsInf(-INF) && !IsInf(NaN) && !IsInf(1.7976931348623157e308));
+  EXPECT_TRUE(IsNanInf(NaN) && IsInfNan(-INF) && !IsNanInf(0.0));
+  EXPECT_TRUE(IsNan(TCplx{1, NaN}) && IsInf(TCplx{-INF, 0}) && !IsNanInf(TCplx{1, 2}));
 }
 
 TEST(ComplexCompare, EqualIsComponentWise) {
@@ -66,10 +50,10 @@ TEST(ComplexCompare, EqualIsComponentWise) {
   EXPECT_TRUE(Equal(2.0, TCplx{2, 1e-9}, 1e-8));
 }
 
-TEST(ComplexCompare, OrderByModulusThenPhase) {
-  EXPECT_TRUE(Bigger(TCplx{0, 1}, TCplx{1, 0}));   // same class 3, smaller Re wins
-  EXPECT_FALSE(Bigger(TCplx{0, -1}, TCplx{1, 0}));  // class 2 below class 3
+TEST(ComplexCompare, OrderByModulusThenPhaseAndMaxMin) {
   EXPECT_TRUE(Bigger(TCplx{3, 0}, TCplx{0, 2}));
+  EXPECT_TRUE(Bigger(TCplx{0, 1}, TCplx{1, 0}));  // equal moduli: the phase decides
+  EXPECT_FALSE(Bigger(TCplx{0, -1}, TCplx{1, 0}));
   EXPECT_TRUE(Smaller(TCplx{1, 0}, TCplx{0, 1}));
   // Equal moduli walk the circle from -pi to pi: each point is bigger than all before it.
   const TCplx circle[] = {{-1, -1e-9}, {-0.6, -0.8}, {0, -1}, {0.6, -0.8}, {1, 0},
@@ -80,24 +64,17 @@ TEST(ComplexCompare, OrderByModulusThenPhase) {
       EXPECT_EQ(Smaller2(circle[i], circle[j]), i < j) << i << " " << j;
     }
   }
-}
-
-TEST(ComplexCompare, RealOperandIgnoresItsSign) {
+  // A real operand counts by its modulus, ties broken by phase.
   EXPECT_FALSE(Bigger(TCplx{2, 0}, -3.0));
   EXPECT_TRUE(Bigger(TCplx{0, 4}, -3.0));
-  EXPECT_TRUE(Bigger(TCplx{0, 3}, 3.0));     // tie broken by phase
-  EXPECT_TRUE(Smaller(TCplx{0, -3}, -3.0));  // tie: class 2 comes before the class 4 of (-3, 0)
-}
-
-TEST(ComplexCompare, OrEqualMaxMin) {
-  TCplx a{1, 2}, b{2, 1};
-  EXPECT_TRUE(BiggerOrEqual(a, a));
-  EXPECT_TRUE(SmallerOrEqual(a, a));
-  EXPECT_TRUE(BiggerOrEqual(a, b));   // same modulus, a has the larger phase
+  EXPECT_TRUE(Bigger(TCplx{0, 3}, 3.0));
+  EXPECT_TRUE(Smaller(TCplx{0, -3}, -3.0));  // class 2 comes before the class 4 of (-3, 0)
+  const TCplx a{1, 2}, b{2, 1};
+  EXPECT_TRUE(BiggerOrEqual(a, a) && SmallerOrEqual(a, a));
+  EXPECT_TRUE(BiggerOrEqual(a, b));  // same modulus, a has the larger phase
   EXPECT_FALSE(SmallerOrEqual(a, b));
   EXPECT_EQ(Max(a, b), a);
   EXPECT_EQ(Min(a, b), b);
-  EXPECT_EQ(Max(TCplx{0, 0}, TCplx{0, 0}), (TCplx{0, 0}));
 }
 
 }  // namespace

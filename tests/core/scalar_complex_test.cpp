@@ -1,5 +1,6 @@
-// Complex arithmetic, square roots, powers and roots, rounding and the elementary functions.
+// Complex arithmetic, roots, powers and rounding; the elementary functions against reference values.
 #include <cmath>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ void ExpectNear(const TCplx& got, const TCplx& want, double tol = kRouteTol) {
                                              << want.Im << ")";
 }
 
-TEST(ComplexArith, TextbookFormulas) {
+TEST(ComplexArith, TextbookFormulasWithoutOverflowAndExactRoots) {
   EXPECT_TRUE(Equal(CDiv(TCplx{1, 2}, TCplx{3, 4}), TCplx{0.44, 0.08}, 1e-16));
   EXPECT_EQ(CMul(TCplx{1, 2}, TCplx{3, 4}), (TCplx{-5, 10}));
   EXPECT_EQ(CAdd(TCplx{1, 2}, 3.0), (TCplx{4, 2}));
@@ -30,21 +31,11 @@ TEST(ComplexArith, TextbookFormulas) {
   EXPECT_EQ(CDiv(TCplx{4, 2}, 2.0), (TCplx{2, 1}));
   EXPECT_EQ(CInv(TCplx{0, 2}), (TCplx{0, -0.5}));
   EXPECT_EQ(CSqr(TCplx{1, 2}), (TCplx{-3, 4}));
-  EXPECT_EQ(CAddI(TCplx{1, 2}, 3), (TCplx{1, 5}));
   EXPECT_EQ(CSubI(TCplx{1, 2}, 3), (TCplx{1, -1}));
   EXPECT_EQ(CMulI(TCplx{1, 2}, 3), (TCplx{-6, 3}));
   EXPECT_EQ(CInvMulI(TCplx{0, 2}), (TCplx{0.5, 0}));  // i / (2i)
   ExpectNear(CInvMulI(TCplx{3, -4}), CDiv(TCplx{0, 1}, TCplx{3, -4}));
   EXPECT_EQ(CSubMulI(TCplx{1, 2}), (TCplx{2, PIDIV2 - 1}));
-  EXPECT_EQ(MulI(TCplx{1, 2}), (TCplx{-2, 1}));
-  EXPECT_EQ(Flip(TCplx{1, 2}), (TCplx{2, 1}));
-  EXPECT_EQ(FlipConj(TCplx{1, 2}), (TCplx{2, -1}));
-  TCplx r;
-  CMul(TCplx{1, 2}, TCplx{3, 4}, r);
-  EXPECT_EQ(r, (TCplx{-5, 10}));
-}
-
-TEST(ComplexArith, UnscaledFormulasDoNotOverflowForDoubles) {
   // |b|^2 = 2e400 would overflow a double; it is formed in extended precision.
   ExpectNear(CDiv(TCplx{1e200, 1e200}, TCplx{1e200, 1e200}), TCplx{1, 0});
   ExpectNear(CMul(TCplx{1e300, 1e300}, TCplx{1e-300, -1e-300}), TCplx{2, 0});
@@ -53,38 +44,21 @@ TEST(ComplexArith, UnscaledFormulasDoNotOverflowForDoubles) {
   EXPECT_EQ(CAbs1(TCplx{-3, 4}), 7);
   EXPECT_EQ(Norm(TCplx{3, 4}), 25);
   EXPECT_TRUE(IsNanInf(CDiv(TCplx{1, 0}, TCplx{0, 0})));
-}
-
-TEST(ComplexSqrt, PrincipalRootAndSignRules) {
+  // Exact square roots (accuracy and the cuts are in the reference data).
   EXPECT_EQ(CSqrt(TCplx{-4, 0}), (TCplx{0, 2}));
-  EXPECT_EQ(CSqrt(TCplx{-4, -0.0}), (TCplx{0, 2}));  // -0 counts as non-negative
-  EXPECT_EQ(CSqrt(TCplx{4, 0}), (TCplx{2, 0}));
   EXPECT_EQ(CSqrt(TCplx{0, 0}), (TCplx{0, 0}));
-  EXPECT_EQ(CSqrt(TCplx{0, 2}), (TCplx{1, 1}));
   EXPECT_EQ(CSqrt(TCplx{0, -2}), (TCplx{1, -1}));
-  EXPECT_EQ(CSqrt(TCplx{-3, 4}), (TCplx{1, 2}));
-  EXPECT_EQ(CSqrt(TCplx{-3, -4}), (TCplx{1, -2}));
-  EXPECT_EQ(CSqrt(TCplx{3, -4}), (TCplx{2, -1}));
-  // The root squares back and lies in the right half-plane, for every quadrant.
-  for (double re : {-2.5, -1e-3, 0.7, 1e5}) {
-    for (double im : {-3.0, -1e-8, 1e-8, 2.0}) {
-      TCplx s = CSqrt(TCplx{re, im});
-      EXPECT_GE(s.Re, 0);
-      EXPECT_EQ(std::signbit(s.Im), std::signbit(im));
-      ExpectNear(CSqr(s), TCplx{re, im});
-    }
-  }
 }
 
-TEST(ComplexPower, ZeroRulesAndAgreementWithRepeatedProducts) {
+TEST(ComplexPower, ZeroRulesRepeatedProductsAndRoots) {
   EXPECT_EQ(Power(TCplx{0, 0}, TCplx{0, 0}), (TCplx{1, 0}));
-  EXPECT_EQ(Power(TCplx{0, 0}, TCplx{2, 0}), (TCplx{0, 0}));
   EXPECT_EQ(Power(TCplx{0, 0}, 0.0), (TCplx{1, 0}));
   EXPECT_EQ(Power(0.0, TCplx{3, 1}), (TCplx{0, 0}));
   EXPECT_EQ(Power(TCplx{5, 7}, TCplx{0, 0}), (TCplx{1, 0}));
   ExpectNear(Power(-8.0, TCplx{1.0 / 3, 0}), TCplx{1, std::sqrt(3.0)});  // principal cube root
   ExpectNear(Power(TCplx{0, 1}, TCplx{0, 1}), TCplx{std::exp(-PIDIV2), 0});  // i^i
-  TCplx z{0.8, -1.3}, p{1, 0};
+  const TCplx z{0.8, -1.3};
+  TCplx p{1, 0};
   for (int n = 1; n <= 12; ++n) {
     p = CMul(p, z);
     ExpectNear(IntPower(z, n), p);
@@ -92,18 +66,13 @@ TEST(ComplexPower, ZeroRulesAndAgreementWithRepeatedProducts) {
     ExpectNear(IntPower(z, -n), CInv(p));
   }
   EXPECT_EQ(IntPower(TCplx{3, 4}, 0), (TCplx{1, 0}));
-}
-
-TEST(ComplexRoot, AllRootsAreDistinctAndRaiseBack) {
-  TCplx z{-2, 5};
-  const int n = 5;
-  for (int k = 0; k < n; ++k) {
-    TCplx r = Root(z, k, n);
-    ExpectNear(IntPower(r, n), z);
-    for (int j = 0; j < k; ++j) EXPECT_GT(CAbs(CSub(r, Root(z, j, n))), 0.1);
+  // The n roots are distinct and raise back.
+  for (int k = 0; k < 5; ++k) {
+    const TCplx r = Root(TCplx{-2, 5}, k, 5);
+    ExpectNear(IntPower(r, 5), TCplx{-2, 5});
+    for (int j = 0; j < k; ++j) EXPECT_GT(CAbs(CSub(r, Root(TCplx{-2, 5}, j, 5))), 0.1);
   }
   ExpectNear(Root(TCplx{-4, 0}, 0, 2), TCplx{0, 2});
-  ExpectNear(Root(TCplx{8, 0}, 0, 3), TCplx{2, 0});
   // FixAngle keeps the angle in (-2pi, 2pi): the last root of 1 is at 2pi (n-1)/n.
   ExpectNear(Root(TCplx{1, 0}, 3, 4), TCplx{0, -1});
 }
@@ -117,7 +86,6 @@ TEST(ComplexRounding, PerPartRules) {
   EXPECT_EQ(Rem(TCplx{-7, 7}, TCplx{3, -3}), (TCplx{-1, 1}));
   EXPECT_EQ(Sgn(TCplx{0, -2}), -1);
   EXPECT_EQ(Sgn(TCplx{-0.0, 2}), 1);
-  EXPECT_EQ(Sgn(TCplx{3, -2}), 1);
   EXPECT_EQ(Sgn(TCplx{0, 0}), 0);
   EXPECT_EQ(Sign(TCplx{0, 0}), (TCplx{0, 0}));
   ExpectNear(Sign(TCplx{3, -4}), TCplx{0.6, -0.8});
@@ -131,40 +99,27 @@ TEST(ComplexFunctions, PolarFormAndLogarithms) {
   ExpectNear(PolarToCart(p), z);
   ExpectNear(PolarToCart(2, PIDIV2), TCplx{0, 2});
   ExpectNear(Expj(PI), TCplx{-1, 0});
-  ExpectNear(Exp(Ln(z)), z);
   ExpectNear(Exp2(Log2(z)), z);
   ExpectNear(Exp10(Log10(z)), z);
   ExpectNear(Exp2(TCplx{10, 0}), TCplx{1024, 0});
   ExpectNear(LogN(TCplx{0, 2}, z), CDiv(Ln(z), Ln(TCplx{0, 2})));
   ExpectNear(LogN(2.0, TCplx{8, 0}), TCplx{3, 0});
   ExpectNear(LogN(TCplx{2, 0}, 0.5), TCplx{-1, 0});
-  // The cut of Ln: the sign of a zero imaginary part picks the side.
-  EXPECT_EQ(Ln(TCplx{-1, 0}).Im, PI);
-  EXPECT_EQ(Ln(TCplx{-1, -0.0}).Im, -PI);
-  EXPECT_EQ(Ln(TCplx{0, 0}).Re, -INF);
+  EXPECT_EQ(Ln(TCplx{0, 0}).Re, -INF);  // the cuts themselves are in the reference data
 }
 
 TEST(ComplexFunctions, TrigonometricIdentities) {
   const TCplx zs[] = {{0.3, -0.7}, {-2.1, 1.4}, {5, 0.5}};
   for (const TCplx& z : zs) {
-    TCplx s = Sin(z), c = Cos(z);
-    ExpectNear(CAdd(CSqr(s), CSqr(c)), C_ONE);
-    ExpectNear(Tan(z), CDiv(s, c));
+    const TCplx s = Sin(z), c = Cos(z);
     ExpectNear(Sec(z), CInv(c));
     ExpectNear(Csc(z), CInv(s));
-    ExpectNear(Cot(z), CInv(Tan(z)));
+    ExpectNear(Cot(z), CDiv(c, s));
     ExpectNear(Sinh(z), Neg(MulI(Sin(MulI(z)))));  // sinh z = -i sin(iz)
     ExpectNear(Cosh(z), Cos(MulI(z)));
-    ExpectNear(Tanh(z), CDiv(Sinh(z), Cosh(z)));
     ExpectNear(Sech(z), CInv(Cosh(z)));
     ExpectNear(Csch(z), CInv(Sinh(z)));
-    ExpectNear(Coth(z), CInv(Tanh(z)));
-    ExpectNear(Sin(ArcSin(z)), z);
-    ExpectNear(Cos(ArcCos(z)), z);
-    ExpectNear(Tan(ArcTan(z)), z);
-    ExpectNear(Sinh(ArcSinh(z)), z);
-    ExpectNear(Cosh(ArcCosh(z)), z);
-    ExpectNear(Tanh(ArcTanh(z)), z);
+    ExpectNear(Coth(z), CDiv(Cosh(z), Sinh(z)));
     ExpectNear(ArcSec(z), ArcCos(CInv(z)));
     ExpectNear(ArcCsc(z), ArcSin(CInv(z)));
     ExpectNear(ArcCot(z), ArcTan(CInv(z)));
@@ -172,12 +127,45 @@ TEST(ComplexFunctions, TrigonometricIdentities) {
     ExpectNear(ArcCsch(z), ArcSinh(CInv(z)));
     ExpectNear(ArcCoth(z), ArcTanh(CInv(z)));
   }
-  // Principal values on the cuts follow the sign of the zero part.
-  ExpectNear(ArcSin(TCplx{2, 0}), TCplx{PIDIV2, 1.3169578969248166});
-  ExpectNear(ArcSin(TCplx{2, -0.0}), TCplx{PIDIV2, -1.3169578969248166});
-  EXPECT_GE(ArcCosh(TCplx{-2, -0.0}).Re, 0);
   ExpectNear(Pythag(TCplx{3, 0}, TCplx{0, 4}), TCplx{0, std::sqrt(7.0)});
   ExpectNear(Pythag(TCplx{3, 0}, TCplx{4, 0}), TCplx{5, 0});
+}
+
+// Normwise: |got - want| / |want| in units of the double rounding error 2^-53.
+constexpr double kComplexTolUnits = 4;
+
+double NormwiseUnits(const TCplx& got, const TCplx& want) {
+  if (got.Re == want.Re && got.Im == want.Im) return 0;  // also infinities of the same sign
+  double d = std::hypot(got.Re - want.Re, got.Im - want.Im), w = std::hypot(want.Re, want.Im);
+  return (w == 0 ? d : d / w) / 0x1p-53;
+}
+
+TEST(ComplexAccuracy, NormwiseWithinFewRoundings) {
+  using F = TCplx (*)(const TCplx&);
+  const std::map<std::string, F> unary = {
+      {"Exp", Exp},     {"Ln", Ln},         {"CSqrt", CSqrt},     {"Sin", Sin},         {"Cos", Cos},
+      {"Tan", Tan},     {"Tanh", Tanh},     {"ArcSin", ArcSin},   {"ArcCos", ArcCos},   {"ArcTan", ArcTan},
+      {"ArcSinh", ArcSinh}, {"ArcCosh", ArcCosh}, {"ArcTanh", ArcTanh}};
+  auto ref = test::ReadReference("scalar_complex.txt");
+  ASSERT_EQ(ref.size(), unary.size() + 1) << "reference file missing or incomplete";
+  for (const auto& [name, rows] : ref) {
+    double worst = 0;
+    for (const auto& r : rows) {
+      TCplx z{r[0], r[1]}, got, want;
+      if (name == "Power") {
+        got = Power(z, TCplx{r[2], r[3]});
+        want = {r[4], r[5]};
+      } else {
+        got = unary.at(name)(z);
+        want = {r[2], r[3]};
+      }
+      double u = NormwiseUnits(got, want);
+      worst = std::max(worst, u);
+      EXPECT_LE(u, kComplexTolUnits) << name << "(" << z.Re << ", " << z.Im << ") = (" << got.Re << ", " << got.Im
+                                     << "), want (" << want.Re << ", " << want.Im << ")";
+    }
+    std::printf("%-8s %4zu points, max %.2f roundings\n", name.c_str(), rows.size(), worst);
+  }
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "accuracy.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/float_format.h"
@@ -42,50 +43,44 @@ std::string RandomText(std::mt19937_64& rng, std::size_t maxLen) {
   return s;
 }
 
-TEST(TextRobustness, HostileInputsNeverCrash) {
+// s through every reader; reading fields of s as a line advances until the end or a field that
+// does not parse; s as a pattern formats without error.
+void ThroughEveryReader(const std::string& s, const char* delim, double value) {
+  double x = 0;
+  TryStrToFloat(s, x);
+  ReturnsOrThrowsLibraryError([&] { StrToVal(s); }, s);
+  ReturnsOrThrowsLibraryError([&] { StrToCplx(s); }, s);
+  for (bool cplx : {false, true}) {
+    int pos = 1;
+    for (int k = 0; k < 50 && pos <= static_cast<int>(s.size()); ++k) {
+      const int before = pos;
+      ReturnsOrThrowsLibraryError([&] { cplx ? (void)ExtractCplx(s, pos, delim) : (void)ExtractSample(s, pos, delim); },
+                                  s);
+      if (pos == before) break;
+      EXPECT_GT(pos, before);
+    }
+  }
+  EXPECT_NO_THROW(FormatSample(s, value));
+  EXPECT_NO_THROW(FormatCplx({value, -value}, s, s));
+}
+
+TEST(TextRobustness, HostileAndRandomInputs) {
   const std::string inputs[] = {
       "", "+", "-", "e5", "1e", "1e999999999999", "-1e-999999999999", "--1", std::string("1\0" "2", 3),
       std::string(1, '\0'), "\xFF\xFE", "1\xC2\xA0" "5", std::string(10000, '9'), "-" + std::string(10000, '0'),
       "0." + std::string(10000, '7') + "e-400", "1e" + std::string(10000, '9'), std::string(10000, 'i'),
       std::string(10000, ';'), std::string(10000, '-') + "i", "1+" + std::string(5000, 'E') + "i",
   };
-  for (const std::string& s : inputs) {
-    ReturnsOrThrowsLibraryError([&] { StrToVal(s); }, s);
-    ReturnsOrThrowsLibraryError([&] { StrToCplx(s); }, s);
-    ReturnsOrThrowsLibraryError([&] { FormatSample(s, -1234.5678); }, s);
-    for (const char* delim : {";", "", "ii"}) {
-      int pos = 1;
-      for (int n = 0; n < 20 && pos <= static_cast<int>(s.size()); ++n)
-        ReturnsOrThrowsLibraryError([&] { ExtractCplx(s, pos, delim); ExtractSample(s, pos, delim); }, s);
-    }
-  }
+  for (const std::string& s : inputs)
+    for (const char* delim : {";", "", "ii"}) ThroughEveryReader(s, delim, -1234.5678);
   EXPECT_EQ(StrToVal(std::string(10000, '9')), INF);
   EXPECT_TRUE(std::signbit(StrToVal("-" + std::string(10000, '0'))));
   EXPECT_EQ(StrToVal("1e" + std::string(10000, '9')), INF);
-}
-
-TEST(TextRobustness, RandomBytesThroughEveryReader) {
   std::mt19937_64 rng(20240611);
   const char* delimiters[] = {";", ",", " ", "", "e"};
   for (int n = 0; n < 4000; ++n) {
     const std::string s = RandomText(rng, 40);
-    double x = 0;
-    TryStrToFloat(s, x);
-    ReturnsOrThrowsLibraryError([&] { StrToVal(s); }, s);
-    ReturnsOrThrowsLibraryError([&] { StrToSample(s); }, s);
-    ReturnsOrThrowsLibraryError([&] { StrToCplx(s); }, s);
-    const char* delim = delimiters[n % 5];
-    int pos = 1;
-    for (int k = 0; k < 50 && pos <= static_cast<int>(s.size()); ++k) {
-      const int before = pos;
-      ReturnsOrThrowsLibraryError([&] { n % 2 ? (void)ExtractCplx(s, pos, delim) : (void)ExtractSample(s, pos, delim); }, s);
-      if (pos == before) break;  // a field that does not parse
-      EXPECT_GT(pos, before);
-    }
-    // Any text is a pattern; formatting never throws.
-    const double value = std::bit_cast<double>(rng());
-    EXPECT_NO_THROW(FormatSample(s, value));
-    EXPECT_NO_THROW(FormatCplx({value, -value}, s, s));
+    ThroughEveryReader(s, delimiters[n % 5], std::bit_cast<double>(rng()));
   }
 }
 
@@ -122,12 +117,6 @@ double RandomFinite(std::mt19937_64& rng) {
   }
 }
 
-// |actual - expected| within `tol` relative to |expected|.
-::testing::AssertionResult WithinRelative(double actual, double expected, double tol) {
-  if (std::fabs(actual - expected) <= tol * std::fabs(expected)) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure() << actual << " vs " << expected << " beyond relative " << tol;
-}
-
 // Rounding to 15 significant digits, then reading back.
 constexpr double kFifteenDigitsRelTol = 5e-15 + 2.3e-16;
 
@@ -143,8 +132,8 @@ TEST(TextRobustness, FormattedValuesReadBack) {
     EXPECT_EQ(StrToVal(FormatSample(fixed20, y)), y) << FormatSample(fixed20, y);
     const double im = RandomFinite(rng);
     const TCplx back = StrToCplx(CplxToStr({x, im}, 0));
-    EXPECT_TRUE(WithinRelative(back.Re, x, kFifteenDigitsRelTol)) << CplxToStr({x, im}, 0);
-    EXPECT_TRUE(WithinRelative(back.Im, im, kFifteenDigitsRelTol)) << CplxToStr({x, im}, 0);
+    EXPECT_LE(test::RelativeError(back.Re, x), kFifteenDigitsRelTol) << CplxToStr({x, im}, 0);
+    EXPECT_LE(test::RelativeError(back.Im, im), kFifteenDigitsRelTol) << CplxToStr({x, im}, 0);
   }
 }
 
