@@ -19,9 +19,9 @@
 #include <string>
 #include <vector>
 
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_math.h"
-#include "quorel/platform/kernels_reduce.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/math.h"
+#include "quorel/platform/kernels/reduce.h"
 
 namespace {
 

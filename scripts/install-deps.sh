@@ -6,6 +6,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libsleef-dev libeigen3-dev
+  libopenblas-dev liblapacke-dev libfftw3-dev libsuitesparse-dev libmumps-seq-dev libflint-arb-dev
 )
 
 missing=()

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "quorel/core/x87.h"
+#include "quorel/core/detail/x87.h"
 
 namespace quorel {
 

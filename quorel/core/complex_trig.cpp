@@ -1,6 +1,6 @@
 #include "quorel/core/complex_trig.h"
 
-#include "quorel/core/x87.h"
+#include "quorel/core/detail/x87.h"
 
 namespace quorel {
 

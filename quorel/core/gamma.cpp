@@ -5,8 +5,8 @@
 #include <limits>
 
 #include "quorel/core/constants.h"
-#include "quorel/core/x87.h"
-#include "quorel/core/x87_kernels.h"
+#include "quorel/core/detail/x87.h"
+#include "quorel/core/detail/x87_kernels.h"
 
 namespace quorel {
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 
 #include "quorel/core/scalar_util.h"
-#include "quorel/core/x87.h"
-#include "quorel/core/x87_kernels.h"
+#include "quorel/core/detail/x87.h"
+#include "quorel/core/detail/x87_kernels.h"
 
 namespace quorel {
 

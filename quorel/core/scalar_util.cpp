@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "quorel/core/x87.h"
+#include "quorel/core/detail/x87.h"
 
 namespace quorel {
 

@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "quorel/elementwise/frame.h"
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_axpy.h"
-#include "quorel/platform/kernels_cplx.h"
-#include "quorel/platform/kernels_math.h"
-#include "quorel/platform/kernels_move.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/axpy.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/math.h"
+#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 

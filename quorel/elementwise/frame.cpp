@@ -1,6 +1,6 @@
-#include "quorel/elementwise/frame.h"
+#include "quorel/elementwise/detail/frame.h"
 
-#include "quorel/platform/kernels_cplx.h"
+#include "quorel/platform/kernels/cplx.h"
 
 namespace quorel::frame {
 

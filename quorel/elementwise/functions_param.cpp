@@ -3,13 +3,13 @@
 #include <cmath>
 
 #include "quorel/core/math387.h"
-#include "quorel/elementwise/frame.h"
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_cplx.h"
-#include "quorel/platform/kernels_expj.h"
-#include "quorel/platform/kernels_math.h"
-#include "quorel/platform/kernels_move.h"
-#include "quorel/platform/kernels_round.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/expj.h"
+#include "quorel/platform/kernels/math.h"
+#include "quorel/platform/kernels/move.h"
+#include "quorel/platform/kernels/round.h"
 
 namespace quorel {
 

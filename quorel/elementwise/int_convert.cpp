@@ -1,9 +1,9 @@
 // Conversions between double data and 32-bit integer data.
 #include <algorithm>
 
-#include "quorel/elementwise/frame.h"
-#include "quorel/elementwise/reduce_checks.h"
-#include "quorel/platform/kernels_convert.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/elementwise/detail/reduce_checks.h"
+#include "quorel/platform/kernels/convert.h"
 
 namespace quorel {
 

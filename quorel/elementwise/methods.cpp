@@ -1,8 +1,8 @@
 // Bodies of every element-wise method listed in elementwise_methods.inc. The list is read twice:
 // first to make the operation of each unary function from its table line, then to define every
 // shape of every method as a call of the frame with the method's operation and its arguments.
-#include "quorel/elementwise/frame.h"
-#include "quorel/elementwise/ops.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/elementwise/detail/ops.h"
 
 namespace quorel {
 

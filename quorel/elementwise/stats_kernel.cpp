@@ -5,10 +5,10 @@
 
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
-#include "quorel/elementwise/frame.h"
-#include "quorel/elementwise/reduce_checks.h"
-#include "quorel/platform/kernels_cplx.h"
-#include "quorel/platform/kernels_reduce.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/elementwise/detail/reduce_checks.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/reduce.h"
 
 namespace quorel {
 

@@ -7,8 +7,8 @@
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
-#include "quorel/elementwise/frame.h"
-#include "quorel/elementwise/reduce_checks.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/elementwise/detail/reduce_checks.h"
 
 namespace quorel {
 

@@ -1,7 +1,7 @@
 // Thresholds: values beyond a level replaced by the level or by a given value; complex data is
 // limited by modulus with the phase kept.
-#include "quorel/elementwise/frame.h"
-#include "quorel/platform/kernels_threshold.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/platform/kernels/threshold.h"
 
 namespace quorel {
 

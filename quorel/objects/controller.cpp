@@ -1,4 +1,5 @@
 #include "quorel/objects/controller.h"
+#include "quorel/objects/detail/release_hooks.h"
 
 #include <cstdio>
 #include <array>
@@ -7,7 +8,7 @@
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/report.h"
+#include "quorel/io/report.h"
 #include "quorel/objects/vec.h"
 
 namespace quorel {
@@ -228,7 +229,7 @@ void TQuorelController::DestroyQuorelCache() {
     Report(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
 }
 
-void TQuorelController::FreeMKLMemory() {}
+void TQuorelController::FreeMKLMemory() { detail::RunReleaseHooks(); }
 
 // --- global functions ------------------------------------------------------------------------------
 

@@ -73,7 +73,7 @@ class TQuorelController {
   void SetMtxConditionCheck(bool value);
   /// Frees the pools and reports leaked work objects.
   void DestroyQuorelCache();
-  /// Releases back-end caches (the FFT descriptor cache once it exists).
+  /// Releases back-end caches (the FFT descriptor cache, LAPACK buffers): runs every release hook.
   void FreeMKLMemory();
 
   std::int32_t VecCacheSize() const { return static_cast<std::int32_t>(vecs_.Entries.size()); }

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "quorel/core/errors.h"
-#include "quorel/objects/mtx_detail.h"
+#include "quorel/objects/detail/mtx_detail.h"
 #include "quorel/objects/vec.h"
-#include "quorel/platform/kernels_move.h"
+#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 

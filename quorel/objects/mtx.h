@@ -316,6 +316,10 @@ class TMtx final : public TDenseOf<TMtx> {
   void CopyToArray(T2DSampleArray& dst) const;
   void CopyToArray(T2DCplxArray& dst) const;
 
+  // Members added by the subsystems, each from its own fragment.
+#include "quorel/signal/mtx_signal.inc"
+#include "quorel/dense/mtx_linalg.inc"
+
  protected:
   void DoSetComplex() override;
   double* CachePointer() const override;

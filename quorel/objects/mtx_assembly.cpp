@@ -4,8 +4,8 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/mtx_detail.h"
-#include "quorel/platform/kernels_move.h"
+#include "quorel/objects/detail/mtx_detail.h"
+#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 

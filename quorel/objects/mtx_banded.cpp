@@ -4,7 +4,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/mtx_detail.h"
+#include "quorel/objects/detail/mtx_detail.h"
 
 namespace quorel {
 

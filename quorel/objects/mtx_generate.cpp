@@ -5,10 +5,10 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/mtx_detail.h"
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_axpy.h"
-#include "quorel/platform/kernels_move.h"
+#include "quorel/objects/detail/mtx_detail.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/axpy.h"
+#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 

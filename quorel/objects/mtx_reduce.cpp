@@ -6,11 +6,11 @@
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/mtx_detail.h"
+#include "quorel/objects/detail/mtx_detail.h"
 #include "quorel/objects/vec.h"
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_cplx.h"
-#include "quorel/platform/kernels_reduce.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/reduce.h"
 
 namespace quorel {
 

@@ -7,6 +7,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
+#include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
 

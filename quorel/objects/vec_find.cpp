@@ -10,6 +10,7 @@
 #include "quorel/core/compare.h"
 #include "quorel/core/complex_compare.h"
 #include "quorel/objects/vec.h"
+#include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
 

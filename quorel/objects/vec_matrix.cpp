@@ -4,11 +4,11 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "quorel/objects/mtx_detail.h"
+#include "quorel/objects/detail/mtx_detail.h"
 #include "quorel/objects/vec.h"
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_move.h"
-#include "quorel/platform/kernels_reduce.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/move.h"
+#include "quorel/platform/kernels/reduce.h"
 
 namespace quorel {
 

@@ -8,6 +8,7 @@
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
+#include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <span>
 
-#include "quorel/objects/lists.h"
+#include "quorel/io/lists.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "quorel/objects/lists.h"
+#include "quorel/io/lists.h"
 
 using namespace quorel;
 

@@ -1,5 +1,5 @@
-#include "quorel/platform/kernels_arith.h"
-#include "quorel/platform/kernels_threshold.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/threshold.h"
 
 #include <algorithm>
 #include <cerrno>

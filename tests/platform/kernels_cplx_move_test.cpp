@@ -1,5 +1,5 @@
-#include "quorel/platform/kernels_cplx.h"
-#include "quorel/platform/kernels_move.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/move.h"
 
 #include <algorithm>
 #include <numeric>

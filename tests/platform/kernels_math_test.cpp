@@ -1,4 +1,4 @@
-#include "quorel/platform/kernels_math.h"
+#include "quorel/platform/kernels/math.h"
 
 #include <cerrno>
 #include <fstream>

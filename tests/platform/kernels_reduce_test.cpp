@@ -1,4 +1,4 @@
-#include "quorel/platform/kernels_reduce.h"
+#include "quorel/platform/kernels/reduce.h"
 
 #include <cerrno>
 

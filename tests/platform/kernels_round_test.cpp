@@ -1,5 +1,5 @@
-#include "quorel/platform/kernels_convert.h"
-#include "quorel/platform/kernels_round.h"
+#include "quorel/platform/kernels/convert.h"
+#include "quorel/platform/kernels/round.h"
 
 #include <cfenv>
 #include <cfloat>

@@ -1,0 +1,235 @@
+#pragma once
+// The operations of the element-wise methods: for each, the kernels it runs on real and complex
+// data and the messages of its checks. Internal: included only by methods.cpp.
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "quorel/core/constants.h"
+#include "quorel/core/math387.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/math.h"
+#include "quorel/platform/kernels/move.h"
+#include "quorel/platform/kernels/convert.h"
+#include "quorel/platform/kernels/round.h"
+
+namespace quorel::ops {
+
+using frame::Rule;
+using std::ptrdiff_t;
+
+// --- kernel adapters ---------------------------------------------------------------------------------
+
+/// A kernel overload set as a type: K{}(args...) calls the overload the argument types choose.
+#define QUOREL_KERNEL(Name, fn)                   \
+  struct Name {                                   \
+    template <class... A>                         \
+    void operator()(A... a) const { fn(a...); }   \
+  };
+
+/// First K1, then K2 in place on the result.
+template <class K1, class K2>
+struct Then {
+  template <class X, class Out>
+  void operator()(const X* x, Out* r, ptrdiff_t n) const {
+    K1{}(x, r, n);
+    K2{}(static_cast<const Out*>(r), r, n);
+  }
+};
+
+/// The real kernel K for real data, the scalar complex function F element by element for complex.
+template <class K, TCplx (*F)(const TCplx&)>
+struct RealKernelComplexScalar {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { K{}(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    for (ptrdiff_t i = 0; i < n; ++i) r[i] = F(x[i]);
+  }
+};
+
+/// x * C, real or complex (both parts scaled).
+template <const double& C>
+struct ScaleBy {
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const { kern::ScaleByValue(x, C, r, n); }
+};
+
+inline constexpr double kMinusOne = -1.0;
+
+QUOREL_KERNEL(SqrK, kern::Sqr)
+QUOREL_KERNEL(SqrtK, kern::Sqrt)
+QUOREL_KERNEL(ExpK, kern::Exp)
+QUOREL_KERNEL(CbrtK, kern::Cbrt)
+QUOREL_KERNEL(InvCbrtK, kern::InvCbrt)
+QUOREL_KERNEL(CopyK, kern::Copy)
+QUOREL_KERNEL(ConjK, kern::Conj)
+QUOREL_KERNEL(FlipK, kern::Flip)
+QUOREL_KERNEL(FlipConjK, kern::FlipConj)
+QUOREL_KERNEL(MulIK, kern::MulI)
+QUOREL_KERNEL(SinK, kern::Sin)
+QUOREL_KERNEL(CosK, kern::Cos)
+QUOREL_KERNEL(TanK, kern::Tan)
+QUOREL_KERNEL(SinhK, kern::Sinh)
+QUOREL_KERNEL(CoshK, kern::Cosh)
+QUOREL_KERNEL(TanhK, kern::Tanh)
+QUOREL_KERNEL(ArcSinK, kern::ArcSin)
+QUOREL_KERNEL(ArcCosK, kern::ArcCos)
+QUOREL_KERNEL(ArcTanK, kern::ArcTan)
+QUOREL_KERNEL(ArcSinhK, kern::ArcSinh)
+QUOREL_KERNEL(ArcCoshK, kern::ArcCosh)
+QUOREL_KERNEL(ArcTanhK, kern::ArcTanh)
+QUOREL_KERNEL(LnK, kern::Ln)
+QUOREL_KERNEL(Log10K, kern::Log10)
+QUOREL_KERNEL(CeilK, kern::Ceil)
+QUOREL_KERNEL(FloorK, kern::Floor)
+QUOREL_KERNEL(FracK, kern::Frac)
+
+/// Conversion to 32-bit integers and back, so results saturate at the integer range.
+template <TRounding Rounding>
+struct ThroughInt32 {
+  void operator()(const double* x, double* r, ptrdiff_t n) const {
+    constexpr ptrdiff_t kChunk = 256;
+    std::int32_t ints[kChunk];
+    for (ptrdiff_t i = 0; i < n; i += kChunk) {
+      const ptrdiff_t m = std::min(kChunk, n - i);
+      kern::Convert(x + i, ints, m, Rounding);
+      kern::Convert(ints, r + i, m);
+    }
+  }
+};
+using RoundK = ThroughInt32<rnRound>;
+using TruncK = ThroughInt32<rnTrunc>;
+
+/// 1/x; complex data by the textbook complex reciprocal.
+struct InvK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Inv(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { kern::DivideValue(x, C_ONE, r, n); }
+};
+/// Modulus (complex) or absolute value (real).
+struct AbsK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Abs(x, r, n); }
+  void operator()(const TCplx* x, double* r, ptrdiff_t n) const { kern::Mag(x, r, n); }
+};
+/// Squared modulus.
+struct NormK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Sqr(x, r, n); }
+  void operator()(const TCplx* x, double* r, ptrdiff_t n) const { kern::PowerSpectrum(x, r, n); }
+};
+/// Conjugate; real data is copied.
+struct ConjOrCopyK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Copy(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { kern::Conj(x, r, n); }
+};
+/// 1/sqrt(x); complex data: principal root, then reciprocal.
+struct InvSqrtK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::InvSqrt(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { Then<SqrtK, InvK>{}(x, r, n); }
+};
+/// x - 2 pi trunc(x / 2 pi).
+struct FixAngleK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Rem(x, TWOPI, r, n); }
+};
+
+// Functions whose complex form comes from the scalar complex functions.
+using ArcSinF = RealKernelComplexScalar<ArcSinK, &quorel::ArcSin>;
+using ArcCosF = RealKernelComplexScalar<ArcCosK, &quorel::ArcCos>;
+using ArcTanF = RealKernelComplexScalar<ArcTanK, &quorel::ArcTan>;
+using ArcSinhF = RealKernelComplexScalar<ArcSinhK, &quorel::ArcSinh>;
+using ArcCoshF = RealKernelComplexScalar<ArcCoshK, &quorel::ArcCosh>;
+using ArcTanhF = RealKernelComplexScalar<ArcTanhK, &quorel::ArcTanh>;
+using LnF = RealKernelComplexScalar<LnK, &quorel::Ln>;
+using Log10F = RealKernelComplexScalar<Log10K, &quorel::Log10>;
+
+// Kernels of the functions whose composition needs a name of its own in the operation table.
+using SecK = Then<CosK, InvK>;
+using CscK = Then<SinK, InvK>;
+using CotK = Then<TanK, InvK>;
+using ArcSecK = Then<InvK, ArcCosF>;
+using ArcCscK = Then<InvK, ArcSinF>;
+using ArcCotK = Then<InvK, ArcTanF>;
+using SechK = Then<CoshK, InvK>;
+using CschK = Then<SinhK, InvK>;
+using CothK = Then<TanhK, InvK>;
+using ArcSechK = Then<InvK, ArcCoshF>;
+using ArcCschK = Then<InvK, ArcSinhF>;
+using ArcCothK = Then<InvK, ArcTanhF>;
+using Exp2K = Then<ScaleBy<LN2>, ExpK>;
+using Exp10K = Then<ScaleBy<LN10>, ExpK>;
+using Log2K = Then<LnF, ScaleBy<INVLN2>>;
+
+// --- operations -----------------------------------------------------------------------------------------
+
+/// An element-wise function of one source.
+template <class K, Rule R>
+struct UnaryOp {
+  static constexpr bool kBinary = false;
+  static constexpr Rule rule = R;
+  frame::UnaryMessages msgs;
+  template <class... A>
+  void operator()(A... a) const { K{}(a...); }
+};
+
+/// An arithmetic operation: VecK on two arrays, ScalarK on an array and a value.
+template <class VecK, class ScalarK>
+struct ArithOp {
+  static constexpr bool kBinary = true;
+  frame::BinaryMessages msgs;
+  template <class A, class B, class Out>
+  void operator()(A a, B b, Out r, ptrdiff_t n) const {
+    if constexpr (std::is_pointer_v<B>) VecK{}(a, b, r, n);
+    else ScalarK{}(a, b, r, n);
+  }
+};
+
+QUOREL_KERNEL(AddK, kern::Add)
+QUOREL_KERNEL(SubK, kern::Sub)
+QUOREL_KERNEL(MulK, kern::Mul)
+QUOREL_KERNEL(DivK, kern::Div)
+QUOREL_KERNEL(AddValueK, kern::AddValue)
+QUOREL_KERNEL(SubFromValueK, kern::SubFromValue)
+QUOREL_KERNEL(ScaleByValueK, kern::ScaleByValue)
+QUOREL_KERNEL(DivideValueK, kern::DivideValue)
+/// x - v as x + (-v).
+struct SubValueK {
+  template <class X, class V, class Out>
+  void operator()(const X* x, V v, Out* r, ptrdiff_t n) const {
+    if constexpr (std::is_same_v<V, double>) kern::AddValue(x, -v, r, n);
+    else kern::AddValue(x, TCplx{-v.Re, -v.Im}, r, n);
+  }
+};
+/// Placeholder for an operation without array (or without scalar) forms; never called.
+struct NoKernel {};
+
+#define QUOREL_UNARY_MSGS(name) {#name ": X = Self", #name ": Self.Complex <> X.Complex"}
+
+inline constexpr ArithOp<AddK, AddValueK> Add{{"TQuorel.Add: Self = Vec", "TQuorel.Add: Vec.Length <> Length",
+                                               "TQuorel.Add: (Self = Vec1) or (Self = Vec2)",
+                                               "TQuorel.Add: Vec1.Length <> Vec2.Length",
+                                               "TQuorel.Add: Self.Complex <> Vec.Complex"}};
+inline constexpr auto Offset = Add;
+inline constexpr ArithOp<SubK, SubValueK> Sub{{"TVec.Sub: Self = Vec", "TVec.Sub: Vec.Length <> Length",
+                                               "TVec.Sub: (Self = Vec1) or (Self = Vec2)",
+                                               "TVec.Sub: Vec1.Length <> Vec2.Length",
+                                               "TVec.Sub: Self.Complex <> Vec.Complex"}};
+inline constexpr ArithOp<NoKernel, SubFromValueK> SubFrom{{"TQuorel.SubFrom: Self = Vec", nullptr, nullptr, nullptr,
+                                                         "TQuorel.SubFrom: Self.Complex <> Vec.Complex"}};
+inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{"TQuorel.Mul: Self = Vec", "Length <> Vec.Length",
+                                                   "(Self = Vec1) or (Self = Vec2)", "Vec1.Length <> Vec2.Length",
+                                                   "TQuorel.Mul: Self.Complex <> Vec.Complex"}};
+inline constexpr auto Scale = Mul;
+inline constexpr ArithOp<DivK, NoKernel> Divide{{"TQuorel.Divide: Self = Vec", "TQuorel.Divide: Length <> Vec.Length",
+                                                    "(Self = Num) or (Self = Den)", "Num.Length <> Den.Length",
+                                                    "TQuorel.Divide: Self.Complex <> Vec.Complex"}};
+inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{"TQuorel.DivideBy: Self = Vec", nullptr, nullptr, nullptr,
+                                                         "TQuorel.DivideBy: Self.Complex <> Vec.Complex"}};
+
+
+
+
+
+#undef QUOREL_KERNEL
+
+}  // namespace quorel::ops

@@ -1,0 +1,333 @@
+#include "quorel/io/persist.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "quorel/core/errors.h"
+#include "quorel/io/stream.h"
+#include "quorel/objects/vec.h"
+#include "quorel/platform/kernels/convert.h"
+#include "quorel/platform/kernels/g711.h"
+#include "quorel/platform/kernels/int24.h"
+
+namespace quorel {
+
+static_assert(std::endian::native == std::endian::little, "the binary format is written as it lies in memory");
+static_assert(sizeof(float) == 4 && sizeof(double) == 8);
+
+std::atomic<std::int32_t> QuorelTVecVer{-1};
+
+std::int32_t aRound(double x) {
+  std::int32_t r = 0;
+  kern::Convert(&x, &r, 1, rnRound);
+  return r;
+}
+
+namespace {
+
+using std::ptrdiff_t;
+using std::uint8_t;
+
+// Values are converted in chunks small enough for the work vector's cache memory (and the
+// processor's caches): output bytes, a single-precision stage and a double stage.
+constexpr ptrdiff_t kChunk = 1024;
+constexpr ptrdiff_t kScratchDoubles = kChunk + kChunk / 2 + kChunk;
+
+struct TScratch {
+  uint8_t* bytes;  // kChunk x 8 bytes, 32-byte aligned
+  float* singles;  // kChunk
+  double* doubles; // kChunk
+  explicit TScratch(double* base)
+      : bytes(reinterpret_cast<uint8_t*>(base)),
+        singles(reinterpret_cast<float*>(base + kChunk)),
+        doubles(base + kChunk + kChunk / 2) {}
+};
+
+using TEncoder = void (*)(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s);
+using TDecoder = void (*)(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s);
+
+struct TCodec {
+  std::int32_t bytes;
+  std::int32_t align;  // of the encoded type: encoders write it, decoders read it in place
+  TEncoder encode;
+  TDecoder decode;
+};
+
+void EncodeDouble(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
+  std::memcpy(out, x, static_cast<std::size_t>(n) * 8);
+}
+void DecodeDouble(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) {
+  std::memcpy(r, in, static_cast<std::size_t>(n) * 8);
+}
+
+void EncodeSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
+  kern::Convert(x, reinterpret_cast<float*>(out), n);
+}
+
+// 32-bit integers are converted from the doubles directly.
+template <class I>
+void EncodeInt(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch&) {
+  kern::Convert(x, reinterpret_cast<I*>(out), n, rounding);
+}
+
+// Narrow integers go through single precision first; widening the single back is exact, so
+// the integer conversion sees the single's value.
+template <class I>
+void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s) {
+  kern::Convert(x, s.singles, n);
+  kern::Convert(s.singles, s.doubles, n);
+  kern::Convert(s.doubles, reinterpret_cast<I*>(out), n, rounding);
+}
+
+template <void (*Compand)(const float*, uint8_t*, ptrdiff_t)>
+void EncodeCompanded(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch& s) {
+  kern::Convert(x, s.singles, n);
+  Compand(s.singles, out, n);
+}
+
+void EncodeInt24(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch&) {
+  kern::FloatTo24Bit(x, out, n, rounding);
+}
+
+template <class T>
+void DecodeWidened(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) {
+  kern::Convert(reinterpret_cast<const T*>(in), r, n);
+}
+
+template <void (*Expand)(const uint8_t*, float*, ptrdiff_t)>
+void DecodeCompanded(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s) {
+  Expand(in, s.singles, n);
+  kern::Convert(s.singles, r, n);
+}
+
+void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { kern::Bit24ToFloat(in, r, n); }
+
+// In TPrecision order.
+constexpr TCodec kCodecs[] = {
+    {8, 8, EncodeDouble, DecodeDouble},
+    {4, 4, EncodeSingle, DecodeWidened<float>},
+    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>},
+    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>},
+    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>},
+    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>},
+    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>},
+    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>},
+    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>},
+    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>},
+    {3, 1, EncodeInt24, DecodeInt24},
+};
+constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
+static_assert(kPrecisionCount == prInt24 + 1);
+
+const TCodec* CodecOf(TPrecision precision) {
+  return precision < kPrecisionCount ? &kCodecs[precision] : nullptr;
+}
+
+ptrdiff_t ValueCount(bool complex, std::int32_t len) {
+  return len <= 0 ? 0 : (complex ? 2 * ptrdiff_t{len} : ptrdiff_t{len});
+}
+
+// Runs the chunk loop with the scratch space of a work vector.
+template <class F>
+void ForEachChunk(ptrdiff_t count, F&& body) {
+  TWorkVec work;
+  work->SetLength(static_cast<std::int32_t>(kScratchDoubles));
+  const TScratch scratch(work->PValues1D(0));
+  for (ptrdiff_t i = 0; i < count; i += kChunk) {
+    if (!body(i, std::min(kChunk, count - i), scratch)) break;
+  }
+}
+
+bool Aligned(const void* p, const TCodec& codec) {
+  return reinterpret_cast<std::uintptr_t>(p) % static_cast<std::uintptr_t>(codec.align) == 0;
+}
+
+// Encodes straight into out when it is aligned for the encoded type, else through the scratch.
+void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& codec, TRounding rounding) {
+  if (codec.encode == EncodeDouble) {
+    std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
+    return;
+  }
+  const bool direct = Aligned(out, codec);
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    uint8_t* at = out + i * codec.bytes;
+    codec.encode(src + i, direct ? at : s.bytes, n, rounding, s);
+    if (!direct) std::memcpy(at, s.bytes, static_cast<std::size_t>(n * codec.bytes));
+    return true;
+  });
+}
+
+void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& codec) {
+  if (codec.decode == DecodeDouble) {
+    std::memcpy(dst, in, static_cast<std::size_t>(count) * 8);
+    return;
+  }
+  const bool direct = Aligned(in, codec);
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    const uint8_t* at = in + i * codec.bytes;
+    if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));
+    codec.decode(direct ? at : s.bytes, dst + i, n, s);
+    return true;
+  });
+}
+
+}  // namespace
+
+namespace detail {
+
+std::int32_t BytesPerValue(TPrecision precision) {
+  const TCodec* codec = CodecOf(precision);
+  return codec != nullptr ? codec->bytes : 0;
+}
+
+bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision) {
+  if (p < 0 || p >= kPrecisionCount) return false;
+  precision = static_cast<TPrecision>(p);
+  return true;
+}
+
+void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields) {
+  stream.WriteFully(fields.data(), static_cast<std::int64_t>(fields.size_bytes()));
+}
+
+bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields) {
+  const auto bytes = static_cast<std::int64_t>(fields.size_bytes());
+  return stream.ReadFully(fields.data(), bytes) == bytes;
+}
+
+std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append) {
+  auto file = std::make_unique<TQuorelFileStream>(fileName, append ? fmOpenReadWrite : fmCreate);
+  if (append) file->Seek(0, soEnd);
+  return file;
+}
+
+}  // namespace detail
+
+// --- value blocks ----------------------------------------------------------------------------------
+
+void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision precision, TRounding rounding,
+                       bool complex, std::int32_t len) {
+  const TCodec* codec = CodecOf(precision);
+  const ptrdiff_t count = ValueCount(complex, len);
+  if (codec == nullptr || count == 0) return;
+  // A memory stream lends its storage: the values are encoded where they belong.
+  if (void* at = stream.WriteInPlace(count * codec->bytes)) {
+    EncodeInto(static_cast<uint8_t*>(at), src, count, *codec, rounding);
+    return;
+  }
+  if (precision == prDouble) {
+    stream.WriteFully(src, count * 8);
+    return;
+  }
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    codec->encode(src + i, s.bytes, n, rounding, s);
+    stream.WriteFully(s.bytes, n * codec->bytes);
+    return true;
+  });
+}
+
+void WriteBinaryValues(void* dst, const double* src, TPrecision precision, TRounding rounding, bool complex,
+                       std::int32_t len) {
+  const TCodec* codec = CodecOf(precision);
+  const ptrdiff_t count = ValueCount(complex, len);
+  if (codec != nullptr && count > 0) EncodeInto(static_cast<uint8_t*>(dst), src, count, *codec, rounding);
+}
+
+void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len) {
+  const TCodec* codec = CodecOf(precision);
+  if (codec == nullptr) return;
+  // Only whole values that are there: nothing past the stream, no half-written element.
+  const ptrdiff_t count = std::min<ptrdiff_t>(ValueCount(complex, len), stream.Remaining() / codec->bytes);
+  if (count <= 0) return;
+  if (const void* at = stream.ReadInPlace(count * codec->bytes)) {
+    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, *codec);
+    return;
+  }
+  if (precision == prDouble) {
+    stream.ReadFully(dst, count * 8);
+    return;
+  }
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    const std::int64_t got = stream.ReadFully(s.bytes, n * codec->bytes) / codec->bytes;
+    codec->decode(s.bytes, dst + i, got, s);
+    return got == n;
+  });
+}
+
+void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len) {
+  const TCodec* codec = CodecOf(precision);
+  const ptrdiff_t count = ValueCount(complex, len);
+  if (codec != nullptr && count > 0) DecodeFrom(static_cast<const uint8_t*>(src), dst, count, *codec);
+}
+
+// --- raw 4-byte blocks -----------------------------------------------------------------------------
+
+namespace {
+
+template <class T>
+void WriteRaw(TQuorelStream& stream, std::int32_t count, std::span<const T> values) {
+  if (count <= 0) return;
+  if (static_cast<std::size_t>(count) > values.size())
+    ERangeErrorRaise(FormatMsg("WriteBinaryToStream: Count > Length(Values) (%d > %d)", count,
+                               static_cast<int>(values.size())));
+  stream.WriteFully(values.data(), std::int64_t{count} * 4);
+}
+
+template <class T>
+bool ReadRaw(TQuorelStream& stream, std::int32_t count, std::vector<T>& values) {
+  values.assign(static_cast<std::size_t>(std::max(count, 0)), T{});
+  if (count <= 0) return count == 0;
+  const std::int64_t bytes = std::int64_t{count} * 4;
+  return stream.ReadFully(values.data(), bytes) == bytes;
+}
+
+}  // namespace
+
+void WriteBinaryToStream(TQuorelStream& stream, std::int32_t count, std::span<const float> values) {
+  WriteRaw(stream, count, values);
+}
+void WriteBinaryToStream(TQuorelStream& stream, std::int32_t count, std::span<const std::int32_t> values) {
+  WriteRaw(stream, count, values);
+}
+bool ReadBinaryFromStream(TQuorelStream& stream, std::int32_t count, TSingleArray& values) {
+  return ReadRaw(stream, count, values);
+}
+bool ReadBinaryFromStream(TQuorelStream& stream, std::int32_t count, TIntegerArray& values) {
+  return ReadRaw(stream, count, values);
+}
+
+// --- 24-bit codec ----------------------------------------------------------------------------------
+
+void FloatTo24Bit(std::int32_t count, const double* src, TRounding rounding, std::uint8_t* dst) {
+  if (count <= 0 || (rounding != rnTrunc && rounding != rnRound)) return;
+  kern::FloatTo24Bit(src, dst, count, rounding);
+}
+
+void Bit24ToFloat(std::int32_t count, const std::uint8_t* src, double* dst, std::int32_t dstIndex) {
+  if (count <= 0) return;
+  kern::Bit24ToFloat(src, dst + dstIndex, count);
+}
+
+// --- caption block ---------------------------------------------------------------------------------
+
+namespace {
+constexpr std::int32_t kMaxShortString = 254;
+}
+
+void WriteShortString(TQuorelStream& stream, const std::string& text) {
+  const auto len = static_cast<std::int32_t>(std::min<std::size_t>(text.size(), 0x7FFFFFFF));
+  stream.WriteFully(&len, 4);
+  stream.WriteFully(text.data(), len);
+}
+
+std::string ReadShortString(TQuorelStream& stream) {
+  std::int32_t len = 0;
+  if (stream.ReadFully(&len, 4) != 4) return {};
+  len = std::clamp(len, 0, kMaxShortString);
+  std::string text(static_cast<std::size_t>(len), '\0');
+  text.resize(static_cast<std::size_t>(stream.ReadFully(text.data(), len)));
+  return text;
+}
+
+}  // namespace quorel

@@ -1,0 +1,53 @@
+// Binary persistence of TVec (the "persistence" section of vec.h).
+#include <array>
+
+#include "quorel/core/errors.h"
+#include "quorel/io/persist.h"
+#include "quorel/io/stream.h"
+#include "quorel/objects/vec.h"
+
+namespace quorel {
+
+namespace {
+// Field positions of the 11-single vector header.
+enum : std::size_t { hComplex, hLength, hZero, hConditionCheck, hPrecision, hVersion, hEight, hTag, hFileCode, hCount = 11 };
+using THeader = std::array<float, hCount>;
+}  // namespace
+
+void TVec::WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding) const {
+  THeader h{};
+  h[hComplex] = fComplex ? 1.0f : 0.0f;
+  h[hLength] = static_cast<float>(fLength);
+  h[hConditionCheck] = fConditionCheck ? 1.0f : 0.0f;
+  h[hPrecision] = static_cast<float>(precision);
+  h[hVersion] = static_cast<float>(QuorelFormatVersion);
+  h[hEight] = 8.0f;
+  h[hTag] = static_cast<float>(fTag);
+  h[hFileCode] = static_cast<float>(QuorelFileCode);
+  detail::WriteHeaderFields(stream, h);
+  WriteShortString(stream, fCaption);
+}
+
+TPrecision TVec::ReadHeader(TQuorelStream& stream) {
+  THeader h{};
+  if (!detail::ReadHeaderFields(stream, h)) ERaise("Error reading stream!");
+  const std::int32_t version = aRound(h[hVersion]);
+  std::int32_t tag = fTag;
+  std::string caption = fCaption;
+  if (version > QuorelLastOldVersion) {
+    if (aRound(h[hFileCode]) != QuorelFileCode) EInvalidArgumentRaise("Wrong file format!");
+    tag = aRound(h[hTag]);
+    caption = ReadShortString(stream);
+  }
+  // Sizing is the last step that can refuse; nothing has changed before it.
+  Size(aRound(h[hLength]), aRound(h[hComplex]) != 0);
+  fTag = tag;
+  fCaption = std::move(caption);
+  fConditionCheck = aRound(h[hConditionCheck]) != 0;
+  TPrecision precision = detail::kUnknownPrecision;
+  if (detail::PrecisionFromOrdinal(aRound(h[hPrecision]), precision)) fPrecision = precision;
+  QuorelTVecVer = version;
+  return precision;
+}
+
+}  // namespace quorel

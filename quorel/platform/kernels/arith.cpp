@@ -1,0 +1,188 @@
+#include "quorel/platform/kernels/arith.h"
+
+#include <cmath>
+
+#include "quorel/platform/kernels/loops.h"
+
+namespace quorel::kern {
+
+using detail::CDiv;
+using detail::CInv;
+using detail::CMul;
+using detail::CNorm;
+using detail::Map;
+using std::ptrdiff_t;
+
+// --- array with array ---------------------------------------------------------------------
+
+QUOREL_KERNEL void Add(const double* a, const double* b, double* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, double y) { return x + y; });
+}
+QUOREL_KERNEL void Add(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, TCplx y) { return TCplx{x.Re + y.Re, x.Im + y.Im}; });
+}
+QUOREL_KERNEL_PAIRS void Add(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re + y, x.Im}; });
+}
+QUOREL_KERNEL_PAIRS void Add(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x + y.Re, y.Im}; });
+}
+
+QUOREL_KERNEL void Sub(const double* a, const double* b, double* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, double y) { return x - y; });
+}
+QUOREL_KERNEL void Sub(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, TCplx y) { return TCplx{x.Re - y.Re, x.Im - y.Im}; });
+}
+QUOREL_KERNEL_PAIRS void Sub(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re - y, x.Im}; });
+}
+QUOREL_KERNEL_PAIRS void Sub(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x - y.Re, -y.Im}; });
+}
+
+QUOREL_KERNEL void Mul(const double* a, const double* b, double* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, double y) { return x * y; });
+}
+QUOREL_KERNEL void Mul(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, CMul);
+}
+QUOREL_KERNEL_PAIRS void Mul(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re * y, x.Im * y}; });
+}
+QUOREL_KERNEL_PAIRS void Mul(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, TCplx y) { return TCplx{x * y.Re, x * y.Im}; });
+}
+
+QUOREL_KERNEL void Div(const double* a, const double* b, double* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, double y) { return x / y; });
+}
+QUOREL_KERNEL void Div(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, CDiv);
+}
+QUOREL_KERNEL void Div(const TCplx* a, const double* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](TCplx x, double y) { return TCplx{x.Re / y, x.Im / y}; });
+}
+QUOREL_KERNEL_PAIRS void Div(const double* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  Map(a, b, r, n, [](double x, TCplx y) {
+    const double s = 1.0 / CNorm(y);
+    return TCplx{x * y.Re * s, -(x * y.Im) * s};
+  });
+}
+
+// --- array with scalar --------------------------------------------------------------------
+
+QUOREL_KERNEL void AddValue(const double* x, double v, double* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return a + v; });
+}
+QUOREL_KERNEL void AddValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+  detail::MapParts(x, r, n, [v](double re) { return re + v; }, [](double im) { return im; });
+}
+QUOREL_KERNEL void AddValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return TCplx{a.Re + v.Re, a.Im + v.Im}; });
+}
+QUOREL_KERNEL void AddValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return TCplx{a + v.Re, v.Im}; });
+}
+
+QUOREL_KERNEL void SubFromValue(const double* x, double v, double* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return v - a; });
+}
+QUOREL_KERNEL void SubFromValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+  detail::MapParts(x, r, n, [v](double re) { return v - re; }, [](double im) { return -im; });
+}
+QUOREL_KERNEL void SubFromValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return TCplx{v.Re - a.Re, v.Im - a.Im}; });
+}
+QUOREL_KERNEL void SubFromValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return TCplx{v.Re - a, v.Im}; });
+}
+
+QUOREL_KERNEL void ScaleByValue(const double* x, double v, double* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return a * v; });
+}
+QUOREL_KERNEL void ScaleByValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return TCplx{a.Re * v, a.Im * v}; });
+}
+QUOREL_KERNEL void ScaleByValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return CMul(a, v); });
+}
+QUOREL_KERNEL_PAIRS void ScaleByValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return TCplx{a * v.Re, a * v.Im}; });
+}
+
+QUOREL_KERNEL void DivideValue(const double* x, double v, double* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return v / a; });
+}
+QUOREL_KERNEL_PAIRS void DivideValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) {
+    const double s = 1.0 / CNorm(a);
+    return TCplx{v * a.Re * s, -(v * a.Im) * s};
+  });
+}
+QUOREL_KERNEL void DivideValue(const TCplx* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return CDiv(v, a); });
+}
+QUOREL_KERNEL void DivideValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return TCplx{v.Re / a, v.Im / a}; });
+}
+
+// --- products, powers, reciprocals --------------------------------------------------------
+
+QUOREL_KERNEL void AddProduct(const double* a, const double* b, double* r, ptrdiff_t n) {
+  for (ptrdiff_t i = 0; i < n; ++i) r[i] = r[i] + a[i] * b[i];
+}
+QUOREL_KERNEL void AddProduct(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n) {
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    const TCplx p = CMul(a[i], b[i]);
+    r[i] = TCplx{r[i].Re + p.Re, r[i].Im + p.Im};
+  }
+}
+
+QUOREL_KERNEL void Sqr(const double* x, double* r, ptrdiff_t n) {
+  Map(x, r, n, [](double a) { return a * a; });
+}
+QUOREL_KERNEL_PAIRS void Sqr(const TCplx* x, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [](TCplx a) { return TCplx{a.Re * a.Re - a.Im * a.Im, 2.0 * a.Re * a.Im}; });
+}
+
+QUOREL_KERNEL void Sqrt(const double* x, double* r, ptrdiff_t n) {
+  Map(x, r, n, [](double a) { return std::sqrt(a); });
+}
+QUOREL_KERNEL void Sqrt(const TCplx* x, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [](TCplx z) {
+    const double t = std::sqrt((std::sqrt(CNorm(z)) + std::fabs(z.Re)) * 0.5);
+    const double h = 0.5 / t;
+    const TCplx w = z.Re >= 0.0 ? TCplx{t, z.Im * h} : TCplx{std::fabs(z.Im) * h, z.Im < 0.0 ? -t : t};
+    return t == 0.0 ? TCplx{0.0, 0.0} : w;
+  });
+}
+
+QUOREL_KERNEL void Inv(const double* x, double* r, ptrdiff_t n) {
+  Map(x, r, n, [](double a) { return 1.0 / a; });
+}
+QUOREL_KERNEL void LTInv(const double* x, double level, double* r, ptrdiff_t n) {
+  Map(x, r, n, [level](double a) { return 1.0 / (std::fabs(a) < level ? std::copysign(level, a) : a); });
+}
+QUOREL_KERNEL void LTInv(const TCplx* x, double level, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [level](TCplx z) {
+    const double m = std::sqrt(CNorm(z));
+    return CInv(detail::ToModulus(z, m, level, m < level));
+  });
+}
+
+QUOREL_KERNEL void Abs(const double* x, double* r, ptrdiff_t n) {
+  Map(x, r, n, [](double a) { return std::fabs(a); });
+}
+
+QUOREL_KERNEL void Normalize(const double* x, double sub, double div, double* r, ptrdiff_t n) {
+  Map(x, r, n, [sub, div](double a) { return (a - sub) / div; });
+}
+QUOREL_KERNEL void Normalize(const TCplx* x, TCplx sub, double div, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [sub, div](TCplx a) { return TCplx{(a.Re - sub.Re) / div, (a.Im - sub.Im) / div}; });
+}
+QUOREL_KERNEL void Normalize(const TCplx* x, TCplx sub, TCplx div, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [sub, div](TCplx a) { return CDiv(TCplx{a.Re - sub.Re, a.Im - sub.Im}, div); });
+}
+
+}  // namespace quorel::kern

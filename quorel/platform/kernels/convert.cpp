@@ -1,0 +1,75 @@
+#include "quorel/platform/kernels/convert.h"
+
+#include <cfloat>
+#include <cmath>
+#include <limits>
+
+#include "quorel/platform/kernels/loops.h"
+
+namespace quorel::kern {
+
+using detail::Map;
+using std::ptrdiff_t;
+
+namespace {
+
+// Clamping in double is exact: every integer bound below is a double.
+template <class I>
+QUOREL_KERNEL_INLINE I Saturate(double t) {
+  constexpr double lo = std::numeric_limits<I>::min();
+  constexpr double hi = std::numeric_limits<I>::max();
+  t = t < lo ? lo : t;
+  t = t > hi ? hi : t;
+  return static_cast<I>(t == t ? t : 0.0);
+}
+
+template <class I>
+QUOREL_KERNEL_INLINE void ToInt(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
+  if (rounding == rnRound) {
+    Map(x, r, n, [](double a) { return Saturate<I>(__builtin_roundeven(a)); });
+  } else {
+    Map(x, r, n, [](double a) { return Saturate<I>(std::trunc(a)); });
+  }
+}
+
+template <class S>
+QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
+  Map(x, r, n, [](S a) { return static_cast<double>(a); });
+}
+
+}  // namespace
+
+QUOREL_KERNEL void Convert(const double* x, std::int32_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, std::uint32_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
+  ToInt(x, r, n, rounding);
+}
+QUOREL_KERNEL void Convert(const double* x, float* r, ptrdiff_t n) {
+  Map(x, r, n, [](double a) {
+    const double m = std::fabs(a);
+    return static_cast<float>(m > FLT_MAX && m <= DBL_MAX ? std::copysign(double{FLT_MAX}, a) : a);
+  });
+}
+
+QUOREL_KERNEL void Convert(const std::int32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const std::uint32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const std::int16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const std::uint16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const std::int8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const std::uint8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL void Convert(const float* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+
+}  // namespace quorel::kern

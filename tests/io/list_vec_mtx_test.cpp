@@ -1,0 +1,156 @@
+// Vector and matrix lists: ownership and counts, the stream layout of a list, and the bridge
+// between vector lists and matrices.
+#include <cstdint>
+
+#include <gtest/gtest.h>
+
+#include "persist_test_util.h"
+#include "quorel/core/errors.h"
+#include "quorel/io/lists.h"
+
+namespace quorel::test {
+namespace {
+
+TMtx Ramp(std::int32_t rows, std::int32_t cols, bool complex) {
+  TMtx m(rows, cols, complex);
+  for (std::size_t k = 0; k < m.Values().size(); ++k) m.Values()[k] = static_cast<double>(k);
+  return m;
+}
+
+TEST(VecList, ItemsAreKeptAndCopied) {
+  TVecList list;
+  list.SetCount(2);
+  TVec* second = &list[1];
+  list.SetItems(1, Real({1, 2, 3}));
+  list.SetCount(4);
+  list.Delete(0);
+  EXPECT_EQ(&list[0], second);  // written into and kept, not replaced
+  EXPECT_EQ(list[0].Length(), 3);
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { list.Items(3); }), "List index out of bounds (3)");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { list.SetCount(-1); }), "List count out of bounds (-1)");
+  TVecList copy;
+  copy.SetCount(7);
+  copy.Assign(list);
+  EXPECT_EQ(copy.Count(), 3);
+  EXPECT_EQ(copy[0][2], 3);
+  EXPECT_NE(&copy[0], second);
+}
+
+TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
+  TVecList empty, three;
+  TQuorelMemoryStream e;
+  empty.SaveToStream(e);
+  EXPECT_EQ(BytesOf(e), (TBytes{0, 0, 0, 0}));
+  three.SetCount(3);
+  e.Seek(0, soBeginning);
+  three.LoadFromStream(e);
+  EXPECT_EQ(three.Count(), 0);
+
+  // The list is its count followed by each item as saved alone, in the item's own encoding.
+  TVecList list;
+  list.SetCount(2);
+  list.SetItems(0, Real({1.5, -2}));
+  list.SetItems(1, Cplx({{3, 4}}));
+  list[1].SetPrecision(prSmallInt);
+  TQuorelMemoryStream s, a, b;
+  list.SaveToStream(s);
+  list[0].SaveToStream(a);
+  list[1].SaveToStream(b);
+  TBytes expected;
+  Put<std::int32_t>(expected, {2});
+  expected.insert(expected.end(), a.Bytes().begin(), a.Bytes().end());
+  expected.insert(expected.end(), b.Bytes().begin(), b.Bytes().end());
+  EXPECT_EQ(BytesOf(s), expected);
+
+  TVecList target;
+  target.SetCount(1);
+  TVec* kept = &target[0];
+  s.Seek(0, soBeginning);
+  target.LoadFromStream(s);
+  EXPECT_EQ(&target[0], kept);
+  EXPECT_EQ(target[0][1], -2);
+  EXPECT_EQ(target[1].CValues()[0], (TCplx{3, 4}));
+  EXPECT_EQ(target[1].Precision(), prSmallInt);
+
+  TMtxList matrices, loaded;
+  matrices.SetCount(2);
+  matrices[1].Size(1, 2, true);
+  matrices[1].CValues(0, 1) = {-7, 8};
+  TQuorelMemoryStream m;
+  matrices.SaveToStream(m);
+  EXPECT_EQ(m.Size(), 4 + (104 + 4) + (104 + 4 + 32));
+  loaded.SetCount(3);
+  m.Seek(0, soBeginning);
+  loaded.LoadFromStream(m);
+  ASSERT_EQ(loaded.Count(), 2);
+  EXPECT_EQ(loaded[1].CValues(0, 1), (TCplx{-7, 8}));
+}
+
+TEST(VecList, FailedLoadRemovesTheItemsItAdded) {
+  TQuorelMemoryStream s;
+  const std::int32_t count = 3;
+  s.Write(&count, 4);
+  Real({7}).SaveToStream(s);  // only one of the three announced items
+  s.Seek(0, soBeginning);
+  TVecList list;
+  list.SetCount(1);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { list.LoadFromStream(s); }), "Error reading stream!");
+  EXPECT_EQ(list.Count(), 1);
+  EXPECT_EQ(list[0][0], 7);  // the item that existed was loaded
+  TQuorelMemoryStream shortCount(TBytes{1, 0});
+  EXPECT_EQ(MessageOf<EReadError>([&] { list.LoadFromStream(shortCount); }), "Stream read error");
+}
+
+TEST(VecList, DecomposeAndComposeRoundTrip) {
+  for (bool complex : {false, true}) {
+    const TMtx m = Ramp(3, 2, complex);
+    TVecList rows, cols;
+    rows.DecomposeRowMatrix(m);
+    cols.DecomposeColumnMatrix(m);
+    ASSERT_EQ(rows.Count(), 3);
+    ASSERT_EQ(cols.Count(), 2);
+    EXPECT_EQ(rows[2].Length(), 2);
+    EXPECT_EQ(cols[1].Length(), 3);
+    EXPECT_EQ(rows[2].Values()[complex ? 3 : 1], m.Values()[complex ? 11 : 5]);
+    EXPECT_EQ(cols[1].Values()[complex ? 5 : 2], m.Values()[complex ? 11 : 5]);
+    TMtx fromRows, fromCols(1, 1);
+    rows.ComposeRowMatrix(fromRows);
+    cols.ComposeColumnMatrix(fromCols);
+    for (const TMtx* r : {&fromRows, &fromCols}) {
+      EXPECT_EQ(r->Rows(), 3);
+      EXPECT_EQ(r->Cols(), 2);
+      EXPECT_TRUE(std::ranges::equal(r->Values(), m.Values()));
+    }
+  }
+  TVecList list;
+  list.SetCount(2);
+  list.SetItems(0, Real({1, 2}));
+  list.SetItems(1, Cplx({{1, 2}, {3, 4}}));
+  TMtx dst = Ramp(1, 1, false);
+  const char* msg = "(Dst.Rows <> Items[i].Length) or (Dst.Complex <> Items[i].Length)";
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { list.ComposeColumnMatrix(dst); }), msg);
+  list.SetItems(1, Real({1, 2, 3}));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { list.ComposeRowMatrix(dst); }), msg);
+  EXPECT_EQ(dst.Rows(), 1);
+}
+
+TEST(VecList, RowViewsShareTheMatrixStorage) {
+  TMtx m = Ramp(3, 2, false);
+  TVecList rows;
+  rows.SetCount(5);
+  rows.SetItems(0, Real({9, 9, 9, 9}));
+  rows.SetSubRange(m);
+  ASSERT_EQ(rows.Count(), 3);
+  rows[1][0] = -1;
+  EXPECT_EQ(m.Values(1, 0), -1);
+  EXPECT_EQ(rows[2][1], 5);
+  rows.SetFullRange();
+  EXPECT_EQ(rows[0].Length(), 4);  // back to its own storage
+  EXPECT_EQ(rows[0][3], 9);
+  TMtx c = Ramp(2, 2, true);
+  rows.SetSubRange(c);
+  EXPECT_EQ(rows[1].CValues()[1], c.CValues(1, 1));
+}
+
+}  // namespace
+}  // namespace quorel::test

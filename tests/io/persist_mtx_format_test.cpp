@@ -1,0 +1,111 @@
+// The matrix's binary layout byte for byte, its settings, and its reader on damaged headers.
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "persist_test_util.h"
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/io/persist.h"
+
+namespace quorel::test {
+namespace {
+
+TMtx Filled(std::int32_t rows, std::int32_t cols, bool complex, std::initializer_list<double> doubles) {
+  TMtx m(rows, cols, complex);
+  std::copy(doubles.begin(), doubles.end(), m.PValues1D(0));
+  return m;
+}
+
+TBytes Saved(const TMtx& m) {
+  TQuorelMemoryStream s;
+  m.SaveToStream(s);
+  return BytesOf(s);
+}
+
+TEST(MtxFormat, RealWithSettingsAndComplexRowMajorBytes) {
+  TMtx m = Filled(2, 3, false, {1, 2, 3, -4, 5.5, 6});
+  m.SetAutoMtxType(true);
+  m.SetEigGenType(etABz);
+  m.SetBalance(btScale);
+  m.SetConditionNumber(cnNormInf);
+  m.SetRefineSolution(true);
+  m.SetTriangleForm(tfUpper);
+  m.SetTriangleUnit(true);
+  m.SetSuperDiag(2);
+  m.SetSubDiag(1);
+  m.SetTag(5);
+  m.SetCaption("m");
+  TBytes expected;
+  Put<float>(expected, {0, 2, 3, 0, 1, 1, 1, 1, 2, 0, 1, 1, 1, 2, 1, 8, 200, 5, 64019, 0, 0, 0, 0, 0, 0, 0});
+  PutCaption(expected, "m");
+  Put<double>(expected, {1, 2, 3, -4, 5.5, 6});
+  const TBytes got = Saved(m);
+  EXPECT_EQ(got, expected);
+  // The constant 8.0 and the version stand in the opposite order to the vector header.
+  EXPECT_EQ(TBytes(got.begin() + 60, got.begin() + 68), (TBytes{0, 0, 0, 0x41, 0, 0, 0x48, 0x43}));
+
+  TMtx c = Filled(2, 2, true, {1.5, -1.5, 2, 3, 9e6, -9e6, 0.4, 7.9});
+  c.SetPrecision(prInt24);
+  expected.clear();
+  Put<float>(expected, {1, 2, 2, 1, 0, 0, btFull, 1, 0, prInt24, 0, 0, 0, 0, 0, 8, 200, 0, 64019, 0, 0, 0, 0, 0, 0, 0});
+  PutCaption(expected, "");
+  const TBytes values{0x01, 0x00, 0x00, 0xFF, 0xFF, 0xFF, 0x02, 0x00, 0x00, 0x03, 0x00, 0x00,
+                      0xFF, 0xFF, 0x7F, 0x01, 0x00, 0x80, 0x00, 0x00, 0x00, 0x07, 0x00, 0x00};
+  expected.insert(expected.end(), values.begin(), values.end());
+  EXPECT_EQ(Saved(c), expected);
+  TQuorelMemoryStream s(expected);
+  TMtx r(5, 1);
+  r.LoadFromStream(s);
+  EXPECT_EQ(r.Rows(), 2);
+  EXPECT_EQ(r.CValues(1, 0), (TCplx{8388607, -8388607}));
+}
+
+// Version 104: no caption and no file code. Valid settings are restored; ordinals out of range
+// and a negative diagonal count are not.
+TEST(MtxFormat, OldVersionAndSettings) {
+  TBytes b;
+  Put<float>(b, {0, 1, 2, 0, 1, 9, 1, 1, 2, prByte, 1, 1, 0, -5, 3, 8, 104, 77, 0, 0, 0, 0, 0, 0, 0, 0});
+  Put<std::uint8_t>(b, {200, 7});
+  TQuorelMemoryStream s(b);
+  TMtx m;
+  m.LoadFromStream(s);
+  EXPECT_EQ(m.Values(0, 0), 200);
+  EXPECT_EQ(m.Values(0, 1), 7);
+  EXPECT_EQ(m.Tag(), 0);
+  EXPECT_TRUE(m.AutoMtxType());
+  EXPECT_TRUE(m.RefineSolution());
+  EXPECT_EQ(m.Balance(), btScale);
+  EXPECT_EQ(m.ConditionNumber(), cnNormInf);
+  EXPECT_EQ(m.TriangleForm(), tfUpper);
+  EXPECT_EQ(m.SubDiag(), 3);
+  EXPECT_EQ(m.EigGenType(), etAzBz);
+  EXPECT_EQ(m.SuperDiag(), 0);
+}
+
+TEST(MtxFormat, RefusalsChangeNothing) {
+  TMtx m = Filled(1, 2, false, {4, 5});
+  m.SetCaption("c");
+  const auto load = [&](float rows, float cols, float code, std::size_t keep) {
+    TBytes b;
+    Put<float>(b, {0, rows, cols, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 8, 200, 9, code, 0, 0, 0, 0, 0, 0, 0});
+    PutCaption(b, "x");
+    b.resize(std::min(b.size(), keep));
+    TQuorelMemoryStream s(b);
+    m.LoadFromStream(s);
+  };
+  const char* tooBig = "Out of memory! Attempted to allocate over 2GB!";
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { load(2, 2, 64019, 103); }), "TMtx: Error reading stream!");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { load(2, 2, 1, 200); }), "Wrong file format!");
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { load(20000, 20000, 64019, 200); }), tooBig);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { load(1e30f, 1e30f, 64019, 200); }), tooBig);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { load(-1, 2, 64019, 200); }), "Value < 0");
+  EXPECT_EQ(m.Cols(), 2);
+  EXPECT_EQ(m.Values(0, 1), 5);
+  EXPECT_EQ(m.Caption(), "c");
+  EXPECT_EQ(m.Tag(), 0);
+}
+
+}  // namespace
+}  // namespace quorel::test

@@ -1,0 +1,159 @@
+// The vector's binary layout byte for byte, and its reader on old, foreign and short input.
+#include <cmath>
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "persist_test_util.h"
+#include "quorel/core/errors.h"
+#include "quorel/io/persist.h"
+
+namespace quorel::test {
+namespace {
+
+/// The 11 header singles as the layout table lists them, and an empty caption when asked.
+TBytes VecHeader(float complex, float length, float condCheck, float precision, float tag) {
+  TBytes b;
+  return Put<float>(b, {complex, length, 0, condCheck, precision, 200, 8, tag, 64019, 0, 0});
+}
+
+TBytes Saved(const TVec& v) {
+  TQuorelMemoryStream s;
+  v.SaveToStream(s);
+  return BytesOf(s);
+}
+
+TEST(VecFormat, HeaderCaptionAndComplexValues) {
+  TVec v = Real({1, -2.5, 3});
+  v.SetCaption("ab");
+  v.SetTag(7);
+  TBytes expected = VecHeader(0, 3, 1, 0, 7);
+  PutCaption(expected, "ab");
+  Put<double>(expected, {1, -2.5, 3});
+  const TBytes got = Saved(v);
+  EXPECT_EQ(got, expected);
+  // Version 200.0f and file code 64019.0f as literal little-endian singles.
+  EXPECT_EQ(TBytes(got.begin() + 20, got.begin() + 24), (TBytes{0x00, 0x00, 0x48, 0x43}));
+  EXPECT_EQ(TBytes(got.begin() + 32, got.begin() + 36), (TBytes{0x00, 0x13, 0x7A, 0x47}));
+
+  TVec c = Cplx({{1.4, -2.6}, {40000, 7}});
+  c.SetPrecision(prSmallInt);
+  c.SetRounding(rnRound);
+  c.SetConditionCheck(false);
+  expected = VecHeader(1, 2, 0, prSmallInt, 0);
+  PutCaption(expected, "");
+  Put<std::int16_t>(expected, {1, -3, 32767, 7});  // interleaved (re, im), 8 bytes
+  EXPECT_EQ(Saved(c), expected);
+}
+
+// One input through every precision: rounding to nearest, saturation at each type's range.
+TEST(VecFormat, ValuesBlockOfEveryPrecision) {
+  TVec v = Real({2.5, -1.6, 300.7, 1e6});
+  v.SetRounding(rnRound);
+  TBytes d, s, i32, u32, i16, u16, i8, u8;
+  const TBytes blocks[] = {
+      Put<double>(d, {2.5, -1.6, 300.7, 1e6}),
+      Put<float>(s, {2.5f, -1.6f, 300.7f, 1e6f}),
+      Put<std::int32_t>(i32, {2, -2, 301, 1000000}),
+      Put<std::uint32_t>(u32, {2, 0, 301, 1000000}),
+      Put<std::int16_t>(i16, {2, -2, 301, 32767}),
+      Put<std::uint16_t>(u16, {2, 0, 301, 65535}),
+      Put<std::int8_t>(i8, {2, -2, 127, 127}),
+      Put<std::uint8_t>(u8, {2, 0, 255, 255}),
+      {0xFF, 0x7E, 0xE4, 0x80},                                                      // mu-law
+      {0xD5, 0x55, 0xC7, 0xAA},                                                      // A-law
+      {0x02, 0x00, 0x00, 0xFE, 0xFF, 0xFF, 0x2D, 0x01, 0x00, 0x40, 0x42, 0x0F},  // 24-bit
+  };
+  for (int p = prDouble; p <= prInt24; ++p) {
+    v.SetPrecision(static_cast<TPrecision>(p));
+    TBytes expected = VecHeader(0, 4, 1, static_cast<float>(p), 0);
+    PutCaption(expected, "");
+    expected.insert(expected.end(), blocks[p].begin(), blocks[p].end());
+    EXPECT_EQ(Saved(v), expected) << "precision " << p;
+  }
+}
+
+TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
+  TVec v = Cplx({{1, 2}, {3, 4}, {5, 6}});
+  v.SetCaption("caption");
+  v.SetTag(-12);
+  v.SetPrecision(prInteger);
+  v.SetConditionCheck(false);
+  TQuorelMemoryStream s;
+  v.SaveToStream(s);
+  s.Seek(0, soBeginning);
+  TVec r = Real({9});
+  r.LoadFromStream(s);
+  EXPECT_EQ(r.Length(), 3);
+  EXPECT_EQ(r.CValues()[2], (TCplx{5, 6}));
+  EXPECT_EQ(r.Caption(), "caption");
+  EXPECT_EQ(r.Tag(), -12);
+  EXPECT_EQ(r.Precision(), prInteger);
+  EXPECT_FALSE(r.ConditionCheck());
+  EXPECT_EQ(QuorelTVecVer.load(), 200);
+
+  TBytes old;
+  Put<float>(old, {0, 2, 0, 1, prSmallInt, 100, 8, 55, 0, 0, 0});  // no file code either
+  Put<std::int16_t>(old, {-7, 9});
+  TQuorelMemoryStream o(old);
+  r.LoadFromStream(o);
+  EXPECT_EQ(r[0], -7);
+  EXPECT_EQ(r[1], 9);
+  EXPECT_EQ(r.Caption(), "caption");  // neither caption nor tag in that layout
+  EXPECT_EQ(r.Tag(), -12);
+  EXPECT_EQ(QuorelTVecVer.load(), 100);
+}
+
+// A caption is written whole but read back only up to 254 bytes; the reader then continues
+// inside the text. Both halves of the asymmetry are pinned.
+TEST(VecFormat, LongCaptionIsWrittenWholeAndReadShort) {
+  TVec v = Real({1});
+  v.SetCaption(std::string(254, 'a') + "\x01\x02\x03\x04\x05\x06\x07\x08");
+  TQuorelMemoryStream s;
+  v.SaveToStream(s);
+  EXPECT_EQ(s.Size(), 44 + 4 + 262 + 8);
+  s.Seek(0, soBeginning);
+  TVec r;
+  r.LoadFromStream(s);
+  EXPECT_EQ(r.Caption(), std::string(254, 'a'));
+  const std::uint8_t tail[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+  EXPECT_EQ(std::memcmp(r.PValues1D(0), tail, 8), 0);  // the caption's tail read as the value
+}
+
+TEST(VecFormat, RefusalsChangeNothing) {
+  TVec v = Real({4, 5});
+  v.SetCaption("c");
+  const auto load = [&](float length, float fileCode, std::size_t keep) {
+    TBytes b;
+    Put<float>(b, {0, length, 0, 1, 0, 200, 8, 9, fileCode, 0, 0});
+    PutCaption(b, "x");
+    b.resize(std::min(b.size(), keep));
+    TQuorelMemoryStream s(b);
+    v.LoadFromStream(s);
+  };
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { load(3, 64018, 99); }), "Wrong file format!");
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { load(3, 64019, 43); }), "Error reading stream!");
+  EXPECT_EQ(MessageOf<EOutOfMemory>([&] { load(1e30f, 64019, 99); }), "Quorel: Out of memory!");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { load(-3, 64019, 99); }), "Value < 0");
+  EXPECT_EQ(v.Length(), 2);
+  EXPECT_EQ(v[1], 5);
+  EXPECT_EQ(v.Caption(), "c");
+  EXPECT_EQ(v.Tag(), 0);
+}
+
+// A short values block fills what arrived and leaves the rest as it was.
+TEST(VecFormat, ShortValuesBlock) {
+  TBytes b = VecHeader(0, 3, 1, prInteger, 0);
+  PutCaption(b, "");
+  Put<std::int32_t>(b, {11, 22});
+  b.push_back(0x7F);  // a partial third value
+  TVec v = Real({-1, -1, -1});
+  TQuorelMemoryStream s(b);
+  v.LoadFromStream(s);
+  EXPECT_EQ(v[1], 22);
+  EXPECT_EQ(v[2], -1);
+}
+
+}  // namespace
+}  // namespace quorel::test
