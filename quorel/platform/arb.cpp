@@ -1,0 +1,284 @@
+// Ball-arithmetic evaluation of the Bessel, Hankel and Airy functions with a certified rounding
+// to double. Each evaluation starts at a modest working precision and doubles it until both ends
+// of each part's ball round to the same double, up to kArbPrecisionCap bits.
+
+#include "quorel/platform/arb.h"
+
+#include <acb.h>
+#include <acb_hypgeom.h>
+#include <arb.h>
+#include <arb_hypgeom.h>
+
+#include <cmath>
+#include <limits>
+
+namespace quorel::detail {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr slong kStartPrecision = 80;
+// A part below 2^-64 of the other part only has to be faithful: its exact value may be zero,
+// which a ball cannot always prove.
+constexpr slong kNegligibleBits = 64;
+
+// Holders that init and clear the library's variables on every path.
+struct Arf {
+  arf_t v;
+  Arf() { arf_init(v); }
+  ~Arf() { arf_clear(v); }
+  Arf(const Arf&) = delete;
+  Arf& operator=(const Arf&) = delete;
+};
+struct Arb {
+  arb_t v;
+  Arb() { arb_init(v); }
+  ~Arb() { arb_clear(v); }
+  Arb(const Arb&) = delete;
+  Arb& operator=(const Arb&) = delete;
+};
+struct Acb {
+  acb_t v;
+  Acb() { acb_init(v); }
+  explicit Acb(TCplx z) : Acb() { acb_set_d_d(v, z.Re, z.Im); }
+  ~Acb() { acb_clear(v); }
+  Acb(const Acb&) = delete;
+  Acb& operator=(const Acb&) = delete;
+};
+struct Fmpz {
+  fmpz_t v;
+  Fmpz() { fmpz_init(v); }
+  ~Fmpz() { fmpz_clear(v); }
+  Fmpz(const Fmpz&) = delete;
+  Fmpz& operator=(const Fmpz&) = delete;
+};
+
+// Round to nearest, ties to even. Below the normal range the double grid is 2^-1074: round on it
+// in one step so no second rounding happens.
+double RoundNearest(const arf_t x) {
+  if (arf_is_zero(x)) return 0.0;
+  if (arf_is_nan(x)) return kNaN;
+  if (arf_is_inf(x)) return arf_sgn(x) > 0 ? HUGE_VAL : -HUGE_VAL;
+  if (arf_cmpabs_2exp_si(x, -1022) < 0) {
+    Arf scaled;
+    arf_mul_2exp_si(scaled.v, x, 1074);
+    Fmpz n;
+    arf_get_fmpz(n.v, scaled.v, ARF_RND_NEAR);
+    double d = std::ldexp(fmpz_get_d(n.v), -1074);
+    return d == 0 ? std::copysign(0.0, arf_sgn(x)) : d;
+  }
+  return arf_get_d(x, ARF_RND_NEAR);
+}
+
+// The double both ends of the ball round to, if they agree.
+bool CertifiedPart(const arb_t x, double& out) {
+  if (!arb_is_finite(x)) return false;
+  if (arb_is_exact(x)) {
+    out = RoundNearest(arb_midref(x));
+    return true;
+  }
+  Arf lo, hi;
+  arb_get_lbound_arf(lo.v, x, 2 * 64);
+  arb_get_ubound_arf(hi.v, x, 2 * 64);
+  double a = RoundNearest(lo.v), b = RoundNearest(hi.v);
+  if (a != b) return false;
+  out = RoundNearest(arb_midref(x));
+  return true;
+}
+
+// True when every point of `x` is below 2^-kNegligibleBits * |other| (or `other` overflowed).
+bool Negligible(const arb_t x, double other) {
+  if (!arb_is_finite(x) || other == 0 || std::isnan(other)) return false;
+  if (std::isinf(other)) return true;
+  Arf bound;
+  arb_get_abs_ubound_arf(bound.v, x, 64);
+  Arf limit;
+  arf_set_d(limit.v, std::fabs(other));
+  arf_mul_2exp_si(limit.v, limit.v, -kNegligibleBits);
+  return arf_cmp(bound.v, limit.v) < 0;
+}
+
+// Runs eval(result, prec) at rising precision until both parts are certified.
+template <class Eval>
+TCplx Certified(Eval&& eval, int& ierr) {
+  Acb res;
+  for (slong prec = kStartPrecision;; prec = std::min<slong>(2 * prec, kArbPrecisionCap)) {
+    eval(res.v, prec);
+    double re = 0, im = 0;
+    bool okRe = CertifiedPart(acb_realref(res.v), re);
+    bool okIm = CertifiedPart(acb_imagref(res.v), im);
+    if (okRe && !okIm && Negligible(acb_imagref(res.v), re)) {
+      im = RoundNearest(arb_midref(acb_imagref(res.v)));
+      okIm = true;
+    } else if (okIm && !okRe && Negligible(acb_realref(res.v), im)) {
+      re = RoundNearest(arb_midref(acb_realref(res.v)));
+      okRe = true;
+    }
+    if (okRe && okIm) {
+      ierr = std::isinf(re) || std::isinf(im) ? ierrOverflow : ierrNone;
+      return {re, im};
+    }
+    if (prec >= kArbPrecisionCap) break;
+  }
+  // Out of precision: keep the midpoint when at least half the digits are certain.
+  if (acb_is_finite(res.v) && acb_rel_accuracy_bits(res.v) >= 26) {
+    ierr = ierrPartialLoss;
+    return {RoundNearest(arb_midref(acb_realref(res.v))), RoundNearest(arb_midref(acb_imagref(res.v)))};
+  }
+  ierr = ierrTotalLoss;
+  return {kNaN, kNaN};
+}
+
+// Exponent e of the scale factor e^e for z.
+void ScaleExponent(acb_t e, TBesselScale scale, const acb_t z) {
+  switch (scale) {
+    case TBesselScale::None: acb_zero(e); break;
+    case TBesselScale::ExpMinusAbsImZ:
+      acb_zero(e);
+      arb_abs(acb_realref(e), acb_imagref(z));
+      arb_neg(acb_realref(e), acb_realref(e));
+      break;
+    case TBesselScale::ExpMinusAbsReZ:
+      acb_zero(e);
+      arb_abs(acb_realref(e), acb_realref(z));
+      arb_neg(acb_realref(e), acb_realref(e));
+      break;
+    case TBesselScale::ExpZ: acb_set(e, z); break;
+    case TBesselScale::ExpMinusIZ: acb_mul_onei(e, z); acb_neg(e, e); break;
+    case TBesselScale::ExpPlusIZ: acb_mul_onei(e, z); break;
+  }
+}
+
+// res := the function times e^{e}. I and K start from the library's own scaled forms (e^{-z} I,
+// e^{z} K) so that the remaining factor stays moderate where the function itself is extreme.
+void EvalBessel(acb_t res, TBesselKind kind, const acb_t nu, const acb_t z, const acb_t e, slong prec) {
+  Acb rest;
+  acb_set(rest.v, e);
+  switch (kind) {
+    case TBesselKind::J: acb_hypgeom_bessel_j(res, nu, z, prec); break;
+    case TBesselKind::Y: acb_hypgeom_bessel_y(res, nu, z, prec); break;
+    case TBesselKind::I:
+      acb_hypgeom_bessel_i_scaled(res, nu, z, prec);
+      acb_add(rest.v, rest.v, z, prec);
+      break;
+    case TBesselKind::K:
+      acb_hypgeom_bessel_k_scaled(res, nu, z, prec);
+      acb_sub(rest.v, rest.v, z, prec);
+      break;
+    case TBesselKind::H1:
+    case TBesselKind::H2: {
+      Acb y;
+      acb_hypgeom_bessel_jy(res, y.v, nu, z, prec);
+      acb_mul_onei(y.v, y.v);
+      if (kind == TBesselKind::H1) acb_add(res, res, y.v, prec);
+      else acb_sub(res, res, y.v, prec);
+      break;
+    }
+  }
+  if (!acb_is_zero(rest.v)) {
+    acb_exp(rest.v, rest.v, prec);
+    acb_mul(res, res, rest.v, prec);
+  }
+}
+
+// Real argument x > 0 and a real result: the real functions give an exact zero imaginary part.
+// As in EvalBessel, I and K start from their scaled forms and the rest of the factor follows.
+void EvalBesselReal(acb_t res, TBesselKind kind, const arb_t nu, const arb_t x, TBesselScale scale, slong prec) {
+  arb_ptr r = acb_realref(res);
+  arb_zero(acb_imagref(res));
+  int have = 0;  // the result so far carries e^{have * x}
+  switch (kind) {
+    case TBesselKind::J: arb_hypgeom_bessel_j(r, nu, x, prec); break;
+    case TBesselKind::Y: arb_hypgeom_bessel_y(r, nu, x, prec); break;
+    case TBesselKind::I: arb_hypgeom_bessel_i_scaled(r, nu, x, prec); have = -1; break;
+    default: arb_hypgeom_bessel_k_scaled(r, nu, x, prec); have = 1; break;
+  }
+  int want = scale == TBesselScale::ExpZ ? 1 : scale == TBesselScale::ExpMinusAbsReZ ? -1 : 0;
+  if (want != have) {
+    Arb f;
+    arb_mul_si(f.v, x, want - have, prec);
+    arb_exp(f.v, f.v, prec);
+    arb_mul(r, r, f.v, prec);
+  }
+}
+
+bool RealPath(TBesselKind kind, TCplx z, TBesselScale scale) {
+  if (z.Im != 0 || !(z.Re > 0)) return false;
+  bool realFunction = kind == TBesselKind::J || kind == TBesselKind::Y || kind == TBesselKind::I ||
+                      kind == TBesselKind::K;
+  bool realScale = scale != TBesselScale::ExpMinusIZ && scale != TBesselScale::ExpPlusIZ;
+  return realFunction && realScale;
+}
+
+// Non-finite input: NaN is an input error, an infinite argument or order cannot be evaluated.
+bool BadInput(double a, double b, double c, TCplx& out, int& ierr) {
+  if (std::isnan(a) || std::isnan(b) || std::isnan(c)) {
+    ierr = ierrInput;
+  } else if (std::isinf(a) || std::isinf(b) || std::isinf(c)) {
+    ierr = ierrTotalLoss;
+  } else {
+    return false;
+  }
+  out = {kNaN, kNaN};
+  return true;
+}
+
+}  // namespace
+
+TBesselScale ScaleOf(TBesselKind kind) {
+  switch (kind) {
+    case TBesselKind::J:
+    case TBesselKind::Y: return TBesselScale::ExpMinusAbsImZ;
+    case TBesselKind::I: return TBesselScale::ExpMinusAbsReZ;
+    case TBesselKind::K: return TBesselScale::ExpZ;
+    case TBesselKind::H1: return TBesselScale::ExpMinusIZ;
+    case TBesselKind::H2: return TBesselScale::ExpPlusIZ;
+  }
+  return TBesselScale::None;
+}
+
+TCplx ArbBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, int& ierr) {
+  TCplx out;
+  if (BadInput(nu, z.Re, z.Im, out, ierr)) return out;
+  if (z.Re == 0 && z.Im == 0 && kind != TBesselKind::J && kind != TBesselKind::I) {
+    ierr = ierrInput;  // a pole
+    return {kNaN, kNaN};
+  }
+  if (RealPath(kind, z, scale)) {
+    Arb n, x;
+    arb_set_d(n.v, nu);
+    arb_set_d(x.v, z.Re);
+    return Certified([&](acb_t res, slong prec) { EvalBesselReal(res, kind, n.v, x.v, scale, prec); }, ierr);
+  }
+  Acb n(TCplx{nu, 0}), zz(z), e;
+  ScaleExponent(e.v, scale, zz.v);
+  return Certified([&](acb_t res, slong prec) { EvalBessel(res, kind, n.v, zz.v, e.v, prec); }, ierr);
+}
+
+TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr) {
+  TCplx out;
+  if (BadInput(z.Re, z.Im, 0, out, ierr)) return out;
+  Acb zz(z);
+  auto eval = [&](acb_t res, slong prec) {
+    acb_ptr ai = !bi && !derivative ? res : nullptr, aip = !bi && derivative ? res : nullptr;
+    acb_ptr bv = bi && !derivative ? res : nullptr, bip = bi && derivative ? res : nullptr;
+    acb_hypgeom_airy(ai, aip, bv, bip, zz.v, prec);
+    if (!scaled) return;
+    Acb zeta;  // (2/3) z^{3/2}
+    acb_sqrt(zeta.v, zz.v, prec);
+    acb_mul(zeta.v, zeta.v, zz.v, prec);
+    acb_mul_ui(zeta.v, zeta.v, 2, prec);
+    acb_div_ui(zeta.v, zeta.v, 3, prec);
+    if (bi) {
+      arb_abs(acb_realref(zeta.v), acb_realref(zeta.v));
+      arb_neg(acb_realref(zeta.v), acb_realref(zeta.v));
+      arb_exp(acb_realref(zeta.v), acb_realref(zeta.v), prec);
+      acb_mul_arb(res, res, acb_realref(zeta.v), prec);
+    } else {
+      acb_exp(zeta.v, zeta.v, prec);
+      acb_mul(res, res, zeta.v, prec);
+    }
+  };
+  return Certified(eval, ierr);
+}
+
+}  // namespace quorel::detail
