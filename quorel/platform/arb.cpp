@@ -16,7 +16,7 @@ namespace quorel::detail {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr slong kStartPrecision = 80;
+constexpr slong kStartPrecision = 96;
 // A part below 2^-64 of the other part only has to be faithful: its exact value may be zero,
 // which a ball cannot always prove.
 constexpr slong kNegligibleBits = 64;
