@@ -12,6 +12,8 @@
 #include <cmath>
 #include <limits>
 
+#include "quorel/objects/detail/release_hooks.h"
+
 namespace quorel::detail {
 namespace {
 
@@ -97,9 +99,14 @@ bool Negligible(const arb_t x, double other) {
   return arf_cmp(bound.v, limit.v) < 0;
 }
 
+// The library caches constants and tables per thread; the controller's release frees this thread's.
+void ReleaseArbCaches() { flint_cleanup(); }
+
 // Runs eval(result, prec) at rising precision until both parts are certified.
 template <class Eval>
 TCplx Certified(Eval&& eval, int& ierr) {
+  static const bool hooked = (RegisterReleaseHook(&ReleaseArbCaches), true);
+  (void)hooked;
   Acb res;
   for (slong prec = kStartPrecision;; prec = std::min<slong>(2 * prec, kArbPrecisionCap)) {
     eval(res.v, prec);

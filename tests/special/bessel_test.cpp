@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "quorel/core/complex_arith.h"
+#include "quorel/objects/controller.h"
 #include "quorel/special/special_funcs.h"
 #include "special/reference.h"
 
@@ -126,6 +127,12 @@ TEST(SpecialBessel, NonFiniteAndExtremeInputReturnPromptly) {
   TCplx hard = Besj(1e4, TCplx{1e4, 0});
   EXPECT_TRUE(std::isnan(hard.Re) || std::fabs(hard.Re) < 1);
   EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 60);
+}
+
+TEST(SpecialBessel, ValuesSurviveReleaseOfLibraryCaches) {
+  TCplx before = Besy(2.5, TCplx{3, -1}, true);
+  Controller->FreeMKLMemory();
+  EXPECT_EQ(Besy(2.5, TCplx{3, -1}, true), before);
 }
 
 TEST(SpecialAiry, CorrectlyRoundedAgainstReference) {
