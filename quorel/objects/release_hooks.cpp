@@ -7,13 +7,15 @@
 namespace quorel::detail {
 namespace {
 // Function-local statics: hooks may be registered during static initialisation of other units.
+// Never destroyed: a hook registered after the controller exists would otherwise be destroyed
+// before the controller's destructor runs the hooks.
 std::mutex& HooksLock() {
-  static std::mutex m;
-  return m;
+  static auto* m = new std::mutex;
+  return *m;
 }
 std::vector<TReleaseHook>& Hooks() {
-  static std::vector<TReleaseHook> hooks;
-  return hooks;
+  static auto* hooks = new std::vector<TReleaseHook>;
+  return *hooks;
 }
 }  // namespace
 

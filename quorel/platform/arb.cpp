@@ -87,10 +87,10 @@ bool CertifiedPart(const arb_t x, double& out) {
   return true;
 }
 
-// True when every point of `x` is below 2^-kNegligibleBits * |other| (or `other` overflowed).
+// True when every point of `x` is below 2^-kNegligibleBits * |other|. Next to an overflowed part
+// the bound would say nothing: such a part has to be certified itself.
 bool Negligible(const arb_t x, double other) {
-  if (!arb_is_finite(x) || other == 0 || std::isnan(other)) return false;
-  if (std::isinf(other)) return true;
+  if (!arb_is_finite(x) || other == 0 || !std::isfinite(other)) return false;
   Arf bound;
   arb_get_abs_ubound_arf(bound.v, x, 64);
   Arf limit;
@@ -155,6 +155,17 @@ void ScaleExponent(acb_t e, TBesselScale scale, const acb_t z) {
   }
 }
 
+// True where the Hankel function of that kind is the exponentially small one (H1 in the upper
+// half-plane, H2 in the lower): there J +- iY cancels, and the K form is used. Its range is
+// -pi/2 < arg z <= pi for H1 and -pi < arg z <= pi/2 for H2 (a zero imaginary part counts as +0).
+bool RecessiveHankelSide(bool first, const acb_t z) {
+  const arb_struct* re = acb_realref(z);
+  const arb_struct* im = acb_imagref(z);
+  if (first) return arb_is_nonnegative(im) ? !acb_is_zero(z) : arb_is_positive(re);
+  if (arb_is_negative(im)) return true;
+  return arb_is_zero(im) ? arb_is_positive(re) : arb_is_nonnegative(re);
+}
+
 // res := the function times e^{e}. I and K start from the library's own scaled forms (e^{-z} I,
 // e^{z} K) so that the remaining factor stays moderate where the function itself is extreme.
 void EvalBessel(acb_t res, TBesselKind kind, const acb_t nu, const acb_t z, const acb_t e, slong prec) {
@@ -173,11 +184,31 @@ void EvalBessel(acb_t res, TBesselKind kind, const acb_t nu, const acb_t z, cons
       break;
     case TBesselKind::H1:
     case TBesselKind::H2: {
-      Acb y;
-      acb_hypgeom_bessel_jy(res, y.v, nu, z, prec);
-      acb_mul_onei(y.v, y.v);
-      if (kind == TBesselKind::H1) acb_add(res, res, y.v, prec);
-      else acb_sub(res, res, y.v, prec);
+      bool first = kind == TBesselKind::H1;
+      if (!RecessiveHankelSide(first, z)) {  // J +- iY: no cancellation on this side
+        Acb y;
+        acb_hypgeom_bessel_jy(res, y.v, nu, z, prec);
+        acb_mul_onei(y.v, y.v);
+        if (first) acb_add(res, res, y.v, prec);
+        else acb_sub(res, res, y.v, prec);
+        break;
+      }
+      // H1 = (2/pi) e^{-i(nu+1)pi/2} e^{iz} [e^{w} K(w)], w = -iz; H2 the same with i -> -i. The
+      // scaled K leaves the result as e^{-+iz} H, exactly the Hankel scale.
+      Acb w, turn;
+      acb_mul_onei(w.v, z);
+      if (first) acb_neg(w.v, w.v);
+      acb_hypgeom_bessel_k_scaled(res, nu, w.v, prec);
+      acb_add_ui(turn.v, nu, 1, prec);
+      acb_mul_2exp_si(turn.v, turn.v, -1);
+      if (first) acb_neg(turn.v, turn.v);
+      acb_exp_pi_i(turn.v, turn.v, prec);
+      acb_mul(res, res, turn.v, prec);
+      Arb twoOverPi;
+      arb_const_pi(twoOverPi.v, prec);
+      arb_ui_div(twoOverPi.v, 2, twoOverPi.v, prec);
+      acb_mul_arb(res, res, twoOverPi.v, prec);
+      acb_sub(rest.v, rest.v, w.v, prec);  // res carries e^{w}
       break;
     }
   }

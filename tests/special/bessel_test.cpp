@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <complex>
 #include <cmath>
 #include <limits>
 
@@ -110,6 +111,18 @@ TEST(SpecialBessel, ScaledFormsDoNotOverflow) {
   EXPECT_NEAR(Besj(1, TCplx{0, 1e4}, true).Im * std::sqrt(2 * M_PI * 1e4), 1, 1e-3);
   TCplx h = Besh(0, TCplx{0, -800}, true, true);
   EXPECT_TRUE(std::isfinite(h.Re) && std::isfinite(h.Im));
+  // Where a Hankel function is exponentially small J +- iY cancels completely; the order 1/2 has
+  // the closed forms e^{-iz} H1 = -i sqrt(2 / (pi z)) and e^{iz} H2 = i sqrt(2 / (pi z)).
+  for (auto [z, first] : {std::pair{std::complex<double>(-3e5, 2e5), true}, {{40, 900}, true},
+                          {{1e8, -1e8}, false}, {{-5, -700}, false}}) {
+    std::complex<double> want = (first ? -1.0 : 1.0) * std::complex<double>(0, 1) * std::sqrt(2.0 / (M_PI * z));
+    TCplx got = Besh(0.5, TCplx{z.real(), z.imag()}, true, first);
+    EXPECT_LT(std::abs(std::complex<double>(got.Re, got.Im) - want), 4e-16 * std::abs(want)) << z;
+  }
+  // Next to an overflowing part the other part is still certified: e^{iz} H2_1(z) ~ -2/pi + i inf.
+  TCplx tiny = Besh(1, TCplx{1e-320, 0}, true, false);
+  EXPECT_EQ(tiny.Im, kInf);
+  EXPECT_NEAR(tiny.Re, -2 / M_PI, 1e-15);
 }
 
 TEST(SpecialBessel, NonFiniteAndExtremeInputReturnPromptly) {
