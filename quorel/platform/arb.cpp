@@ -23,36 +23,19 @@ constexpr slong kStartPrecision = 96;
 // which a ball cannot always prove.
 constexpr slong kNegligibleBits = 64;
 
-// Holders that init and clear the library's variables on every path.
-struct Arf {
-  arf_t v;
-  Arf() { arf_init(v); }
-  ~Arf() { arf_clear(v); }
-  Arf(const Arf&) = delete;
-  Arf& operator=(const Arf&) = delete;
+// Holder of one of the library's variables: init on construction, clear on every path.
+template <class S, void (*Init)(S*), void (*Clear)(S*)>
+struct Holder {
+  S v[1];
+  Holder() { Init(v); }
+  ~Holder() { Clear(v); }
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
 };
-struct Arb {
-  arb_t v;
-  Arb() { arb_init(v); }
-  ~Arb() { arb_clear(v); }
-  Arb(const Arb&) = delete;
-  Arb& operator=(const Arb&) = delete;
-};
-struct Acb {
-  acb_t v;
-  Acb() { acb_init(v); }
-  explicit Acb(TCplx z) : Acb() { acb_set_d_d(v, z.Re, z.Im); }
-  ~Acb() { acb_clear(v); }
-  Acb(const Acb&) = delete;
-  Acb& operator=(const Acb&) = delete;
-};
-struct Fmpz {
-  fmpz_t v;
-  Fmpz() { fmpz_init(v); }
-  ~Fmpz() { fmpz_clear(v); }
-  Fmpz(const Fmpz&) = delete;
-  Fmpz& operator=(const Fmpz&) = delete;
-};
+using Arf = Holder<arf_struct, arf_init, arf_clear>;
+using Arb = Holder<arb_struct, arb_init, arb_clear>;
+using Acb = Holder<acb_struct, acb_init, acb_clear>;
+using Fmpz = Holder<fmpz, fmpz_init, fmpz_clear>;
 
 // Round to nearest, ties to even. Below the normal range the double grid is 2^-1074: round on it
 // in one step so no second rounding happens.
@@ -287,7 +270,9 @@ TCplx ArbBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, int& i
     arb_set_d(x.v, z.Re);
     return Certified([&](acb_t res, slong prec) { EvalBesselReal(res, kind, n.v, x.v, scale, prec); }, ierr);
   }
-  Acb n(TCplx{nu, 0}), zz(z), e;
+  Acb n, zz, e;
+  acb_set_d(n.v, nu);
+  acb_set_d_d(zz.v, z.Re, z.Im);
   ScaleExponent(e.v, scale, zz.v);
   return Certified([&](acb_t res, slong prec) { EvalBessel(res, kind, n.v, zz.v, e.v, prec); }, ierr);
 }
@@ -295,7 +280,8 @@ TCplx ArbBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, int& i
 TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr) {
   TCplx out;
   if (BadInput(z.Re, z.Im, 0, out, ierr)) return out;
-  Acb zz(z);
+  Acb zz;
+  acb_set_d_d(zz.v, z.Re, z.Im);
   auto eval = [&](acb_t res, slong prec) {
     acb_ptr ai = !bi && !derivative ? res : nullptr, aip = !bi && derivative ? res : nullptr;
     acb_ptr bv = bi && !derivative ? res : nullptr, bip = bi && derivative ? res : nullptr;

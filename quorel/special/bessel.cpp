@@ -120,34 +120,36 @@ TCplx Besh(double nu, double x) { return Besh(nu, Cplx(x, 0), false, true); }
 
 // --- Airy ---------------------------------------------------------------------------------------
 
-TCplx Airy(const TCplx& Z, bool Derivative, bool Scaled, std::int32_t& Ierr) {
-  int ierr = 0;
-  TCplx r = detail::ArbAiry(false, Derivative, Z, Scaled, ierr);
-  Ierr = ierr;
+namespace {
+TCplx AiryFamily(bool bi, const TCplx& z, bool derivative, bool scaled, std::int32_t& ierr) {
+  int flag = 0;
+  TCplx r = detail::ArbAiry(bi, derivative, z, scaled, flag);
+  ierr = flag;
   return r;
 }
+}  // namespace
+
+TCplx Airy(const TCplx& Z, bool Derivative, bool Scaled, std::int32_t& Ierr) {
+  return AiryFamily(false, Z, Derivative, Scaled, Ierr);
+}
 double Airy(double x, bool Derivative, bool Scaled, std::int32_t& Ierr) {
-  return Airy(Cplx(x, 0), Derivative, Scaled, Ierr).Re;
+  return AiryFamily(false, Cplx(x, 0), Derivative, Scaled, Ierr).Re;
+}
+TCplx Biry(const TCplx& Z, bool Derivative, bool Scaled, std::int32_t& Ierr) {
+  return AiryFamily(true, Z, Derivative, Scaled, Ierr);
+}
+double Biry(double x, bool Derivative, bool Scaled, std::int32_t& Ierr) {
+  return AiryFamily(true, Cplx(x, 0), Derivative, Scaled, Ierr).Re;
 }
 TCplx Airy(const TCplx& Z) {
   std::int32_t ierr;
-  return Airy(Z, false, false, ierr);
-}
-double Airy(double x) { return Airy(Cplx(x, 0)).Re; }
-
-TCplx Biry(const TCplx& Z, bool Derivative, bool Scaled, std::int32_t& Ierr) {
-  int ierr = 0;
-  TCplx r = detail::ArbAiry(true, Derivative, Z, Scaled, ierr);
-  Ierr = ierr;
-  return r;
-}
-double Biry(double x, bool Derivative, bool Scaled, std::int32_t& Ierr) {
-  return Biry(Cplx(x, 0), Derivative, Scaled, Ierr).Re;
+  return AiryFamily(false, Z, false, false, ierr);
 }
 TCplx Biry(const TCplx& Z) {
   std::int32_t ierr;
-  return Biry(Z, false, false, ierr);
+  return AiryFamily(true, Z, false, false, ierr);
 }
+double Airy(double x) { return Airy(Cplx(x, 0)).Re; }
 double Biry(double x) { return Biry(Cplx(x, 0)).Re; }
 
 }  // namespace quorel
