@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "quorel/quorel.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 
@@ -170,6 +171,7 @@ int main() {
   ElementWise();
   Matrices();
   Persistence();
+  TourSpecial();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;
 }

@@ -4,6 +4,7 @@
 
 #include "quorel/core/complex_arith.h"
 #include "quorel/special/special_funcs.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

@@ -16,3 +16,5 @@
 #include "quorel/io/lists.h"
 #include "quorel/io/matrix_market.h"
 #include "quorel/elementwise/statistics.h"
+// Subsystems.
+#include "quorel/special/special_funcs.h"

@@ -1,0 +1,4 @@
+#pragma once
+// One section of the tour per subsystem; each lives in its own tour_<subsystem>.cpp.
+
+void TourSpecial();
