@@ -45,14 +45,17 @@ TEST(RandomEngines, PublishedKnownAnswers) {
     for (int i = 0; i < 4; ++i) EXPECT_EQ(out[i], k.out[i]) << i;
   }
   // Seeded stream: key (seed, 0), counters 0, 1, ... in order.
+  // Long fills take the batched path: every block must still be the block function's.
   TPhilox4x32 ph(0);
-  const auto p = Draw(ph, 8);
+  const auto p = Draw(ph, 1030);
   EXPECT_EQ(p[0], 0x6627e8d5u);
   EXPECT_EQ(p[3], 0x9b00dbd8u);
-  std::uint32_t c1[4] = {1, 0, 0, 0}, k0[2] = {0, 0}, b1[4];
-  TPhilox4x32::Block(c1, k0, b1);
-  EXPECT_EQ(p[4], b1[0]);
-  EXPECT_EQ(p[7], b1[3]);
+  for (std::uint32_t j = 0; j < 257; ++j) {
+    const std::uint32_t ctr[4] = {j, 0, 0, 0}, key[2] = {0, 0};
+    std::uint32_t b[4];
+    TPhilox4x32::Block(ctr, key, b);
+    for (int w = 0; w < 4; ++w) ASSERT_EQ(p[4 * j + w], b[w]) << j;
+  }
 }
 
 // Reference values from an independent big-integer evaluation of the recurrences and seedings.
