@@ -203,18 +203,11 @@ TMt19937::TMt19937(std::uint32_t seed) : TEngineOf(brgMT19937) {
   for (int i = 1; i < kN; ++i) fMt[i] = 1812433253u * (fMt[i - 1] ^ (fMt[i - 1] >> 30)) + static_cast<std::uint32_t>(i);
 }
 
-namespace {
-inline std::uint32_t Twist(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-  const std::uint32_t y = (a & 0x80000000u) | (b & 0x7FFFFFFFu);
-  return c ^ (y >> 1) ^ ((y & 1u) ? 0x9908B0DFu : 0u);
-}
-}  // namespace
-
 void TMt19937::Regenerate() {
   int k = 0;
-  for (; k < kN - kM; ++k) fMt[k] = Twist(fMt[k], fMt[k + 1], fMt[k + kM]);
-  for (; k < kN - 1; ++k) fMt[k] = Twist(fMt[k], fMt[k + 1], fMt[k + kM - kN]);
-  fMt[kN - 1] = Twist(fMt[kN - 1], fMt[0], fMt[kM - 1]);
+  for (; k < kN - kM; ++k) fMt[k] = detail::MtTwist(fMt[k], fMt[k + 1], fMt[k + kM]);
+  for (; k < kN - 1; ++k) fMt[k] = detail::MtTwist(fMt[k], fMt[k + 1], fMt[k + kM - kN]);
+  fMt[kN - 1] = detail::MtTwist(fMt[kN - 1], fMt[0], fMt[kM - 1]);
   fIndex = 0;
 }
 

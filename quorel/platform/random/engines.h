@@ -177,6 +177,12 @@ class TPhilox4x32 final : public TEngineOf<TPhilox4x32, std::uint32_t> {
 };
 
 namespace detail {
+/// One step of the Mersenne Twister recurrence: the new word from w_k (its top bit), w_{k+1} (its
+/// low 31 bits) and w_{k+397}.
+inline std::uint32_t MtTwist(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+  const std::uint32_t y = (a & 0x80000000u) | (b & 0x7FFFFFFFu);
+  return c ^ (y >> 1) ^ ((y & 1u) ? 0x9908B0DFu : 0u);
+}
 /// Replaces the 624 words w_S .. w_{S+623} of the Mersenne Twister recurrence by w_{S+n} ..
 /// w_{S+n+623} in O(log n) polynomial arithmetic (the low 31 bits of the first word excepted
 /// when the words were never produced by the recurrence: they do not influence later words).

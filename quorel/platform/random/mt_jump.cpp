@@ -110,10 +110,6 @@ TPoly PowX(std::uint64_t n, const TPoly& phi) {
   return r;
 }
 
-inline std::uint32_t Twist(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-  const std::uint32_t y = (a & 0x80000000u) | (b & 0x7FFFFFFFu);
-  return c ^ (y >> 1) ^ ((y & 1u) ? 0x9908B0DFu : 0u);
-}
 
 }  // namespace
 
@@ -130,7 +126,7 @@ void MtJump(std::uint32_t* mt, std::uint64_t n) {
       for (int j = 0; j < N - h; ++j) acc[j] ^= st[h + j];
       for (int j = N - h; j < N; ++j) acc[j] ^= st[j - (N - h)];
     }
-    st[h] = Twist(st[h], st[(h + 1) % N], st[(h + M) % N]);
+    st[h] = MtTwist(st[h], st[(h + 1) % N], st[(h + M) % N]);
     h = h + 1 == N ? 0 : h + 1;
   }
   std::copy(acc, acc + N, mt);

@@ -18,6 +18,13 @@ namespace {
 
 constexpr double kOpen = 0.5;
 
+// ln Gamma(x) without the global sign variable of std::lgamma, so that streams in different
+// threads do not race.
+inline double LnGamma(double x) {
+  int sign;
+  return ::lgamma_r(x, &sign);
+}
+
 // Uniforms on (0, 1) one at a time, fetched from the generator a block at a time; what is left
 // of the last block when a call ends is discarded.
 class TUniforms {
@@ -110,8 +117,8 @@ double PoissonInversion(TUniforms& u, double lambda) {
 
 double PoissonPtpe(TUniforms& u, double lambda) {
   const THat hat(lambda, lambda, 0, 1, kMaxLambda * 4);
-  const double lnl = std::log(lambda), lgm = std::lgamma(hat.m + 1);
-  return hat.Draw(u, [&](double y) { return (y - hat.m) * lnl - std::lgamma(y + 1) + lgm; });
+  const double lnl = std::log(lambda), lgm = LnGamma(hat.m + 1);
+  return hat.Draw(u, [&](double y) { return (y - hat.m) * lnl - LnGamma(y + 1) + lgm; });
 }
 
 // Normal approximation of the inverse distribution function with the first Cornish-Fisher term
@@ -226,10 +233,10 @@ void Binomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t ntrial
   }
   const THat hat(nt * pp + pp, nt * pp * q, pp, q, nt);
   const double lnr = std::log(pp / q), m = hat.m;
-  const double base = std::lgamma(m + 1) + std::lgamma(nt - m + 1);
+  const double base = LnGamma(m + 1) + LnGamma(nt - m + 1);
   for (std::ptrdiff_t i = 0; i < n; ++i) {
     const double k = hat.Draw(u, [&](double y) {
-      return base - std::lgamma(y + 1) - std::lgamma(nt - y + 1) + (y - m) * lnr;
+      return base - LnGamma(y + 1) - LnGamma(nt - y + 1) + (y - m) * lnr;
     });
     r[i] = static_cast<std::int32_t>(flip ? nt - k : k);
   }
@@ -241,7 +248,7 @@ void Hypergeometric(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t 
   const double l = lot, s = sample, m = marked;
   const double lo = std::max(0.0, s + m - l), hi = std::min(s, m);
   const double mode = std::clamp(std::floor((s + 1) * (m + 1) / (l + 2)), lo, hi);
-  auto lnC = [](double a, double b) { return std::lgamma(a + 1) - std::lgamma(b + 1) - std::lgamma(a - b + 1); };
+  auto lnC = [](double a, double b) { return LnGamma(a + 1) - LnGamma(b + 1) - LnGamma(a - b + 1); };
   const double fmode = std::exp(lnC(m, mode) + lnC(l - m, s - mode) - lnC(l, s));
   auto up = [&](double k) { return (m - k) * (s - k) / ((k + 1) * (l - m - s + k + 1)); };
   auto down = [&](double k) { return k * (l - m - s + k) / ((m - k + 1) * (s - k + 1)); };
