@@ -1,0 +1,193 @@
+// TRngStream's contract (statuses, destinations, copies, the Gaussian carry) and
+// TRandomGenerator's independence schemes.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
+#include "quorel/stats/random_streams.h"
+
+using namespace quorel;
+
+namespace {
+
+std::vector<double> Uniforms(TRngStream& s, int n) {
+  TVec v;
+  v.SetLength(n);
+  EXPECT_EQ(s.RandomUniform(v, 0, 1), rngStatusOk);
+  return {v.Values().begin(), v.Values().end()};
+}
+
+std::vector<double> Snapshot(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
+
+TEST(RandomStream, StatusesLeaveTheDestinationAlone) {
+  TVec v;
+  v.SetCplx({{1, 2}, {3, 4}});
+  const auto before = Snapshot(v);
+  TRngStream none;
+  EXPECT_EQ(none.RandomUniform(v, 0, 1), rngErrNullStream);
+  EXPECT_EQ(none.RandomPoisson(v, 3.0), rngErrNullStream);
+  EXPECT_EQ(none.SkipAheadStream(5), rngErrNullStream);
+
+  TRngStream s;
+  EXPECT_EQ(s.NewStream(99, 1), rngErrBadGenerator);
+  ASSERT_EQ(s.NewStream(brgMT19937, 1), rngStatusOk);
+  const double nan = std::nan("");
+  const std::int32_t bad[] = {
+      s.RandomUniform(v, 1, 1),          s.RandomUniform(v, 0, nan),        s.RandomGaussian(v, 0, -1),
+      s.RandomGaussian(v, 0, 0),         s.RandomExponential(v, 0, -2),     s.RandomLaplace(v, nan, 1),
+      s.RandomWeibull(v, 0, 0, 1),       s.RandomCauchy(v, 0, 0),           s.RandomRayleigh(v, 0, -1),
+      s.RandomLognormal(v, 0, 1, 0, -1), s.RandomGumbel(v, 0, nan),         s.RandomBernoulli(v, 1.5),
+      s.RandomBernoulli(v, -0.1),        s.RandomGeometric(v, 0),           s.RandomBinomial(v, -1, 0.5),
+      s.RandomBinomial(v, 10, nan),      s.RandomHypergeometric(v, 5, 6, 2), s.RandomHypergeometric(v, 5, 2, 6),
+      s.RandomNegbinomial(v, 0, 0.5),    s.RandomNegbinomial(v, 1, 0),      s.RandomPoisson(v, 0.0),
+      s.RandomPoisson(v, -3.0),          s.RandomPoisson(v, 1e12),          s.RandomUniformI(v, 4, 4),
+  };
+  for (std::int32_t st : bad) EXPECT_EQ(st, rngErrBadParameter);
+  EXPECT_EQ(s.RandomGaussian(v, 0, 1, static_cast<TGaussRandMethod>(2)), rngErrBadMethod);
+  EXPECT_EQ(s.RandomPoisson(v, 3.0, static_cast<TPoissonRandMethod>(-1)), rngErrBadMethod);
+  TVec shortLam;
+  shortLam.SetDouble(std::vector<double>{1.0});
+  EXPECT_EQ(s.RandomPoisson(v, shortLam), rngErrBadParameter);  // fewer means than draws
+  EXPECT_TRUE(v.Complex());
+  EXPECT_EQ(Snapshot(v), before);
+
+  TVec clam;
+  clam.SetCplx({{1, 0}, {2, 0}});
+  try {
+    s.RandomPoisson(v, clam);
+    FAIL() << "no exception";
+  } catch (const EQuorelException& e) {
+    EXPECT_STREQ(e.what(), "Lamda.Complex = True!");
+  }
+}
+
+TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
+  TRngStream s;
+  s.NewStream(brgMCG59, 7);
+  TVec v;
+  v.Size(5, true);
+  ASSERT_EQ(s.RandomPoisson(v, 4.0), rngStatusOk);
+  EXPECT_FALSE(v.Complex());
+  EXPECT_TRUE(v.IsInteger());
+  ASSERT_EQ(v.Length(), 5);
+  for (std::int32_t k : v.IValues()) EXPECT_GE(k, 0);
+  ASSERT_EQ(s.RandomUniformI(v, -2, 2), rngStatusOk);
+  for (std::int32_t k : v.IValues()) EXPECT_TRUE(k >= -2 && k < 2);
+  ASSERT_EQ(s.RandomGaussian(v, 0, 1), rngStatusOk);
+  EXPECT_FALSE(v.IsInteger());
+
+  // Raw bits through the integer view: the first Mersenne Twister output for seed 5489.
+  TRngStream mt;
+  mt.NewStream(brgMT19937, 5489);
+  v.SetLength(1);
+  mt.RandomUniformbitsI(v);
+  EXPECT_EQ(static_cast<std::uint32_t>(v.IValues()[0]), 3499211612u);
+
+  // Means drawn into the vector that holds them.
+  TVec lam;
+  lam.SetDouble(std::vector<double>{2, 2000, 0.1});
+  ASSERT_EQ(s.RandomPoisson(lam, lam), rngStatusOk);
+  EXPECT_TRUE(lam.IsInteger());
+  EXPECT_NEAR(lam.IValues()[1], 2000, 300);
+
+  // A deliberately empty entry.
+  TMtx m(2, 2);
+  TVec a, b;
+  a.SetDouble(std::vector<double>{1, 2});
+  EXPECT_EQ(s.RandomGaussianMV(m, a, b), rngStatusOk);
+  EXPECT_EQ(m.Rows(), 2);
+  EXPECT_EQ(Snapshot(a), (std::vector<double>{1, 2}));
+}
+
+TEST(RandomStream, GaussianCarryAndCopies) {
+  for (auto method : {grmBoxMuller, grmBoxMuller2}) {
+    TRngStream a, b;
+    a.NewStream(brgPhilox4x32x10, 3);
+    b.NewStream(brgPhilox4x32x10, 3);
+    TVec whole, p1, p2;
+    whole.SetLength(1001);
+    p1.SetLength(999);
+    p2.SetLength(2);
+    a.RandomGaussian(whole, 2, 3, method);
+    b.RandomGaussian(p1, 2, 3, method);
+    // Splitting one call in two odd parts gives the same values: the second sine/cosine partner
+    // of the first call opens the second.
+    TRngStream c;
+    ASSERT_EQ(c.Copy(b), rngStatusOk);
+    b.RandomGaussian(p2, 2, 3, method);
+    for (int i = 0; i < 999; ++i) ASSERT_EQ(whole.Values()[i], p1.Values()[i]);
+    EXPECT_EQ(whole.Values()[999], p2.Values()[0]) << method;
+    EXPECT_EQ(whole.Values()[1000], p2.Values()[1]) << method;
+    // A copy carries the position and the pending partner.
+    TVec p3;
+    p3.SetLength(2);
+    c.RandomGaussian(p3, 2, 3, method);
+    EXPECT_EQ(Snapshot(p3), Snapshot(p2));
+  }
+  TRngStream x, y, z;
+  x.NewStream(brgMRG32K3A, 11);
+  y.NewStream(brgMRG32K3A, 12);
+  z.NewStream(brgR250, 11);
+  Uniforms(x, 10);
+  EXPECT_EQ(y.CopyState(x), rngStatusOk);
+  EXPECT_EQ(Uniforms(y, 5), Uniforms(x, 5));
+  EXPECT_EQ(z.CopyState(x), rngErrIncompatibleStreams);
+  TRngStream empty;
+  EXPECT_EQ(x.Copy(empty), rngErrNullStream);
+  EXPECT_TRUE(x.HasStream());
+}
+
+TEST(RandomGenerator, IndependenceSchemes) {
+  TRngStream base;
+  base.NewStream(brgMCG31, 42);
+  const auto ref = Uniforms(base, 2100);
+
+  TRandomGenerator g;
+  EXPECT_EQ(g.StreamCount(), 0);
+  EXPECT_EQ(g.BlockStep(), 1024);
+  g.Init(brgMCG31, 42);  // no streams yet: nothing happens, the seed is not even stored
+  EXPECT_EQ(g.Seed(), 1u);
+  g.SetStreamCount(3);
+  g.Init(brgMCG31, 42);
+  // rsiNone: identical sequences.
+  const auto s0 = Uniforms(g.Streams(0), 50);
+  EXPECT_EQ(Uniforms(g.Streams(1), 50), s0);
+  EXPECT_EQ(Uniforms(g.Streams(2), 50), s0);
+  EXPECT_EQ(std::vector<double>(ref.begin(), ref.begin() + 50), s0);
+  // The same count keeps the states: stream 0 continues where it stopped.
+  g.SetStreamCount(3);
+  EXPECT_EQ(Uniforms(g.Streams(0), 1)[0], ref[50]);
+
+  g.SetStreamIndependence(rsiLeapfrog);
+  g.SetStreamCount(2);
+  const auto l0 = Uniforms(g.Streams(0), 20), l1 = Uniforms(g.Streams(1), 20);
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(l0[i], ref[2 * i]);
+    EXPECT_EQ(l1[i], ref[2 * i + 1]);
+  }
+
+  g.SetStreamIndependence(rsiBlockSplitting);
+  g.SetStreamCount(3);
+  EXPECT_EQ(Uniforms(g.Streams(2), 1)[0], ref[2048]);
+  EXPECT_EQ(Uniforms(g.Streams(1), 1)[0], ref[1024]);
+  g.SetBlockStep(10);
+  g.Init(brgMCG31, 42);  // re-seeds all streams with the new step
+  EXPECT_EQ(Uniforms(g.Streams(2), 1)[0], ref[20]);
+
+  for (std::int32_t bad : {3, -1}) {
+    try {
+      g.Streams(bad);
+      FAIL() << bad;
+    } catch (const EQuorelException& e) {
+      EXPECT_STREQ(e.what(), "Stream index out of bounds!");
+    }
+  }
+  g.SetStreamCount(0);
+  EXPECT_EQ(g.StreamCount(), 0);
+}
+
+}  // namespace
