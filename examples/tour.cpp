@@ -171,6 +171,7 @@ int main() {
   ElementWise();
   Matrices();
   Persistence();
+  TourRandom();
   TourSpecial();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;

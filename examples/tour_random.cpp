@@ -5,6 +5,7 @@
 
 #include "quorel/objects/vec.h"
 #include "quorel/stats/random_streams.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

@@ -1,4 +1,5 @@
 #pragma once
 // One section of the tour per subsystem; each lives in its own tour_<subsystem>.cpp.
 
+void TourRandom();
 void TourSpecial();

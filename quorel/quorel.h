@@ -17,4 +17,5 @@
 #include "quorel/io/matrix_market.h"
 #include "quorel/elementwise/statistics.h"
 // Subsystems.
+#include "quorel/stats/random_streams.h"
 #include "quorel/special/special_funcs.h"

@@ -58,6 +58,8 @@ class TQuorel {
   /// Magnitudes below this count as zero in relative comparisons.
   double ZeroTolerance() const { return fZeroTolerance; }
   void SetZeroTolerance(double value) { fZeroTolerance = value; }
+  /// State of the RandGauss/RandUniform sequence; 0 until the object is first seeded.
+  std::uint32_t RandSeed() const { return fRandSeed; }
   /// Identity, complex and length checks are made (range checks always are).
   bool ConditionCheck() const { return fConditionCheck; }
   void SetConditionCheck(bool value) { fConditionCheck = value; }
@@ -219,6 +221,7 @@ class TQuorel {
   std::int32_t fTag = 0;
   bool fDirty = false;
   double fZeroTolerance = MACHEP;
+  std::uint32_t fRandSeed = 0;
 
   friend class TQuorelController;
 
