@@ -6,14 +6,15 @@
 
 namespace quorel::detail {
 namespace {
-// Function-local statics: hooks may be registered during static initialisation of other units.
+// Never destroyed: hooks may be registered during static initialisation of other units, and also
+// after the controller was built, whose destructor still runs them.
 std::mutex& HooksLock() {
-  static std::mutex m;
-  return m;
+  static auto* m = new std::mutex;
+  return *m;
 }
 std::vector<TReleaseHook>& Hooks() {
-  static std::vector<TReleaseHook> hooks;
-  return hooks;
+  static auto* hooks = new std::vector<TReleaseHook>;
+  return *hooks;
 }
 }  // namespace
 
