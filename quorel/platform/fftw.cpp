@@ -11,11 +11,16 @@ namespace quorel::detail {
 
 namespace {
 
-// Planning rigour: FFTW_MEASURE plans ran no faster than FFTW_ESTIMATE ones by more than a few
-// per cent on our sizes and cost 10-1000x more on the first call (bench/fft_bench.cpp,
-// "FFTPlan/..."), so estimates it is. FFTW_DESTROY_INPUT is not given: out-of-place forward
-// transforms keep their source.
-constexpr unsigned kPlanFlags = FFTW_ESTIMATE;
+// Planning rigour (bench/fft_bench.cpp, "FFT/measured", "FFTFirstCall", "FFT2FirstCall"):
+// - 1-D: FFTW_ESTIMATE. A first call costs 0.2 ms / 2 ms / 60 ms at n = 1024 / 65536 / 2^20,
+//   against 80 ms / 1.8 s / 6.5 s measured; measured plans ran up to 1.9x faster afterwards, but
+//   estimated ones already beat NumPy by 2-6x at those sizes, and a time-limited measure found
+//   nothing better than the estimate.
+// - 2-D: FFTW_MEASURE. The estimated 512 x 512 plan ran 5-7x slower than the measured one (and
+//   than NumPy); measuring costs about 0.6 s on the first call of a shape. FFTW keeps what it
+//   measured for the life of the process, so a shape evicted from the descriptor cache replans fast.
+// FFTW_DESTROY_INPUT is never given: out-of-place forward transforms keep their source.
+unsigned gPlanFlags = FFTW_ESTIMATE;
 
 fftw_plan Raw(FftwPlanPtr p) { return reinterpret_cast<fftw_plan>(p); }
 FftwPlanPtr Wrap(fftw_plan p) { return reinterpret_cast<FftwPlanPtr>(p); }
@@ -47,6 +52,7 @@ class ScratchArray {
 
 }  // namespace
 
+void FftwSetMeasuredPlanning(bool measure) { gPlanFlags = measure ? FFTW_MEASURE : FFTW_ESTIMATE; }
 void FftwDestroyPlan(FftwPlanPtr plan) { fftw_destroy_plan(Raw(plan)); }
 void FftwFree::operator()(void* p) const { fftw_free(p); }
 void* FftwMalloc(std::size_t bytes) { return fftw_malloc(bytes); }
@@ -82,23 +88,24 @@ FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& s, int inAlign, int outAli
   const int odist = s.odist ? s.odist : static_cast<int>(outOne);
   auto* cin = reinterpret_cast<fftw_complex*>(in);
   auto* cout = reinterpret_cast<fftw_complex*>(out);
+  const unsigned flags = s.rank == 2 ? FFTW_MEASURE : gPlanFlags;
   fftw_plan p = nullptr;
   switch (kind) {
     case FftwKind::Forward:
     case FftwKind::Backward:
       p = fftw_plan_many_dft(s.rank, s.n, s.howmany, cin, ie, 1, idist, cout, oe, 1, odist,
-                             kind == FftwKind::Forward ? FFTW_FORWARD : FFTW_BACKWARD, kPlanFlags);
+                             kind == FftwKind::Forward ? FFTW_FORWARD : FFTW_BACKWARD, flags);
       break;
     case FftwKind::R2C:
-      p = fftw_plan_many_dft_r2c(s.rank, s.n, s.howmany, in, ie, 1, idist, cout, oe, 1, odist, kPlanFlags);
+      p = fftw_plan_many_dft_r2c(s.rank, s.n, s.howmany, in, ie, 1, idist, cout, oe, 1, odist, flags);
       break;
     case FftwKind::C2R:
-      p = fftw_plan_many_dft_c2r(s.rank, s.n, s.howmany, cin, ie, 1, idist, out, oe, 1, odist, kPlanFlags);
+      p = fftw_plan_many_dft_c2r(s.rank, s.n, s.howmany, cin, ie, 1, idist, out, oe, 1, odist, flags);
       break;
     case FftwKind::Dct2:
     case FftwKind::Dct3: {
       const fftw_r2r_kind k = kind == FftwKind::Dct2 ? FFTW_REDFT10 : FFTW_REDFT01;
-      p = fftw_plan_many_r2r(1, s.n, s.howmany, in, nullptr, 1, idist, out, nullptr, 1, odist, &k, kPlanFlags);
+      p = fftw_plan_many_r2r(1, s.n, s.howmany, in, nullptr, 1, idist, out, nullptr, 1, odist, &k, flags);
       break;
     }
   }

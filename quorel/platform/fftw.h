@@ -37,6 +37,10 @@ enum class FftwKind : std::uint8_t { Forward, Backward, R2C, C2R, Dct2, Dct3 };
 /// (byte offsets from FFTW's SIMD alignment). Empty on failure (never a partial plan).
 FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& shape, int inAlign, int outAlign);
 
+/// Plans made from now on measure candidate algorithms (true) or estimate (false, the default).
+/// Plans already made keep their rigour. For benchmarks that compare the two.
+void FftwSetMeasuredPlanning(bool measure);
+
 /// Alignment class of an address as FFTW sees it.
 int FftwAlignment(const void* p);
 
