@@ -32,31 +32,44 @@ void MulSpectra(TCplx* a, const TCplx* b, std::int64_t n) {
   for (std::int64_t i = 0; i < n; ++i) a[i] = Mul(a[i], b[i]);
 }
 
-// Convolution through transforms of length nfft >= na + nb - 1, both operands zero-padded.
+// Convolution through transforms of length nfft, both operands zero-padded. A long operand is
+// cut into blocks whose products with the short one's spectrum are added up (overlap-add): much
+// shorter transforms, and the short operand is transformed once.
 template <class T>
 void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y) {
+  if (na < nb) {
+    std::swap(a, b);
+    std::swap(na, nb);
+  }
   const std::int32_t len = na + nb - 1;
-  const std::int32_t nfft = FftGoodSize(len);
+  const std::int32_t nfft = std::min(FftGoodSize(len), FftGoodSize(8 * nb));
+  const std::int32_t block = nfft - nb + 1;  // values of a per transform
   constexpr bool real = std::is_same_v<T, double>;
   // Real operands: in-place half spectra in rows of 2 * (nfft div 2 + 1) doubles.
   const std::int32_t doubles = real ? 2 * (nfft / 2 + 1) : 2 * nfft;
+  const std::int32_t per = real ? 1 : 2;
   TWorkVec wa, wb;
   wa->Size(doubles, false);
   wb->Size(doubles, false);
   double* pa = wa->PValues1D(0);
   double* pb = wb->PValues1D(0);
-  const std::int32_t per = real ? 1 : 2;
-  std::memcpy(pa, a, sizeof(T) * na);
-  std::fill(pa + per * na, pa + doubles, 0.0);
-  std::memcpy(pb, b, sizeof(T) * nb);
-  std::fill(pb + per * nb, pb + doubles, 0.0);
   const TDftiHandle d = DftiCache().GetDesc(nfft, real ? TCacheEntryFlags{cefReal, cefInplace, cefUseScale}
                                                        : TCacheEntryFlags{cefInplace, cefUseScale});
-  DftiForward(d, pa, pa);
+  std::memcpy(pb, b, sizeof(T) * nb);
+  std::fill(pb + per * nb, pb + doubles, 0.0);
   DftiForward(d, pb, pb);
-  MulSpectra(reinterpret_cast<TCplx*>(pa), reinterpret_cast<const TCplx*>(pb), doubles / 2);
-  DftiBackward(d, pa, pa);
-  std::memcpy(y, pa, sizeof(T) * len);
+  std::fill(y, y + len, T{});
+  for (std::int32_t start = 0; start < na; start += block) {
+    const std::int32_t count = std::min(block, na - start);
+    std::memcpy(pa, a + start, sizeof(T) * count);
+    std::fill(pa + per * count, pa + doubles, 0.0);
+    DftiForward(d, pa, pa);
+    MulSpectra(reinterpret_cast<TCplx*>(pa), reinterpret_cast<const TCplx*>(pb), doubles / 2);
+    DftiBackward(d, pa, pa);
+    const T* piece = reinterpret_cast<const T*>(pa);
+    T* out = y + start;
+    for (std::int32_t i = 0; i < count + nb - 1; ++i) AddTo(out[i], piece[i]);
+  }
 }
 
 template <class T>
