@@ -49,6 +49,8 @@ enum TRounding : std::uint8_t { rnTrunc, rnRound };
 enum TCompare : std::uint8_t { cmpAbsolute, cmpRelative };
 enum TIndexType : std::uint8_t { indIncrement, indVector, indMask };
 enum TFFTStorageFormat : std::uint8_t { fsfCCS, fsfPack, fsfPerm };
+/// How PixelDownSample reduces the samples of one pixel.
+enum TPixelDownSample : std::uint8_t { pdsPattern, pdsAverage, pdsPeak };
 enum TPrecision : std::uint8_t {
   prDouble, prSingle, prInteger, prCardinal, prSmallInt, prWord,
   prShortInt, prByte, prMuLaw, prALaw, prInt24

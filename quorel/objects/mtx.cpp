@@ -174,6 +174,9 @@ TMtx& TMtx::Assign(const TMtx& src) {
   }
   Size(src.fRows, src.fCols, src.fIsInteger, src.fComplex);
   fSettings = src.fSettings;
+  fFFTStorageFormat = src.fFFTStorageFormat;
+  fFFTScrambledOrder = src.fFFTScrambledOrder;
+  fFFTOddLength = src.fFFTOddLength;
   if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;
 }

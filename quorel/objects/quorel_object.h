@@ -63,6 +63,15 @@ class TQuorel {
   /// Identity, complex and length checks are made (range checks always are).
   bool ConditionCheck() const { return fConditionCheck; }
   void SetConditionCheck(bool value) { fConditionCheck = value; }
+  /// Layout of a real signal's half spectrum for the FromReal/ToReal transforms.
+  TFFTStorageFormat FFTStorageFormat() const { return fFFTStorageFormat; }
+  void SetFFTStorageFormat(TFFTStorageFormat value) { fFFTStorageFormat = value; }
+  /// Transforms are planned with the scrambled-order flag (the data stay in natural order).
+  bool FFTScrambledOrder() const { return fFFTScrambledOrder; }
+  void SetFFTScrambledOrder(bool value) { fFFTScrambledOrder = value; }
+  /// The real signal behind a CCS spectrum had odd length (set by FromReal, read by ToReal).
+  bool FFTOddLength() const { return fFFTOddLength; }
+  void SetFFTOddLength(bool value) { fFFTOddLength = value; }
   bool IsSubRange() const { return fIsSubRange; }
   /// Called after every change of size or of `Complex`.
   TNotifyEvent OnSetSize;
@@ -222,6 +231,9 @@ class TQuorel {
   bool fDirty = false;
   double fZeroTolerance = MACHEP;
   std::uint32_t fRandSeed = 0;
+  TFFTStorageFormat fFFTStorageFormat = fsfCCS;
+  bool fFFTScrambledOrder = false;
+  bool fFFTOddLength = false;
 
   friend class TQuorelController;
 

@@ -156,6 +156,9 @@ TVec& TVec::Assign(const TVec& src) {
   if (&src == this) return *this;
   Size(src.fLength, src.fComplex);
   fIsInteger = src.fIsInteger;
+  fFFTStorageFormat = src.fFFTStorageFormat;
+  fFFTScrambledOrder = src.fFFTScrambledOrder;
+  fFFTOddLength = src.fFFTOddLength;
   if (fLength > 0) std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;
 }

@@ -1,0 +1,64 @@
+#pragma once
+// What a committed descriptor is behind its opaque handle, and how transforms run through it.
+//
+// A descriptor holds the transform's shape as derived from its cache key and the FFTW plans made
+// for it so far. FFTW's new-array execution needs arrays of the planned alignment class, so plans
+// are kept per (kind, input alignment, output alignment): a vector's own storage always has one
+// class, sub-ranges may have the other, and each pair is planned once.
+//
+// Array conventions (the real side counted in doubles, the complex side in complex elements):
+// - complex: Length1 values (1-D), Length1 rows of Length2 (batch of rows, or 2-D);
+// - real CCS: the half spectrum of n reals is n div 2 + 1 complex values; in place, the real rows
+//   are padded to 2 * (n div 2 + 1) doubles (distances and row strides as the key says);
+// - real Pack/Perm (1-D and row batches): n reals on both sides, staged through the descriptor's
+//   own CCS scratch. 2-D real transforms always use the half-spectrum layout.
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "quorel/core/types.h"
+#include "quorel/platform/fftw.h"
+#include "quorel/signal/dfti_cache.h"
+
+namespace quorel {
+
+struct TDftiDescriptor {
+  std::int32_t Length1 = 0;
+  std::int32_t Length2 = 0;
+  TCacheEntryFlags Flags;
+  bool Real = false;
+  TFFTStorageFormat Format = fsfCCS;
+  detail::FftwShape Shape;     // complex: the transform; real: as seen from the real side
+  std::int64_t Count = 0;      // values per transform (n, or rows * cols for 2-D)
+  double BackwardScale = 1.0;
+  std::int32_t RealDistIn = 0, RealDistOut = 0;  // real batch distances in doubles
+  struct Plan {
+    detail::FftwKind Kind;
+    int InAlign, OutAlign;
+    bool Inplace;
+    detail::FftwPlan P;
+  };
+  std::vector<Plan> Plans;
+  std::unique_ptr<double, detail::FftwFree> Scratch;  // Pack/Perm staging
+};
+
+namespace detail {
+
+/// Forward transform through a committed descriptor. Complex: in/out are TCplx arrays; real: in is
+/// real, out is complex (CCS) or real (Pack/Perm). in == out for an in-place transform.
+void DftiForward(TDftiHandle d, void* in, void* out);
+/// Backward transform, scaled when the descriptor says so. Complex: TCplx arrays; real: in is
+/// complex (CCS) or real (Pack/Perm), out real. A real CCS source is not modified unless in == out.
+void DftiBackward(TDftiHandle d, const void* in, void* out);
+/// The FFTW plan a transform with these arrays would run (planned now if need be), for the
+/// benchmark's raw-call comparison.
+FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void* out);
+
+/// The CCS half spectrum (n div 2 + 1 complex values) to Pack or Perm (n reals); dst may equal src.
+void CcsToPacked(const double* ccs, double* dst, std::int32_t n, TFFTStorageFormat format);
+/// Pack or Perm (n reals) to CCS (n div 2 + 1 complex values); dst must not overlap src.
+void PackedToCcs(const double* src, double* ccs, std::int32_t n, TFFTStorageFormat format);
+
+}  // namespace detail
+}  // namespace quorel

@@ -1,0 +1,105 @@
+#pragma once
+// The descriptor cache: committed transform descriptors keyed by lengths and flags, most recently
+// used first, so that repeated transforms of one shape plan once.
+
+#include <cstdint>
+#include <initializer_list>
+
+namespace quorel {
+
+enum TCacheEntryFlag : std::uint8_t {
+  cefReal,
+  cefInplace,
+  cefUseScale,
+  cefUse1D,
+  cefDoubleDistance,
+  cefBackward,
+  cefScrambled,
+  cefPack,
+  cefPerm
+};
+
+/// A set of TCacheEntryFlag, one bit per ordinal.
+class TCacheEntryFlags {
+ public:
+  constexpr TCacheEntryFlags() = default;
+  constexpr TCacheEntryFlags(std::initializer_list<TCacheEntryFlag> flags) {
+    for (auto f : flags) Include(f);
+  }
+  static constexpr TCacheEntryFlags FromBits(std::uint16_t bits) {
+    TCacheEntryFlags r;
+    r.bits_ = bits & 0x1FF;
+    return r;
+  }
+  constexpr std::uint16_t Bits() const { return bits_; }
+  constexpr bool Has(TCacheEntryFlag f) const { return (bits_ >> f) & 1u; }
+  constexpr TCacheEntryFlags& Include(TCacheEntryFlag f) {
+    bits_ = static_cast<std::uint16_t>(bits_ | (1u << f));
+    return *this;
+  }
+  constexpr TCacheEntryFlags& Exclude(TCacheEntryFlag f) {
+    bits_ = static_cast<std::uint16_t>(bits_ & ~(1u << f));
+    return *this;
+  }
+  constexpr TCacheEntryFlags& Set(TCacheEntryFlag f, bool on) { return on ? Include(f) : Exclude(f); }
+  /// The flags also in `mask`.
+  constexpr TCacheEntryFlags operator*(TCacheEntryFlags mask) const { return FromBits(bits_ & mask.bits_); }
+  constexpr bool operator==(const TCacheEntryFlags&) const = default;
+
+ private:
+  std::uint16_t bits_ = 0;
+};
+
+/// A committed descriptor (opaque; its configuration and plans live in the signal module).
+struct TDftiDescriptor;
+using TDftiHandle = TDftiDescriptor*;
+
+/// One cached descriptor; entries form a singly linked chain, most recently used first.
+class TCacheEntry {
+ public:
+  TDftiHandle Descriptor = nullptr;
+  std::int32_t Length1 = 0;
+  std::int32_t Length2 = 0;
+  TCacheEntryFlags Flags;
+  TCacheEntry* Next = nullptr;
+};
+
+/// The process-wide cache of committed descriptors (see DftiCache). Not thread-safe.
+class TDFTIDescriptorCache {
+ public:
+  TDFTIDescriptorCache();
+  ~TDFTIDescriptorCache();
+  TDFTIDescriptorCache(const TDFTIDescriptorCache&) = delete;
+  TDFTIDescriptorCache& operator=(const TDFTIDescriptorCache&) = delete;
+
+  /// The committed descriptor for the shape and flags, from the cache or newly made at its head.
+  /// Length2 is 0 for a plain 1-D transform, else the row length (batch) or column count (2-D).
+  TDftiHandle FindOrCreateDscr(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags);
+  TDftiHandle GetDesc(std::int32_t length, TCacheEntryFlags flags) { return FindOrCreateDscr(length, 0, flags); }
+  TDftiHandle GetDesc(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
+    return FindOrCreateDscr(length1, length2, flags);
+  }
+  /// Frees every descriptor from `entry` on and the entries; entry becomes null.
+  void RemoveChain(TCacheEntry*& entry);
+  /// Frees the descriptor and its entry; raises when no entry holds it.
+  void RemoveDscr(TDftiHandle descriptor);
+  /// Empties the cache.
+  void Reset() { RemoveChain(Chain); }
+  std::int32_t MaxCacheSize() const { return fMaxCacheSize; }
+  /// Keeps at most `value` (>= 1) entries, the most recently used ones.
+  void SetMaxCacheSize(std::int32_t value);
+  /// Number of entries in the chain.
+  std::int32_t Count() const;
+
+  TCacheEntry* Chain = nullptr;
+
+ private:
+  std::int32_t fMaxCacheSize = 15;
+};
+
+/// The one cache, created on first use.
+TDFTIDescriptorCache& DftiCache();
+/// Frees the cache and all its descriptors; the next DftiCache() builds a fresh one.
+void FreeDftiCache();
+
+}  // namespace quorel

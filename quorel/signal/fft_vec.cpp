@@ -1,0 +1,225 @@
+// Vector FFTs and the range forms of TDenseQuorel, all through the descriptor cache.
+#include <cstring>
+
+#include "quorel/core/detail/checks.h"
+#include "quorel/objects/controller.h"
+#include "quorel/objects/vec.h"
+#include "quorel/signal/detail/dfti.h"
+#include "quorel/signal/detail/fft_flags.h"
+
+namespace quorel {
+
+using detail::Inverse;
+using detail::RealFlags;
+using detail::WithOrder;
+
+namespace {
+
+double* D(const TQuorel& x, std::int32_t i = 0) { return x.PValues1D(i); }
+TCplx* C(const TQuorel& x, std::int32_t i = 0) { return x.PCValues1D(i); }
+
+// Grows a real vector to `doubles` reals keeping its values, then reads them as complex pairs.
+void RealToPairs(TVec& v, std::int32_t doubles) {
+  v.Resize(doubles, false);
+  v.set_Complex(true);
+}
+
+}  // namespace
+
+TVec& TVec::FFT(bool conjugateExtend) {
+  const std::int32_t n = fLength;
+  if (fComplex) {
+    if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefInplace, cefUseScale})), C(*this), C(*this));
+    return *this;
+  }
+  if (!conjugateExtend) return FFTFromReal();
+  RealToPairs(*this, 2 * n);
+  if (n > 0) {
+    detail::DftiForward(DftiCache().GetDesc(n, {cefReal, cefInplace}), D(*this), C(*this));
+    detail::ConjugateExtend(C(*this), n);
+  }
+  return *this;
+}
+
+TVec& TVec::FFT(const TVec& vec, bool conjugateExtend) {
+  detail::RequireNotSelf(*this, vec, "TVec.FFT: Self = Vec");
+  const std::int32_t n = vec.Length();
+  if (vec.Complex()) {
+    Size(n, true);
+    if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefUseScale})), C(vec), C(*this));
+    return *this;
+  }
+  if (!conjugateExtend) return FFTFromReal(vec);
+  Size(n, true);
+  if (n > 0) {
+    detail::DftiForward(DftiCache().GetDesc(n, {cefReal}), D(vec), C(*this));
+    detail::ConjugateExtend(C(*this), n);
+  }
+  return *this;
+}
+
+TVec& TVec::FFTFromReal() {
+  detail::RequireChecked(*this, !fComplex, "FFTFromReal: Self is Complex");
+  if (fComplex) set_Complex(false);
+  const std::int32_t n = fLength;
+  if (n == 0) return *this;
+  const TCacheEntryFlags flags = RealFlags(*this, {cefReal, cefInplace, cefUseScale});
+  if (fFFTStorageFormat != fsfCCS) {
+    detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), D(*this));
+    return *this;
+  }
+  fFFTOddLength = n & 1;
+  RealToPairs(*this, 2 * (n / 2 + 1));
+  detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), C(*this));
+  return *this;
+}
+
+TVec& TVec::FFTFromReal(const TVec& vec) {
+  if (Is(vec)) return FFTFromReal();
+  detail::RequireChecked(*this, !vec.Complex(), "FFTFromReal: Vec is Complex");
+  const std::int32_t n = vec.Complex() ? 2 * vec.Length() : vec.Length();
+  const bool ccs = fFFTStorageFormat == fsfCCS;
+  Size(ccs ? (n > 0 ? n / 2 + 1 : 0) : n, ccs);
+  if (ccs) fFFTOddLength = n & 1;
+  if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, RealFlags(*this, {cefReal, cefUseScale})), D(vec), D(*this));
+  return *this;
+}
+
+TVec& TVec::IFFT(bool noScale) {
+  detail::RequireChecked(*this, fComplex, "TVec.IFFT: Self is not Complex");
+  if (!fComplex) set_Complex(true);
+  if (fLength > 0)
+    detail::DftiBackward(DftiCache().GetDesc(fLength, WithOrder(*this, Inverse({cefInplace}, noScale))), C(*this), C(*this));
+  return *this;
+}
+
+TVec& TVec::IFFT(const TVec& vec, bool noScale) {
+  if (Is(vec)) return IFFT(noScale);
+  detail::RequireChecked(*this, vec.Complex(), "TVec.IFFT: Vec is not Complex");
+  const std::int32_t n = vec.Complex() ? vec.Length() : vec.Length() / 2;
+  Size(n, true);
+  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, WithOrder(*this, Inverse({}, noScale))), C(vec), C(*this));
+  return *this;
+}
+
+TVec& TVec::IFFTToReal(bool noScale) {
+  const TCacheEntryFlags flags = RealFlags(*this, Inverse({cefReal, cefInplace}, noScale));
+  if (fFFTStorageFormat != fsfCCS) {
+    detail::RequireChecked(*this, !fComplex, "TVec.IFFTToReal: Self is Complex");
+    if (fComplex) set_Complex(false);
+    if (fLength > 0) detail::DftiBackward(DftiCache().GetDesc(fLength, flags), D(*this), D(*this));
+    return *this;
+  }
+  detail::RequireChecked(*this, fComplex, "TVec.IFFTToReal: Self is not Complex");
+  if (!fComplex) set_Complex(true);
+  const std::int32_t n = detail::CcsRealLength(fLength, fFFTOddLength);
+  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), C(*this), D(*this));
+  set_Complex(false);
+  return *this;
+}
+
+TVec& TVec::IFFTToReal(const TVec& vec, bool noScale) {
+  if (Is(vec)) return IFFTToReal(noScale);
+  const TCacheEntryFlags flags = RealFlags(*this, Inverse({cefReal}, noScale));
+  if (fFFTStorageFormat != fsfCCS) {
+    detail::RequireChecked(*this, !vec.Complex(), "TVec.IFFTToReal: Vec is Complex");
+    const std::int32_t n = vec.Complex() ? 2 * vec.Length() : vec.Length();
+    Size(n, false);
+    if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this));
+    return *this;
+  }
+  detail::RequireChecked(*this, vec.Complex(), "TVec.IFFTToReal: Vec is not Complex");
+  const std::int32_t m = vec.Complex() ? vec.Length() : vec.Length() / 2;
+  const std::int32_t n = detail::CcsRealLength(m, vec.FFTOddLength());
+  Size(2 * m, false);
+  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this));
+  return *this;
+}
+
+// --- range forms ---------------------------------------------------------------------------------
+
+TDenseQuorel& TDenseQuorel::FFT(const TDenseQuorel& vec, bool conjugateExtend, std::int32_t vecIndex, std::int32_t index,
+                                std::int32_t len) {
+  if (!vec.Complex() && !conjugateExtend) return FFTFromReal(vec, vecIndex, index, len);
+  ValidateParams(vec, vecIndex, index, len);
+  detail::RequireChecked(*this, fComplex, "TDenseQuorel.FFT: Self is not Complex");
+  if (len <= 0 || !fComplex) return *this;
+  if (vec.Complex()) {
+    detail::DftiForward(DftiCache().GetDesc(len, WithOrder(*this, {cefUseScale})), C(vec, vecIndex), C(*this, index));
+  } else {
+    detail::DftiForward(DftiCache().GetDesc(len, {cefReal}), D(vec, vecIndex), C(*this, index));
+    detail::ConjugateExtend(C(*this, index), len);
+  }
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::IFFT(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
+                                 bool noScale) {
+  detail::RequireChecked(*this, fComplex, "TDenseQuorel.IFFT: Self is not Complex");
+  detail::RequireChecked(*this, vec.Complex(), "TDenseQuorel.IFFT: Vec is not Complex");
+  ValidateParams(vec, vecIndex, index, len);
+  if (len <= 0 || !fComplex || !vec.Complex()) return *this;
+  detail::DftiBackward(DftiCache().GetDesc(len, WithOrder(*this, Inverse({}, noScale))), C(vec, vecIndex), C(*this, index));
+  return *this;
+}
+
+namespace {
+
+// Range checks shared by the real range forms: the source and destination counts differ.
+void CheckRealRanges(const TQuorel& self, const TQuorel& vec, std::int32_t vecIndex, std::int32_t srcLen,
+                     std::int32_t index, std::int32_t dstLen) {
+  if (vecIndex < 0 || srcLen < 0 || std::int64_t{vecIndex} + srcLen > vec.Length())
+    ERangeErrorRaise(FormatMsg("Vec params out of range: VecIndex: %d, SrcLen: %d, Vec.Length: %d", vecIndex, srcLen,
+                               vec.Length()));
+  if (index < 0 || dstLen < 0 || std::int64_t{index} + dstLen > self.Length())
+    ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, DstLen: %d, Length: %d", index, dstLen,
+                               self.Length()));
+}
+
+std::int32_t HalfLen(std::int32_t n, bool ccs) { return ccs ? (n > 0 ? n / 2 + 1 : 0) : n; }
+
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::FFTFromReal(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
+                                        std::int32_t len) {
+  const bool ccs = fFFTStorageFormat == fsfCCS;
+  if (fConditionCheck) {
+    detail::Require(!Is(vec), "TDenseQuorel.FFTFromReal: Vec is equal to Self");
+    detail::Require(!vec.Complex(), "TDenseQuorel.FFTFromReal: Vec is Complex");
+    if (ccs) detail::Require(fComplex, "TDenseQuorel.FFTToReal: Self is not Complex");
+    else detail::Require(!fComplex, "TDenseQuorel.FFTToReal: Self is Complex");
+  }
+  if (len == -1) len = vec.Length() - vecIndex;
+  CheckRealRanges(*this, vec, vecIndex, len, index, HalfLen(len, ccs));
+  if (len <= 0 || vec.Complex() || fComplex != ccs) return *this;
+  if (ccs) fFFTOddLength = len & 1;
+  detail::DftiForward(DftiCache().GetDesc(len, RealFlags(*this, {cefReal, cefUseScale})), D(vec, vecIndex),
+                      ccs ? static_cast<void*>(C(*this, index)) : D(*this, index));
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::IFFTToReal(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
+                                       std::int32_t len, bool noScale) {
+  const bool ccs = fFFTStorageFormat == fsfCCS;
+  if (fConditionCheck) {
+    detail::Require(!Is(vec), "TDenseQuorel.IFFTToReal: Vec is equal to Self");
+    if (ccs) detail::Require(vec.Complex(), "TDenseQuorel.IFFTToReal: Vec is not Complex");
+    detail::Require(!fComplex, "TDenseQuorel.IFFTToReal: Self is Complex");
+  }
+  if (len == -1) len = fLength - index;
+  CheckRealRanges(*this, vec, vecIndex, HalfLen(len, ccs), index, len);
+  if (len <= 0 || vec.Complex() != ccs || fComplex) return *this;
+  const TDftiHandle d = DftiCache().GetDesc(len, RealFlags(*this, Inverse({cefReal}, noScale)));
+  if (!ccs) {
+    detail::DftiBackward(d, D(vec, vecIndex), D(*this, index));
+    return *this;
+  }
+  // The inverse needs room for the padded half spectrum: run it in a work vector.
+  TWorkVec work;
+  work->Size(2 * (len / 2 + 1), false);
+  detail::DftiBackward(d, C(vec, vecIndex), D(*work));
+  std::memcpy(D(*this, index), D(*work), static_cast<std::size_t>(len) * sizeof(double));
+  return *this;
+}
+
+}  // namespace quorel

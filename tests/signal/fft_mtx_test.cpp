@@ -1,0 +1,190 @@
+// Matrix FFTs: row batches and 2-D transforms against the defining sums, real layouts, messages.
+#include "quorel/signal/dfti_cache.h"
+#include "signal_util.h"
+
+namespace quorel::test {
+namespace {
+
+using LMtx = std::vector<std::vector<LCplx>>;
+
+LMtx AsRows(const TMtx& m) {
+  LMtx r(m.Rows());
+  for (std::int32_t i = 0; i < m.Rows(); ++i)
+    for (std::int32_t j = 0; j < m.Cols(); ++j) {
+      if (m.Complex()) {
+        const TCplx c = m.PCValues1D(0)[i * m.Cols() + j];
+        r[i].emplace_back(c.Re, c.Im);
+      } else {
+        r[i].emplace_back(m.PValues1D(0)[i * m.Cols() + j], 0);
+      }
+    }
+  return r;
+}
+
+LMtx Dft2(LMtx x, int sign) {
+  for (auto& row : x) row = NaiveDft(row, sign);
+  for (std::size_t j = 0; x.size() && j < x[0].size(); ++j) {
+    std::vector<LCplx> col;
+    for (auto& row : x) col.push_back(row[j]);
+    col = NaiveDft(col, sign);
+    for (std::size_t i = 0; i < x.size(); ++i) x[i][j] = col[i];
+  }
+  return x;
+}
+
+double ErrEps2(const LMtx& got, const LMtx& want, std::size_t rows, std::size_t cols) {
+  std::vector<LCplx> g, w;
+  for (std::size_t i = 0; i < rows; ++i)
+    for (std::size_t j = 0; j < cols; ++j) {
+      g.push_back(got[i][j]);
+      w.push_back(want[i][j]);
+    }
+  return ErrEps(g, w);
+}
+
+TMtx RandomMtx(std::int32_t rows, std::int32_t cols, bool complex, unsigned seed) {
+  TMtx m;
+  m.Size(rows, cols, complex);
+  const auto v = Noise(static_cast<std::size_t>(rows) * cols * (complex ? 2 : 1), seed);
+  std::copy(v.begin(), v.end(), m.PValues1D(0));
+  return m;
+}
+
+const std::pair<std::int32_t, std::int32_t> kShapes[] = {{1, 7}, {3, 5}, {4, 6}, {5, 8}, {2, 1}};
+
+TEST(FftMtx, RowAndTwoDimensionalTransformsMatchTheSums) {
+  for (auto [rows, cols] : kShapes) {
+    SCOPED_TRACE(testing::Message() << rows << "x" << cols);
+    const double tol = FftTol(static_cast<std::size_t>(rows) * cols);
+    for (bool complex : {true, false}) {
+      const TMtx x = RandomMtx(rows, cols, complex, 7);
+      LMtx rowsWant = AsRows(x);
+      for (auto& r : rowsWant) r = NaiveDft(r, -1);
+      TMtx y, z(x);
+      y.FFT1D(x);
+      z.FFT1D();
+      EXPECT_LE(ErrEps2(AsRows(y), rowsWant, rows, cols), tol);
+      EXPECT_LE(ErrEps2(AsRows(z), rowsWant, rows, cols), tol);
+      const LMtx want2 = Dft2(AsRows(x), -1);
+      TMtx f2, g2(x);
+      f2.FFT2D(x);
+      g2.FFT2D();
+      EXPECT_LE(ErrEps2(AsRows(f2), want2, rows, cols), tol);
+      EXPECT_LE(ErrEps2(AsRows(g2), want2, rows, cols), tol);
+      // Inverses bring the complex signal back; unscaled ones are larger by the length.
+      TMtx b1, b2;
+      b1.IFFT1D(y);
+      b2.IFFT2D(f2);
+      EXPECT_LE(ErrEps2(AsRows(b1), AsRows(x), rows, cols), tol);
+      EXPECT_LE(ErrEps2(AsRows(b2), AsRows(x), rows, cols), tol);
+      z.IFFT1D(true);
+      g2.IFFT2D(true);
+      z.Scale(1.0 / cols);
+      g2.Scale(1.0 / (rows * cols));
+      EXPECT_LE(ErrEps2(AsRows(z), AsRows(x), rows, cols), tol);
+      EXPECT_LE(ErrEps2(AsRows(g2), AsRows(x), rows, cols), tol);
+    }
+  }
+}
+
+TEST(FftMtx, RealRowTransformsInEveryFormatRoundTrip) {
+  for (auto [rows, cols] : kShapes) {
+    for (auto format : {fsfCCS, fsfPack, fsfPerm}) {
+      SCOPED_TRACE(testing::Message() << rows << "x" << cols << " format " << int(format));
+      const double tol = FftTol(cols);
+      const TMtx x = RandomMtx(rows, cols, false, 8);
+      TMtx s, back;
+      s.SetFFTStorageFormat(format);
+      back.SetFFTStorageFormat(format);
+      s.FFT1DFromReal(x);
+      // Each row matches the vector transform of that row in the same format.
+      for (std::int32_t r = 0; r < rows; ++r) {
+        TVec row, spec, got;
+        row.GetRow(x, r);
+        spec.SetFFTStorageFormat(format);
+        spec.FFTFromReal(row);
+        got.GetRow(s, r);
+        EXPECT_LE(ErrEps(AsL(got), AsL(spec)), tol);
+      }
+      back.IFFT1DToReal(s);
+      EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
+      // In place: CCS rows padded to 2 * (cols div 2 + 1) reals.
+      TMtx p;
+      p.SetFFTStorageFormat(format);
+      const std::int32_t width = format == fsfCCS ? 2 * (cols / 2 + 1) : cols;
+      p.Size(rows, width, false);
+      p.SetZero();
+      for (std::int32_t r = 0; r < rows; ++r)
+        for (std::int32_t c = 0; c < cols; ++c) p.PValues1D(0)[r * width + c] = x.PValues1D(0)[r * cols + c];
+      p.SetFFTOddLength(cols % 2 == 1);
+      p.FFT1DFromReal();
+      EXPECT_LE(ErrEps2(AsRows(p), AsRows(s), rows, s.Cols()), tol);
+      p.IFFT1DToReal();
+      EXPECT_LE(ErrEps2(AsRows(p), AsRows(x), rows, cols), tol);
+    }
+  }
+}
+
+TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
+  for (auto [rows, cols] : {std::pair{3, 5}, std::pair{4, 6}, std::pair{6, 4}}) {
+    SCOPED_TRACE(testing::Message() << rows << "x" << cols);
+    const double tol = FftTol(static_cast<std::size_t>(rows) * cols);
+    const TMtx x = RandomMtx(rows, cols, false, 9);
+    const LMtx want = Dft2(AsRows(x), -1);
+    TMtx s;
+    s.FFT2DFromReal(x);
+    ASSERT_EQ(s.Rows(), rows + 2);
+    ASSERT_EQ(s.Cols(), cols / 2 + 1);
+    EXPECT_EQ(s.FFTOddLength(), cols % 2 == 1);
+    EXPECT_LE(ErrEps2(AsRows(s), want, rows, cols / 2 + 1), tol);
+    for (std::int32_t j = 0; j < s.Cols(); ++j) {
+      EXPECT_EQ(s.PCValues1D(0)[rows * s.Cols() + j].Re, 0.0);
+      EXPECT_EQ(s.PCValues1D(0)[(rows + 1) * s.Cols() + j].Im, 0.0);
+    }
+    TMtx back;
+    back.IFFT2DToReal(s);
+    ASSERT_EQ(back.Rows(), rows + 2);
+    ASSERT_EQ(back.Cols(), 2 * (cols / 2 + 1));
+    EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
+    // In place on the padded real matrix: the same spectrum, and back.
+    TMtx p;
+    p.Size(rows + 2, 2 * (cols / 2 + 1), false);
+    p.SetZero();
+    for (std::int32_t r = 0; r < rows; ++r)
+      for (std::int32_t c = 0; c < cols; ++c) p.PValues1D(0)[r * p.Cols() + c] = x.PValues1D(0)[r * cols + c];
+    p.SetFFTOddLength(cols % 2 == 1);
+    p.FFT2DFromReal();
+    ASSERT_TRUE(p.Complex());
+    EXPECT_LE(ErrEps2(AsRows(p), want, rows, cols / 2 + 1), tol);
+    p.IFFT2DToReal();
+    EXPECT_LE(ErrEps2(AsRows(p), AsRows(x), rows, cols), tol);
+  }
+}
+
+TEST(FftMtx, Messages) {
+  TMtx r = RandomMtx(3, 4, false, 1), c = RandomMtx(3, 2, true, 2);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { c.FFT1DFromReal(); }, "TMtx.FFT1DFromReal: Self is Complex"},
+      {[&] { r.FFT1DFromReal(r); }, "TMtx.FFT1DFromReal: Mtx = Self"},
+      {[&] { c.FFT2DFromReal(c); }, "TMtx.FFT2DFromReal: Mtx = Self"},
+      {[&] { c.IFFT1D(c, false); }, "TMtx.IFFT1D: Mtx = Self"},
+      {[&] { r.IFFT1DToReal(); }, "TMtx.IFFT1DToReal: Self is not Compelx"},
+      {[&] { r.IFFT1DToReal(r, false); }, "TMtx.IFFT1DToReal: Mtx = Self"},
+      {[&] { c.IFFT1DToReal(TMtx(r), false); }, "TMtx.IFFT1DToReal: Mtx is not Compelx"},
+      {[&] { c.IFFT2D(c, false); }, "TMtx.IFFT2D: Mtx = Self"},
+      {[&] { r.IFFT2DToReal(); }, "TMtx.FFT2DFromReal: Self is not Complex"},
+      {[&] { c.IFFT2DToReal(c, false); }, "TMtx.IFFT2DToReal: Mtx = Self"},
+      {[&] { r.IFFT2DToReal(TMtx(r), false); }, "TMtx.IFFT2DFromReal: Mtx is not Complex"},
+      {[&] { TMtx(RandomMtx(3, 5, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Cols: 5"},
+      {[&] { TMtx(RandomMtx(2, 4, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Rows: 2"},
+      {[&] { TMtx(RandomMtx(3, 1, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Cols: 1"},
+      {[&] { TMtx(RandomMtx(2, 2, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Rows: 2"},
+  });
+  // An empty matrix given to FFT2D is only marked complex.
+  TMtx e;
+  e.FFT2D();
+  EXPECT_TRUE(e.Complex());
+}
+
+}  // namespace
+}  // namespace quorel::test

@@ -1,0 +1,278 @@
+// Convolution, correlation, DCT, Goertzel, resampling, Hilbert and display reduction.
+#include "quorel/signal/detail/convolve.h"
+#include "quorel/signal/signal.h"
+#include "signal_util.h"
+
+namespace quorel::test {
+namespace {
+
+using detail::ConvPath;
+
+// Forces one evaluation path for the scope.
+struct PathScope {
+  explicit PathScope(ConvPath p) { detail::ConvolvePath() = p; }
+  ~PathScope() { detail::ConvolvePath() = ConvPath::Auto; }
+};
+
+std::vector<LCplx> NaiveConv(const std::vector<LCplx>& a, const std::vector<LCplx>& b) {
+  std::vector<LCplx> y(a.size() + b.size() - 1);
+  for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t j = 0; j < b.size(); ++j) y[i + j] += a[i] * b[j];
+  return y;
+}
+
+TVec Make(std::int32_t n, bool complex, unsigned seed) {
+  return complex ? CplxVec(Noise(n, seed), Noise(n, seed + 100)) : RealVec(Noise(n, seed));
+}
+
+// Error relative to the largest value, in eps; sums of n products carry about n eps.
+constexpr double kConvTol = 64;
+
+TEST(Convolve, AgreesWithTheDirectSumOnBothPathsAndEveryKind) {
+  for (ConvPath path : {ConvPath::Direct, ConvPath::Fft, ConvPath::Auto}) {
+    PathScope scope(path);
+    for (auto [nx, nh] : {std::pair{3, 2}, std::pair{1, 1}, std::pair{100, 37}, std::pair{2000, 300}, std::pair{40, 5000}}) {
+      for (int kinds = 0; kinds < 4; ++kinds) {
+        SCOPED_TRACE(testing::Message() << int(path) << " " << nx << "*" << nh << " kinds " << kinds);
+        const TVec x = Make(nx, kinds & 1, 1), h = Make(nh, kinds & 2, 2);
+        TVec y;
+        y.Convolve(x, h);
+        ASSERT_EQ(y.Length(), nx + nh - 1);
+        EXPECT_EQ(y.Complex(), kinds != 0);
+        EXPECT_LE(ErrEps(AsL(y), NaiveConv(AsL(x), AsL(h))), kConvTol);
+      }
+    }
+  }
+}
+
+TEST(Correlate, AutoAndCrossAgreeWithTheirSums) {
+  for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
+    PathScope scope(path);
+    for (bool complex : {false, true}) {
+      SCOPED_TRACE(testing::Message() << int(path) << " complex " << complex);
+      const std::int32_t n = 150, lags = 40;
+      const TVec x = Make(n, complex, 3);
+      const auto lx = AsL(x);
+      std::vector<LCplx> normal(lags), biased(lags), unbiased(lags);
+      for (std::int32_t k = 0; k < lags; ++k) {
+        for (std::int32_t i = 0; i + k < n; ++i) normal[k] += lx[i + k] * std::conj(lx[i]);
+        biased[k] = normal[k] / static_cast<long double>(n);
+        unbiased[k] = normal[k] / static_cast<long double>(n - k);
+      }
+      TVec a, b, u;
+      a.AutoCorrNormal(x, lags);
+      b.AutoCorrBiased(x, lags);
+      u.AutoCorrUnBiased(x, lags);
+      EXPECT_EQ(a.Complex(), complex);
+      EXPECT_LE(ErrEps(AsL(a), normal), kConvTol);
+      EXPECT_LE(ErrEps(AsL(b), biased), kConvTol);
+      EXPECT_LE(ErrEps(AsL(u), unbiased), kConvTol);
+      // Cross-correlation over lags that run past the end of the second operand.
+      const TVec y = Make(90, false, 4);
+      const auto ly = AsL(y);
+      const std::int32_t lo = 5, hi = 120;
+      std::vector<LCplx> want(hi - lo + 1);
+      for (std::int32_t k = lo; k <= hi; ++k)
+        for (std::int32_t i = 0; i < n; ++i)
+          if (i + k < 90) want[k - lo] += std::conj(lx[i]) * ly[i + k];
+      TVec c;
+      c.CrossCorr(x, y, lo, hi);
+      ASSERT_EQ(c.Length(), hi - lo + 1);
+      EXPECT_EQ(c.Complex(), complex);
+      EXPECT_LE(ErrEps(AsL(c), want), kConvTol);
+    }
+  }
+}
+
+TEST(Convolve, TwoDimensionalFullAndFiltered) {
+  for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
+    PathScope scope(path);
+    TMtx x, h;
+    x.Size(6, 7, false);
+    h.Size(3, 4, false);
+    const auto vx = Noise(42, 5), vh = Noise(12, 6);
+    std::copy(vx.begin(), vx.end(), x.PValues1D(0));
+    std::copy(vh.begin(), vh.end(), h.PValues1D(0));
+    std::vector<long double> full(8 * 10);
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 7; ++j)
+        for (int a = 0; a < 3; ++a)
+          for (int b = 0; b < 4; ++b) full[(i + a) * 10 + j + b] += (long double)vx[i * 7 + j] * vh[a * 4 + b];
+    TMtx y, f;
+    y.Convolve(x, h, false);
+    ASSERT_EQ(y.Rows(), 8);
+    ASSERT_EQ(y.Cols(), 10);
+    f.Convolve(x, h, true);
+    ASSERT_EQ(f.Rows(), 6);
+    ASSERT_EQ(f.Cols(), 7);
+    for (int i = 0; i < 8; ++i)
+      for (int j = 0; j < 10; ++j) EXPECT_NEAR(y.PValues1D(0)[i * 10 + j], (double)full[i * 10 + j], 1e-14);
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 7; ++j) EXPECT_NEAR(f.PValues1D(0)[i * 7 + j], (double)full[(i + 1) * 10 + j + 1], 1e-14);
+  }
+}
+
+TEST(Dct, MatchesTheClosedFormAndInverts) {
+  const long double pi = 3.141592653589793238462643383279502884L;
+  for (std::int32_t n : {1, 2, 5, 8, 31}) {
+    SCOPED_TRACE(n);
+    const TVec x = RealVec(Noise(n, 7));
+    std::vector<LCplx> want(n);
+    for (std::int32_t k = 0; k < n; ++k) {
+      long double s = 0;
+      for (std::int32_t j = 0; j < n; ++j) s += x[j] * std::cos(pi * (2 * j + 1) * k / (2 * n));
+      want[k] = s * std::sqrt((k == 0 ? 1.0L : 2.0L) / n);
+    }
+    TVec y, z;
+    y.DCT(x);
+    EXPECT_LE(ErrEps(AsL(y), want), FftTol(n));
+    z.IDCT(y);
+    EXPECT_LE(ErrEps(AsL(z), AsL(x)), FftTol(n));
+    // Range form on a shifted window, which has the other alignment class.
+    TVec r;
+    r.Size(n + 1, false);
+    r.SetZero();
+    r.DCT(x, 0, 1, n);
+    EXPECT_EQ(r[0], 0.0);
+    const auto lr = AsL(r);
+    std::vector<LCplx> got(lr.begin() + 1, lr.end());
+    EXPECT_LE(ErrEps(got, want), FftTol(n));
+  }
+}
+
+TEST(Goertzel, GivesTheDftValueAtTheFrequency) {
+  for (bool complex : {false, true}) {
+    const std::int32_t n = 64;
+    TVec x = Make(n, complex, 8);
+    const auto want = NaiveDft(AsL(x), -1);
+    x.GoertzInit(5.0 / n);
+    const TCplx g = x.Goertz();
+    EXPECT_LE(ErrEps({LCplx(g.Re, g.Im)}, {want[5]}), 64);
+    const TCplx again = Goertz(x);  // resets, so a second run gives the same
+    EXPECT_EQ(again.Re, g.Re);
+    EXPECT_EQ(again.Im, g.Im);
+  }
+  TVec r = RealVec({1, 2}), c = CplxVec({1}, {0});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.GoertzInit(0.5); }), "(not Complex) and (Freq >= 0.5)");
+  c.GoertzInit(0.5);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { c.GoertzInit(1.0); }, "Freq >= 1)"},
+      {[&] { c.GoertzInit(0.0); }, "Freq <= 0)"},
+      {[&] { c.GoertzInit(std::nan("")); }, "Freq <= 0)"},
+  });
+}
+
+TEST(Resample, UpAndDownWithPhaseAndRanges) {
+  TVec up, down;
+  up.UpSample(Real({1, 2}), 3, 1);
+  EXPECT_EQ(Doubles(up), (std::vector<double>{0, 1, 0, 0, 2, 0}));
+  down.DownSample(up, 3, 1);
+  EXPECT_EQ(Doubles(down), (std::vector<double>{1, 2}));
+  TVec c = Cplx({{1, 2}, {3, 4}, {5, 6}, {7, 8}}), cd;
+  cd.DownSample(c, 2, 1);
+  EXPECT_EQ(Doubles(cd), (std::vector<double>{3, 4, 7, 8}));
+  // Range forms write inside Self only.
+  TVec r = Real({9, 9, 9, 9, 9, 9, 9});
+  r.UpSample(Real({5, 1, 2}), 2, 1, 1, 2, 2);
+  EXPECT_EQ(Doubles(r), (std::vector<double>{9, 9, 0, 1, 0, 2, 9}));
+  TVec d = Real({9, 9, 9});
+  d.DownSample(Real({1, 2, 3, 4, 5, 6, 7}), 3, 2, 1, 1, 6);
+  EXPECT_EQ(Doubles(d), (std::vector<double>{9, 4, 7}));
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { up.UpSample(up, 2, 0); }, "Self = Src"},
+      {[&] { up.DownSample(c, 2, 2); }, "Phase >= Factor"},
+      {[&] { up.UpSample(c, 0, -1); }, "Factor < 1"},
+      {[&] { r.UpSample(r, 2, 0, 0, 0, 1); }, "Invalid params: Src is equal to Self"},
+      {[&] { r.UpSample(c, 2, 0, 0, 0, 1); }, "Complex <> Src.Complex"},
+      {[&] { d.DownSample(r, 2, 0, 0, 0, 3); }, "(Len mod Factor) <> 0"},
+      {[&] { d.DownSample(c, 2, 0, 0, 0, 2); }, "Complex <> Src.Complex"},
+      {[&] { d.DownSample(r, 2, -1, 0, 0, 2); }, "Phase < 0"},
+  });
+  ExpectMessages<EQuorelRangeError>({
+      {[&] { r.UpSample(Real({1, 2}), 2, 0, 1, 0, 2); }, "Src params out of range: SrcIndex: 1, Len: 2, Src.Length: 2"},
+      {[&] { r.UpSample(Real({1, 2}), 4, 0, 0, 0, 2); }, "Self params out of range: Index: 0, Len*Factor: 8, Length: 7"},
+      {[&] { d.DownSample(r, 2, 0, 4, 0, 4); }, "(SrcIndex + Len) > Src.Length"},
+      {[&] { d.DownSample(r, 2, 0, 0, 1, 6); }, "(Index + ALength) > Length"},
+  });
+  EXPECT_EQ(Doubles(d), (std::vector<double>{9, 4, 7}));
+}
+
+// Positive-frequency bins are multiplied by j, so a cosine's partner is minus the sine.
+TEST(Hilbert, PairsCosinesWithMinusSines) {
+  for (std::int32_t n : {64, 63}) {
+    SCOPED_TRACE(n);
+    TVec x, h;
+    x.Size(n, false);
+    for (std::int32_t i = 0; i < n; ++i) x[i] = 1.5 + std::cos(2 * PI * 5 * i / n);
+    h.Hilbert(x);
+    ASSERT_TRUE(h.Complex());
+    for (std::int32_t i = 0; i < n; ++i) {
+      EXPECT_EQ(h.CValues()[i].Re, x[i]);
+      EXPECT_NEAR(h.CValues()[i].Im, -std::sin(2 * PI * 5 * i / n), 1e-14);
+    }
+  }
+  TVec c = Cplx({{1, 0}}), r = Real({1});
+  ExpectMessages<EQuorelInvalidArgument>({{[&] { r.Hilbert(c); }, "Vec.Complex = True"}, {[&] { r.Hilbert(r); }, "Self = Vec"}});
+}
+
+TEST(PixelDownSample, ThreeModes) {
+  const TVec s = Real({1, 5, 2, 2, 8, 0, 3, 3});
+  TVec p;
+  p.PixelDownSample(4, s, pdsPattern);
+  EXPECT_EQ(Doubles(p), (std::vector<double>{1, 2, 8, 3}));
+  p.PixelDownSample(4, s, pdsAverage);
+  EXPECT_EQ(Doubles(p), (std::vector<double>{3, 2, 4, 3}));
+  p.PixelDownSample(2, s, pdsPeak);
+  EXPECT_EQ(Doubles(p), (std::vector<double>{1, 5, 8, 0}));
+  p.PixelDownSample(8, s, 1, 3, pdsAverage);  // short spans are copied
+  EXPECT_EQ(Doubles(p), (std::vector<double>{5, 2, 2}));
+  TVec x = Real({0, 1, 2, 3, 4, 5, 6, 7}), nx;
+  p.PixelDownSample1(2, s, &x, &nx, pdsPeak);
+  EXPECT_EQ(Doubles(nx), (std::vector<double>{0, 1, 4, 5}));
+  TMtx m, d;
+  m.Size(2, 4, false);
+  std::copy(s.Values().begin(), s.Values().end(), m.PValues1D(0));
+  m.PixelDownSample(d, 2, pdsAverage);
+  EXPECT_EQ(Doubles(d), (std::vector<double>{3, 2, 4, 3}));
+  TVec c = Cplx({{1, 0}});
+  ExpectMessages<EQuorelRangeError>({{[&] { p.PixelDownSample(2, s, 4, 5, pdsPattern); }, "Index+Len > Src.Length"}});
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { p.PixelDownSample(2, c, pdsPattern); }, "Src.Complex = True"},
+      {[&] { p.PixelDownSample1(2, s, nullptr, &nx, pdsPattern); }, "(X = nil) or (NX = nil)"},
+      {[&] { p.PixelDownSample1(2, s, &c, &nx, pdsPattern); }, "SrcX.Length <> SrcY.Length"},
+  });
+}
+
+TEST(SignalOps, Messages) {
+  TVec x = Real({1, 2, 3}), e, r, c = Cplx({{1, 1}});
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { x.Convolve(x, r); }, "TVec.Convolve: (Self = X) or (Self = H)"},
+      {[&] { r.Convolve(x, e); }, "TVec.Convolve: H.Length = 0"},
+      {[&] { r.AutoCorrBiased(x, 4); }, "TVec.AutoCorrBiased: Lags > Vec.Length"},
+      {[&] { x.AutoCorrBiased(x, 1); }, "TVec.AutoCorrBiased: Self = Vec"},
+      {[&] { r.AutoCorrNormal(x, 4); }, "TVec.AutoCorrNormal: Lags > Vec.Length"},
+      {[&] { x.AutoCorrNormal(x, 1); }, "TVec.AutoCorrNormal: Self = Vec"},
+      {[&] { r.AutoCorrUnBiased(x, 4); }, "TVec.AutoCorrUnBiased: Lags > Vec.Length"},
+      {[&] { x.AutoCorrUnBiased(x, 1); }, "TVec.AutoCorrUnBiased: Self = Vec"},
+      {[&] { x.CrossCorr(x, r, 0, 1); }, "TVec.CrossCorr: (Self = Vec1) or (Self = Vec2)"},
+      {[&] { r.CrossCorr(x, x, -1, 1); }, "TVec.CrossCorr: LoLag < 0"},
+      {[&] { r.CrossCorr(x, x, 2, 2); }, "TVec.CrossCorr: HiLag <= LoLag"},
+      {[&] { r.DCT(c); }, "TVec.DCT: Vec.Complex is True"},
+      {[&] { r.IDCT(c); }, "TVec.IDCT: Vec.Complex is True"},
+      {[&] { c.DCT(x, 0, 0, 1); }, "TQuorel.DCT: Self.Complex is True"},
+      {[&] { r.DCT(c, 0, 0, 1); }, "TQuorel.DCT: Vec.Complex is True"},
+      {[&] { c.IDCT(x, 0, 0, 1); }, "TQuorel.IDCT: Self.Complex is True"},
+  });
+  TMtx m, cm;
+  m.Size(2, 2, false);
+  cm.Size(2, 2, true);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { m.Convolve(cm, m, false); }, "X.Complex or H.Complex"},
+      {[&] { m.Convolve(m, TMtx(m), true); }, "(X = Self) or (H = Self)"},
+  });
+  EXPECT_EQ(Doubles(x), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(TVec().CrossCorr(e, x, 0, 3).Length(), 0);
+}
+
+}  // namespace
+}  // namespace quorel::test
