@@ -86,7 +86,8 @@ std::int32_t MinBrent(const TRealFunction& Fun, double Lo, double Hi, std::span<
 /// Quasi-Newton minimisation with a strong-Wolfe line search; Method is optBFGS or optDFP.
 /// Grad may be empty: forward differences then give the gradient (n evaluations each).
 /// Stops with OptResSmallGrad when max |g_i| <= GradTol, OptResSmallStep when no coordinate moves
-/// by more than Tol (|x_i| + Tol), OptResConverged when f drops by less than Tol (|f| + Tol),
+/// by more than Tol (|x_i| + Tol), OptResConverged when f drops by less than Tol (|f| + Tol)
+/// (or by no more than rounding, 4 eps |f|, whatever Tol),
 /// OptResZeroStep when the line search finds no decrease even along the steepest descent.
 std::int32_t BFGS(const TRealFunction& Fun, const TGradProc& Grad, std::span<double> Pars, std::span<const double> Consts,
                   std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,

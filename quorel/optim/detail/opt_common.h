@@ -6,6 +6,7 @@
 #include <limits>
 #include <span>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/optim/optimization.h"
 
 namespace quorel::detail {
@@ -74,11 +75,11 @@ inline double Dot(std::span<const double> a, std::span<const double> b) {
   return s;
 }
 
-/// True when no coordinate moves by more than tol (|x_i| + tol).
-inline bool SmallStep(std::span<const double> x, std::span<const double> step, double tol) {
+/// True when no coordinate moves from x to xNew by more than tol (|x_i| + tol); false for tol <= 0.
+inline bool SmallMove(std::span<const double> x, std::span<const double> xNew, double tol) {
   if (!(tol > 0)) return false;
   for (std::size_t i = 0; i < x.size(); ++i)
-    if (std::abs(step[i]) > tol * (std::abs(x[i]) + tol)) return false;
+    if (std::abs(xNew[i] - x[i]) > tol * (std::abs(x[i]) + tol)) return false;
   return true;
 }
 
