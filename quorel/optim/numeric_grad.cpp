@@ -50,7 +50,7 @@ double Representable(double x, double h) {
   volatile double xh = x + h;
   return xh - x;
 }
-double Step(double x, double scale) { return Representable(x, scale * std::max(std::abs(x), 1.0)); }
+double Step(double x, double scale) { return Representable(x, scale * detail::DiffScale(x)); }
 
 std::span<double> SizedGrad(TVec& grad, std::size_t n) {
   grad.Size(static_cast<std::int32_t>(n), false);
@@ -79,7 +79,7 @@ void NumericGradRichardson(const TRealFunction& Fun, std::span<const double> Par
   const std::span<double> g = SizedGrad(Grad, Pars.size());
   double a[kLevels][kLevels];
   for (std::size_t i = 0; i < Pars.size(); ++i) {
-    double h = Step(Pars[i], 0.05);
+    double h = Step(Pars[i], 1e-3);
     a[0][0] = (probe.At(i, h) - probe.At(i, -h)) / (2 * h);
     double best = a[0][0], err = std::numeric_limits<double>::infinity();
     for (int k = 1; k < kLevels; ++k) {

@@ -110,7 +110,9 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
                        double Tol, double GradTol, TStringList* Verbose);
 
 /// Levenberg–Marquardt for least squares: minimises the sum of squares of the M residuals written
-/// by Fun. The Jacobian comes from forward differences; each step solves
+/// by Fun. The Jacobian comes from forward differences (n calls); once that model has converged,
+/// the run continues on five-point central differences (4n calls) until it converges again, which
+/// removes the bias forward differences leave on ill-conditioned fits. Each step solves
 /// min |J p + r|^2 + lambda |D p|^2 (D the largest column norms of J seen so far) by Householder
 /// QR, so the condition number is never squared; lambda follows Nielsen's rule. Stops with
 /// OptResConverged (relative reduction of the sum of squares, actual and predicted, <= Tol, or a
@@ -121,7 +123,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
                           std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,
                           double Tol, TStringList* Verbose, std::int32_t* Evaluations = nullptr);
 
-/// Central-difference gradient, step eps^(1/3) max(|x_i|, 1): 2n evaluations.
+/// Central-difference gradient, step eps^(1/3) max(|x_i|, 1e-3): 2n evaluations.
 void NumericGradDifference(const TRealFunction& Fun, std::span<const double> Pars, std::span<const double> Consts,
                            std::span<TQuorel* const> ObjConst, TVec& Grad);
 /// Central differences refined by Richardson extrapolation (halving steps until the error
@@ -132,7 +134,7 @@ void NumericGradRichardson(const TRealFunction& Fun, std::span<const double> Par
 /// Either of the two by method.
 void NumericGrad(TNumericGradMethod Method, const TRealFunction& Fun, std::span<const double> Pars,
                  std::span<const double> Consts, std::span<TQuorel* const> ObjConst, TVec& Grad);
-/// Gradient and symmetric Hessian by central differences, step eps^(1/4) max(|x_i|, 1):
+/// Gradient and symmetric Hessian by central differences, step eps^(1/4) max(|x_i|, 1e-3):
 /// 2n^2 + 1 evaluations. Hess becomes n x n, real.
 void NumericGradHess(const TRealFunction& Fun, std::span<const double> Pars, std::span<const double> Consts,
                      std::span<TQuorel* const> ObjConst, TVec& Grad, TMtx& Hess);

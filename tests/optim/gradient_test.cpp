@@ -36,7 +36,7 @@ double MaxRelErr(std::span<const double> got, const std::vector<double>& want) {
 }
 
 constexpr double kDifferenceTol = 1e-9;   // central differences, truncation and rounding ~ eps^(2/3)
-constexpr double kRichardsonTol = 1e-12;  // extrapolated: a few hundred ulps
+constexpr double kRichardsonTol = 1e-11;  // extrapolated from steps of 1e-3 |x| down
 constexpr double kHessianTol = 1e-5;      // second differences at step eps^(1/4): ~ eps^(1/2)
 
 const std::vector<TOptMethod> kGradientMethods{optBFGS, optDFP, optConjGradFR, optConjGradPR};
