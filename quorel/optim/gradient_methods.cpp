@@ -14,7 +14,7 @@ namespace quorel {
 
 namespace {
 
-constexpr int kMaxLineEvals = 40;
+constexpr int kMaxLineEvals = 20;
 // A decrease this small relative to f is rounding noise: the run has converged whatever Tol says.
 constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
 
@@ -38,15 +38,16 @@ class TDescent final : public detail::TLineFunction {
     return true;
   }
 
-  double Eval(double alpha, double& slope) override {
+  double Value(double alpha) override {
     for (std::size_t i = 0; i < n_; ++i) xt[i] = x[i] + alpha * d[i];
     ft = objective_(xt);
-    slope = std::numeric_limits<double>::quiet_NaN();
-    if (std::isfinite(ft)) {
-      Gradient(xt, ft, gt);
-      slope = detail::Dot(gt, d);
-    }
     return ft;
+  }
+
+  double Slope() override {
+    if (!std::isfinite(ft)) return std::numeric_limits<double>::quiet_NaN();
+    Gradient(xt, ft, gt);
+    return detail::Dot(gt, d);
   }
 
   /// Line search along d; on success the trial point holds the new point. False: no decrease.
@@ -54,8 +55,8 @@ class TDescent final : public detail::TLineFunction {
     const detail::TLineResult r = detail::WolfeSearch(*this, f, detail::Dot(g, d), alpha1, 1e-4, c2, kMaxLineEvals);
     if (r.Alpha == 0) return false;
     if (!r.Wolfe) {
-      double slope;
-      Eval(r.Alpha, slope);
+      Value(r.Alpha);
+      Slope();
     }
     step = r.Alpha;
     return true;

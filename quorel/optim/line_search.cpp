@@ -3,6 +3,7 @@
 #include "quorel/optim/detail/line_search.h"
 
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace quorel::detail {
@@ -13,17 +14,25 @@ struct TPoint {
   double A, F, D;  // step, value, slope
 };
 
-// Minimiser of the cubic matching values and slopes at lo and hi, kept 10 % inside the interval;
-// the midpoint when the cubic has no usable minimum.
+// Minimiser of the cubic matching values and slopes at lo and hi (of the quadratic matching lo's
+// value and slope and hi's value when hi has no slope), kept 10 % inside the interval; the
+// midpoint when neither model has a usable minimum.
 double Interpolate(const TPoint& lo, const TPoint& hi) {
   const double left = std::min(lo.A, hi.A), right = std::max(lo.A, hi.A), width = right - left;
   const double mid = (lo.A + hi.A) / 2;
-  if (!std::isfinite(hi.F) || !std::isfinite(hi.D)) return mid;
-  const double d1 = lo.D + hi.D - 3 * (lo.F - hi.F) / (lo.A - hi.A);
-  const double disc = d1 * d1 - lo.D * hi.D;
-  if (!(disc >= 0)) return mid;
-  const double d2 = std::copysign(std::sqrt(disc), hi.A - lo.A);
-  const double a = hi.A - (hi.A - lo.A) * (hi.D + d2 - d1) / (hi.D - lo.D + 2 * d2);
+  if (!std::isfinite(hi.F)) return mid;
+  double a;
+  if (std::isfinite(hi.D)) {
+    const double d1 = lo.D + hi.D - 3 * (lo.F - hi.F) / (lo.A - hi.A);
+    const double disc = d1 * d1 - lo.D * hi.D;
+    if (!(disc >= 0)) return mid;
+    const double d2 = std::copysign(std::sqrt(disc), hi.A - lo.A);
+    a = hi.A - (hi.A - lo.A) * (hi.D + d2 - d1) / (hi.D - lo.D + 2 * d2);
+  } else {
+    const double da = hi.A - lo.A, curvature = hi.F - lo.F - lo.D * da;
+    if (!(curvature > 0)) return mid;
+    a = lo.A - lo.D * da * da / (2 * curvature);
+  }
   if (!(a >= left + 0.1 * width && a <= right - 0.1 * width)) return mid;
   return a;
 }
@@ -47,9 +56,9 @@ TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alp
     }
   };
   int evals = 0;
+  const double nan = std::numeric_limits<double>::quiet_NaN();
   const auto eval = [&](double a) {
-    TPoint p{a, 0, 0};
-    p.F = phi.Eval(a, p.D);
+    TPoint p{a, phi.Value(a), nan};
     ++evals;
     noteLow(p);
     return p;
@@ -58,10 +67,11 @@ TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alp
   // Zoom between lo (sufficient decrease, lowest so far) and hi.
   const auto zoom = [&](TPoint lo, TPoint hi) {
     while (evals < maxEvals && std::abs(hi.A - lo.A) > 1e-16 * std::max(lo.A, hi.A)) {
-      const TPoint p = eval(Interpolate(lo, hi));
+      TPoint p = eval(Interpolate(lo, hi));
       if (!decreaseOk(p) || p.F >= lo.F) {
         hi = p;
       } else {
+        p.D = phi.Slope();
         if (curvatureOk(p)) return accept(p);
         if (p.D * (hi.A - lo.A) >= 0) hi = lo;
         lo = p;
@@ -73,8 +83,9 @@ TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alp
   TPoint prev{0, f0, slope0};
   double alpha = alpha1;
   for (bool first = true; evals < maxEvals; first = false) {
-    const TPoint p = eval(alpha);
+    TPoint p = eval(alpha);
     if (!decreaseOk(p) || (!first && p.F >= prev.F)) return zoom(prev, p);
+    p.D = phi.Slope();
     if (curvatureOk(p)) return accept(p);
     if (p.D >= 0) return zoom(p, prev);
     prev = p;

@@ -97,7 +97,9 @@ TEST(GradientMethods, ClassicProblems) {
         } else {
           EXPECT_LT(fmin, fTol) << c.Name << " " << MethodName(m);
         }
-        EXPECT_TRUE(reason == OptResSmallGrad || reason == OptResConverged) << c.Name << " " << MethodName(m);
+        // At the gradient's noise level the run may also end with no descent left (ZeroStep).
+        EXPECT_TRUE(reason == OptResSmallGrad || reason == OptResConverged || reason == OptResZeroStep)
+            << c.Name << " " << MethodName(m);
       }
     }
   }

@@ -8,15 +8,18 @@ namespace quorel::detail {
 /// phi(a) = f(x + a d) along a fixed direction.
 class TLineFunction {
  public:
-  /// Evaluates phi at `alpha`; sets `slope` to phi'(alpha) (NaN when phi is not finite there).
-  virtual double Eval(double alpha, double& slope) = 0;
+  /// Evaluates phi at `alpha`.
+  virtual double Value(double alpha) = 0;
+  /// phi' at the point of the latest Value call (NaN when phi is not finite there). The search asks
+  /// for it only at points with sufficient decrease, so a rejected trial costs no gradient.
+  virtual double Slope() = 0;
 
  protected:
   ~TLineFunction() = default;
 };
 
 struct TLineResult {
-  bool Wolfe = false;   // both conditions hold at Alpha, and the last Eval was at Alpha
+  bool Wolfe = false;   // both conditions hold at Alpha, and the last Value and Slope calls were there
   double Alpha = 0;     // else the best step with sufficient decrease seen (0: none)
   double F = 0;
 };
