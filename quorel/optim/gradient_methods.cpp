@@ -166,7 +166,9 @@ template <class Rule>
 std::int32_t Descend(Rule& rule, TDescent& st, std::span<double> pars, double& fmin, TOptStopReason& reason,
                      std::int32_t maxIter, double tol, double gradTol, detail::TOptLog& log, double c2, bool conjugate) {
   reason = OptResNotFound;
-  if (!st.Start()) {
+  const bool started = st.Start();
+  if (pars.empty()) reason = OptResZeroStep;  // nothing to vary: the value at the empty point
+  if (!started || pars.empty()) {
     fmin = st.f;
     return 0;
   }
@@ -230,12 +232,6 @@ std::int32_t BFGS(const TRealFunction& Fun, const TGradProc& Grad, std::span<dou
   detail::Require(Method == optBFGS || Method == optDFP, "BFGS: Method must be optBFGS or optDFP");
   detail::TOptLog log(Verbose, Tol, "BFGS");
   TDescent st(Fun, Grad, Pars, Consts, ObjConst);
-  if (Pars.empty()) {
-    StopReason = OptResZeroStep;
-    st.Start();
-    FMin = st.f;
-    return 0;
-  }
   TQuasiNewton rule(Pars.size(), Method == optDFP);
   // DFP corrects a poor inverse Hessian slowly unless the line search is close to exact.
   return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, Method == optDFP ? 0.1 : 0.9, false);
@@ -248,12 +244,6 @@ std::int32_t ConjGrad(const TRealFunction& Fun, const TGradProc& Grad, std::span
                   "ConjGrad: Method must be optConjGradFR or optConjGradPR");
   detail::TOptLog log(Verbose, Tol, "ConjGrad");
   TDescent st(Fun, Grad, Pars, Consts, ObjConst);
-  if (Pars.empty()) {
-    StopReason = OptResZeroStep;
-    st.Start();
-    FMin = st.f;
-    return 0;
-  }
   TConjugate rule(Pars.size(), Method == optConjGradFR);
   // c2 = 0.1: Fletcher–Reeves needs c2 < 1/2 to keep every direction a descent direction.
   return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, 0.1, true);

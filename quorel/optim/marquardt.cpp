@@ -39,6 +39,13 @@ struct TDamping {
   bool TooBig() const { return !(Lambda <= kLambdaMax); }
 };
 
+// The limits, checked after every iteration that set no other reason.
+void CheckLimits(const TDamping& damping, std::int64_t count, std::int32_t maxIter, TOptStopReason& reason) {
+  if (reason != OptResNotFound) return;
+  if (damping.TooBig()) reason = OptResBigLambda;
+  else if (detail::PastMaxIter(count, maxIter)) reason = OptResMaxIter;
+}
+
 }  // namespace
 
 std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::span<double> Pars, std::span<const double> Consts,
@@ -129,9 +136,7 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
     if (!accepted) damping.Reject();
     ++count;
     log.Line(count, f, damping.Lambda);
-    if (StopReason != OptResNotFound) break;
-    if (damping.TooBig()) StopReason = OptResBigLambda;
-    else if (detail::PastMaxIter(count, MaxIter)) StopReason = OptResMaxIter;
+    CheckLimits(damping, count, MaxIter, StopReason);
   }
   std::copy(x.begin(), x.end(), Pars.begin());
   FMin = f;
@@ -303,9 +308,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       damping.Rewind();
       linearise();
     }
-    if (StopReason != OptResNotFound) break;
-    if (damping.TooBig()) StopReason = OptResBigLambda;
-    else if (detail::PastMaxIter(count, MaxIter)) StopReason = OptResMaxIter;
+    CheckLimits(damping, count, MaxIter, StopReason);
   }
   std::copy(x.begin(), x.end(), Pars.begin());
   FMin = f;
