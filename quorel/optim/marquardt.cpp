@@ -27,9 +27,11 @@ struct TDamping {
     Nu = 2;
     LastAccepted = Lambda;
   }
-  // Back to the damping of the latest accepted step, forgetting the rejections since.
+  // For the polish: nearly undamped, forgetting the rejections of the stalled model. A fit that
+  // stalled on the forward-difference model needs steps along its weak directions, which any
+  // sizeable lambda damps out; if the Gauss-Newton step fails, lambda grows again as usual.
   void Rewind() {
-    Lambda = LastAccepted;
+    Lambda = std::min(LastAccepted, 1e-10);
     Nu = 2;
   }
   void Reject() {
@@ -290,7 +292,10 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       std::copy(xt.begin(), xt.end(), x.begin());
       std::copy(rt.begin(), rt.begin() + static_cast<std::ptrdiff_t>(m), r.begin());
       f = ft;
-      if (Tol > 0 && fOld - f <= Tol * fOld && predicted <= Tol * fOld) StopReason = OptResConverged;
+      // Converged when the step gained little and even the undamped Gauss-Newton step could not
+      // gain more: its predicted reduction is |c|^2, free from the QR. (The damped prediction alone
+      // is small whenever lambda is large, which stops ill-conditioned fits early.)
+      if (Tol > 0 && fOld - f <= Tol * fOld && detail::Dot(c, c) <= Tol * fOld) StopReason = OptResConverged;
       else if (Tol > 0 && stepNorm <= Tol * xNorm) StopReason = OptResSmallStep;
       else linearise();
     } else if (Tol > 0 && stepNorm <= Tol * xNorm) {
@@ -300,9 +305,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
     ++count;
     log.Line(count, f, damping.Lambda);
     if (StopReason != OptResNotFound && StopReason != OptResSingular && !polish && f > 0) {
-      // Converged on the forward-difference model: polish with the extrapolated Jacobian, from the
-      // damping of the last good step: the rejections that stalled the forward model say nothing
-      // about the new one, and a large lambda would damp out exactly the weak directions to refine.
+      // Converged on the forward-difference model: polish with the extrapolated Jacobian.
       polish = true;
       StopReason = OptResNotFound;
       damping.Rewind();
