@@ -116,8 +116,9 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
 /// min |J p + r|^2 + lambda |D p|^2 (D the largest column norms of J seen so far) by Householder
 /// QR, so the condition number is never squared; lambda follows Nielsen's rule. Stops with
 /// OptResConverged (relative reduction of the sum of squares, both the one achieved and the one
-/// the undamped Gauss-Newton step predicts, <= Tol, or a zero sum), OptResSmallStep (|D p| <= Tol |D x|), OptResSmallGrad (every column of J at most
-/// Tol from orthogonal to the residuals), OptResBigLambda, OptResMaxIter. FMin is the sum of
+/// the undamped Gauss-Newton step predicts, <= Tol, or a zero sum), OptResSmallStep
+/// (|D p| <= Tol |D x|), OptResSmallGrad (every column of J at most Tol from orthogonal to the
+/// residuals), OptResBigLambda, OptResMaxIter. FMin is the sum of
 /// squares. Returns the iteration count; Evaluations (optional) receives the number of calls of Fun.
 std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::span<double> Pars, std::span<const double> Consts,
                           std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,
