@@ -76,8 +76,9 @@ class TDescent final : public detail::TLineFunction {
   void Gradient(std::span<double> at, double fAt, std::span<double> out) {
     if (!grad_) return detail::ForwardGradient(objective_, at, fAt, out);
     grad_(objective_.Fun(), at, objective_.Consts(), objective_.ObjConst(), *userGrad_);
+    detail::CheckGradient(*userGrad_, n_, "Grad.Length <> Length(Pars)");
     const std::span<const double> v = userGrad_->Values();
-    for (std::size_t i = 0; i < n_; ++i) out[i] = i < v.size() ? v[i] : std::numeric_limits<double>::quiet_NaN();
+    std::copy(v.begin(), v.end(), out.begin());
   }
 
   detail::TObjective objective_;

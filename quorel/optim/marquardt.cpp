@@ -79,16 +79,21 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
       NumericGradRichardson(Fun, x, Consts, ObjConst, *gStore);
       return;
     }
-    Grad(Fun, x, Consts, ObjConst, *gStore);
+    const auto gradient = [&](TVec& out) {
+      Grad(Fun, x, Consts, ObjConst, out);
+      detail::CheckGradient(out, n, "Marquardt: Grad.Length <> Length(Pars)");
+      return std::span<const double>(out.Values());
+    };
+    gradient(*gStore);
     const std::span<double> h = hStore->Values();
     for (std::size_t j = 0; j < n; ++j) {
       const double xj = x[j], step = std::cbrt(std::numeric_limits<double>::epsilon()) * detail::DiffScale(xj);
       x[j] = xj + step;
-      Grad(Fun, x, Consts, ObjConst, *gPlus);
+      const std::span<const double> plus = gradient(*gPlus);
       x[j] = xj - step;
-      Grad(Fun, x, Consts, ObjConst, *gMinus);
+      const std::span<const double> minus = gradient(*gMinus);
       x[j] = xj;
-      for (std::size_t i = 0; i < n; ++i) h[i * n + j] = ((*gPlus)[static_cast<std::int32_t>(i)] - (*gMinus)[static_cast<std::int32_t>(i)]) / (2 * step);
+      for (std::size_t i = 0; i < n; ++i) h[i * n + j] = (plus[i] - minus[i]) / (2 * step);
     }
     for (std::size_t i = 0; i < n; ++i)
       for (std::size_t j = 0; j < i; ++j) h[i * n + j] = h[j * n + i] = (h[i * n + j] + h[j * n + i]) / 2;

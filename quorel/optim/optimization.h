@@ -54,7 +54,8 @@ enum TNumericGradMethod : std::uint8_t { numRichardson, numDifference };
 using TRealFunction =
     std::function<double(std::span<const double> Pars, std::span<const double> Consts, std::span<TQuorel* const> ObjConst)>;
 
-/// A gradient procedure: fills Grad (sized to Pars, real) with the gradient of Fun at Pars.
+/// A gradient procedure: fills Grad (sized to Pars, real) with the gradient of Fun at Pars. A Grad
+/// left with another length, or complex, makes the minimiser raise EQuorelInvalidArgument.
 using TGradProc = std::function<void(const TRealFunction& Fun, std::span<const double> Pars, std::span<const double> Consts,
                                      std::span<TQuorel* const> ObjConst, TVec& Grad)>;
 

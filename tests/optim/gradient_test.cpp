@@ -163,6 +163,9 @@ TEST(GradientMethods, StopReasonsAndBadInput) {
     };
     EXPECT_THROW(RunMethod(m, throwing, nullptr, p, fmin, reason, 100, 1e-8, 1e-8), std::runtime_error);
     EXPECT_EQ(p, (std::vector<double>{3, 4}));
+    const TGradProc shortGrad = [](const TRealFunction&, std::span<const double>, std::span<const double>,
+                                   std::span<TQuorel* const>, TVec& g) { g.Size(1, false); };
+    EXPECT_THROW(RunMethod(m, Rosenbrock, shortGrad, p, fmin, reason, 100, 1e-8, 1e-8), EQuorelInvalidArgument);
   }
   EXPECT_EQ(Controller->VecCacheUsed(), vecs);
   EXPECT_EQ(Controller->MtxCacheUsed(), mtxs);

@@ -55,6 +55,12 @@ inline std::int32_t IterResult(std::int64_t count) {
   return static_cast<std::int32_t>(std::min<std::int64_t>(count, std::numeric_limits<std::int32_t>::max()));
 }
 
+/// A user gradient procedure must leave Grad real with one element per parameter.
+template <class Vec>
+inline void CheckGradient(const Vec& grad, std::size_t n, const char* msg) {
+  Require(!grad.Complex() && static_cast<std::size_t>(grad.Length()) == n, msg);
+}
+
 /// max_i |a_i - b_i|.
 inline double MaxAbsDiff(std::span<const double> a, std::span<const double> b) {
   double d = 0;
