@@ -1,0 +1,87 @@
+// Marquardt and NewMarquardt on the NIST StRD nonlinear regression problems, from both certified
+// start vectors: the certified parameters must be reached to at least 6 significant digits.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <vector>
+
+#include "classic_functions.h"
+#include "nist_problems.h"
+#include "quorel/objects/vec.h"
+#include "quorel/optim/optimization.h"
+
+using namespace quorel;
+using namespace optim_test;
+
+namespace {
+
+constexpr double kCertifiedDigits = 6;
+
+double WorstDigits(const std::vector<double>& got, const std::vector<double>& want) {
+  double d = 17;
+  for (std::size_t i = 0; i < want.size(); ++i) d = std::min(d, SignificantDigits(got[i], want[i]));
+  return d;
+}
+
+// The data travel as object constants, as a user would pass them.
+double SumOfSquares(std::span<const double> b, std::span<const double>, std::span<TQuorel* const> obj,
+                    double (*model)(const double*, double)) {
+  const auto& x = static_cast<const TVec&>(*obj[0]);
+  const auto& y = static_cast<const TVec&>(*obj[1]);
+  double s = 0;
+  for (std::int32_t i = 0; i < x.Length(); ++i) {
+    const double r = y[i] - model(b.data(), x[i]);
+    s += r * r;
+  }
+  return s;
+}
+
+}  // namespace
+
+TEST(NistNonlinear, BothMarquardtsReachCertifiedValues) {
+  std::printf("%-9s %-6s %-13s %5s %6s %s\n", "dataset", "start", "method", "iters", "evals", "digits (worst parameter)");
+  for (const std::string& name : NistNames()) {
+    const TNistProblem prob = ReadNist(QUOREL_TEST_DATA_DIR "/nist", name);
+    ASSERT_EQ(prob.X.size(), prob.Y.size());
+    ASSERT_GT(prob.X.size(), prob.Certified.size());
+    TVec xs, ys;
+    xs.Size(static_cast<std::int32_t>(prob.X.size()), false);
+    ys.Size(static_cast<std::int32_t>(prob.Y.size()), false);
+    std::copy(prob.X.begin(), prob.X.end(), xs.Values().begin());
+    std::copy(prob.Y.begin(), prob.Y.end(), ys.Values().begin());
+    TQuorel* const data[] = {&xs, &ys};
+    const auto residuals = [&](std::span<const double> b, std::span<const double>, std::span<TQuorel* const>,
+                               std::span<double> r) {
+      for (std::size_t i = 0; i < prob.X.size(); ++i) r[i] = prob.Y[i] - prob.Model(b.data(), prob.X[i]);
+    };
+    long calls = 0;
+    const TRealFunction ssr = Counted(
+        [&](std::span<const double> b, std::span<const double> c, std::span<TQuorel* const> o) {
+          return SumOfSquares(b, c, o, prob.Model);
+        },
+        calls);
+    for (int start = 1; start <= 2; ++start) {
+      const std::vector<double>& from = start == 1 ? prob.Start1 : prob.Start2;
+
+      std::vector<double> b = from;
+      double fmin;
+      TOptStopReason reason;
+      std::int32_t evals = 0;
+      std::int32_t iters = NewMarquardt(residuals, static_cast<std::int32_t>(prob.X.size()), b, {}, {}, fmin, reason, 1000,
+                                        1e-12, nullptr, &evals);
+      double digits = WorstDigits(b, prob.Certified);
+      std::printf("%-9s %-6d %-13s %5d %6d %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, "NewMarquardt",
+                  iters, evals, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
+      EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " NewMarquardt";
+
+      b = from;
+      calls = 0;
+      iters = Marquardt(ssr, nullptr, b, {}, data, fmin, reason, 1000, 1e-12, 0, nullptr);
+      digits = WorstDigits(b, prob.Certified);
+      std::printf("%-9s %-6d %-13s %5d %6ld %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, "Marquardt", iters,
+                  calls, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
+      EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " Marquardt";
+    }
+  }
+}

@@ -1,0 +1,195 @@
+// Simplex and MinBrent: the simplex's fixed rules, its log and stop reasons, and both methods on
+// problems with known minima.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+#include <vector>
+
+#include "classic_functions.h"
+#include "quorel/objects/controller.h"
+#include "quorel/optim/optimization.h"
+
+using namespace quorel;
+using namespace optim_test;
+
+namespace {
+
+// Records every point at which it is called.
+struct TRecorder {
+  std::vector<std::vector<double>> Points;
+  TRealFunction Wrap(TRealFunction f) {
+    return [this, f = std::move(f)](std::span<const double> x, std::span<const double> c, std::span<TQuorel* const> o) {
+      Points.emplace_back(x.begin(), x.end());
+      return f(x, c, o);
+    };
+  }
+};
+
+double SumSquares(std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+  double s = 0;
+  for (double v : x) s += v * v;
+  return s;
+}
+
+}  // namespace
+
+TEST(Simplex, StartVerticesLogAndExpansionRule) {
+  TRecorder rec;
+  std::vector<double> pars{0, 2, -4};
+  double fmin = 0;
+  TOptStopReason reason;
+  TStringList log;
+  const auto shifted = [](std::span<const double> x, std::span<const double> c, std::span<TQuorel* const> o) {
+    return SumSquares(x, c, o) + 0.3;
+  };
+  const std::int32_t iters = Simplex(rec.Wrap(shifted), pars, {}, {}, fmin, reason, 2, 1e-4, &log);
+  ASSERT_GE(rec.Points.size(), 4u);
+  EXPECT_EQ(rec.Points[0], (std::vector<double>{0, 2, -4}));
+  EXPECT_EQ(rec.Points[1], (std::vector<double>{0.0025, 2, -4}));  // a zero coordinate starts at 0.0025
+  EXPECT_EQ(rec.Points[2], (std::vector<double>{0, 2 * 1.05, -4}));
+  EXPECT_EQ(rec.Points[3], (std::vector<double>{0, 2, -4 * 1.05}));
+  // MaxIter 2: iterations 0, 1, 2 run, the count 3 exceeds the limit.
+  EXPECT_EQ(iters, 3);
+  EXPECT_EQ(reason, OptResMaxIter);
+  ASSERT_EQ(log.size(), 5u);
+  EXPECT_EQ(log[0], "Simplex");
+  EXPECT_EQ(log[1], "Iteration Fun");
+  // Best start value 20.3, one significant digit, four decimals (Tol 1e-4).
+  EXPECT_EQ(log[2], "0000      20.0000");
+  EXPECT_EQ(log[3].substr(0, 10), "0001      ");
+
+  // One dimension, f = (x - 1.11)^2 from x = 1: vertices 1 and 1.05, reflection 1.1 (f 1e-4),
+  // expansion 1.15 (f 16e-4). The expansion is worse than the reflection but better than the best
+  // vertex (36e-4), so it replaces the worst; the next reflection is then 2 * 1.15 - 1.05.
+  TRecorder rec1;
+  std::vector<double> x{1};
+  Simplex(rec1.Wrap([](std::span<const double> p, std::span<const double>, std::span<TQuorel* const>) {
+            return (p[0] - 1.11) * (p[0] - 1.11);
+          }),
+          x, {}, {}, fmin, reason, 1, 1e-12, nullptr);
+  ASSERT_GE(rec1.Points.size(), 5u);
+  EXPECT_DOUBLE_EQ(rec1.Points[2][0], 1.1);
+  EXPECT_DOUBLE_EQ(rec1.Points[3][0], 1.15);
+  EXPECT_DOUBLE_EQ(rec1.Points[4][0], 1.25);
+
+  // A shrink keeps the stored values: vertices 1 (f 0) and 1.05 (f 1); reflection 0.95 and
+  // contraction 1.025 are both worse than the worst, so the simplex shrinks to {1, 1.025}; the
+  // next call is already the new reflection 0.975, with no re-evaluation of the moved vertex.
+  TRecorder rec2;
+  x = {1};
+  Simplex(rec2.Wrap([](std::span<const double> p, std::span<const double>, std::span<TQuorel* const>) {
+            return p[0] == 1 ? 0.0 : 1 + 40 * std::abs(p[0] - 1.05);
+          }),
+          x, {}, {}, fmin, reason, 1, 1e-12, nullptr);
+  ASSERT_GE(rec2.Points.size(), 5u);
+  EXPECT_DOUBLE_EQ(rec2.Points[3][0], 1.025);
+  EXPECT_DOUBLE_EQ(rec2.Points[4][0], 0.975);
+}
+
+TEST(Simplex, StopRulesAndEdgeCases) {
+  double fmin = 0;
+  TOptStopReason reason;
+  // MaxIter 0 still performs one iteration, and the limit wins over convergence on that step.
+  std::vector<double> p{1, 1};
+  EXPECT_EQ(Simplex(SumSquares, p, {}, {}, fmin, reason, 0, 1e3, nullptr), 1);
+  EXPECT_EQ(reason, OptResMaxIter);
+
+  // Equal values everywhere: best and worst are both vertex 0, so the first step converges.
+  long calls = 0;
+  p = {1, 1};
+  const auto flat = Counted([](std::span<const double>, std::span<const double>, std::span<TQuorel* const>) { return 7.0; }, calls);
+  EXPECT_EQ(Simplex(flat, p, {}, {}, fmin, reason, 100, 1e-6, nullptr), 1);
+  EXPECT_EQ(reason, OptResConverged);
+  EXPECT_EQ(fmin, 7.0);
+
+  // A tolerance <= 0 never converges: the run ends at MaxIter.
+  p = {1, 1};
+  EXPECT_EQ(Simplex(SumSquares, p, {}, {}, fmin, reason, 50, 0.0, nullptr), 51);
+  EXPECT_EQ(reason, OptResMaxIter);
+  EXPECT_LT(fmin, 1e-3);
+
+  // Nothing to vary: one evaluation, zero step.
+  std::vector<double> none;
+  calls = 0;
+  EXPECT_EQ(Simplex(flat, none, {}, {}, fmin, reason, 10, 1e-6, nullptr), 0);
+  EXPECT_EQ(reason, OptResZeroStep);
+  EXPECT_EQ(calls, 1);
+
+  // NaN outside the domain counts as worse than any value.
+  p = {2, 2};
+  Simplex([](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+            return x[0] < 0.5 ? NAN : (x[0] - 1) * (x[0] - 1) + x[1] * x[1];
+          },
+          p, {}, {}, fmin, reason, 2000, 1e-9, nullptr);
+  EXPECT_EQ(reason, OptResConverged);
+  EXPECT_NEAR(p[0], 1, 1e-6);
+  EXPECT_NEAR(p[1], 0, 1e-6);
+}
+
+TEST(Simplex, PassesExceptionsThrough) {
+  // The objective's exception reaches the caller; Pars is untouched and no work object is kept.
+  const std::int32_t vecs = Controller->VecCacheUsed(), mtxs = Controller->MtxCacheUsed();
+  long calls = 0;
+  std::vector<double> p{3, 4};
+  double fmin = -1;
+  TOptStopReason reason;
+  const auto throwing = [&](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) -> double {
+    if (++calls == 6) throw std::runtime_error("objective failed");
+    return x[0] * x[0] + x[1];
+  };
+  EXPECT_THROW(Simplex(throwing, p, {}, {}, fmin, reason, 100, 1e-6, nullptr), std::runtime_error);
+  EXPECT_EQ(p, (std::vector<double>{3, 4}));
+  EXPECT_EQ(Controller->VecCacheUsed(), vecs);
+  EXPECT_EQ(Controller->MtxCacheUsed(), mtxs);
+}
+
+TEST(Simplex, ClassicProblems) {
+  for (const TClassic& c : ClassicProblems()) {
+    long calls = 0;
+    std::vector<double> p = c.Start;
+    double fmin;
+    TOptStopReason reason;
+    const std::int32_t iters = Simplex(Counted(c.Fun, calls), p, {}, {}, fmin, reason, 50000, 1e-10, nullptr);
+    std::printf("Simplex %-18s %6d iterations %7ld evaluations f = %.6g\n", c.Name, iters, calls, fmin);
+    EXPECT_EQ(reason, OptResConverged) << c.Name;
+    if (c.Minimiser.empty()) EXPECT_TRUE(FreudensteinRothMinimum(fmin)) << fmin;
+    else EXPECT_LT(fmin, 1e-10) << c.Name;
+  }
+}
+
+TEST(MinBrent, FindsMinimaAndReportsStops) {
+  long calls = 0;
+  std::vector<double> p{0, 5};  // only p[0] varies
+  double fmin;
+  TOptStopReason reason;
+  TStringList log;
+  const auto f = Counted([](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+    return std::cos(x[0]) + x[1];
+  }, calls);
+  const std::int32_t iters = MinBrent(f, 4, 2, p, {}, {}, fmin, reason, 100, 1e-10, &log);
+  std::printf("MinBrent cos on [2, 4]: %d iterations, %ld evaluations\n", iters, calls);
+  EXPECT_EQ(reason, OptResConverged);
+  EXPECT_NEAR(p[0], std::numbers::pi, 1e-7);
+  EXPECT_EQ(p[1], 5);
+  EXPECT_NEAR(fmin, 4, 1e-14);
+  EXPECT_EQ(log[0], "MinBrent");
+  EXPECT_EQ(log[1], "Iteration Fun");
+  EXPECT_EQ(log.size(), static_cast<std::size_t>(iters) + 3);
+
+  // A minimum at the end of the interval, a kink, and an iteration limit.
+  p = {0};
+  MinBrent([](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) { return x[0]; }, -1, 3, p,
+           {}, {}, fmin, reason, 200, 1e-9, nullptr);
+  EXPECT_EQ(reason, OptResConverged);
+  EXPECT_NEAR(p[0], -1, 1e-8);
+  p = {0};
+  MinBrent([](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) { return std::abs(x[0] - 0.3); },
+           -1, 3, p, {}, {}, fmin, reason, 200, 1e-9, nullptr);
+  EXPECT_NEAR(p[0], 0.3, 1e-8);
+  p = {0};
+  EXPECT_EQ(MinBrent(f, 2, 4, p, {}, {}, fmin, reason, 3, 1e-12, nullptr), 4);
+  EXPECT_EQ(reason, OptResMaxIter);
+}
