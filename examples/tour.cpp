@@ -171,8 +171,10 @@ int main() {
   ElementWise();
   Matrices();
   Persistence();
+  TourSignal();
   TourRandom();
   TourSpecial();
+  TourOptim();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;
 }

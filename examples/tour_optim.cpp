@@ -8,6 +8,7 @@
 
 #include "quorel/objects/vec.h"
 #include "quorel/optim/optimization.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

@@ -1,5 +1,7 @@
 #pragma once
 // One section of the tour per subsystem; each lives in its own tour_<subsystem>.cpp.
 
+void TourSignal();
 void TourRandom();
 void TourSpecial();
+void TourOptim();

@@ -5,6 +5,7 @@
 
 #include "quorel/quorel.h"
 #include "quorel/signal/signal.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

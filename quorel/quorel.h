@@ -17,5 +17,7 @@
 #include "quorel/io/matrix_market.h"
 #include "quorel/elementwise/statistics.h"
 // Subsystems.
+#include "quorel/signal/signal.h"
+#include "quorel/optim/optimization.h"
 #include "quorel/stats/random_streams.h"
 #include "quorel/special/special_funcs.h"
