@@ -144,7 +144,20 @@ def zeta_rows():
     return rows
 
 
+def cgamma_rows():
+    rows = []
+    for a in [0.5, 2.0, 6.5]:
+        for re, im in [(0.3, 0.4), (1.0, -2.0), (5.0, 1.0), (12.0, 3.0), (-0.5, 1.5)]:
+            z = mp.mpc(re, im)
+            p = mp.gammainc(a, 0, z, regularized=True)
+            q = 1 - p
+            rows.append(("IGamma", a, re, im, p.real, p.imag))
+            rows.append(("JGamma", a, re, im, q.real, q.imag))
+    return rows
+
+
 if __name__ == "__main__":
+    write("cgamma", cgamma_rows())
     write("gamma", gamma_rows())
     write("beta", beta_rows())
     write("normal", normal_rows())

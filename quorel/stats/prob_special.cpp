@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include "quorel/core/complex_arith.h"
@@ -19,7 +20,8 @@ namespace quorel {
 
 namespace {
 
-constexpr double kMaxDouble = 1.797693134862315e+308;
+// The largest double (printed 1.797693134862315e+308 to 16 digits).
+constexpr double kMaxDouble = std::numeric_limits<double>::max();
 
 // Lentz keeps denominators away from zero by this floor.
 inline double Floor0(double v) { return std::fabs(v) < MINNUM ? MINNUM : v; }
