@@ -63,6 +63,17 @@ inline void GaussKernel(const double* x, double s, double k, double* r, std::int
   kern::Exp(r, r, n);
 }
 
+// r = ln(1 - p) for a block, without the loss of digits for small p: ln(u) (-p) / (u - 1) with
+// u = 1 - p corrects the rounding of u (exact where u = 1).
+inline void LnOneMinus(const double* p, double* r, std::int32_t n) {
+  for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
+  kern::Ln(r, r, n);
+  for (std::int32_t i = 0; i < n; ++i) {
+    const double u = 1.0 - p[i];
+    r[i] = u == 1.0 ? -p[i] : (u == 0.0 ? r[i] : r[i] * -p[i] / (u - 1.0));
+  }
+}
+
 }  // namespace
 
 // --- element loops -----------------------------------------------------------------------------
@@ -210,8 +221,7 @@ void ExpCDF(const TDenseQuorel& X, double mu, TDenseQuorel& Res) {
 
 void ExpCDFInv(const TDenseQuorel& P, double mu, TDenseQuorel& Res) {
   EachBlock(P, Res, kP, [&](const double* p, double* r, double*, std::int32_t n) {
-    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
-    kern::Ln(r, r, n);
+    LnOneMinus(p, r, n);
     for (std::int32_t i = 0; i < n; ++i) r[i] = p[i] == 0.0 ? 0.0 : -mu * r[i];
   });
 }
@@ -376,8 +386,7 @@ void RayleighCDF(const TDenseQuorel& X, double b, TDenseQuorel& Res) {
 
 void RayleighCDFInv(const TDenseQuorel& P, double b, TDenseQuorel& Res) {
   EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
-    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
-    kern::Ln(r, r, n);
+    LnOneMinus(p, r, n);
     for (std::int32_t i = 0; i < n; ++i) r[i] = b * std::sqrt(-2.0 * r[i]);
   });
 }
@@ -425,8 +434,7 @@ void WeibullCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
 
 void WeibullCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
   EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
-    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
-    kern::Ln(r, r, n);
+    LnOneMinus(p, r, n);
     for (std::int32_t i = 0; i < n; ++i) r[i] = -r[i] / a;
     kern::Powx(r, 1.0 / b, r, n);
     for (std::int32_t i = 0; i < n; ++i) r[i] = p[i] == 1.0 ? INF : r[i];
