@@ -12,9 +12,12 @@
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/stats/probabilities.h"
+#include "test_util.h"
 
 namespace quorel {
 namespace {
+
+using test::MessageOf;
 
 constexpr double kMax = std::numeric_limits<double>::max();
 
@@ -34,15 +37,6 @@ struct Case {
 
 void CheckCases(const std::vector<Case>& cases) {
   for (const Case& c : cases) EXPECT_TRUE(Same(c.got, c.want, c.tol)) << c.what << ": got " << c.got << ", want " << c.want;
-}
-
-std::string MessageOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const EQuorelException& e) {
-    return e.what();
-  }
-  return "<no exception>";
 }
 
 TEST(Distributions, SpecialValuesAndQuirks) {

@@ -13,9 +13,12 @@
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/stats/probabilities.h"
+#include "test_util.h"
 
 namespace quorel {
 namespace {
+
+using test::MessageOf;
 
 using VecFn = std::function<void(const TDenseQuorel&, TDenseQuorel&)>;
 using ScalarFn = std::function<double(double)>;
@@ -44,15 +47,6 @@ bool Close(double got, double want, double tol) {
   if (tol == 0) return got == want;
   // relative, or absolute where the value is small (ln(-ln p) near p = 1/e cancels in both forms)
   return std::fabs(got - want) <= tol * std::fmax(std::fabs(want), 1e-2);
-}
-
-std::string MessageOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const EQuorelException& e) {
-    return e.what();
-  }
-  return "<no exception>";
 }
 
 const char* kX = " X.Complex = true ";
