@@ -8,6 +8,7 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/gamma.h"
 #include "quorel/stats/probabilities.h"
+#include "quorel/stats/detail/prob_core.h"
 
 namespace quorel {
 
@@ -48,19 +49,22 @@ inline double HalfErfPlusOne(double z) {
 
 // --- Beta --------------------------------------------------------------------------------------
 
-double BetaPDF(double x, double a, double b) {
+double detail::BetaPDFLb(double x, double a, double b, double lnB) {
   if (!ParamsValid(a > 0.0, b > 0.0, InUnit(x))) return NaNResult();
   if (x == 0.0 && a < 1.0) return INF;
   if (x == 1.0 && b < 1.0) return INF;
-  return std::exp(LnGamma(a + b) - LnGamma(a) - LnGamma(b) + CLogX(a - 1.0, x) + CLogX(b - 1.0, 1.0 - x));
+  return std::exp(lnB + CLogX(a - 1.0, x) + CLogX(b - 1.0, 1.0 - x));
 }
 
-double BetaCDF(double x, double a, double b) {
+double detail::BetaCDFLb(double x, double a, double b, double lnB) {
   if (!ParamsValid(a > 0.0, b > 0.0, !std::isnan(x))) return NaNResult();
   if (x >= 1.0) return 1.0;
   if (x <= 0.0) return 0.0;
-  return std::fmin(1.0, BetaIncomplete(x, a, b));
+  return std::fmin(1.0, detail::BetaIncompleteLb(x, a, b, lnB));
 }
+
+double BetaPDF(double x, double a, double b) { return detail::BetaPDFLb(x, a, b, detail::LnInvBeta(a, b)); }
+double BetaCDF(double x, double a, double b) { return detail::BetaCDFLb(x, a, b, detail::LnInvBeta(a, b)); }
 
 double BetaCDFInv(double p, double a, double b) {
   if (!ParamsValid(a > 0.0, b > 0.0, InUnit(p))) return NaNResult();
@@ -69,8 +73,10 @@ double BetaCDFInv(double p, double a, double b) {
   double x = a / (a + b);
   if (x == 0.0) x = root;
   if (x == 1.0) x = 1.0 - root;
+  const double lnB = detail::LnInvBeta(a, b);
   return NewtonInverse(
-      p, x, root, root, [&](double t) { return BetaCDF(t, a, b); }, [&](double t) { return BetaPDF(t, a, b); },
+      p, x, root, root, [&](double t) { return detail::BetaCDFLb(t, a, b, lnB); },
+      [&](double t) { return detail::BetaPDFLb(t, a, b, lnB); },
       [](double xOld, double& xNew, double&) {
         if (xNew < 0.0) xNew = 0.1 * xOld;
         else if (xNew > 1.0) xNew = 1.0 - 0.1 * (1.0 - xOld);
@@ -79,19 +85,22 @@ double BetaCDFInv(double p, double a, double b) {
 
 // --- Gamma and its relatives -------------------------------------------------------------------
 
-double GammaPDF(double x, double a, double b) {
+double detail::GammaPDFLg(double x, double a, double b, double lga) {
   if (x == 0.0 && a < 1.0) return INF;
   if (!ParamsValid(a > 0.0, b > 0.0, !std::isnan(x))) return NaNResult();
   if (x < 0.0) return 0.0;
   if (x == 0.0) return a == 1.0 ? 1.0 / b : 0.0;
-  return std::exp((a - 1.0) * std::log(x) - x / b - LnGamma(a) - a * std::log(b));
+  return std::exp((a - 1.0) * std::log(x) - x / b - lga - a * std::log(b));
 }
 
-double GammaCDF(double x, double a, double b) {
+double detail::GammaCDFLg(double x, double a, double b, double lga) {
   if (!ParamsValid(a > 0.0, b > 0.0, !std::isnan(x))) return NaNResult();
   if (x <= 0.0) return 0.0;
-  return std::fmin(1.0, IGamma(a, x / b));
+  return std::fmin(1.0, detail::IGammaLg(a, x / b, lga));
 }
+
+double GammaPDF(double x, double a, double b) { return detail::GammaPDFLg(x, a, b, LnGamma(a)); }
+double GammaCDF(double x, double a, double b) { return detail::GammaCDFLg(x, a, b, LnGamma(a)); }
 
 double GammaCDFInv(double p, double a, double b) {
   if (!ParamsValid(a > 0.0, b > 0.0, InUnit(p))) return NaNResult();
@@ -103,9 +112,10 @@ double GammaCDFInv(double p, double a, double b) {
   const double mu = 2.0 * std::log(m) - 0.5 * std::log(m * m + v);
   const double s = std::log(m * m + v) - 2.0 * std::log(m);
   const double x = std::exp(NormalCDFInv(p, mu, s));
+  const double lga = LnGamma(a);
   return NewtonInverse(
-      p, x, 5.6843418860808e-14, 1.4901161194e-8, [&](double t) { return GammaCDF(t, a, b); },
-      [&](double t) { return GammaPDF(t, a, b); },
+      p, x, 5.6843418860808e-14, 1.4901161194e-8, [&](double t) { return detail::GammaCDFLg(t, a, b, lga); },
+      [&](double t) { return detail::GammaPDFLg(t, a, b, lga); },
       [](double xOld, double& xNew, double& dx) {
         if (xNew < 0.0) {
           xNew = 0.1 * xOld;
@@ -215,14 +225,16 @@ double StudentPDF(double x, std::int32_t nu) {
                   ((n + 1.0) / 2.0) * std::log1p(x * x / n));
 }
 
-double StudentCDF(double x, std::int32_t nu) {
+double detail::StudentCDFLb(double x, std::int32_t nu, double lnB) {
   if (!ParamsValid(nu >= 1, !std::isnan(x))) return NaNResult();
   if (nu == 1) return 0.5 + std::atan(x) / PI;
   if (x == 0.0) return 0.5;
   const double n = nu;
-  const double i = BetaIncomplete(n / (n + x * x), n / 2.0, 0.5);
+  const double i = detail::BetaIncompleteLb(n / (n + x * x), n / 2.0, 0.5, lnB);
   return x < 0.0 ? 0.5 * i : 1.0 - 0.5 * i;
 }
+
+double StudentCDF(double x, std::int32_t nu) { return detail::StudentCDFLb(x, nu, detail::LnInvBeta(nu / 2.0, 0.5)); }
 
 double StudentCDFInv(double p, std::int32_t nu) {
   if (!ParamsValid(nu >= 1, InUnit(p))) return NaNResult();

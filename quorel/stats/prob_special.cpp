@@ -15,6 +15,7 @@
 #include "quorel/core/gamma.h"
 #include "quorel/core/scalar_complex.h"
 #include "quorel/stats/probabilities.h"
+#include "quorel/stats/detail/prob_core.h"
 
 namespace quorel {
 
@@ -28,10 +29,8 @@ inline double Floor0(double v) { return std::fabs(v) < MINNUM ? MINNUM : v; }
 inline TCplx Floor0(const TCplx& v) { return CAbs(v) < MINNUM ? TCplx{MINNUM, 0.0} : v; }
 
 // exp(a ln x - x - LnGamma(a)): the common prefactor of both gamma forms.
-inline double GammaPrefactor(double a, double x) { return std::exp(a * std::log(x) - x - LnGamma(a)); }
-inline TCplx GammaPrefactor(double a, const TCplx& x) {
-  return Exp(CSub(CSub(CMul(a, Ln(x)), x), LnGamma(a)));
-}
+inline double GammaPrefactor(double a, double x, double lga) { return std::exp(a * std::log(x) - x - lga); }
+inline TCplx GammaPrefactor(double a, const TCplx& x, double lga) { return Exp(CSub(CSub(CMul(a, Ln(x)), x), lga)); }
 
 // Gamma of a complex argument with Re z >= 0.5 (Lanczos, g = 7, nine terms); the zeta functional
 // equations only need it there, as they carry Re s < 0.5 over to 1 - s.
@@ -58,7 +57,7 @@ inline double Mag(const T& v) {
 
 // The series and fraction written once for double and TCplx.
 template <class T>
-T SeriesP(double a, const T& x) {
+T SeriesP(double a, const T& x, double lga) {
   T sum{};
   if constexpr (std::is_same_v<T, double>) sum = 1.0 / a;
   else sum = {1.0 / a, 0.0};
@@ -72,12 +71,12 @@ T SeriesP(double a, const T& x) {
     else sum = CAdd(sum, del);
     if (Mag(del) < Mag(sum) * MACHEP) break;
   }
-  if constexpr (std::is_same_v<T, double>) return sum * GammaPrefactor(a, x);
-  else return CMul(sum, GammaPrefactor(a, x));
+  if constexpr (std::is_same_v<T, double>) return sum * GammaPrefactor(a, x, lga);
+  else return CMul(sum, GammaPrefactor(a, x, lga));
 }
 
 template <class T>
-T FractionQ(double a, const T& x) {
+T FractionQ(double a, const T& x, double lga) {
   if constexpr (std::is_same_v<T, double>) {
     double b = x + 1.0 - a, c = 1.0 / MINNUM, d = 1.0 / b, h = d;
     for (int i = 1;; ++i) {
@@ -90,7 +89,7 @@ T FractionQ(double a, const T& x) {
       h *= del;
       if (std::fabs(del - 1.0) < MACHEP) break;
     }
-    return GammaPrefactor(a, x) * h;
+    return GammaPrefactor(a, x, lga) * h;
   } else {
     TCplx b = CAdd(x, 1.0 - a), c = {1.0 / MINNUM, 0.0}, d = CInv(b), h = d;
     for (int i = 1;; ++i) {
@@ -103,7 +102,7 @@ T FractionQ(double a, const T& x) {
       h = CMul(h, del);
       if (CAbs(CSub(del, 1.0)) < MACHEP) break;
     }
-    return CMul(GammaPrefactor(a, x), h);
+    return CMul(GammaPrefactor(a, x, lga), h);
   }
 }
 
@@ -184,64 +183,74 @@ TCplx BetaSeries(const TCplx& s) {
 
 double GammaSer(double a, double x) {
   if (!detail::NoNaN(a, x) || !std::isfinite(x)) return detail::NaNResult();
-  return SeriesP(a, x);
+  return SeriesP(a, x, LnGamma(a));
 }
 TCplx GammaSer(double a, const TCplx& x) {
   if (std::isnan(a) || !Finite(x)) return CNAN;
-  return SeriesP(a, x);
+  return SeriesP(a, x, LnGamma(a));
 }
 
 double GammaFrac(double a, double x) {
   if (!detail::NoNaN(a, x) || !std::isfinite(x)) return detail::NaNResult();
-  return FractionQ(a, x);
+  return FractionQ(a, x, LnGamma(a));
 }
 TCplx GammaFrac(double a, const TCplx& x) {
   if (std::isnan(a) || !Finite(x)) return CNAN;
-  return FractionQ(a, x);
+  return FractionQ(a, x, LnGamma(a));
 }
 
-double IGamma(double a, double x) {
+double detail::IGammaLg(double a, double x, double lga) {
   if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (a <= 0.0 || x <= 0.0) return 0.0;
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 1.0;
-  if (x >= a + 1.0) return 1.0 - FractionQ(a, x);
-  return SeriesP(a, x);
+  if (x >= a + 1.0) return 1.0 - FractionQ(a, x, lga);
+  return SeriesP(a, x, lga);
 }
 
-double JGamma(double a, double x) {
+double detail::JGammaLg(double a, double x, double lga) {
   if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (a <= 0.0 || x < 0.0) return 0.0;
   if (x == 0.0) return 1.0;
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 0.0;
-  if (x >= a + 1.0) return FractionQ(a, x);
-  return 1.0 - SeriesP(a, x);
+  if (x >= a + 1.0) return FractionQ(a, x, lga);
+  return 1.0 - SeriesP(a, x, lga);
 }
+
+// LnGamma(a) is only needed past the early exits; a <= 0 skips it.
+double IGamma(double a, double x) { return detail::IGammaLg(a, x, a > 0.0 && x > 0.0 ? LnGamma(a) : 0.0); }
+double JGamma(double a, double x) { return detail::JGammaLg(a, x, a > 0.0 && x > 0.0 ? LnGamma(a) : 0.0); }
 
 // The complex forms switch on |x| (the fraction also needs Re x > 0 to converge well); a real
 // x is treated as in the real functions.
 TCplx IGamma(double a, const TCplx& x) {
   if (std::isnan(a) || !Finite(x)) return CNAN;
   if (a <= 0.0 || (x.Im == 0.0 && x.Re <= 0.0)) return C_ZERO;
-  if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return CSub(1.0, FractionQ(a, x));
-  return SeriesP(a, x);
+  if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return CSub(1.0, FractionQ(a, x, LnGamma(a)));
+  return SeriesP(a, x, LnGamma(a));
 }
 
 TCplx JGamma(double a, const TCplx& x) {
   if (std::isnan(a) || !Finite(x)) return CNAN;
   if (a <= 0.0 || (x.Im == 0.0 && x.Re < 0.0)) return C_ZERO;
   if (x.Im == 0.0 && x.Re == 0.0) return C_ONE;
-  if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return FractionQ(a, x);
-  return CSub(1.0, SeriesP(a, x));
+  if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return FractionQ(a, x, LnGamma(a));
+  return CSub(1.0, SeriesP(a, x, LnGamma(a)));
 }
 
 // --- incomplete beta, beta, binomial -----------------------------------------------------------
 
+double detail::LnInvBeta(double a, double b) { return LnGamma(a + b) - LnGamma(a) - LnGamma(b); }
+
 double BetaIncomplete(double x, double a, double b) {
+  const bool inside = a > 0.0 && b > 0.0 && x > 0.0 && x < 1.0;
+  return detail::BetaIncompleteLb(x, a, b, inside ? detail::LnInvBeta(a, b) : 0.0);
+}
+
+double detail::BetaIncompleteLb(double x, double a, double b, double lnB) {
   if (!(a > 0.0 && b > 0.0 && x >= 0.0 && x <= 1.0)) return 0.0;
   if (x == 0.0 || x == 1.0) return x;
   if (std::isinf(a) || std::isinf(b)) return detail::NaNResult();
-  const double bt =
-      std::exp(LnGamma(a + b) - LnGamma(a) - LnGamma(b) + a * std::log(x) + b * std::log1p(-x));
+  const double bt = std::exp(lnB + a * std::log(x) + b * std::log1p(-x));
   if (x < (a + 1.0) / (a + b + 2.0)) return bt * BetaFraction(a, b, x) / a;
   return 1.0 - bt * BetaFraction(b, a, 1.0 - x) / b;
 }
@@ -267,14 +276,20 @@ double Binomial(std::int32_t n, std::int32_t k) {
 
 // --- error function ----------------------------------------------------------------------------
 
+// LnGamma(0.5), the same value IGamma(0.5, .) would compute on every call.
+static double LnGammaHalf() {
+  static const double v = LnGamma(0.5);
+  return v;
+}
+
 double Erf(double x) {
-  const double p = IGamma(0.5, x * x);
+  const double p = detail::IGammaLg(0.5, x * x, LnGammaHalf());
   return x < 0.0 ? -p : p;
 }
 
 double Erfc(double x) {
-  if (x >= 0.0) return JGamma(0.5, x * x);
-  return 1.0 + IGamma(0.5, x * x);
+  if (x >= 0.0) return detail::JGammaLg(0.5, x * x, LnGammaHalf());
+  return 1.0 + detail::IGammaLg(0.5, x * x, LnGammaHalf());
 }
 
 double ErfInv(double y) {

@@ -12,6 +12,8 @@
 #include "quorel/objects/dense.h"
 #include "quorel/platform/kernels/math.h"
 #include "quorel/stats/probabilities.h"
+#include "quorel/stats/detail/prob_core.h"
+#include "quorel/core/gamma.h"
 
 namespace quorel {
 
@@ -85,18 +87,12 @@ inline void LnOneMinus(const double* p, double* r, std::int32_t n) {
 #define QUOREL_P2(T1, A1, T2, A2) T1 A1, T2 A2
 #define QUOREL_P3(T1, A1, T2, A2, T3, A3) T1 A1, T2 A2, T3 A3
 
-QUOREL_ELEMENT_LOOP(BetaPDF, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
-QUOREL_ELEMENT_LOOP(BetaCDF, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
 QUOREL_ELEMENT_LOOP(BetaCDFInv, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
 QUOREL_ELEMENT_LOOP(BinomPDF, kX, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
 QUOREL_ELEMENT_LOOP(BinomCDF, kX, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
 QUOREL_ELEMENT_LOOP(BinomCDFInv, kY, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
-QUOREL_ELEMENT_LOOP(ChiSquarePDF, kX, std::int32_t nu, nu)
-QUOREL_ELEMENT_LOOP(ChiSquareCDF, kX, std::int32_t nu, nu)
 QUOREL_ELEMENT_LOOP(ChiSquareCDFInv, kP, std::int32_t nu, nu)
 QUOREL_ELEMENT_LOOP(FCDF, kX, QUOREL_P2(std::int32_t, nu1, std::int32_t, nu2), QUOREL_P2(, nu1, , nu2))
-QUOREL_ELEMENT_LOOP(GammaPDF, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
-QUOREL_ELEMENT_LOOP(GammaCDF, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
 QUOREL_ELEMENT_LOOP(GammaCDFInv, kP, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
 QUOREL_ELEMENT_LOOP(GeometricPDF, kX, double p, p)
 QUOREL_ELEMENT_LOOP(GeometricCDF, kX, double p, p)
@@ -120,7 +116,6 @@ QUOREL_ELEMENT_LOOP(NormalCDFInv, kP, QUOREL_P2(double, mu, double, sigma), QUOR
 QUOREL_ELEMENT_LOOP(PoissonCDF, kX, double lambda, lambda)
 QUOREL_ELEMENT_LOOP(PoissonCDFInv, kP, double lambda, lambda)
 QUOREL_ELEMENT_LOOP(StudentPDF, kX, std::int32_t nu, nu)
-QUOREL_ELEMENT_LOOP(StudentCDF, kX, std::int32_t nu, nu)
 QUOREL_ELEMENT_LOOP(StudentCDFInv, kP, std::int32_t nu, nu)
 QUOREL_ELEMENT_LOOP(TriangularPDF, kX, QUOREL_P3(double, a, double, b, double, c), QUOREL_P3(, a, , b, , c))
 QUOREL_ELEMENT_LOOP(TriangularCDF, kX, QUOREL_P3(double, a, double, b, double, c), QUOREL_P3(, a, , b, , c))
@@ -132,6 +127,36 @@ QUOREL_ELEMENT_LOOP(UniformDCDFInv, kP, std::int32_t n, n)
 #undef QUOREL_ELEMENT_LOOP
 #undef QUOREL_P2
 #undef QUOREL_P3
+
+// The families whose log-gamma terms depend only on the parameters take them once.
+void BetaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lnB = a > 0.0 && b > 0.0 ? detail::LnInvBeta(a, b) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::BetaPDFLb(v, a, b, lnB); });
+}
+void BetaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lnB = a > 0.0 && b > 0.0 ? detail::LnInvBeta(a, b) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::BetaCDFLb(v, a, b, lnB); });
+}
+void GammaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lga = LnGamma(a);
+  EachElement(X, Res, kX, [&](double v) { return detail::GammaPDFLg(v, a, b, lga); });
+}
+void GammaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lga = LnGamma(a);
+  EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+}
+void ChiSquarePDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });
+  GammaPDF(X, nu / 2.0, 2.0, Res);
+}
+void ChiSquareCDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });
+  GammaCDF(X, nu / 2.0, 2.0, Res);
+}
+void StudentCDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  const double lnB = nu >= 1 ? detail::LnInvBeta(nu / 2.0, 0.5) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::StudentCDFLb(v, nu, lnB); });
+}
 
 void PoissonPDF(const TDenseQuorel& X, double lambda, TDenseQuorel& Res) {
   EachElement(X, Res, kX, [&](double v) {
