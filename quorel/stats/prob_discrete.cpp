@@ -19,6 +19,24 @@ namespace {
 inline bool InUnit(double p) { return p >= 0.0 && p <= 1.0; }
 inline bool Whole(double x) { return std::trunc(x) == x; }
 
+// The smallest whole k >= 0 with cdf(k) >= y, for an increasing cdf: doubling, then bisection.
+template <class Cdf>
+double SmallestWhole(Cdf cdf, double y) {
+  if (cdf(0.0) >= y) return 0.0;
+  double lo = 0.0, hi = 1.0;
+  while (cdf(hi) < y) {
+    lo = hi;
+    hi *= 2.0;
+    if (std::isinf(hi)) return INF;
+  }
+  for (;;) {
+    const double mid = std::floor(0.5 * (lo + hi));
+    if (mid <= lo || mid >= hi) break;  // neighbours: one apart, or one ulp apart far out
+    (cdf(mid) < y ? lo : hi) = mid;
+  }
+  return hi;
+}
+
 }  // namespace
 
 // --- Binomial ----------------------------------------------------------------------------------
@@ -124,7 +142,15 @@ double NegBinomCDF(double x, std::int32_t r, double p) {
   if (!ParamsValid(InUnit(p), r >= 1, x >= 0.0)) return NaNResult();
   const double top = std::trunc(x);
   double sum = 0.0;
-  for (double i = 0.0; i <= top && sum < 1.0; i += 1.0) sum += NegBinomPDF(i, r, p);
+  if (p == 0.0) return 0.0;  // no mass at any finite x
+  // a sum of millions of terms: the same value in closed form, I_p(r, k + 1)
+  if (top > 1e6) return std::fmin(1.0, BetaIncomplete(p, r, top + 1.0));
+  const double mode = r * (1.0 - p) / p + 1.0;  // past it a zero term ends the sum
+  for (double i = 0.0; i <= top && sum < 1.0; i += 1.0) {
+    const double term = NegBinomPDF(i, r, p);
+    if (term == 0.0 && i > mode) break;
+    sum += term;
+  }
   return std::fmin(1.0, sum);
 }
 
@@ -133,6 +159,11 @@ double NegBinomCDFInv(double y, std::int32_t r, double p) {
   if (y == 1.0) return INF;
   // with p = 0 there is no mass at any finite k: the walk would never end
   if (p == 0.0) return y > 0.0 ? INF : 0.0;
+  if (r * (1.0 - p) / p > 1e6) {
+    // a walk of millions of steps: search k with the distribution in closed form,
+    // P(K <= k) = I_p(r, k + 1), the same smallest k the walk would reach
+    return SmallestWhole([&](double k) { return BetaIncomplete(p, r, k + 1.0); }, y);
+  }
   double k = 0.0, sum = NegBinomPDF(0.0, r, p);
   while (sum < y) {
     k += 1.0;
@@ -156,15 +187,23 @@ double PoissonCDF(double x, double lambda) {
   if (x < 0.0) return 0.0;
   if (x == 0.0) return std::exp(-lambda);
   if (Whole(x)) return std::fmin(1.0, JGamma(x + 1.0, lambda));
-  const double top = std::trunc(x);
-  double sum = 0.0;
-  if (top > 2147483647.0) return 1.0;
-  for (std::int32_t i = 0; i <= static_cast<std::int32_t>(top); ++i) sum += PoissonPDF(i, lambda);
+  // sum of PoissonPDF(i): the running product makes the same t_i as PoissonPDF does; once past
+  // the mode a zero term ends the sum, as every later term is zero too
+  const double top = std::trunc(x), e = std::exp(-lambda);
+  double sum = e, t = lambda;
+  for (double i = 1.0; i <= top && sum < 1.0; i += 1.0) {
+    if (i >= 2.0) t = t * lambda / i;
+    const double term = e * t;
+    if (term == 0.0 && i > lambda) break;
+    sum += term;
+  }
   return std::fmin(1.0, sum);
 }
 
 double PoissonCDFInv(double p, double lambda) {
   if (!ParamsValid(lambda > 0.0, p >= 0.0, p < 1.0)) return NaNResult();
+  // a walk of millions of steps: the distribution in closed form, P(K <= k) = Q(k + 1, lambda)
+  if (lambda > 1e6) return SmallestWhole([&](double k) { return JGamma(k + 1.0, lambda); }, p);
   // terms in logarithms so a large lambda (e^-lambda = 0) still sums; beyond lambda + 40 sqrt
   // (lambda) + 100 the remaining mass is below the rounding of the sum, so the walk stops there
   const double lnLambda = std::log(lambda);

@@ -199,10 +199,19 @@ TCplx GammaFrac(double a, const TCplx& x) {
   return FractionQ(a, x, LnGamma(a));
 }
 
+// Where a + 1 = a the series cannot advance and neither form would end; there the
+// Wilson-Hilferty cube-root normal form is exact to far below the rounding of x / a.
+static double HugeShapeP(double a, double x) {
+  // cbrt(x / a) - 1 through expm1 and log1p: x close to a would cancel otherwise
+  const double z = 3.0 * std::sqrt(a) * (std::expm1(std::log1p((x - a) / a) / 3.0) + 1.0 / (9.0 * a));
+  return 0.5 * Erfc(-z * SQRT2DIV2);
+}
+
 double detail::IGammaLg(double a, double x, double lga) {
   if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (a <= 0.0 || x <= 0.0) return 0.0;
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 1.0;
+  if (a + 1.0 == a) return HugeShapeP(a, x);
   if (x >= a + 1.0) return 1.0 - FractionQ(a, x, lga);
   return SeriesP(a, x, lga);
 }
@@ -212,6 +221,7 @@ double detail::JGammaLg(double a, double x, double lga) {
   if (a <= 0.0 || x < 0.0) return 0.0;
   if (x == 0.0) return 1.0;
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 0.0;
+  if (a + 1.0 == a) return 1.0 - HugeShapeP(a, x);
   if (x >= a + 1.0) return FractionQ(a, x, lga);
   return 1.0 - SeriesP(a, x, lga);
 }
@@ -250,6 +260,15 @@ double detail::BetaIncompleteLb(double x, double a, double b, double lnB) {
   if (!(a > 0.0 && b > 0.0 && x >= 0.0 && x <= 1.0)) return 0.0;
   if (x == 0.0 || x == 1.0) return x;
   if (std::isinf(a) || std::isinf(b)) return detail::NaNResult();
+  // where a + 1 = a or b + 1 = b the fraction cannot advance; the limits are exact far below the
+  // rounding there: a normal when both are huge, else the gamma limit in the huge one
+  const bool hugeA = a + 1.0 == a, hugeB = b + 1.0 == b;
+  if (hugeA && hugeB) {
+    const double s = a + b, mean = a / s, sd = std::sqrt(a / s * (b / s) / (s + 1.0));
+    return 0.5 * Erfc(-(x - mean) / sd * SQRT2DIV2);
+  }
+  if (hugeB) return IGamma(a, -b * std::log1p(-x));
+  if (hugeA) return JGamma(b, -a * std::log(x));
   const double bt = std::exp(lnB + a * std::log(x) + b * std::log1p(-x));
   if (x < (a + 1.0) / (a + b + 2.0)) return bt * BetaFraction(a, b, x) / a;
   return 1.0 - bt * BetaFraction(b, a, 1.0 - x) / b;

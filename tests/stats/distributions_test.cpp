@@ -166,6 +166,38 @@ TEST(Distributions, IncompleteFunctionsBoundaries) {
   });
 }
 
+// Huge shapes and long walks: limits and closed forms take over where the series, fractions and
+// sums would not end in reasonable time.
+TEST(Distributions, ExtremeParametersEnd) {
+  const double p = 1e-10;
+  CheckCases({
+      {"IGamma(1e300, 1e300)", IGamma(1e300, 1e300), 0.5, 1e-12},
+      {"IGamma(2^70, 2^70 + 2^35) = Phi(1)", IGamma(std::ldexp(1.0, 70), std::ldexp(1.0, 70) + std::ldexp(1.0, 35)),
+       0.8413447460685429, 1e-15},
+      {"BetaIncomplete(0.5, 1e300, 1e300)", BetaIncomplete(0.5, 1e300, 1e300), 0.5, 1e-12},
+      {"BetaIncomplete(1e-300, 1, 1e300) = 1 - 1/e", BetaIncomplete(1e-300, 1, 1e300), 1 - std::exp(-1.0), 1e-15},
+      {"NegBinomCDFInv(0.5, 1, 1e-10): geometric median", NegBinomCDFInv(0.5, 1, p),
+       std::ceil(std::log(0.5) / std::log1p(-p)) - 1, 1e-5 * 7e9},  // LnGamma differences of b ~ 7e9 cancel
+      {"NegBinomCDF(1e12, 1, 1e-10)", NegBinomCDF(1e12, 1, p), 1 - std::exp((1e12 + 1) * std::log1p(-p)), 1e-14},
+      {"PoissonCDFInv(0.5, 1e8): the median", PoissonCDFInv(0.5, 1e8), 1e8},
+      {"PoissonCDF(1e9 + 0.5, 3)", PoissonCDF(1e9 + 0.5, 3), 1},
+  });
+  // a coarse grid of extreme arguments through every iterating function: each call returns
+  const double vals[] = {-1e300, -1, 0, 1e-300, 0.5, 1, 3, 1e10, 1e300, INF, NaN};
+  for (double a : vals)
+    for (double b : vals)
+      for (double x : vals) {
+        const int ia = static_cast<int>(std::fmax(-5, std::fmin(a, 50)));
+        (void)(IGamma(a, x) + JGamma(a, x) + BetaIncomplete(x, a, b) + BetaCDF(x, a, b) + GammaCDF(x, a, b) +
+               StudentCDF(x, ia) + FCDF(x, ia, ia) + PoissonCDF(x, a) + PoissonCDFInv(x, a) + NegBinomCDF(x, ia, b) +
+               NegBinomCDFInv(x, ia, b) + BinomCDFInv(x, ia, b) + HypGeometricCDFInv(x, ia + 10, ia, 3));
+        try {
+          (void)(BetaCDFInv(x, a, b) + GammaCDFInv(x, a, b) + StudentCDFInv(x, ia) + ChiSquareCDFInv(x, ia));
+        } catch (const EQuorelException&) {
+        }
+      }
+}
+
 TEST(Distributions, ZetaSpecialValues) {
   auto same = [](const TCplx& a, const TCplx& b, double tol) {
     return std::fabs(a.Re - b.Re) <= tol && std::fabs(a.Im - b.Im) <= tol;
