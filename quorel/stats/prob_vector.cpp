@@ -1,0 +1,469 @@
+// Vector overloads of the distributions. Two kinds: element loops over the scalar function (the
+// NaN rules hold per element), and block formulas that build the density or distribution of the
+// common continuous families from whole-block vector kernels, with the parameters applied once
+// per block and no per-element parameter check.
+
+#include <algorithm>
+#include <cmath>
+
+#include "quorel/core/constants.h"
+#include "quorel/core/detail/checks.h"
+#include "quorel/core/startup.h"
+#include "quorel/objects/dense.h"
+#include "quorel/platform/kernels/math.h"
+#include "quorel/stats/probabilities.h"
+#include "quorel/stats/detail/prob_core.h"
+#include "quorel/core/gamma.h"
+
+namespace quorel {
+
+namespace {
+
+constexpr const char* kX = " X.Complex = true ";
+constexpr const char* kP = " P.Complex = true ";
+constexpr const char* kY = " Y.Complex = true ";
+
+// Res[i] = f(X[i]). `complexMsg` null: no complex check.
+template <class F>
+void EachElement(const TDenseQuorel& x, TDenseQuorel& res, const char* complexMsg, F f) {
+  if (complexMsg) detail::RequireState(!x.Complex(), complexMsg);
+  const std::int32_t n = x.Length();
+  res.Size(x, false);
+  const double* xs = x.PValues1D(0);
+  double* rs = res.PValues1D(0);
+  for (std::int32_t i = 0; i < n; ++i) rs[i] = f(xs[i]);
+}
+
+// Largest block the block formulas handle at once; the global block size when it is smaller.
+constexpr std::int32_t kMaxBlock = 1024;
+
+// Walks X in blocks; body(x, r, w, n) writes block results to r using scratch w (both kMaxBlock
+// doubles, r may not alias x). The block results are copied to Res, so Res may be X.
+template <class Body>
+void EachBlock(const TDenseQuorel& x, TDenseQuorel& res, const char* complexMsg, Body body) {
+  if (complexMsg) detail::RequireState(!x.Complex(), complexMsg);
+  const std::int32_t n = x.Length();
+  res.Size(x, false);
+  const std::int32_t block = std::clamp<std::int32_t>(QuorelBlockSize, 1, kMaxBlock);
+  alignas(32) double r[kMaxBlock];
+  alignas(32) double w[kMaxBlock];
+  const double* xs = x.PValues1D(0);
+  double* rs = res.PValues1D(0);
+  for (std::int32_t i = 0; i < n; i += block) {
+    const std::int32_t len = std::min(block, n - i);
+    body(xs + i, r, w, len);
+    std::copy(r, r + len, rs + i);
+  }
+}
+
+// r = exp(k * (x - s)^2): the Gaussian kernel of NormalPDF and LogNormalPDF.
+inline void GaussKernel(const double* x, double s, double k, double* r, std::int32_t n) {
+  for (std::int32_t i = 0; i < n; ++i) {
+    const double d = x[i] - s;
+    r[i] = k * d * d;
+  }
+  kern::Exp(r, r, n);
+}
+
+// r = ln(1 - p) for a block, without the loss of digits for small p: ln(u) (-p) / (u - 1) with
+// u = 1 - p corrects the rounding of u (exact where u = 1).
+inline void LnOneMinus(const double* p, double* r, std::int32_t n) {
+  for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
+  kern::Ln(r, r, n);
+  for (std::int32_t i = 0; i < n; ++i) {
+    const double u = 1.0 - p[i];
+    r[i] = u == 1.0 ? -p[i] : (u == 0.0 ? r[i] : r[i] * -p[i] / (u - 1.0));
+  }
+}
+
+}  // namespace
+
+// --- element loops -----------------------------------------------------------------------------
+
+#define QUOREL_ELEMENT_LOOP(NAME, MSG, PARAMS, ARGS)                                   \
+  void NAME(const TDenseQuorel& X, PARAMS, TDenseQuorel& Res) {                        \
+    EachElement(X, Res, MSG, [&](double v) { return NAME(v, ARGS); });                 \
+  }
+#define QUOREL_P2(T1, A1, T2, A2) T1 A1, T2 A2
+#define QUOREL_P3(T1, A1, T2, A2, T3, A3) T1 A1, T2 A2, T3 A3
+
+QUOREL_ELEMENT_LOOP(BetaCDFInv, kX, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
+QUOREL_ELEMENT_LOOP(BinomPDF, kX, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
+QUOREL_ELEMENT_LOOP(BinomCDF, kX, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
+QUOREL_ELEMENT_LOOP(BinomCDFInv, kY, QUOREL_P2(std::int32_t, n, double, p), QUOREL_P2(, n, , p))
+QUOREL_ELEMENT_LOOP(ChiSquareCDFInv, kP, std::int32_t nu, nu)
+QUOREL_ELEMENT_LOOP(FCDF, kX, QUOREL_P2(std::int32_t, nu1, std::int32_t, nu2), QUOREL_P2(, nu1, , nu2))
+QUOREL_ELEMENT_LOOP(GammaCDFInv, kP, QUOREL_P2(double, a, double, b), QUOREL_P2(, a, , b))
+QUOREL_ELEMENT_LOOP(GeometricPDF, kX, double p, p)
+QUOREL_ELEMENT_LOOP(GeometricCDF, kX, double p, p)
+QUOREL_ELEMENT_LOOP(GeometricCDFInv, kY, double p, p)
+QUOREL_ELEMENT_LOOP(HypGeometricPDF, kX, QUOREL_P3(std::int32_t, m, std::int32_t, k, std::int32_t, n),
+                    QUOREL_P3(, m, , k, , n))
+QUOREL_ELEMENT_LOOP(HypGeometricCDF, kX, QUOREL_P3(std::int32_t, m, std::int32_t, k, std::int32_t, n),
+                    QUOREL_P3(, m, , k, , n))
+QUOREL_ELEMENT_LOOP(HypGeometricCDFInv, kP, QUOREL_P3(std::int32_t, m, std::int32_t, k, std::int32_t, n),
+                    QUOREL_P3(, m, , k, , n))
+QUOREL_ELEMENT_LOOP(LaplaceCDFInv, kP, QUOREL_P2(double, m, double, b), QUOREL_P2(, m, , b))
+QUOREL_ELEMENT_LOOP(LogNormalCDF, kX, QUOREL_P2(double, mu, double, sigma), QUOREL_P2(, mu, , sigma))
+QUOREL_ELEMENT_LOOP(LogNormalCDFInv, kP, QUOREL_P2(double, mu, double, sigma), QUOREL_P2(, mu, , sigma))
+QUOREL_ELEMENT_LOOP(MaxwellCDF, nullptr, double a, a)
+QUOREL_ELEMENT_LOOP(MaxwellCDFInv, nullptr, double a, a)
+QUOREL_ELEMENT_LOOP(NegBinomPDF, kX, QUOREL_P2(std::int32_t, r, double, p), QUOREL_P2(, r, , p))
+QUOREL_ELEMENT_LOOP(NegBinomCDF, kX, QUOREL_P2(std::int32_t, r, double, p), QUOREL_P2(, r, , p))
+QUOREL_ELEMENT_LOOP(NegBinomCDFInv, kY, QUOREL_P2(std::int32_t, r, double, p), QUOREL_P2(, r, , p))
+QUOREL_ELEMENT_LOOP(NormalCDF, kX, QUOREL_P2(double, mu, double, sigma), QUOREL_P2(, mu, , sigma))
+QUOREL_ELEMENT_LOOP(NormalCDFInv, kP, QUOREL_P2(double, mu, double, sigma), QUOREL_P2(, mu, , sigma))
+QUOREL_ELEMENT_LOOP(PoissonCDF, kX, double lambda, lambda)
+QUOREL_ELEMENT_LOOP(PoissonCDFInv, kP, double lambda, lambda)
+QUOREL_ELEMENT_LOOP(StudentPDF, kX, std::int32_t nu, nu)
+QUOREL_ELEMENT_LOOP(StudentCDFInv, kP, std::int32_t nu, nu)
+QUOREL_ELEMENT_LOOP(TriangularPDF, kX, QUOREL_P3(double, a, double, b, double, c), QUOREL_P3(, a, , b, , c))
+QUOREL_ELEMENT_LOOP(TriangularCDF, kX, QUOREL_P3(double, a, double, b, double, c), QUOREL_P3(, a, , b, , c))
+QUOREL_ELEMENT_LOOP(TriangularCDFInv, kX, QUOREL_P3(double, a, double, b, double, c), QUOREL_P3(, a, , b, , c))
+QUOREL_ELEMENT_LOOP(UniformDPDF, kX, std::int32_t n, n)
+QUOREL_ELEMENT_LOOP(UniformDCDF, kX, std::int32_t n, n)
+QUOREL_ELEMENT_LOOP(UniformDCDFInv, kP, std::int32_t n, n)
+
+#undef QUOREL_ELEMENT_LOOP
+#undef QUOREL_P2
+#undef QUOREL_P3
+
+// The families whose log-gamma terms depend only on the parameters take them once.
+void BetaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lnB = a > 0.0 && b > 0.0 ? detail::LnInvBeta(a, b) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::BetaPDFLb(v, a, b, lnB); });
+}
+void BetaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lnB = a > 0.0 && b > 0.0 ? detail::LnInvBeta(a, b) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::BetaCDFLb(v, a, b, lnB); });
+}
+void GammaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lga = LnGamma(a);
+  EachElement(X, Res, kX, [&](double v) { return detail::GammaPDFLg(v, a, b, lga); });
+}
+void GammaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double lga = LnGamma(a);
+  EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+}
+void ChiSquarePDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });
+  GammaPDF(X, nu / 2.0, 2.0, Res);
+}
+void ChiSquareCDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });
+  GammaCDF(X, nu / 2.0, 2.0, Res);
+}
+void StudentCDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
+  const double lnB = nu >= 1 ? detail::LnInvBeta(nu / 2.0, 0.5) : 0.0;
+  EachElement(X, Res, kX, [&](double v) { return detail::StudentCDFLb(v, nu, lnB); });
+}
+
+void PoissonPDF(const TDenseQuorel& X, double lambda, TDenseQuorel& Res) {
+  EachElement(X, Res, kX, [&](double v) {
+    if (std::isnan(v)) return v;
+    return PoissonPDF(static_cast<std::int32_t>(std::clamp(v, -2147483648.0, 2147483647.0)), lambda);
+  });
+}
+
+void FCDFInv(double P, const TDenseQuorel& Nu1, const TDenseQuorel& Nu2, TDenseQuorel& Res) {
+  detail::RequireState(!Nu1.Complex(), " Nu.Complex = true ");
+  detail::RequireState(Nu1.Length() == Nu2.Length(), " Nu1.Length <> Nu2.Length ");
+  const double* nu2 = Nu2.PValues1D(0);
+  std::int32_t i = 0;
+  // Res may be Nu1 or Nu2: each element reads its own index before writing it
+  EachElement(Nu1, Res, nullptr, [&](double nu1) {
+    const double v = FCDFInv(P, static_cast<std::int32_t>(nu1), static_cast<std::int32_t>(nu2[i]));
+    ++i;
+    return v;
+  });
+}
+
+// --- block formulas ----------------------------------------------------------------------------
+
+void NormalPDF(const TDenseQuorel& X, double mu, double sigma, TDenseQuorel& Res) {
+  const double k = -0.5 / (sigma * sigma), scale = 1.0 / (SQRT2PI * sigma);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    GaussKernel(x, mu, k, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= scale;
+  });
+}
+
+void LogNormalPDF(const TDenseQuorel& X, double mu, double sigma, TDenseQuorel& Res) {
+  const double k = -0.5 / (sigma * sigma), scale = 1.0 / (SQRT2PI * sigma);
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double* w, std::int32_t n) {
+    kern::Ln(x, w, n);
+    GaussKernel(w, mu, k, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = r[i] * scale / x[i];
+  });
+}
+
+void CauchyPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double num = 2.0 * INVTWOPI * b, b2 = b * b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) {
+      const double d = x[i] - a;
+      r[i] = num / (d * d + b2);
+    }
+  });
+}
+
+void CauchyCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double* w, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) w[i] = b;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] - a;
+    kern::ArcTan2(r, w, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 0.5 + 2.0 * INVTWOPI * r[i];
+  });
+}
+
+void CauchyCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, kP, [&](const double* p, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = (p[i] - 0.5) * PI;
+    kern::Tan(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = a + b * r[i];
+  });
+}
+
+void ExpPDF(const TDenseQuorel& X, double mu, TDenseQuorel& Res) {
+  detail::RequireState(!(mu <= 0.0), "mu <= 0");
+  const double k = -1.0 / mu, scale = 1.0 / mu;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * x[i];
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? r[i] * scale : 0.0;
+  });
+}
+
+void ExpCDF(const TDenseQuorel& X, double mu, TDenseQuorel& Res) {
+  detail::RequireState(!(mu <= 0.0), "mu <= 0");
+  const double k = -1.0 / mu;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * x[i];
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? 1.0 - r[i] : 0.0;
+  });
+}
+
+void ExpCDFInv(const TDenseQuorel& P, double mu, TDenseQuorel& Res) {
+  EachBlock(P, Res, kP, [&](const double* p, double* r, double*, std::int32_t n) {
+    LnOneMinus(p, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = p[i] == 0.0 ? 0.0 : -mu * r[i];
+  });
+}
+
+void FPDF(const TDenseQuorel& X, std::int32_t nu1, std::int32_t nu2, TDenseQuorel& Res) {
+  const double n1 = nu1, n2 = nu2;
+  const double scale = std::pow(n1 / n2, n1 / 2.0) / Beta(n1 / 2.0, n2 / 2.0);
+  const double e1 = (n1 - 2.0) / 2.0, e2 = -(n1 + n2) / 2.0, k = n1 / n2;
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double* w, std::int32_t n) {
+    kern::Powx(x, e1, r, n);
+    for (std::int32_t i = 0; i < n; ++i) w[i] = 1.0 + k * x[i];
+    kern::Powx(w, e2, w, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? scale * r[i] * w[i] : 0.0;
+  });
+}
+
+namespace {
+// x^s / (exp(x - mu) + sign): the occupation densities.
+void Occupation(const TDenseQuorel& X, double mu, double s, double sign, const char* msg, TDenseQuorel& Res) {
+  EachBlock(X, Res, msg, [&](const double* x, double* r, double* w, std::int32_t n) {
+    kern::Powx(x, s, r, n);
+    for (std::int32_t i = 0; i < n; ++i) w[i] = x[i] - mu;
+    kern::Exp(w, w, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] /= (w[i] + sign);
+  });
+}
+}  // namespace
+
+void BoseEinsteinPDF(const TDenseQuorel& X, double mu, double s, TDenseQuorel& Res) {
+  Occupation(X, mu, s, -1.0, kX, Res);
+}
+
+void FermiDiracPDF(const TDenseQuorel& X, double mu, double s, TDenseQuorel& Res) {
+  Occupation(X, mu, s, 1.0, nullptr, Res);
+}
+
+void LaplacePDF(const TDenseQuorel& X, double m, double b, TDenseQuorel& Res) {
+  const double k = -1.0 / b, scale = 1.0 / (2.0 * b);
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * std::fabs(x[i] - m);
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= scale;
+  });
+}
+
+void LaplaceCDF(const TDenseQuorel& X, double m, double b, TDenseQuorel& Res) {
+  const double k = -1.0 / b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * std::fabs(x[i] - m);
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) {
+      const double d = x[i] - m;
+      const double half = 0.5 * r[i];
+      r[i] = d > 0.0 ? 1.0 - half : (d < 0.0 ? half : 0.5);
+    }
+  });
+}
+
+void LogisticPDF(const TDenseQuorel& X, double m, double b, TDenseQuorel& Res) {
+  const double k = -1.0 / b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * std::fabs(x[i] - m);
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = r[i] / (b * (1.0 + r[i]) * (1.0 + r[i]));
+  });
+}
+
+void LogisticCDF(const TDenseQuorel& X, double m, double b, TDenseQuorel& Res) {
+  const double k = -1.0 / b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = k * (x[i] - m);
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 / (1.0 + r[i]);
+  });
+}
+
+void LogisticCDFInv(const TDenseQuorel& P, double m, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, kP, [&](const double* p, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 / p[i] - 1.0;
+    kern::Ln(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = m - b * r[i];
+  });
+}
+
+void LogWeibullPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double k = 1.0 / b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double* w, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) w[i] = (a - x[i]) * k;
+    kern::Exp(w, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = w[i] - r[i];
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= k;
+  });
+}
+
+void LogWeibullCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double k = 1.0 / b;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = (a - x[i]) * k;
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = -r[i];
+    kern::Exp(r, r, n);
+  });
+}
+
+void LogWeibullCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, kP, [&](const double* p, double* r, double*, std::int32_t n) {
+    kern::Ln(p, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = -r[i];
+    kern::Ln(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = a + b * r[i];
+  });
+}
+
+void MaxwellPDF(const TDenseQuorel& X, double a, TDenseQuorel& Res) {
+  const double scale = std::sqrt(4.0 * a * INVTWOPI) * a, k = -a / 2.0;
+  EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
+    GaussKernel(x, 0.0, k, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= scale * x[i] * x[i];
+  });
+}
+
+void ParetoPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double scale = a * std::pow(b, a);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    kern::Powx(x, -a - 1.0, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= scale;
+  });
+}
+
+void ParetoCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = b / x[i];
+    kern::Powx(r, a, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - r[i];
+  });
+}
+
+void ParetoCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - p[i];
+    kern::Powx(r, -1.0 / a, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= b;
+  });
+}
+
+void RayleighPDF(const TDenseQuorel& X, double b, TDenseQuorel& Res) {
+  const double k = -0.5 / (b * b), scale = 1.0 / (b * b);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    GaussKernel(x, 0.0, k, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= scale * x[i];
+  });
+}
+
+void RayleighCDF(const TDenseQuorel& X, double b, TDenseQuorel& Res) {
+  const double k = -0.5 / (b * b);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    GaussKernel(x, 0.0, k, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = 1.0 - r[i];
+  });
+}
+
+void RayleighCDFInv(const TDenseQuorel& P, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
+    LnOneMinus(p, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = b * std::sqrt(-2.0 * r[i]);
+  });
+}
+
+void UniformPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double v = 1.0 / (b - a);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = (x[i] >= a && x[i] <= b) ? v : 0.0;
+  });
+}
+
+void UniformCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double k = 1.0 / (b - a);
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] >= b ? 1.0 : (x[i] > a ? (x[i] - a) * k : 0.0);
+  });
+}
+
+void UniformCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
+    for (std::int32_t i = 0; i < n; ++i) r[i] = a + p[i] * (b - a);
+  });
+}
+
+void WeibullPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double* w, std::int32_t n) {
+    kern::Powx(x, b - 1.0, w, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = -a * w[i] * x[i];
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) {
+      const double v = a * b * w[i] * r[i];
+      r[i] = x[i] > 0.0 ? v : (x[i] == 0.0 ? (b < 1.0 ? INF : (b == 1.0 ? a : 0.0)) : 0.0);
+    }
+  });
+}
+
+void WeibullCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
+    kern::Powx(x, b, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] *= -a;
+    kern::Exp(r, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] >= 0.0 ? 1.0 - r[i] : 0.0;
+  });
+}
+
+void WeibullCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
+  EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
+    LnOneMinus(p, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = -r[i] / a;
+    kern::Powx(r, 1.0 / b, r, n);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = p[i] == 1.0 ? INF : r[i];
+  });
+}
+
+}  // namespace quorel
