@@ -1,8 +1,9 @@
 #include "quorel/objects/controller.h"
 #include "quorel/objects/detail/release_hooks.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
 
 #include "quorel/core/errors.h"
@@ -159,22 +160,23 @@ void TQuorelController::Recollect(detail::TPool<T>& pool) {
   }
 }
 
+namespace {
+// Pooled objects destroyed at shut-down while still handed out; a FreeIt after shut-down finds
+// them here instead of destroying them twice. Never destroyed itself: it must outlive every
+// static object whose destructor might give a work object back.
+std::vector<const void*>& DestroyedWhileHandedOut() {
+  static auto* objects = new std::vector<const void*>();
+  return *objects;
+}
+}  // namespace
+
 template <class T>
 void TQuorelController::DetachPool(detail::TPool<T>& pool) {
-  // Handed-out objects are left alive for their holders; only the pool bookkeeping goes.
+  // Every pooled object goes with its pool, handed out or not: a leaked work object is reported
+  // once, as a CreateIt without FreeIt, and never again among the live ordinary objects.
   for (auto& e : pool.Entries) {
-    if (!e.Used) {
-      delete e.Object;
-    } else {
-      T* object = e.Object;
-      object->SetCacheSlot(-1, -1);
-      object->ReleaseMemory();
-      object->fMemory = nullptr;
-      object->fValues = nullptr;
-      object->fActualSize = 0;
-      object->fLength = 0;
-      if (!object->IsSubRange()) object->Clear();  // the shape follows the storage that is gone
-    }
+    if (e.Used) DestroyedWhileHandedOut().push_back(e.Object);
+    delete e.Object;
   }
   pool.Entries.clear();
   pool.Scratch.clear();
@@ -248,8 +250,9 @@ template <class T, class... R>
 void FreeAll(T*& first, R*&... rest) {
   std::array<T**, 1 + sizeof...(R)> objects{&first, &rest...};
   if (Controller == nullptr) {
+    const auto& gone = DestroyedWhileHandedOut();
     for (auto it = objects.rbegin(); it != objects.rend(); ++it) {
-      delete **it;
+      if (std::find(gone.begin(), gone.end(), **it) == gone.end()) delete **it;
       **it = nullptr;
     }
     return;
