@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <thread>
 
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
@@ -62,6 +63,16 @@ void AllocateCacheMemory(void*& memory, std::vector<double*>& pointers, std::int
 }
 }  // namespace
 
+void TCacheLock::Wait() noexcept {
+  for (int spins = 0; held_.load(std::memory_order_relaxed); ++spins) {
+    if (spins < 64) {
+      __builtin_ia32_pause();
+    } else {
+      std::this_thread::yield();
+    }
+  }
+}
+
 TQuorelController::TQuorelController()
     : report_([](const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }) {}
 
@@ -96,7 +107,7 @@ void TQuorelController::FreePool(detail::TPool<T>& pool) {
 
 template <class T>
 void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
-  std::lock_guard<std::mutex> hold(lock_);
+  std::lock_guard<TCacheLock> hold(lock_);
   FreePool(pool);
   pool.Elements = elements;
   AllocateCacheMemory(pool.Memory, pool.Pointers, count, elements);
@@ -214,7 +225,7 @@ void TQuorelController::SetMtxConditionCheck(bool value) {
 }
 
 void TQuorelController::DestroyQuorelCache() {
-  std::lock_guard<std::mutex> hold(lock_);
+  std::lock_guard<TCacheLock> hold(lock_);
   if (vecs_.Used > 0)
     Report(kLeakPrefix + std::to_string(vecs_.Used) +
            " calls to CreateIt(TVec) without a matching call to FreeIt.");
@@ -239,7 +250,7 @@ namespace {
 // Takes the objects in argument order under the lock.
 template <class T, class... R>
 void CreateAll(T*& first, R*&... rest) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
+  std::lock_guard<TCacheLock> hold(Controller->Lock());
   Controller->CreateItx(first);
   (Controller->CreateItx(rest), ...);
 }
@@ -257,7 +268,7 @@ void FreeAll(T*& first, R*&... rest) {
     }
     return;
   }
-  std::lock_guard<std::mutex> hold(Controller->Lock());
+  std::lock_guard<TCacheLock> hold(Controller->Lock());
   for (auto it = objects.rbegin(); it != objects.rend(); ++it) Controller->FreeItx(**it);
 }
 }  // namespace

@@ -229,7 +229,7 @@ TEST(Cache, LeakReportTexts) {
   TVec* keptVec = nullptr;
   TMtx* kept = nullptr;
   {
-    std::lock_guard<std::mutex> hold(ctl.Lock());
+    std::lock_guard hold(ctl.Lock());
     ctl.CreateItx(keptVec);
     ctl.CreateItx(kept);
   }
