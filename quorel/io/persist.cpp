@@ -74,10 +74,8 @@ void EncodeInt(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, c
 // Narrow integers go through single precision first; widening the single back is exact, so
 // the integer conversion sees the single's value.
 template <class I>
-void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s) {
-  kern::Convert(x, s.singles, n);
-  kern::Convert(s.singles, s.doubles, n);
-  kern::Convert(s.doubles, reinterpret_cast<I*>(out), n, rounding);
+void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch&) {
+  kern::ConvertViaSingle(x, reinterpret_cast<I*>(out), n, rounding);
 }
 
 template <void (*Compand)(const float*, uint8_t*, ptrdiff_t)>
