@@ -294,8 +294,8 @@ struct LogOfTwiceForLargeOp {
 };
 
 // --- our own log, exp and pow on the AVX-512 path ---------------------------------------------
-// SLEEF's 1-ulp log and pow are the slowest of its functions; ours (math_avx512.cpp) reach about
-// 0.5 ulp with table lookups and short polynomials. The other paths keep SLEEF.
+// SLEEF's 1-ulp log, pow, sinh and cosh are the slowest of its functions; ours (math_avx512.cpp)
+// reach about 0.5 ulp with table lookups and short polynomials. The other paths keep SLEEF.
 
 template <Fn1 F>
 constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
@@ -303,7 +303,9 @@ constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
                                   : F == kLog10 ? detail::TFastFn::Log10
                                   : F == kExp   ? detail::TFastFn::Exp
                                   : F == kExp2  ? detail::TFastFn::Exp2
-                                                : detail::TFastFn::Exp10;
+                                  : F == kExp10 ? detail::TFastFn::Exp10
+                                  : F == kSinh  ? detail::TFastFn::Sinh
+                                                : detail::TFastFn::Cosh;
 
 template <Fn1 F>
 struct FastUnaryOp {
@@ -519,8 +521,8 @@ void ArcSin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kASin>>(x, r,
 void ArcCos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kACos>>(x, r, n); }
 void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kATan>>(x, r, n); }
 void ArcTan2(const double* y, const double* x, double* r, ptrdiff_t n) { Run<ATan2Op>(y, x, r, n); }
-void Sinh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kSinh>>(x, r, n); }
-void Cosh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kCosh>>(x, r, n); }
+void Sinh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSinh>>(x, r, n); }
+void Cosh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCosh>>(x, r, n); }
 void Tanh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTanh>>(x, r, n); }
 void SinhCosh(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinhCoshOp>(x, s, c, n); }
 void ArcSinh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kASinh>>(x, r, n); }

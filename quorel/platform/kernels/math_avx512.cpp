@@ -23,6 +23,8 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+
 #ifndef __AVX512F__
 #define __AVX512F__ 1
 #define QUOREL_SLEEF_AVX512_FORCED
@@ -172,6 +174,67 @@ QUOREL_AVX512_INLINE M ExpOutside(V a) {
   return _mm512_cmp_pd_mask(_mm512_abs_pd(a), Set(kExpFastMax), _CMP_NLE_UQ);
 }
 
+// e^a as a pair, for |a| <= kExpFastMax (the same steps as ExpOf, without the last rounding).
+QUOREL_AVX512_INLINE Pair ExpPair(V a) {
+  constexpr double kInvLn2N = 0x1.71547652b82fep+5;
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
+  const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
+  const I ki = _mm512_castpd_si512(kd0);
+  const V kd = kd0 - kShifter;
+  V r = Fma(kd, Set(-kLn2NHi), a);
+  r = Fma(kd, Set(-kLn2NLo), r);
+  const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
+  // 2^m as a double: m stays within the normal exponents for |a| <= kExpFastMax.
+  const V scale = _mm512_castsi512_pd(_mm512_slli_epi64(
+      _mm512_add_epi64(_mm512_srai_epi64(ki, kExpTableBits), _mm512_set1_epi64(1023)), 52));
+  const V th = Lookup32(kExp2Hi, j);
+  const V tl = Lookup32(kExp2Lo, j);
+  V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
+  poly = Fma(r, poly, Set(1.0 / 720));
+  poly = Fma(r, poly, Set(1.0 / 120));
+  poly = Fma(r, poly, Set(1.0 / 24));
+  poly = Fma(r, poly, Set(1.0 / 6));
+  poly = Fma(r, poly, Set(0.5));
+  const V q = Fma(r * r, poly, r);
+  const Pair e = FastTwoSum(th, Fma(th, q, tl));
+  return {e.hi * scale, e.lo * scale};
+}
+
+// cosh x = (e^|x| + e^-|x|) / 2 and sinh x = (e^|x| - e^-|x|) / 2 from one exponential and its
+// reciprocal as pairs, rounded once; sinh below |x| = 1/2 by its odd series (8 terms) instead of the difference.
+template <bool kSinh>
+QUOREL_AVX512_INLINE V Hyperbolic(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Pair e = ExpPair(a);
+  // e^-|x| as the reciprocal pair: one division and a correction step.
+  const V r0 = 1.0 / e.hi;
+  const Pair f = {r0, r0 * (Fma(-e.hi, r0, Set(1.0)) - e.lo * r0)};
+  V y;
+  if constexpr (kSinh) {
+    const Pair d = FastTwoSum(e.hi, -f.hi);
+    y = (d.hi + (d.lo + e.lo - f.lo)) * 0.5;
+    const V x2 = x * x;
+    V p = Fma(x2, Set(1.0 / 355687428096000.0), Set(1.0 / 1307674368000.0));
+    p = Fma(x2, p, Set(1.0 / 6227020800.0));
+    p = Fma(x2, p, Set(1.0 / 39916800.0));
+    p = Fma(x2, p, Set(1.0 / 362880.0));
+    p = Fma(x2, p, Set(1.0 / 5040.0));
+    p = Fma(x2, p, Set(1.0 / 120.0));
+    p = Fma(x2, p, Set(1.0 / 6.0));
+    const V small = Fma(a * x2, p, a);
+    y = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ), y, small);
+    // The sign of x (odd function).
+    y = _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
+                                            _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+  } else {
+    const Pair s = FastTwoSum(e.hi, f.hi);
+    y = (s.hi + (s.lo + e.lo + f.lo)) * 0.5;
+  }
+  const M out = ExpOutside(a);
+  if (out) y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
+  return y;
+}
+
 // hi + lo times c = chi + clo, rounded once.
 QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
   const V p = v.hi * chi;
@@ -181,7 +244,9 @@ QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
 
 template <TFastFn F>
 QUOREL_AVX512_INLINE V Unary(V x) {
-  if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
+  if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
+    return Hyperbolic<F == TFastFn::Sinh>(x);
+  } else if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
     const Pair l = LogPair<false>(x);
     V y = l.hi;
     if constexpr (F == TFastFn::Log2) y = TimesPair(l, kInvLn2, kInvLn2Rest);
@@ -247,6 +312,8 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
     case TFastFn::Exp: return UnaryLoop<TFastFn::Exp>(x, r, n);
     case TFastFn::Exp2: return UnaryLoop<TFastFn::Exp2>(x, r, n);
     case TFastFn::Exp10: return UnaryLoop<TFastFn::Exp10>(x, r, n);
+    case TFastFn::Sinh: return UnaryLoop<TFastFn::Sinh>(x, r, n);
+    case TFastFn::Cosh: return UnaryLoop<TFastFn::Cosh>(x, r, n);
   }
 }
 
