@@ -144,9 +144,14 @@ QUOREL_AVX512_INLINE M LogOutside(V x) {
   return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
 }
 
-// e^(a + b) for |a| <= kExpFastMax and |b| <= 2^-40 |a| (other lanes give garbage).
+// e^(a + b) = 2^m 2^(j/32) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
+// value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
 constexpr double kExpFastMax = 707.0;
-QUOREL_AVX512_INLINE V ExpOf(V a, V b) {
+struct ExpParts {
+  V th, tl, q;
+  I ki;
+};
+QUOREL_AVX512_INLINE ExpParts ExpSplit(V a, V b) {
   constexpr double kInvLn2N = 0x1.71547652b82fep+5;  // 32 / ln 2
   constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
   const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
@@ -155,18 +160,21 @@ QUOREL_AVX512_INLINE V ExpOf(V a, V b) {
   V r = Fma(kd, Set(-kLn2NHi), a);
   r = Fma(kd, Set(-kLn2NLo), r) + b;
   const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
-  // The shifter's own bits leave through the top.
-  const I scale = _mm512_slli_epi64(_mm512_srai_epi64(ki, kExpTableBits), 52);
-  const V th = Lookup32(kExp2Hi, j);
-  const V tl = Lookup32(kExp2Lo, j);
   V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
   poly = Fma(r, poly, Set(1.0 / 720));
   poly = Fma(r, poly, Set(1.0 / 120));
   poly = Fma(r, poly, Set(1.0 / 24));
   poly = Fma(r, poly, Set(1.0 / 6));
   poly = Fma(r, poly, Set(0.5));
-  const V q = Fma(r * r, poly, r);  // e^r - 1
-  const V e = th + Fma(th, q, tl);
+  return {Lookup32(kExp2Hi, j), Lookup32(kExp2Lo, j), Fma(r * r, poly, r), ki};
+}
+
+// e^(a + b), rounded once (other lanes than ExpSplit's give garbage).
+QUOREL_AVX512_INLINE V ExpOf(V a, V b) {
+  const ExpParts p = ExpSplit(a, b);
+  const V e = p.th + Fma(p.th, p.q, p.tl);
+  // 2^m into the exponent field; the shifter's own bits leave through the top.
+  const I scale = _mm512_slli_epi64(_mm512_srai_epi64(p.ki, kExpTableBits), 52);
   return _mm512_castsi512_pd(_mm512_add_epi64(_mm512_castpd_si512(e), scale));
 }
 
@@ -174,29 +182,13 @@ QUOREL_AVX512_INLINE M ExpOutside(V a) {
   return _mm512_cmp_pd_mask(_mm512_abs_pd(a), Set(kExpFastMax), _CMP_NLE_UQ);
 }
 
-// e^a as a pair, for |a| <= kExpFastMax (the same steps as ExpOf, without the last rounding).
+// e^a as a pair, without the last rounding.
 QUOREL_AVX512_INLINE Pair ExpPair(V a) {
-  constexpr double kInvLn2N = 0x1.71547652b82fep+5;
-  constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
-  const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
-  const I ki = _mm512_castpd_si512(kd0);
-  const V kd = kd0 - kShifter;
-  V r = Fma(kd, Set(-kLn2NHi), a);
-  r = Fma(kd, Set(-kLn2NLo), r);
-  const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
-  // 2^m as a double: m stays within the normal exponents for |a| <= kExpFastMax.
+  const ExpParts p = ExpSplit(a, _mm512_setzero_pd());
+  // 2^m as a double (a normal one for |a| <= kExpFastMax): it scales the low part too.
   const V scale = _mm512_castsi512_pd(_mm512_slli_epi64(
-      _mm512_add_epi64(_mm512_srai_epi64(ki, kExpTableBits), _mm512_set1_epi64(1023)), 52));
-  const V th = Lookup32(kExp2Hi, j);
-  const V tl = Lookup32(kExp2Lo, j);
-  V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
-  poly = Fma(r, poly, Set(1.0 / 720));
-  poly = Fma(r, poly, Set(1.0 / 120));
-  poly = Fma(r, poly, Set(1.0 / 24));
-  poly = Fma(r, poly, Set(1.0 / 6));
-  poly = Fma(r, poly, Set(0.5));
-  const V q = Fma(r * r, poly, r);
-  const Pair e = FastTwoSum(th, Fma(th, q, tl));
+      _mm512_add_epi64(_mm512_srai_epi64(p.ki, kExpTableBits), _mm512_set1_epi64(1023)), 52));
+  const Pair e = FastTwoSum(p.th, Fma(p.th, p.q, p.tl));
   return {e.hi * scale, e.lo * scale};
 }
 
