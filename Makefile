@@ -7,7 +7,7 @@ TEST_DIR      := $(BUILD_DIR)/test
 SANITIZE_DIR  := $(BUILD_DIR)/sanitize
 PREFIX        ?= /usr/local
 
-.PHONY: all deps demo test bench sanitize fuzz install clean
+.PHONY: all deps demo test bench bench-deps sanitize fuzz install clean
 
 all: demo
 
@@ -32,9 +32,31 @@ test: deps $(TEST_DIR)/build.ninja
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 
-bench: deps $(RELEASE_DIR)/build.ninja
+# Benchmarks need Eigen, NumPy and SciPy besides the build dependencies. A bench/peers/<name>_peers.py
+# script times the same work in NumPy/SciPy; its JSON reaches <name>_bench through QUOREL_PEERS and
+# becomes Quorel/peer ratio columns.
+PEERS_PY      := /usr/bin/python3
+BENCH_DEBS    := libeigen3-dev python3-numpy python3-scipy
+
+bench-deps: deps
+	@missing=$$(for p in $(BENCH_DEBS); do dpkg -s $$p >/dev/null 2>&1 || echo $$p; done); \
+	if [ -n "$$missing" ]; then \
+	  SUDO=$$([ "$$(id -u)" = 0 ] || echo sudo); \
+	  $$SUDO apt-get update && $$SUDO apt-get install -y --no-install-recommends $$missing; \
+	fi
+
+bench: bench-deps $(RELEASE_DIR)/build.ninja
 	cmake --build $(RELEASE_DIR) -j $(JOBS)
-	@for b in $(RELEASE_DIR)/bench/*_bench; do echo "== $$b"; $$b --benchmark_repetitions=5 --benchmark_report_aggregates_only=true || exit 1; done
+	@for b in $(RELEASE_DIR)/bench/*_bench; do \
+	  name=$$(basename $$b _bench); peers=bench/peers/$${name}_peers.py; echo "== $$b"; \
+	  if [ -f $$peers ]; then \
+	    json=$(RELEASE_DIR)/bench/$${name}_peers.json; \
+	    $(PEERS_PY) $$peers > $$json || exit 1; \
+	    QUOREL_PEERS=$$json $$b --benchmark_repetitions=5 --benchmark_report_aggregates_only=true || exit 1; \
+	  else \
+	    $$b --benchmark_repetitions=5 --benchmark_report_aggregates_only=true || exit 1; \
+	  fi; \
+	done
 
 sanitize: deps $(SANITIZE_DIR)/build.ninja
 	cmake --build $(SANITIZE_DIR) -j $(JOBS)

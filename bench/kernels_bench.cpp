@@ -228,8 +228,11 @@ void PrintRatios(const std::vector<Pair>& pairs, const RatioReporter& rep) {
                   !judged ? "(not judged)" : ratio <= limit ? "ok" : "MISSED");
     }
   }
+  const auto isa = quorel::kern::KernelIsa();
   std::printf("code path of the transcendental kernels: %s\n",
-              quorel::kern::KernelIsa() == quorel::kern::TKernelIsa::Avx2Fma ? "AVX2+FMA" : "SSE2");
+              isa == quorel::kern::TKernelIsa::Avx512    ? "AVX-512"
+              : isa == quorel::kern::TKernelIsa::Avx2Fma ? "AVX2+FMA"
+                                                         : "SSE2");
 }
 
 }  // namespace

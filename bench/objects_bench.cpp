@@ -29,6 +29,16 @@ void BM_CreateItFreeIt(benchmark::State& state) {
   });
 }
 
+// The pair alone, with nothing done to the vector in between.
+void BM_CreateItFreeItPair(benchmark::State& state) {
+  Measure(state, [] {
+    TVec* v = nullptr;
+    quorel::CreateIt(v);
+    benchmark::DoNotOptimize(v);
+    quorel::FreeIt(v);
+  });
+}
+
 void BM_WorkVecGuard(benchmark::State& state) {
   Measure(state, [] {
     quorel::TWorkVec v;
@@ -56,6 +66,7 @@ void BM_StdVector3000(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(BM_CreateItFreeIt);
+BENCHMARK(BM_CreateItFreeItPair);
 BENCHMARK(BM_WorkVecGuard);
 BENCHMARK(BM_NewDeleteTVec);
 BENCHMARK(BM_StdVector3000);

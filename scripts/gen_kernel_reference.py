@@ -2,6 +2,7 @@
 """Writes the reference values of the transcendental kernel tests into tests/data/.
 
 Run once with Debian's Python (it needs mpmath):  /usr/bin/python3 scripts/gen_kernel_reference.py
+(names as arguments write only those real-function tables).
 Every input is a double (written in hexadecimal, so that it reads back exactly); every reference value is the
 exact function value at that double, evaluated with mpmath at high precision and written with 25
 significant digits, so a test can measure errors in fractions of an ulp. Inputs come from a
@@ -11,6 +12,7 @@ fixed seed: rerunning the script reproduces the files.
 import math
 import os
 import random
+import sys
 
 import mpmath
 from mpmath import mp
@@ -118,6 +120,15 @@ REAL = {
     "invcbrt": (logu(-1074, 1024), [lambda x: 1 / real_cbrt(x)]),
 }
 
+# Added later with their own seeds, so that the files above keep their points.
+REAL_LATER = {
+    "exp2": (mix((50, uniform(-1075, 1024)), (30, uniform(-10, 10)), (20, logu(-1074, -1))),
+             [lambda x: mpmath.power(2, x)]),
+    "exp10": (mix((50, uniform(-323.6, 308.25)), (30, uniform(-10, 10)), (20, logu(-1074, -1))),
+              [lambda x: mpmath.power(10, x)]),
+    "log2": (mix((60, logu(-1074, 1024, signed=False)), (40, around_one(-53, -2))), [lambda x: mpmath.log(x, 2)]),
+}
+
 
 def real_pow(x, y):
     """x^y for a real result (negative x only with integer y)."""
@@ -179,10 +190,15 @@ def write(name, header, lines):
 
 
 def main():
-    for seed, (name, (sampler, funcs)) in enumerate(sorted(REAL.items())):
+    only = set(sys.argv[1:])
+    tables = [(1000 + seed, item) for seed, item in enumerate(sorted(REAL.items()))]
+    tables += [(4000 + seed, item) for seed, item in enumerate(sorted(REAL_LATER.items()))]
+    for seed, (name, (sampler, funcs)) in tables:
+        if only and name not in only:
+            continue
         # Trigonometric arguments up to 2^1000 need that many extra bits to reduce.
         mp.prec = 1200 if name in ("sincos", "tan") else 200
-        rng = random.Random(1000 + seed)
+        rng = random.Random(seed)
         lines = []
         for _ in range(REAL_POINTS):
             x = sampler(rng)
@@ -190,6 +206,8 @@ def main():
             lines.append(" ".join([in_text(x)] + values))
         write(name, "x, then the exact value of each function of " + name, lines)
 
+    if only:
+        return
     mp.prec = 200
     rng = random.Random(2000)
     lines = []

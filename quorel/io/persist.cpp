@@ -74,10 +74,8 @@ void EncodeInt(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, c
 // Narrow integers go through single precision first; widening the single back is exact, so
 // the integer conversion sees the single's value.
 template <class I>
-void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s) {
-  kern::Convert(x, s.singles, n);
-  kern::Convert(s.singles, s.doubles, n);
-  kern::Convert(s.doubles, reinterpret_cast<I*>(out), n, rounding);
+void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch&) {
+  kern::ConvertViaSingle(x, reinterpret_cast<I*>(out), n, rounding);
 }
 
 template <void (*Compand)(const float*, uint8_t*, ptrdiff_t)>
@@ -234,25 +232,38 @@ void WriteBinaryValues(void* dst, const double* src, TPrecision precision, TRoun
   if (codec != nullptr && count > 0) EncodeInto(static_cast<uint8_t*>(dst), src, count, *codec, rounding);
 }
 
+namespace {
+
+// Decodes the values the stream holds, at most count; returns how many.
+ptrdiff_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec, ptrdiff_t count) {
+  // Only whole values that are there: nothing past the stream, no half-written element.
+  count = std::min<ptrdiff_t>(count, stream.Remaining() / codec.bytes);
+  if (count <= 0) return 0;
+  if (const void* at = stream.ReadInPlace(count * codec.bytes)) {
+    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, codec);
+    return count;
+  }
+  if (codec.decode == DecodeDouble) return static_cast<ptrdiff_t>(stream.ReadFully(dst, count * 8) / 8);
+  ptrdiff_t done = 0;
+  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+    const std::int64_t got = stream.ReadFully(s.bytes, n * codec.bytes) / codec.bytes;
+    codec.decode(s.bytes, dst + i, got, s);
+    done = i + got;
+    return got == n;
+  });
+  return done;
+}
+
+}  // namespace
+
 void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len) {
   const TCodec* codec = CodecOf(precision);
   if (codec == nullptr) return;
-  // Only whole values that are there: nothing past the stream, no half-written element.
-  const ptrdiff_t count = std::min<ptrdiff_t>(ValueCount(complex, len), stream.Remaining() / codec->bytes);
-  if (count <= 0) return;
-  if (const void* at = stream.ReadInPlace(count * codec->bytes)) {
-    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, *codec);
-    return;
-  }
-  if (precision == prDouble) {
-    stream.ReadFully(dst, count * 8);
-    return;
-  }
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    const std::int64_t got = stream.ReadFully(s.bytes, n * codec->bytes) / codec->bytes;
-    codec->decode(s.bytes, dst + i, got, s);
-    return got == n;
-  });
+  const ptrdiff_t count = ValueCount(complex, len);
+  const ptrdiff_t done = ReadAvailable(stream, dst, *codec, count);
+  // What the stream did not supply reads as zero, never as the storage's old bytes; a complete
+  // read touches nothing more.
+  if (done < count) std::fill(dst + done, dst + count, 0.0);
 }
 
 void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len) {

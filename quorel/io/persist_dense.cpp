@@ -1,5 +1,8 @@
 // Saving and loading shared by vectors and matrices: a header of the object's kind, then the
 // values in storage order (a matrix's rows lie back to back, LeadingCols being Cols).
+#include <algorithm>
+#include <cstddef>
+
 #include "quorel/objects/dense.h"
 #include "quorel/io/persist.h"
 #include "quorel/io/stream.h"
@@ -11,7 +14,13 @@ void TDenseQuorel::WriteValues(TQuorelStream& stream, TPrecision precision, TRou
 }
 
 void TDenseQuorel::ReadValues(TQuorelStream& stream, TPrecision precision) {
-  if (fLength > 0) ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
+  if (fLength <= 0) return;
+  // A block of an unknown precision supplies nothing: the values read as zero.
+  if (detail::BytesPerValue(precision) == 0) {
+    std::fill(fValues, fValues + (fComplex ? 2 * std::ptrdiff_t{fLength} : fLength), 0.0);
+    return;
+  }
+  ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
 }
 
 void TDenseQuorel::SaveToStream(TQuorelStream& stream) const {

@@ -1,9 +1,11 @@
 #include "quorel/objects/controller.h"
 #include "quorel/objects/detail/release_hooks.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <cstring>
+#include <thread>
 
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
@@ -61,6 +63,16 @@ void AllocateCacheMemory(void*& memory, std::vector<double*>& pointers, std::int
 }
 }  // namespace
 
+void TCacheLock::Wait() noexcept {
+  for (int spins = 0; held_.load(std::memory_order_relaxed); ++spins) {
+    if (spins < 64) {
+      __builtin_ia32_pause();
+    } else {
+      std::this_thread::yield();
+    }
+  }
+}
+
 TQuorelController::TQuorelController()
     : report_([](const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); }) {}
 
@@ -95,7 +107,7 @@ void TQuorelController::FreePool(detail::TPool<T>& pool) {
 
 template <class T>
 void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
-  std::lock_guard<std::mutex> hold(lock_);
+  std::lock_guard<TCacheLock> hold(lock_);
   FreePool(pool);
   pool.Elements = elements;
   AllocateCacheMemory(pool.Memory, pool.Pointers, count, elements);
@@ -159,22 +171,23 @@ void TQuorelController::Recollect(detail::TPool<T>& pool) {
   }
 }
 
+namespace {
+// Pooled objects destroyed at shut-down while still handed out; a FreeIt after shut-down finds
+// them here instead of destroying them twice. Never destroyed itself: it must outlive every
+// static object whose destructor might give a work object back.
+std::vector<const void*>& DestroyedWhileHandedOut() {
+  static auto* objects = new std::vector<const void*>();
+  return *objects;
+}
+}  // namespace
+
 template <class T>
 void TQuorelController::DetachPool(detail::TPool<T>& pool) {
-  // Handed-out objects are left alive for their holders; only the pool bookkeeping goes.
+  // Every pooled object goes with its pool, handed out or not: a leaked work object is reported
+  // once, as a CreateIt without FreeIt, and never again among the live ordinary objects.
   for (auto& e : pool.Entries) {
-    if (!e.Used) {
-      delete e.Object;
-    } else {
-      T* object = e.Object;
-      object->SetCacheSlot(-1, -1);
-      object->ReleaseMemory();
-      object->fMemory = nullptr;
-      object->fValues = nullptr;
-      object->fActualSize = 0;
-      object->fLength = 0;
-      if (!object->IsSubRange()) object->Clear();  // the shape follows the storage that is gone
-    }
+    if (e.Used) DestroyedWhileHandedOut().push_back(e.Object);
+    delete e.Object;
   }
   pool.Entries.clear();
   pool.Scratch.clear();
@@ -212,7 +225,7 @@ void TQuorelController::SetMtxConditionCheck(bool value) {
 }
 
 void TQuorelController::DestroyQuorelCache() {
-  std::lock_guard<std::mutex> hold(lock_);
+  std::lock_guard<TCacheLock> hold(lock_);
   if (vecs_.Used > 0)
     Report(kLeakPrefix + std::to_string(vecs_.Used) +
            " calls to CreateIt(TVec) without a matching call to FreeIt.");
@@ -237,7 +250,7 @@ namespace {
 // Takes the objects in argument order under the lock.
 template <class T, class... R>
 void CreateAll(T*& first, R*&... rest) {
-  std::lock_guard<std::mutex> hold(Controller->Lock());
+  std::lock_guard<TCacheLock> hold(Controller->Lock());
   Controller->CreateItx(first);
   (Controller->CreateItx(rest), ...);
 }
@@ -248,13 +261,14 @@ template <class T, class... R>
 void FreeAll(T*& first, R*&... rest) {
   std::array<T**, 1 + sizeof...(R)> objects{&first, &rest...};
   if (Controller == nullptr) {
+    const auto& gone = DestroyedWhileHandedOut();
     for (auto it = objects.rbegin(); it != objects.rend(); ++it) {
-      delete **it;
+      if (std::find(gone.begin(), gone.end(), **it) == gone.end()) delete **it;
       **it = nullptr;
     }
     return;
   }
-  std::lock_guard<std::mutex> hold(Controller->Lock());
+  std::lock_guard<TCacheLock> hold(Controller->Lock());
   for (auto it = objects.rbegin(); it != objects.rend(); ++it) Controller->FreeItx(**it);
 }
 }  // namespace

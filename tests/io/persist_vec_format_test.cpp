@@ -142,17 +142,26 @@ TEST(VecFormat, RefusalsChangeNothing) {
   EXPECT_EQ(v.Tag(), 0);
 }
 
-// A short values block fills what arrived and leaves the rest as it was.
+// A short values block fills what arrived and zeroes the rest, whatever the storage held.
 TEST(VecFormat, ShortValuesBlock) {
-  TBytes b = VecHeader(0, 3, 1, prInteger, 0);
-  PutCaption(b, "");
-  Put<std::int32_t>(b, {11, 22});
-  b.push_back(0x7F);  // a partial third value
-  TVec v = Real({-1, -1, -1});
-  TQuorelMemoryStream s(b);
-  v.LoadFromStream(s);
-  EXPECT_EQ(v[1], 22);
-  EXPECT_EQ(v[2], -1);
+  for (const TPrecision p : {prInteger, prDouble}) {
+    TBytes b = VecHeader(0, 300, 1, p, 0);
+    PutCaption(b, "");
+    if (p == prDouble) {
+      Put<double>(b, {11, 22});
+    } else {
+      Put<std::int32_t>(b, {11, 22});
+    }
+    b.push_back(0x7F);  // a partial third value
+    TVec v;
+    v.SetLength(300);
+    v.SetVal(-1);
+    TQuorelMemoryStream s(b);
+    v.LoadFromStream(s);
+    ASSERT_EQ(v.Length(), 300);
+    EXPECT_EQ(v[1], 22);
+    for (int i = 2; i < 300; ++i) ASSERT_EQ(v[i], 0) << "precision " << p << " element " << i;
+  }
 }
 
 }  // namespace

@@ -72,10 +72,12 @@ void ExpectWorst(const std::string& what, std::size_t n, Error error, double tol
 template <class F>
 void ForEachIsa(F body) {
   const TKernelIsa saved = KernelIsa();
-  for (TKernelIsa isa : {TKernelIsa::Sse2, TKernelIsa::Avx2Fma}) {
+  const std::pair<TKernelIsa, const char*> paths[] = {
+      {TKernelIsa::Sse2, " sse2"}, {TKernelIsa::Avx2Fma, " avx2"}, {TKernelIsa::Avx512, " avx512"}};
+  for (const auto& [isa, name] : paths) {
     if (!SetKernelIsa(isa)) continue;
     ASSERT_EQ(KernelIsa(), isa);
-    body(std::string(isa == TKernelIsa::Avx2Fma ? " avx2" : " sse2"));
+    body(std::string(name));
   }
   SetKernelIsa(saved);
 }
@@ -112,6 +114,7 @@ const Case kCases[] = {
     {"sinh", "sinh", 1, Unary(Sinh)},     {"cosh", "cosh", 1, Unary(Cosh)},       {"tanh", "tanh", 1, Unary(Tanh)},
     {"asinh", "asinh", 1, Unary(ArcSinh)}, {"acosh", "acosh", 1, Unary(ArcCosh)}, {"atanh", "atanh", 1, Unary(ArcTanh)},
     {"exp", "exp", 1, Unary(Exp)},        {"ln", "ln", 1, Unary(Ln)},             {"log10", "log10", 1, Unary(Log10)},
+    {"exp2", "exp2", 1, Unary(Exp2)},     {"exp10", "exp10", 1, Unary(Exp10)},    {"log2", "log2", 1, Unary(Log2)},
     {"cbrt", "cbrt", 1, Unary(Cbrt)},     {"invsqrt", "invsqrt", 1, Unary(InvSqrt)},
     {"invcbrt", "invcbrt", 1, Unary(InvCbrt)},
     {"pow", "pow", 2, [](const In& in, D* r, ptrdiff_t n) { Pow(in[0], in[1], r, n); }},
@@ -190,7 +193,8 @@ TEST(KernelsMath, SpecialValues) {
     double x, want;
   } cases[] = {
       {Sin, kInf, kNaN},      {ArcSin, 2.0, kNaN},     {Exp, 710.0, kInf},     {Ln, 0.0, -kInf},
-      {Ln, -1.0, kNaN},       {ArcCosh, 0.5, kNaN},    {ArcCosh, kInf, kInf},  {ArcSinh, -0.0, -0.0},
+      {Ln, -1.0, kNaN},       {Log2, 0.0, -kInf},      {Log2, -kInf, kNaN},    {Exp2, 1024.0, kInf},
+      {Exp10, -400.0, 0.0},   {ArcCosh, 0.5, kNaN},    {ArcCosh, kInf, kInf},  {ArcSinh, -0.0, -0.0},
       {ArcSinh, -kInf, -kInf}, {ArcSinh, kNaN, kNaN},  {InvSqrt, 4.0, 0.5},    {InvSqrt, 0.0, kInf},
       {InvSqrt, -0.0, -kInf}, {InvSqrt, -1.0, kNaN},   {InvSqrt, kInf, 0.0},   {InvCbrt, -8.0, -0.5},
       {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},

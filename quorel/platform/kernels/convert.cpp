@@ -32,6 +32,21 @@ QUOREL_KERNEL_INLINE void ToInt(const double* x, I* r, ptrdiff_t n, TRounding ro
   }
 }
 
+// Single precision, finite values beyond its range saturated to +-FLT_MAX.
+QUOREL_KERNEL_INLINE float ToSingle(double a) {
+  const double m = std::fabs(a);
+  return static_cast<float>(m > FLT_MAX && m <= DBL_MAX ? std::copysign(double{FLT_MAX}, a) : a);
+}
+
+template <class I>
+QUOREL_KERNEL_INLINE void ToIntViaSingle(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
+  if (rounding == rnRound) {
+    Map(x, r, n, [](double a) { return Saturate<I>(__builtin_roundeven(double{ToSingle(a)})); });
+  } else {
+    Map(x, r, n, [](double a) { return Saturate<I>(std::trunc(double{ToSingle(a)})); });
+  }
+}
+
 template <class S>
 QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
   Map(x, r, n, [](S a) { return static_cast<double>(a); });
@@ -39,37 +54,45 @@ QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
 
 }  // namespace
 
-QUOREL_KERNEL void Convert(const double* x, std::int32_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::int32_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, std::uint32_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint32_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
+QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
   ToInt(x, r, n, rounding);
 }
-QUOREL_KERNEL void Convert(const double* x, float* r, ptrdiff_t n) {
-  Map(x, r, n, [](double a) {
-    const double m = std::fabs(a);
-    return static_cast<float>(m > FLT_MAX && m <= DBL_MAX ? std::copysign(double{FLT_MAX}, a) : a);
-  });
+QUOREL_KERNEL_WIDE void Convert(const double* x, float* r, ptrdiff_t n) { Map(x, r, n, ToSingle); }
+
+QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
+  ToIntViaSingle(x, r, n, rounding);
+}
+QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
+  ToIntViaSingle(x, r, n, rounding);
+}
+QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
+  ToIntViaSingle(x, r, n, rounding);
+}
+QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
+  ToIntViaSingle(x, r, n, rounding);
 }
 
-QUOREL_KERNEL void Convert(const std::int32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const std::uint32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const std::int16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const std::uint16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const std::int8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const std::uint8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL void Convert(const float* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::int32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::uint32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::int16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::uint16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::int8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const std::uint8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+QUOREL_KERNEL_WIDE void Convert(const float* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
 
 }  // namespace quorel::kern

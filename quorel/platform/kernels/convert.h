@@ -24,6 +24,13 @@ void Convert(const double* x, std::uint8_t* r, std::ptrdiff_t n, TRounding round
 /// infinities and NaN stay what they are.
 void Convert(const double* x, float* r, std::ptrdiff_t n);
 
+/// To narrow integers through single precision in one pass: the integer conversion sees the
+/// value the double has as a single (saturated as above), then rounds and saturates as above.
+void ConvertViaSingle(const double* x, std::int16_t* r, std::ptrdiff_t n, TRounding rounding);
+void ConvertViaSingle(const double* x, std::uint16_t* r, std::ptrdiff_t n, TRounding rounding);
+void ConvertViaSingle(const double* x, std::int8_t* r, std::ptrdiff_t n, TRounding rounding);
+void ConvertViaSingle(const double* x, std::uint8_t* r, std::ptrdiff_t n, TRounding rounding);
+
 /// Back to double; exact for every source type.
 void Convert(const std::int32_t* x, double* r, std::ptrdiff_t n);
 void Convert(const std::uint32_t* x, double* r, std::ptrdiff_t n);

@@ -9,6 +9,9 @@
 
 // One clone for AVX2 and one for the x86-64 baseline, chosen once by the dynamic loader.
 #define QUOREL_KERNEL __attribute__((target_clones("avx2", "default")))
+// Element-wise arithmetic and conversions also get an AVX-512 clone: the loads and stores of
+// arrays held in the second-level cache and beyond go at twice the width.
+#define QUOREL_KERNEL_WIDE __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 // Marks kernels built for the baseline only: complex values combined with a real operand or
 // across their parts run fastest one value per 128-bit vector; the 256-bit code the compiler
 // makes for them spends more on shuffles than it saves (measured up to 1.5x slower).

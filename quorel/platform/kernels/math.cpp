@@ -7,21 +7,31 @@
 #include <cmath>
 #include <cstring>
 
-// sleef.h declares its 256-bit entry points only to translation units compiled for AVX. This
-// one is compiled for the baseline and calls them only from functions built for AVX2.
+// sleef.h declares its 256- and 512-bit entry points only to translation units compiled for AVX
+// and AVX-512F. This one is compiled for the baseline and calls them only from functions built
+// for AVX2 or AVX-512.
 #ifndef __AVX__
 #define __AVX__ 1
 #define QUOREL_SLEEF_AVX_FORCED
+#endif
+#ifndef __AVX512F__
+#define __AVX512F__ 1
+#define QUOREL_SLEEF_AVX512_FORCED
 #endif
 #include <sleef.h>
 #ifdef QUOREL_SLEEF_AVX_FORCED
 #undef __AVX__
 #undef QUOREL_SLEEF_AVX_FORCED
 #endif
+#ifdef QUOREL_SLEEF_AVX512_FORCED
+#undef __AVX512F__
+#undef QUOREL_SLEEF_AVX512_FORCED
+#endif
 
 #include "quorel/core/constants.h"
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/detail/math_avx512.h"
 #include "quorel/platform/kernels/loops.h"
 
 // A block body must be inlined into the clone that calls it: a 256-bit vector crossing a call
@@ -41,10 +51,30 @@ namespace {
 
 // SLEEF functions of one argument, in the order of Simd<W>::kFn1.
 enum Fn1 { kSin, kCos, kTan, kASin, kACos, kATan, kSinh, kCosh, kTanh, kASinh, kACosh, kATanh,
-           kExp, kLn, kLog10, kCbrt };
+           kExp, kLn, kLog10, kCbrt, kExp2, kExp10, kLog2 };
 
 template <int W>
 struct Simd;
+
+template <>
+struct Simd<8> {
+  using V = __m512d;
+  using Index = long long __attribute__((vector_size(64)));
+  // SLEEF's AVX-512F entry points; 1.0-ulp variants.
+  static constexpr decltype(&Sleef_sind8_u10) kFn1[] = {
+      Sleef_sind8_u10,   Sleef_cosd8_u10,   Sleef_tand8_u10,   Sleef_asind8_u10,
+      Sleef_acosd8_u10,  Sleef_atand8_u10,  Sleef_sinhd8_u10,  Sleef_coshd8_u10,
+      Sleef_tanhd8_u10,  Sleef_asinhd8_u10, Sleef_acoshd8_u10, Sleef_atanhd8_u10,
+      Sleef_expd8_u10,   Sleef_logd8_u10,   Sleef_log10d8_u10, Sleef_cbrtd8_u10,
+      Sleef_exp2d8_u10,  Sleef_exp10d8_u10, Sleef_log2d8_u10};
+  static constexpr auto SinCos = Sleef_sincosd8_u10;
+  static constexpr auto ATan2 = Sleef_atan2d8_u10;
+  static constexpr auto Pow = Sleef_powd8_u10;
+  static V Even(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{0, 2, 4, 6, 8, 10, 12, 14}); }
+  static V Odd(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{1, 3, 5, 7, 9, 11, 13, 15}); }
+  static V Lo(V re, V im) QUOREL_BLOCK_INLINE { return __builtin_shuffle(re, im, Index{0, 8, 1, 9, 2, 10, 3, 11}); }
+  static V Hi(V re, V im) QUOREL_BLOCK_INLINE { return __builtin_shuffle(re, im, Index{4, 12, 5, 13, 6, 14, 7, 15}); }
+};
 
 template <>
 struct Simd<4> {
@@ -55,7 +85,8 @@ struct Simd<4> {
       Sleef_sind4_u10,   Sleef_cosd4_u10,   Sleef_tand4_u10,   Sleef_asind4_u10,
       Sleef_acosd4_u10,  Sleef_atand4_u10,  Sleef_sinhd4_u10,  Sleef_coshd4_u10,
       Sleef_tanhd4_u10,  Sleef_asinhd4_u10, Sleef_acoshd4_u10, Sleef_atanhd4_u10,
-      Sleef_expd4_u10,   Sleef_logd4_u10,   Sleef_log10d4_u10, Sleef_cbrtd4_u10};
+      Sleef_expd4_u10,   Sleef_logd4_u10,   Sleef_log10d4_u10, Sleef_cbrtd4_u10,
+      Sleef_exp2d4_u10,  Sleef_exp10d4_u10, Sleef_log2d4_u10};
   static constexpr auto SinCos = Sleef_sincosd4_u10;
   static constexpr auto ATan2 = Sleef_atan2d4_u10;
   static constexpr auto Pow = Sleef_powd4_u10;
@@ -74,7 +105,8 @@ struct Simd<2> {
       Sleef_sind2_u10,   Sleef_cosd2_u10,   Sleef_tand2_u10,   Sleef_asind2_u10,
       Sleef_acosd2_u10,  Sleef_atand2_u10,  Sleef_sinhd2_u10,  Sleef_coshd2_u10,
       Sleef_tanhd2_u10,  Sleef_asinhd2_u10, Sleef_acoshd2_u10, Sleef_atanhd2_u10,
-      Sleef_expd2_u10,   Sleef_logd2_u10,   Sleef_log10d2_u10, Sleef_cbrtd2_u10};
+      Sleef_expd2_u10,   Sleef_logd2_u10,   Sleef_log10d2_u10, Sleef_cbrtd2_u10,
+      Sleef_exp2d2_u10,  Sleef_exp10d2_u10, Sleef_log2d2_u10};
   static constexpr auto SinCos = Sleef_sincosd2_u10;
   static constexpr auto ATan2 = Sleef_atan2d2_u10;
   static constexpr auto Pow = Sleef_powd2_u10;
@@ -185,12 +217,18 @@ using Out2 = std::array<double*, 2>;
 
 TKernelIsa DetectIsa() {
   __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? TKernelIsa::Avx2Fma
-                                                                         : TKernelIsa::Sse2;
+  const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+  if (avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
+    return TKernelIsa::Avx512;
+  return avx2 ? TKernelIsa::Avx2Fma : TKernelIsa::Sse2;
 }
 // Set while the library loads; a kernel called before that runs the SSE2 path.
 TKernelIsa g_isa = DetectIsa();
 
+template <class Op, class... A>
+[[gnu::target("avx512f,avx512dq,avx512vl,avx2,fma")]] void RunAvx512(A... a) {
+  Op::template Run<8>(a...);
+}
 template <class Op, class... A>
 [[gnu::target("avx2,fma")]] void RunAvx2(A... a) {
   Op::template Run<4>(a...);
@@ -202,7 +240,9 @@ void RunSse2(A... a) {
 // Calls Op::Run<W> built for the selected instruction set.
 template <class Op, class... A>
 void Run(A... a) {
-  if (g_isa == TKernelIsa::Avx2Fma) {
+  if (g_isa == TKernelIsa::Avx512) {
+    RunAvx512<Op>(a...);
+  } else if (g_isa == TKernelIsa::Avx2Fma) {
     RunAvx2<Op>(a...);
   } else {
     RunSse2<Op>(a...);
@@ -253,6 +293,32 @@ struct LogOfTwiceForLargeOp {
   }
 };
 
+// --- our own log, exp and pow on the AVX-512 path ---------------------------------------------
+// SLEEF's 1-ulp log, pow, sinh and cosh are the slowest of its functions; ours (math_avx512.cpp)
+// reach about 0.5 ulp with table lookups and short polynomials. The other paths keep SLEEF.
+
+template <Fn1 F>
+constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
+                                  : F == kLog2  ? detail::TFastFn::Log2
+                                  : F == kLog10 ? detail::TFastFn::Log10
+                                  : F == kExp   ? detail::TFastFn::Exp
+                                  : F == kExp2  ? detail::TFastFn::Exp2
+                                  : F == kExp10 ? detail::TFastFn::Exp10
+                                  : F == kSinh  ? detail::TFastFn::Sinh
+                                                : detail::TFastFn::Cosh;
+
+template <Fn1 F>
+struct FastUnaryOp {
+  template <int W>
+  QUOREL_KERNEL_INLINE static void Run(const double* x, double* r, ptrdiff_t n) {
+    if constexpr (W == 8) {
+      detail::FastUnaryAvx512(kFast<F>, x, r, n);
+    } else {
+      UnaryOp<F>::template Run<W>(x, r, n);
+    }
+  }
+};
+
 struct ATan2Op {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const double* y, const double* x, double* r, ptrdiff_t n) {
@@ -265,6 +331,10 @@ struct ATan2Op {
 struct PowOp {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const double* a, const double* b, double* r, ptrdiff_t n) {
+    if constexpr (W == 8) {
+      detail::FastPowAvx512(a, b, r, n);
+      return;
+    }
     Drive<W>(In2{a, b}, {1, 1}, Out1{r}, {1}, n, [](const In2& s, const Out1& d) QUOREL_BLOCK_INLINE {
       Store<W>(d[0], Simd<W>::Pow(Load<W>(s[0]), Load<W>(s[1])));
     });
@@ -274,6 +344,10 @@ struct PowOp {
 struct PowxOp {
   template <int W>
   QUOREL_KERNEL_INLINE static void Run(const double* x, double v, double* r, ptrdiff_t n) {
+    if constexpr (W == 8) {
+      detail::FastPowxAvx512(x, v, r, n);
+      return;
+    }
     const Vec<W> e = Splat<W>(v);
     Drive<W>(In1{x}, {1}, Out1{r}, {1}, n, [e](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
       Store<W>(d[0], Simd<W>::Pow(Load<W>(s[0]), e));
@@ -434,7 +508,7 @@ struct PolarToCartOp {
 TKernelIsa KernelIsa() { return g_isa; }
 
 bool SetKernelIsa(TKernelIsa isa) {
-  if (isa == TKernelIsa::Avx2Fma && DetectIsa() != TKernelIsa::Avx2Fma) return false;
+  if (static_cast<int>(isa) > static_cast<int>(DetectIsa())) return false;
   g_isa = isa;
   return true;
 }
@@ -447,16 +521,19 @@ void ArcSin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kASin>>(x, r,
 void ArcCos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kACos>>(x, r, n); }
 void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kATan>>(x, r, n); }
 void ArcTan2(const double* y, const double* x, double* r, ptrdiff_t n) { Run<ATan2Op>(y, x, r, n); }
-void Sinh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kSinh>>(x, r, n); }
-void Cosh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kCosh>>(x, r, n); }
+void Sinh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSinh>>(x, r, n); }
+void Cosh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCosh>>(x, r, n); }
 void Tanh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTanh>>(x, r, n); }
 void SinhCosh(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinhCoshOp>(x, s, c, n); }
 void ArcSinh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kASinh>>(x, r, n); }
 void ArcCosh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kACosh>>(x, r, n); }
 void ArcTanh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kATanh>>(x, r, n); }
-void Exp(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kExp>>(x, r, n); }
-void Ln(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kLn>>(x, r, n); }
-void Log10(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kLog10>>(x, r, n); }
+void Exp(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kExp>>(x, r, n); }
+void Ln(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kLn>>(x, r, n); }
+void Log10(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kLog10>>(x, r, n); }
+void Exp2(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kExp2>>(x, r, n); }
+void Exp10(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kExp10>>(x, r, n); }
+void Log2(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kLog2>>(x, r, n); }
 void Pow(const double* a, const double* b, double* r, ptrdiff_t n) { Run<PowOp>(a, b, r, n); }
 void Powx(const double* x, double v, double* r, ptrdiff_t n) { Run<PowxOp>(x, v, r, n); }
 void Cbrt(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kCbrt>>(x, r, n); }

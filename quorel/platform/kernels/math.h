@@ -6,8 +6,8 @@
 // small relative error (below 8 eps in the tests), except where a formula loses
 // accuracy by design: sinh and cosh of a complex value's part come from one exponential and its
 // reciprocal, so sinh of a part near 0 has an absolute rather than a relative error of a few eps.
-// The AVX2+FMA code path is chosen at first use when the processor has both, else the
-// SSE2 path; both give results of the same accuracy.
+// The widest code path the processor has is chosen when the library loads: AVX-512 (F and
+// DQ), else AVX2+FMA, else SSE2; all give results of the same accuracy.
 
 #include <cstddef>
 
@@ -40,8 +40,12 @@ void ArcCosh(const double* x, double* r, std::ptrdiff_t n);
 void ArcTanh(const double* x, double* r, std::ptrdiff_t n);
 /// e^x.
 void Exp(const double* x, double* r, std::ptrdiff_t n);
-/// Natural and decimal logarithms (-inf at 0, NaN below).
+/// 2^x and 10^x (not e^(x ln 2): the rounded product would cost up to |x| ulps).
+void Exp2(const double* x, double* r, std::ptrdiff_t n);
+void Exp10(const double* x, double* r, std::ptrdiff_t n);
+/// Natural, binary and decimal logarithms (-inf at 0, NaN below).
 void Ln(const double* x, double* r, std::ptrdiff_t n);
+void Log2(const double* x, double* r, std::ptrdiff_t n);
 void Log10(const double* x, double* r, std::ptrdiff_t n);
 /// a^b element by element.
 void Pow(const double* a, const double* b, double* r, std::ptrdiff_t n);
@@ -77,7 +81,7 @@ void CartToPolar(const TCplx* x, double* mag, double* phase, std::ptrdiff_t n);
 void PolarToCart(const double* mag, const double* phase, TCplx* r, std::ptrdiff_t n);
 
 /// Instruction sets of the transcendental kernels.
-enum class TKernelIsa { Sse2, Avx2Fma };
+enum class TKernelIsa { Sse2, Avx2Fma, Avx512 };
 /// The code path in use.
 TKernelIsa KernelIsa();
 /// Forces a code path, for tests and benchmarks (not thread-safe); false when the processor

@@ -1,0 +1,327 @@
+// Our own vector logarithm, exponential and power, AVX-512. Everything in this file is built for
+// AVX-512 (and called only when the processor has it): the FMA and gather intrinsics could not
+// be inlined into code built for the baseline.
+//
+// log: x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
+// subinterval of z; r = z/c - 1 is formed exactly as a pair of doubles (|r| <= 2^-6), and
+// log(1 + r) = r - r^2/2 + r^3 P(r). The sum k ln 2 + log c + log(1 + r) is
+// carried as a pair of doubles, accurate to about 2^-66 relative for pow (so that it can
+// multiply it by y without losing the last bits; P then has degree 9, else 6).
+// exp: a = (m + j/32) ln 2 + r with |r| <= ln 2 / 64; 2^(j/32) from a 32-entry table as a pair
+// of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
+// The tables are looked up with two-register permutes: gathers are far slower on some
+// processors with AVX-512.
+// Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
+// arguments; results near overflow or underflow) take SLEEF's 1-ulp value instead.
+#pragma GCC target("avx512f,avx512dq,avx512vl,avx2,fma")
+// Vectors cross no boundary to baseline code here; the compiler's shift intrinsics leave a
+// deliberately undefined source operand it then warns about.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+#include "quorel/platform/kernels/detail/math_avx512.h"
+
+#include <immintrin.h>
+
+#include <cstdint>
+
+#ifndef __AVX512F__
+#define __AVX512F__ 1
+#define QUOREL_SLEEF_AVX512_FORCED
+#endif
+#include <sleef.h>
+#ifdef QUOREL_SLEEF_AVX512_FORCED
+#undef __AVX512F__
+#undef QUOREL_SLEEF_AVX512_FORCED
+#endif
+
+#include "quorel/platform/kernels/detail/math_tables.h"
+
+namespace quorel::kern::detail {
+
+namespace {
+
+using std::ptrdiff_t;
+using V = __m512d;
+using I = __m512i;
+using M = __mmask8;
+
+#define QUOREL_AVX512_INLINE [[gnu::always_inline]] inline
+
+QUOREL_AVX512_INLINE V Set(double v) { return _mm512_set1_pd(v); }
+QUOREL_AVX512_INLINE V Fma(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
+// t[i] for a 32-entry table t and indices i < 32.
+QUOREL_AVX512_INLINE V Lookup32(const double* t, I i) {
+  const V lo = _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
+  const V hi = _mm512_permutex2var_pd(_mm512_loadu_pd(t + 16), i, _mm512_loadu_pd(t + 24));
+  return _mm512_mask_blend_pd(_mm512_test_epi64_mask(i, _mm512_set1_epi64(16)), lo, hi);
+}
+static_assert(kLogTableBits == 5 && kExpTableBits == 5, "Lookup32 reads 32-entry tables");
+
+// An unevaluated sum hi + lo.
+struct Pair {
+  V hi, lo;
+};
+// a + b as a pair when |a| >= |b| or a = 0.
+QUOREL_AVX512_INLINE Pair FastTwoSum(V a, V b) {
+  const V s = a + b;
+  return {s, b - (s - a)};
+}
+QUOREL_AVX512_INLINE Pair TwoSum(V a, V b) {
+  const V s = _mm512_add_pd(a, b);
+  const V bb = _mm512_sub_pd(s, a);
+  return {s, _mm512_add_pd(_mm512_sub_pd(a, _mm512_sub_pd(s, bb)), _mm512_sub_pd(b, bb))};
+}
+
+// ln 2 with 42 significant bits (k ln2Hi is exact for every exponent k) and the rest.
+constexpr double kLn2Hi = 0x1.62e42fefa3800p-1, kLn2Lo = 0x1.ef35793c76730p-45;
+// Adding 0x1.8p52 rounds a double below 2^51 to an integer held in the low bits.
+constexpr double kShifter = 0x1.8p52;
+// ln 2, ln 10, 1/ln 2 and 1/ln 10 as high and low parts.
+constexpr double kLn2 = 0x1.62e42fefa39efp-1, kLn2Rest = 0x1.abc9e3b39803fp-56;
+constexpr double kLn10 = 0x1.26bb1bbb55516p+1, kLn10Rest = -0x1.f48ad494ea3e9p-53;
+constexpr double kInvLn2 = 0x1.71547652b82fep+0, kInvLn2Rest = 0x1.777d0ffda0d24p-56;
+constexpr double kInvLn10 = 0x1.bcb7b1526e50ep-2, kInvLn10Rest = 0x1.95355baaafad3p-57;
+
+// log x as a normalised pair for positive, normal, finite x (other lanes give garbage). For pow
+// (kForPow) the polynomial is 3 terms longer: y log x needs the pair good to 2^-66 relative; a
+// logarithm alone needs 2^-58.
+template <bool kForPow>
+QUOREL_AVX512_INLINE Pair LogPair(V x) {
+  constexpr int kShift = 52 - kLogTableBits;
+  const I ix = _mm512_castpd_si512(x);
+  const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLogOffset)));
+  const I i = _mm512_and_si512(_mm512_srli_epi64(tmp, kShift), _mm512_set1_epi64((1 << kLogTableBits) - 1));
+  const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
+  const V z = _mm512_castsi512_pd(
+      _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
+  const V invc = Lookup32(kLogInvC, i);
+  const V ch = Lookup32(kLogCHi, i);
+  const V cl = Lookup32(kLogCLo, i);
+  // For pow, r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding
+  // error. A logarithm alone takes r rounded once: at most 1/4 ulp of the result where c != 1
+  // (there |log x| >= 4 |r|), exact where c = 1.
+  Pair r;
+  V r2e = _mm512_setzero_pd();
+  if constexpr (kForPow) {
+    const V p = _mm512_mul_pd(z, invc);
+    const V pe = Fma(z, invc, -p);
+    r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
+  } else {
+    r = {Fma(z, invc, Set(-1.0)), _mm512_setzero_pd()};
+  }
+  const V r2 = r.hi * r.hi;
+  if constexpr (kForPow) r2e = Fma(r.hi, r.hi, -r2);
+  const V half = -0.5 * r2;  // exact
+  const V bh = r.hi + half;  // |r| > r^2/2
+  const V bl = (r.hi - bh) + half;
+  // k ln 2 is 0 or larger than any log c; log c is 0 (c = 1) or larger than r in every subinterval.
+  const Pair a = FastTwoSum(kd * kLn2Hi, ch);
+  const Pair s = FastTwoSum(a.hi, bh);
+  V poly;
+  if constexpr (kForPow) {
+    poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
+    poly = Fma(r.hi, poly, Set(-1.0 / 10));
+    poly = Fma(r.hi, poly, Set(1.0 / 9));
+  } else {
+    poly = Set(1.0 / 9);
+  }
+  poly = Fma(r.hi, poly, Set(-1.0 / 8));
+  poly = Fma(r.hi, poly, Set(1.0 / 7));
+  poly = Fma(r.hi, poly, Set(-1.0 / 6));
+  poly = Fma(r.hi, poly, Set(1.0 / 5));
+  poly = Fma(r.hi, poly, Set(-1.0 / 4));
+  poly = Fma(r.hi, poly, Set(1.0 / 3));
+  // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
+  V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly;
+  if constexpr (kForPow) lo += Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e;
+  const V hi = s.hi + lo;
+  return {hi, lo - (hi - s.hi)};
+}
+
+// Lanes where LogPair does not apply: below the normal range, infinite or NaN.
+QUOREL_AVX512_INLINE M LogOutside(V x) {
+  return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
+}
+
+// e^(a + b) = 2^m 2^(j/32) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
+// value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
+constexpr double kExpFastMax = 707.0;
+struct ExpParts {
+  V th, tl, q;
+  I ki;
+};
+QUOREL_AVX512_INLINE ExpParts ExpSplit(V a, V b) {
+  constexpr double kInvLn2N = 0x1.71547652b82fep+5;  // 32 / ln 2
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
+  const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
+  const I ki = _mm512_castpd_si512(kd0);
+  const V kd = kd0 - kShifter;
+  V r = Fma(kd, Set(-kLn2NHi), a);
+  r = Fma(kd, Set(-kLn2NLo), r) + b;
+  const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
+  V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
+  poly = Fma(r, poly, Set(1.0 / 720));
+  poly = Fma(r, poly, Set(1.0 / 120));
+  poly = Fma(r, poly, Set(1.0 / 24));
+  poly = Fma(r, poly, Set(1.0 / 6));
+  poly = Fma(r, poly, Set(0.5));
+  return {Lookup32(kExp2Hi, j), Lookup32(kExp2Lo, j), Fma(r * r, poly, r), ki};
+}
+
+// e^(a + b), rounded once (other lanes than ExpSplit's give garbage).
+QUOREL_AVX512_INLINE V ExpOf(V a, V b) {
+  const ExpParts p = ExpSplit(a, b);
+  const V e = p.th + Fma(p.th, p.q, p.tl);
+  // 2^m into the exponent field; the shifter's own bits leave through the top.
+  const I scale = _mm512_slli_epi64(_mm512_srai_epi64(p.ki, kExpTableBits), 52);
+  return _mm512_castsi512_pd(_mm512_add_epi64(_mm512_castpd_si512(e), scale));
+}
+
+QUOREL_AVX512_INLINE M ExpOutside(V a) {
+  return _mm512_cmp_pd_mask(_mm512_abs_pd(a), Set(kExpFastMax), _CMP_NLE_UQ);
+}
+
+// e^a as a pair, without the last rounding.
+QUOREL_AVX512_INLINE Pair ExpPair(V a) {
+  const ExpParts p = ExpSplit(a, _mm512_setzero_pd());
+  // 2^m as a double (a normal one for |a| <= kExpFastMax): it scales the low part too.
+  const V scale = _mm512_castsi512_pd(_mm512_slli_epi64(
+      _mm512_add_epi64(_mm512_srai_epi64(p.ki, kExpTableBits), _mm512_set1_epi64(1023)), 52));
+  const Pair e = FastTwoSum(p.th, Fma(p.th, p.q, p.tl));
+  return {e.hi * scale, e.lo * scale};
+}
+
+// cosh x = (e^|x| + e^-|x|) / 2 and sinh x = (e^|x| - e^-|x|) / 2 from one exponential and its
+// reciprocal as pairs, rounded once; sinh below |x| = 1/2 by its odd series (8 terms) instead of the difference.
+template <bool kSinh>
+QUOREL_AVX512_INLINE V Hyperbolic(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Pair e = ExpPair(a);
+  // e^-|x| as the reciprocal pair: one division and a correction step.
+  const V r0 = 1.0 / e.hi;
+  const Pair f = {r0, r0 * (Fma(-e.hi, r0, Set(1.0)) - e.lo * r0)};
+  V y;
+  if constexpr (kSinh) {
+    const Pair d = FastTwoSum(e.hi, -f.hi);
+    y = (d.hi + (d.lo + e.lo - f.lo)) * 0.5;
+    const V x2 = x * x;
+    V p = Fma(x2, Set(1.0 / 355687428096000.0), Set(1.0 / 1307674368000.0));
+    p = Fma(x2, p, Set(1.0 / 6227020800.0));
+    p = Fma(x2, p, Set(1.0 / 39916800.0));
+    p = Fma(x2, p, Set(1.0 / 362880.0));
+    p = Fma(x2, p, Set(1.0 / 5040.0));
+    p = Fma(x2, p, Set(1.0 / 120.0));
+    p = Fma(x2, p, Set(1.0 / 6.0));
+    const V small = Fma(a * x2, p, a);
+    y = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ), y, small);
+    // The sign of x (odd function).
+    y = _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
+                                            _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+  } else {
+    const Pair s = FastTwoSum(e.hi, f.hi);
+    y = (s.hi + (s.lo + e.lo + f.lo)) * 0.5;
+  }
+  const M out = ExpOutside(a);
+  if (out) y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
+  return y;
+}
+
+// hi + lo times c = chi + clo, rounded once.
+QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
+  const V p = v.hi * chi;
+  const V pe = Fma(v.hi, Set(chi), -p);
+  return p + (pe + Fma(v.hi, Set(clo), v.lo * chi));
+}
+
+template <TFastFn F>
+QUOREL_AVX512_INLINE V Unary(V x) {
+  if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
+    return Hyperbolic<F == TFastFn::Sinh>(x);
+  } else if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
+    const Pair l = LogPair<false>(x);
+    V y = l.hi;
+    if constexpr (F == TFastFn::Log2) y = TimesPair(l, kInvLn2, kInvLn2Rest);
+    if constexpr (F == TFastFn::Log10) y = TimesPair(l, kInvLn10, kInvLn10Rest);
+    const M out = LogOutside(x);
+    if (out) {
+      const V s = F == TFastFn::Ln ? Sleef_logd8_u10(x) : F == TFastFn::Log2 ? Sleef_log2d8_u10(x) : Sleef_log10d8_u10(x);
+      y = _mm512_mask_blend_pd(out, y, s);
+    }
+    return y;
+  } else {
+    V a = x, b = _mm512_setzero_pd();
+    if constexpr (F != TFastFn::Exp) {
+      // The argument times ln 2 or ln 10 as a pair.
+      const double chi = F == TFastFn::Exp2 ? kLn2 : kLn10, clo = F == TFastFn::Exp2 ? kLn2Rest : kLn10Rest;
+      a = x * chi;
+      b = Fma(x, Set(chi), -a) + x * clo;
+    }
+    V y = ExpOf(a, b);
+    const M out = ExpOutside(a);
+    if (out) {
+      const V s = F == TFastFn::Exp ? Sleef_expd8_u10(x) : F == TFastFn::Exp2 ? Sleef_exp2d8_u10(x) : Sleef_exp10d8_u10(x);
+      y = _mm512_mask_blend_pd(out, y, s);
+    }
+    return y;
+  }
+}
+
+// x^y = e^(y log x) with log x as a pair of doubles.
+QUOREL_AVX512_INLINE V PowOf(V x, V y) {
+  const Pair l = LogPair<true>(x);
+  const V a = y * l.hi;
+  const V b = Fma(y, l.hi, -a) + y * l.lo;
+  V p = ExpOf(a, b);
+  const M out = LogOutside(x) | ExpOutside(a);
+  if (out) p = _mm512_mask_blend_pd(out, p, Sleef_powd8_u10(x, y));
+  return p;
+}
+
+// Runs f on blocks of 8; the tail reads 1.0 in its unused lanes and writes only its own.
+template <class F>
+QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
+  ptrdiff_t i = 0;
+  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, f(_mm512_loadu_pd(x + i)));
+  if (i < n) {
+    const M m = static_cast<M>((1u << (n - i)) - 1);
+    _mm512_mask_storeu_pd(r + i, m, f(_mm512_mask_loadu_pd(Set(1.0), m, x + i)));
+  }
+}
+
+template <TFastFn F>
+void UnaryLoop(const double* x, double* r, ptrdiff_t n) {
+  Blocks1(x, r, n, [](V v) { return Unary<F>(v); });
+}
+
+}  // namespace
+
+void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
+  switch (f) {
+    case TFastFn::Ln: return UnaryLoop<TFastFn::Ln>(x, r, n);
+    case TFastFn::Log2: return UnaryLoop<TFastFn::Log2>(x, r, n);
+    case TFastFn::Log10: return UnaryLoop<TFastFn::Log10>(x, r, n);
+    case TFastFn::Exp: return UnaryLoop<TFastFn::Exp>(x, r, n);
+    case TFastFn::Exp2: return UnaryLoop<TFastFn::Exp2>(x, r, n);
+    case TFastFn::Exp10: return UnaryLoop<TFastFn::Exp10>(x, r, n);
+    case TFastFn::Sinh: return UnaryLoop<TFastFn::Sinh>(x, r, n);
+    case TFastFn::Cosh: return UnaryLoop<TFastFn::Cosh>(x, r, n);
+  }
+}
+
+void FastPowAvx512(const double* a, const double* b, double* r, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, PowOf(_mm512_loadu_pd(a + i), _mm512_loadu_pd(b + i)));
+  if (i < n) {
+    const M m = static_cast<M>((1u << (n - i)) - 1);
+    const V p = PowOf(_mm512_mask_loadu_pd(Set(1.0), m, a + i), _mm512_mask_loadu_pd(Set(1.0), m, b + i));
+    _mm512_mask_storeu_pd(r + i, m, p);
+  }
+}
+
+void FastPowxAvx512(const double* x, double v, double* r, ptrdiff_t n) {
+  const V e = Set(v);
+  Blocks1(x, r, n, [e](V b) { return PowOf(b, e); });
+}
+
+}  // namespace quorel::kern::detail

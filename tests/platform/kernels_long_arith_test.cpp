@@ -1,0 +1,41 @@
+// Real arithmetic on arrays past the caches, where results are stored around them: every
+// element, at every start offset of the destination within a cache line, in place too.
+#include <vector>
+
+#include "kernel_test_support.h"
+#include "quorel/platform/kernels/arith.h"
+
+namespace quorel::kern::test {
+namespace {
+
+TEST(KernelsLongArith, EveryElementAtEveryDestinationOffset) {
+  constexpr ptrdiff_t n = (ptrdiff_t{1} << 20) + 13;
+  std::vector<D> a(n), b(n);
+  std::mt19937_64 rng(5);
+  std::uniform_real_distribution<D> u(-4, 4);
+  for (ptrdiff_t i = 0; i < n; ++i) a[i] = u(rng), b[i] = u(rng);
+  b[7] = 0.0;  // a quotient by zero
+  std::vector<D> out(n + 8);
+  const struct {
+    void (*kernel)(const D*, const D*, D*, ptrdiff_t);
+    D (*want)(D, D);
+  } ops[] = {{Add, [](D x, D y) { return x + y; }},
+             {Sub, [](D x, D y) { return x - y; }},
+             {Mul, [](D x, D y) { return x * y; }},
+             {Div, [](D x, D y) { return x / y; }}};
+  for (const auto& op : ops) {
+    for (ptrdiff_t offset : {0, 1, 3, 7}) {
+      D* r = out.data() + offset;
+      out[offset + n] = 12345;  // one past the end stays
+      op.kernel(a.data(), b.data(), r, n);
+      for (ptrdiff_t i = 0; i < n; ++i) ASSERT_TRUE(Same(r[i], op.want(a[i], b[i]))) << "offset " << offset << " at " << i;
+      ASSERT_EQ(out[offset + n], 12345);
+    }
+    std::vector<D> inPlace = a;
+    op.kernel(inPlace.data(), b.data(), inPlace.data(), n);
+    for (ptrdiff_t i = 0; i < n; ++i) ASSERT_TRUE(Same(inPlace[i], op.want(a[i], b[i]))) << "in place at " << i;
+  }
+}
+
+}  // namespace
+}  // namespace quorel::kern::test
