@@ -172,6 +172,7 @@ int main() {
   Matrices();
   Persistence();
   TourSignal();
+  TourProbabilities();
   TourRandom();
   TourSpecial();
   TourOptim();

@@ -3,6 +3,7 @@
 
 #include "quorel/objects/vec.h"
 #include "quorel/stats/probabilities.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

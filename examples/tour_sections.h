@@ -2,6 +2,7 @@
 // One section of the tour per subsystem; each lives in its own tour_<subsystem>.cpp.
 
 void TourSignal();
+void TourProbabilities();
 void TourRandom();
 void TourSpecial();
 void TourOptim();

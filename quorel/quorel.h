@@ -19,5 +19,6 @@
 // Subsystems.
 #include "quorel/signal/signal.h"
 #include "quorel/optim/optimization.h"
+#include "quorel/stats/probabilities.h"
 #include "quorel/stats/random_streams.h"
 #include "quorel/special/special_funcs.h"
