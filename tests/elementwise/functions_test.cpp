@@ -141,6 +141,10 @@ TEST(Thresholds, LevelsAndMessages) {
   EXPECT_TRUE(b.IsEqual(Real({-5, 0, 5})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.ThresholdGT_LT(1, 0, 0, 0); }),
             "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  // The level check is one of the checks ConditionCheck switches off.
+  b.SetConditionCheck(false);
+  b.ThresholdGT_LT(Real({-2, 0, 2}), 1, -5, 0, 5);
+  EXPECT_EQ(b.Length(), 3);
   TVec c = Cplx({{3, 4}, {0.3, 0.4}});
   c.ThreshTop(1);  // modulus limited, phase kept
   EXPECT_TRUE(c.IsEqual(Cplx({{0.6, 0.8}, {0.3, 0.4}}), 1e-15, cmpAbsolute));

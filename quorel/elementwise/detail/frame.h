@@ -158,7 +158,7 @@ ParamOp<R, K> MakeOp(UnaryMessages msgs, K k) { return {msgs, k}; }
 
 /// Messages of a binary operation.
 struct BinaryMessages {
-  const char* selfIsVec;      // "TQuorel.Add: Self = Vec"
+  const char* selfIsVec;      // "TQuorel.Add: Self = Vec"; null: Self may be Vec
   const char* lengthInPlace;  // "TQuorel.Divide: Length <> Vec.Length"
   const char* pairSelf;       // "TQuorel.Add: (Self = Vec1) or (Self = Vec2)"
   const char* pairLength;     // "TQuorel.Add: Vec1.Length <> Vec2.Length"
@@ -184,7 +184,7 @@ void RunBinary(const Op& op, const TDenseQuorel& a, Index ai, const TDenseQuorel
 template <class Op>
 TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec) {
   if (self.ConditionCheck()) {
-    Require(!Same(self, vec), op.msgs.selfIsVec);
+    if (op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
     Require(self.Length() == vec.Length(), op.msgs.lengthInPlace);
   }
   if (!self.Complex() && vec.Complex()) {
@@ -270,7 +270,7 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, 
 /// F(Vec, Value) / F(Vec, CValue): Self := Vec op value, sized like Vec.
 template <class Op, class S>
 TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v) {
-  if (self.ConditionCheck()) Require(!Same(self, vec), op.msgs.selfIsVec);
+  if (self.ConditionCheck() && op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
   self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
   RunScalar(op, vec, 0, v, self, 0, vec.Length());
   return self;

@@ -216,7 +216,8 @@ inline constexpr ArithOp<SubK, SubValueK> Sub{{"TVec.Sub: Self = Vec", "TVec.Sub
                                                "TVec.Sub: Self.Complex <> Vec.Complex"}};
 inline constexpr ArithOp<NoKernel, SubFromValueK> SubFrom{{"TQuorel.SubFrom: Self = Vec", nullptr, nullptr, nullptr,
                                                          "TQuorel.SubFrom: Self.Complex <> Vec.Complex"}};
-inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{"TQuorel.Mul: Self = Vec", "Length <> Vec.Length",
+// Mul refuses no Self = Vec: x.Mul(x) squares in place.
+inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{nullptr, "Length <> Vec.Length",
                                                    "(Self = Vec1) or (Self = Vec2)", "Vec1.Length <> Vec2.Length",
                                                    "TQuorel.Mul: Self.Complex <> Vec.Complex"}};
 inline constexpr auto Scale = Mul;
