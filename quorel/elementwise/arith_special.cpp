@@ -13,10 +13,10 @@
 
 namespace quorel {
 
-using frame::C;
-using frame::R;
-using frame::Require;
-using frame::Same;
+using detail::C;
+using detail::R;
+using detail::Require;
+using detail::Same;
 
 namespace {
 
@@ -41,7 +41,7 @@ void CheckSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, const cha
 // --- real to complex ---------------------------------------------------------------------------------
 
 TDenseQuorel& TDenseQuorel::ExtendToComplex(bool zeros) {
-  frame::ExtendToComplex(*this, zeros);
+  detail::ExtendToComplex(*this, zeros);
   return *this;
 }
 
@@ -485,7 +485,7 @@ TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec, std::int32_t vecInd
                                     std::int32_t len) {
   ValidateParams(vec, vecIndex, index, len);
   if (!vec.fComplex) return Mul(vec, vecIndex, index, len);
-  if (!fComplex) frame::ExtendToComplex(*this, true);
+  if (!fComplex) detail::ExtendToComplex(*this, true);
   TWorkVec conj;
   conj->Size(len, true);
   kern::Conj(C(vec, vecIndex), C(*conj), len);
@@ -548,7 +548,7 @@ TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, const TCplx& fact
                                       std::int32_t index, std::int32_t len) {
   ValidateParams(vec, vecIndex, index, len);
   // A complex factor or complex data needs complex storage; zero imaginary parts keep the values.
-  if (!fComplex && (vec.fComplex || factor.Im != 0.0)) frame::ExtendToComplex(*this, true);
+  if (!fComplex && (vec.fComplex || factor.Im != 0.0)) detail::ExtendToComplex(*this, true);
   if (len <= 0) return *this;
   if (!fComplex) kern::AddScaled(R(vec, vecIndex), factor.Re, R(*this, index), len);
   else if (vec.fComplex) kern::AddScaled(C(vec, vecIndex), factor, C(*this, index), len);
@@ -564,7 +564,7 @@ namespace {
 // parts, so a real a and a complex r give (a Re r, a Im r).
 void MultiplyByClampedReciprocal(TDenseQuorel& self, const TDenseQuorel& den, double threshold,
                                  std::int32_t denIndex, std::int32_t index, std::int32_t len) {
-  if (!self.Complex() && den.Complex()) frame::ExtendToComplex(self, false);
+  if (!self.Complex() && den.Complex()) detail::ExtendToComplex(self, false);
   if (len <= 0) return;
   TWorkVec r;
   r->Size(len, true);
@@ -619,21 +619,21 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
 
 namespace {
 auto ClampedInverse(double threshold) {
-  return frame::MakeOp<frame::Rule::Both>({"Inv: X = Self", "Inv: Self.Complex <> X.Complex"},
+  return detail::MakeOp<detail::Rule::Both>({"Inv: X = Self", "Inv: Self.Complex <> X.Complex"},
                                           [threshold](auto x, auto r, std::ptrdiff_t n) { kern::LTInv(x, threshold, r, n); });
 }
 }  // namespace
 
-TDenseQuorel& TDenseQuorel::Inv(double threshold) { return frame::Unary(*this, ClampedInverse(threshold)); }
+TDenseQuorel& TDenseQuorel::Inv(double threshold) { return detail::Unary(*this, ClampedInverse(threshold)); }
 TDenseQuorel& TDenseQuorel::Inv(double threshold, std::int32_t index, std::int32_t len) {
-  return frame::Unary(*this, ClampedInverse(threshold), index, len);
+  return detail::Unary(*this, ClampedInverse(threshold), index, len);
 }
 TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold) {
-  return frame::Unary(*this, ClampedInverse(threshold), x);
+  return detail::Unary(*this, ClampedInverse(threshold), x);
 }
 TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold, std::int32_t xIndex, std::int32_t index,
                                 std::int32_t len) {
-  return frame::Unary(*this, ClampedInverse(threshold), x, xIndex, index, len);
+  return detail::Unary(*this, ClampedInverse(threshold), x, xIndex, index, len);
 }
 
 }  // namespace quorel

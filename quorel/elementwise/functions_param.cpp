@@ -13,12 +13,12 @@
 
 namespace quorel {
 
-using frame::C;
-using frame::MakeOp;
-using frame::R;
-using frame::Require;
-using frame::Rule;
-using frame::Same;
+using detail::C;
+using detail::MakeOp;
+using detail::R;
+using detail::Require;
+using detail::Rule;
+using detail::Same;
 
 namespace {
 // r[i] = f(x[i]) with a scalar function, for complex forms that have no vector kernel.
@@ -42,11 +42,11 @@ auto PowxOp(double exponent) {
 }
 }  // namespace
 
-TDenseQuorel& TDenseQuorel::Power(double exponent) { return frame::Unary(*this, PowxOp(exponent)); }
+TDenseQuorel& TDenseQuorel::Power(double exponent) { return detail::Unary(*this, PowxOp(exponent)); }
 
 TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, double exponent) {
   if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
-  return frame::Unary(*this, PowxOp(exponent), base);
+  return detail::Unary(*this, PowxOp(exponent), base);
 }
 
 TDenseQuorel& TDenseQuorel::Power(double base, const TDenseQuorel& exponent) {
@@ -125,7 +125,7 @@ auto IntPowerOp(std::int32_t n) {
 }  // namespace
 
 TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
-  if (n == 0 || n == 1 || n == -1 || fLength == 0) return frame::Unary(*this, IntPowerOp(n));
+  if (n == 0 || n == 1 || n == -1 || fLength == 0) return detail::Unary(*this, IntPowerOp(n));
   // In place the source is overwritten by the running product: keep a copy of it.
   TWorkVec base;
   base->Copy(*this);
@@ -133,7 +133,7 @@ TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
 }
 
 TDenseQuorel& TDenseQuorel::IntPower(const TDenseQuorel& x, std::int32_t n) {
-  return frame::Unary(*this, IntPowerOp(n), x);
+  return detail::Unary(*this, IntPowerOp(n), x);
 }
 
 // --- logarithm to a base ------------------------------------------------------------------------------------
@@ -153,17 +153,17 @@ auto LogNOp(double base) {
 }
 }  // namespace
 
-TDenseQuorel& TDenseQuorel::LogN(double n) { return frame::Unary(*this, LogNOp(n)); }
+TDenseQuorel& TDenseQuorel::LogN(double n) { return detail::Unary(*this, LogNOp(n)); }
 TDenseQuorel& TDenseQuorel::LogN(double n, std::int32_t index, std::int32_t len) {
-  return frame::Unary(*this, LogNOp(n), index, len);
+  return detail::Unary(*this, LogNOp(n), index, len);
 }
 TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x) {
   if (fConditionCheck) Require(!Same(*this, x), "TQuorel.LogN: Self = X");
-  return frame::Unary(*this, LogNOp(n), x);
+  return detail::Unary(*this, LogNOp(n), x);
 }
 TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x, std::int32_t xIndex, std::int32_t index,
                                  std::int32_t len) {
-  return frame::Unary(*this, LogNOp(n), x, xIndex, index, len);
+  return detail::Unary(*this, LogNOp(n), x, xIndex, index, len);
 }
 
 // --- two sources: ArcTan2, Rem -----------------------------------------------------------------------------------

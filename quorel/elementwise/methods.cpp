@@ -9,7 +9,7 @@ namespace quorel {
 // Pass 1: the operations of the unary functions.
 #define QUOREL_SELF_METHOD(name, params, args)
 #define QUOREL_UNARY(name, rule, kernel, ...) \
-  namespace ops {                             \
+  namespace detail::ops {                     \
   inline constexpr UnaryOp<kernel, Rule::rule> name{__VA_ARGS__}; \
   }
 #include "quorel/objects/elementwise_methods.inc"
@@ -19,7 +19,7 @@ namespace quorel {
 // Pass 2: the method bodies.
 #define QUOREL_FORWARD_ARGS(...) __VA_OPT__(, ) __VA_ARGS__
 #define QUOREL_SELF_METHOD(name, params, args) \
-  TDenseQuorel& TDenseQuorel::name params { return frame::Apply(*this, ops::name QUOREL_FORWARD_ARGS args); }
+  TDenseQuorel& TDenseQuorel::name params { return detail::Apply(*this, detail::ops::name QUOREL_FORWARD_ARGS args); }
 #include "quorel/objects/elementwise_methods.inc"
 #undef QUOREL_SELF_METHOD
 #undef QUOREL_FORWARD_ARGS

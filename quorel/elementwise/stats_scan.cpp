@@ -8,13 +8,12 @@
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/elementwise/detail/frame.h"
-#include "quorel/elementwise/detail/reduce_checks.h"
 
 namespace quorel {
 
-using frame::C;
-using frame::R;
-using frame::Require;
+using detail::C;
+using detail::R;
+using detail::Require;
 
 // --- median and moments ------------------------------------------------------------------------------
 
@@ -22,7 +21,7 @@ double TDenseQuorel::Median() const { return Median(0, fLength); }
 
 double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len == 0) return NaN;
   // The selection reorders a copy; a per-thread buffer keeps repeated medians allocation-free.
   thread_local std::vector<double> scratch;
@@ -56,7 +55,7 @@ double TDenseQuorel::Skewness(double mean, double stdDev) const { return Skewnes
 
 double TDenseQuorel::Skewness(double mean, double stdDev, std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len < 3) return NaN;
   if (stdDev == 0.0) return INF;
   const double n = len;
@@ -67,7 +66,7 @@ double TDenseQuorel::Kurtosis(double mean, double stdDev) const { return Kurtosi
 
 double TDenseQuorel::Kurtosis(double mean, double stdDev, std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len < 4) return NaN;
   if (stdDev == 0.0) return INF;
   const double n = len;
@@ -100,7 +99,7 @@ template <bool Larger>
 void ComplexExtreme(const TDenseQuorel& self, TCplx& value, std::int32_t& idx, std::int32_t index,
                     std::int32_t len) {
   self.ValidateParams(index, len);
-  reduce::RequireComplex(self);
+  detail::RequireComplex(self);
   if (len == 0) {
     value = CNAN;
     idx = -1;

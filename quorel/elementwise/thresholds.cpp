@@ -6,22 +6,22 @@
 
 namespace quorel {
 
-using frame::MakeOp;
-using frame::Rule;
+using detail::MakeOp;
+using detail::Rule;
 
 namespace {
 // Every threshold comes in the four unary shapes; `op` carries its kernel and messages.
 #define QUOREL_THRESHOLD_SHAPES(Method, Params, Args, MakeOpExpr)                                          \
-  TDenseQuorel& TDenseQuorel::Method Params { return frame::Unary(*this, MakeOpExpr); }                      \
+  TDenseQuorel& TDenseQuorel::Method Params { return detail::Unary(*this, MakeOpExpr); }                      \
   TDenseQuorel& TDenseQuorel::Method(QUOREL_UNPAREN Params, std::int32_t index, std::int32_t len) {         \
-    return frame::Unary(*this, MakeOpExpr, index, len);                                                    \
+    return detail::Unary(*this, MakeOpExpr, index, len);                                                    \
   }                                                                                                        \
   TDenseQuorel& TDenseQuorel::Method(const TDenseQuorel& src, QUOREL_UNPAREN Params) {                      \
-    return frame::Unary(*this, MakeOpExpr, src);                                                           \
+    return detail::Unary(*this, MakeOpExpr, src);                                                           \
   }                                                                                                        \
   TDenseQuorel& TDenseQuorel::Method(const TDenseQuorel& src, QUOREL_UNPAREN Params, std::int32_t srcIndex, \
                                      std::int32_t index, std::int32_t len) {                               \
-    return frame::Unary(*this, MakeOpExpr, src, srcIndex, index, len);                                     \
+    return detail::Unary(*this, MakeOpExpr, src, srcIndex, index, len);                                     \
   }
 #define QUOREL_UNPAREN(...) __VA_ARGS__
 

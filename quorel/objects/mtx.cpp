@@ -216,12 +216,12 @@ TMtx& TMtx::Resize(std::int32_t rows, std::int32_t cols, bool zeroIt) {
 }
 
 void TMtx::ValidateRange(std::int32_t row, std::int32_t col, std::int32_t toRow, std::int32_t toCol) const {
-  using mtxdetail::Fail;
-  Fail(row < 0 || col < 0, "(Row < 0) or (Col < 0)");
-  Fail(row > toRow, "Row > ToRow");
-  Fail(col > toCol, "Col > ToCol");
-  Fail(toRow >= fRows, "ToRows >= Rows");
-  Fail(toCol >= fCols, "ToCols >= Cols");
+  using detail::Require;
+  Require(!(row < 0 || col < 0), "(Row < 0) or (Col < 0)");
+  Require(row <= toRow, "Row > ToRow");
+  Require(col <= toCol, "Col > ToCol");
+  Require(toRow < fRows, "ToRows >= Rows");
+  Require(toCol < fCols, "ToCols >= Cols");
 }
 
 // --- cache -----------------------------------------------------------------------------------------

@@ -11,7 +11,7 @@
 
 namespace quorel {
 
-namespace detail::vecops {
+namespace detail {
 
 void SizeAs(TVec& v, TElemKind kind, std::int32_t len) {
   v.Size(len, kind == TElemKind::Cplx);
@@ -25,12 +25,12 @@ void CheckSizable(const TVec& v, TElemKind kind, std::int32_t len) {
 
 void CopyElements(const TVec& src, std::int32_t srcIndex, TVec& dst, std::int32_t dstIndex, std::int32_t n) {
   if (n <= 0) return;
-  VisitKind(KindOf(dst), [&](auto dtag) {
+  OnKind(KindOf(dst), [&](auto dtag) {
     using D = decltype(dtag);
-    D* out = DataAs<D>(dst) + dstIndex;
-    VisitKind(KindOf(src), [&](auto stag) {
+    D* out = Ptr<D>(dst) + dstIndex;
+    OnKind(KindOf(src), [&](auto stag) {
       using S = decltype(stag);
-      const S* in = DataAs<S>(src) + srcIndex;
+      const S* in = Ptr<S>(src) + srcIndex;
       if constexpr (std::is_same_v<D, S>) {
         std::memmove(out, in, static_cast<std::size_t>(n) * sizeof(D));
       } else {
@@ -50,15 +50,15 @@ const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional
 }
 
 std::int32_t CountNonZero(const TVec& mask, std::int32_t n) {
-  const std::int32_t* m = DataAs<std::int32_t>(mask);
+  const std::int32_t* m = Ptr<std::int32_t>(mask);
   std::int32_t count = 0;
   for (std::int32_t i = 0; i < n; ++i) count += m[i] != 0;
   return count;
 }
 
-}  // namespace detail::vecops
+}  // namespace detail
 
-using namespace detail::vecops;
+using namespace detail;
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 namespace quorel {
 
-using namespace detail::vecops;
+using namespace detail;
 
 namespace {
 
@@ -39,7 +39,7 @@ struct MaskPos {
 
 // Raises unless every entry of the index list addresses one of n elements.
 void CheckIndexValues(const TVec& indexes, std::int32_t n, const char* method, const char* target) {
-  const std::int32_t* index = DataAs<std::int32_t>(indexes);
+  const std::int32_t* index = Ptr<std::int32_t>(indexes);
   for (std::int32_t i = 0; i < indexes.Length(); ++i) {
     if (static_cast<std::uint32_t>(index[i]) >= static_cast<std::uint32_t>(n))
       ERangeErrorRaise(FormatMsg("TVec.%s: Indexes[%d] = %d out of range (%s: %d)", method, i, index[i], target, n));
@@ -119,7 +119,7 @@ TVec& TVec::GatherByIndex(const TVec& x, const TVec& indexes) {
   const TElemKind kind = KindOf(x);
   const TVec& src = Readable(x, kind, Is(x), keepX);
   SizeAs(*this, kind, index.Length());
-  MoveElements(kind, src, *this, index.Length(), SamePos{}, IndexedPos{DataAs<std::int32_t>(index)});
+  MoveElements(kind, src, *this, index.Length(), SamePos{}, IndexedPos{Ptr<std::int32_t>(index)});
   return *this;
 }
 
@@ -139,7 +139,7 @@ TVec& TVec::ScatterByIndex(const TVec& src, const TVec& indexes) {
   CheckIndexValues(index, fLength, "ScatterByIndex", "Length");
   const TElemKind kind = KindOf(*this);
   const TVec& from = Readable(src, kind, Is(src), keepSrc);
-  MoveElements(kind, from, *this, n, IndexedPos{DataAs<std::int32_t>(index)}, SamePos{});
+  MoveElements(kind, from, *this, n, IndexedPos{Ptr<std::int32_t>(index)}, SamePos{});
   return *this;
 }
 
@@ -161,7 +161,7 @@ TVec& TVec::GatherByMask(const TVec& x, const TVec* mask) {
   const TElemKind kind = KindOf(x);
   const TVec& src = Readable(x, kind, Is(x), keepX);
   SizeAs(*this, kind, hits);
-  MoveElements(kind, src, *this, hits, SamePos{}, MaskPos<true>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, *this, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   return *this;
 }
 
@@ -183,7 +183,7 @@ TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
     ERangeErrorRaise(FormatMsg("TVec.ScatterByMask: Src.Length < true entries of Mask (%d < %d)", src.Length(), hits));
   const TElemKind kind = KindOf(*this);
   const TVec& from = Readable(src, kind, Is(src), keepSrc);
-  MoveElements(kind, from, *this, hits, MaskPos<true>{DataAs<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, from, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
   return *this;
 }
 
@@ -208,8 +208,8 @@ TVec& TVec::GatherSplit(const TVec& mask, const TVec& maskVec, const TVec& notMa
   const TVec& onTrue = Readable(maskVec, kind, Is(maskVec), keepTrue);
   const TVec& onFalse = Readable(notMaskVec, kind, Is(notMaskVec), keepFalse);
   SizeAs(*this, kind, n);
-  MoveElements(kind, onTrue, *this, hits, MaskPos<true>{DataAs<std::int32_t>(m)}, SamePos{});
-  MoveElements(kind, onFalse, *this, n - hits, MaskPos<false>{DataAs<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, onTrue, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, onFalse, *this, n - hits, MaskPos<false>{Ptr<std::int32_t>(m)}, SamePos{});
   return *this;
 }
 
@@ -230,9 +230,9 @@ TVec& TVec::SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec) {
   CheckSizable(notMaskVec, kind, n - hits);
   const TVec& src = Readable(*this, kind, Is(maskVec) || Is(notMaskVec), keepSelf);
   SizeAs(maskVec, kind, hits);
-  MoveElements(kind, src, maskVec, hits, SamePos{}, MaskPos<true>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, maskVec, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   SizeAs(notMaskVec, kind, n - hits);
-  MoveElements(kind, src, notMaskVec, n - hits, SamePos{}, MaskPos<false>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, notMaskVec, n - hits, SamePos{}, MaskPos<false>{Ptr<std::int32_t>(m)});
   return *this;
 }
 

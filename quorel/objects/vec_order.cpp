@@ -12,7 +12,7 @@
 
 namespace quorel {
 
-using namespace detail::vecops;
+using namespace detail;
 
 // --- Ramp -------------------------------------------------------------------------------------------
 
@@ -22,9 +22,9 @@ TVec& TVec::Ramp(double offset, double step) { return Ramp(offset, step, 0, fLen
 
 TVec& TVec::Ramp(double offset, double step, std::int32_t index, std::int32_t len) {
   ValidateParams(index, len);
-  VisitKind(KindOf(*this), [&](auto tag) {
+  OnKind(KindOf(*this), [&](auto tag) {
     using T = decltype(tag);
-    T* out = DataAs<T>(*this) + index;
+    T* out = Ptr<T>(*this) + index;
     // Each value from its own product: no drift along long ramps.
     for (std::int32_t k = 0; k < len; ++k) out[k] = ConvertElem<T>(offset + k * step);
   });
@@ -148,16 +148,16 @@ void SortElements(TVec& self, TVec* indexVec, Before before) {
   const TElemKind kind = KindOf(self);
   const std::int32_t n = self.Length();
   if (indexVec == nullptr) {
-    VisitKind(kind, [&](auto tag) { SortValues(DataAs<decltype(tag)>(self), n, before); });
+    OnKind(kind, [&](auto tag) { SortValues(Ptr<decltype(tag)>(self), n, before); });
     return;
   }
   CheckSizable(*indexVec, TElemKind::Int, n);
   TWorkVec perm, scratch;
   SizeAs(*perm, TElemKind::Int, n);
   SizeAs(*scratch, kind, n);
-  VisitKind(kind, [&](auto tag) {
+  OnKind(kind, [&](auto tag) {
     using T = decltype(tag);
-    SortValues(DataAs<T>(self), n, before, DataAs<std::int32_t>(*perm), DataAs<T>(*scratch));
+    SortValues(Ptr<T>(self), n, before, Ptr<std::int32_t>(*perm), Ptr<T>(*scratch));
   });
   SizeAs(*indexVec, TElemKind::Int, n);
   CopyElements(*perm, 0, *indexVec, 0, n);

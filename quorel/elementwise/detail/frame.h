@@ -11,11 +11,13 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
+#include "quorel/objects/detail/kind.h"
 #include "quorel/objects/dense.h"
 #include "quorel/objects/vec.h"
 
-namespace quorel::frame {
+namespace quorel::detail {
 
 using Index = std::int32_t;
 
@@ -38,16 +40,16 @@ struct UnaryMessages {
 
 // --- small accessors shared by the frame --------------------------------------------------------
 
-inline double* R(TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
-inline const double* R(const TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
-inline TCplx* C(TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
-inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
+// Ptr with the constness of the object, so kernels see const sources.
+template <Element T>
+const T* In(const TDenseQuorel& a, Index i = 0) { return Ptr<T>(a, i); }
+template <Element T>
+T* Out(TDenseQuorel& a, Index i = 0) { return Ptr<T>(a, i); }
+inline double* R(TDenseQuorel& a, Index i = 0) { return Out<double>(a, i); }
+inline const double* R(const TDenseQuorel& a, Index i = 0) { return In<double>(a, i); }
+inline TCplx* C(TDenseQuorel& a, Index i = 0) { return Out<TCplx>(a, i); }
+inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return In<TCplx>(a, i); }
 inline bool Same(const TQuorel& a, const TQuorel& b) { return &a == &b; }
-
-/// Raises EQuorelInvalidArgument with `msg` when `failed`.
-inline void Require(bool ok, const char* msg) {
-  if (!ok) EInvalidArgumentRaise(msg);
-}
 
 /// Re-sizes Self to the same length with `complex` and fills it with `fill(copy, self)`, where
 /// copy holds Self's old values in a cached work vector (given back on every path).
@@ -68,15 +70,13 @@ void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDens
     const Index k = complex ? 2 : 1;
     op(R(x, xi * k), R(r, ri * k), static_cast<std::ptrdiff_t>(n) * k);
   } else if constexpr (Op::rule == Rule::ToReal) {
-    if (complex) op(C(x, xi), R(r, ri), n);
-    else op(R(x, xi), R(r, ri), n);
+    OnKind(complex, [&](auto t) { op(In<decltype(t)>(x, xi), R(r, ri), n); });
   } else if constexpr (Op::rule == Rule::RealOnly) {
     op(R(x, xi), R(r, ri), n);
   } else if constexpr (Op::rule == Rule::ComplexOnly) {
     op(C(x, xi), C(r, ri), n);
   } else {
-    if (complex) op(C(x, xi), C(r, ri), n);
-    else op(R(x, xi), R(r, ri), n);
+    OnKind(complex, [&](auto t) { op(In<decltype(t)>(x, xi), Out<decltype(t)>(r, ri), n); });
   }
 }
 
@@ -342,4 +342,4 @@ TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v, const TDenseQuore
   return Scalar(s, op, vec, v, vecIndex, index, len);
 }
 
-}  // namespace quorel::frame
+}  // namespace quorel::detail

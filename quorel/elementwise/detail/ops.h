@@ -17,9 +17,9 @@
 #include "quorel/platform/kernels/convert.h"
 #include "quorel/platform/kernels/round.h"
 
-namespace quorel::ops {
+namespace quorel::detail::ops {
 
-using frame::Rule;
+using detail::Rule;
 using std::ptrdiff_t;
 
 // --- kernel adapters ---------------------------------------------------------------------------------
@@ -167,7 +167,7 @@ template <class K, Rule R>
 struct UnaryOp {
   static constexpr bool kBinary = false;
   static constexpr Rule rule = R;
-  frame::UnaryMessages msgs;
+  detail::UnaryMessages msgs;
   template <class... A>
   void operator()(A... a) const { K{}(a...); }
 };
@@ -176,7 +176,7 @@ struct UnaryOp {
 template <class VecK, class ScalarK>
 struct ArithOp {
   static constexpr bool kBinary = true;
-  frame::BinaryMessages msgs;
+  detail::BinaryMessages msgs;
   template <class A, class B, class Out>
   void operator()(A a, B b, Out r, ptrdiff_t n) const {
     if constexpr (std::is_pointer_v<B>) VecK{}(a, b, r, n);
@@ -233,4 +233,4 @@ inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{"TQuorel.DivideBy: Se
 
 #undef QUOREL_KERNEL
 
-}  // namespace quorel::ops
+}  // namespace quorel::detail::ops
