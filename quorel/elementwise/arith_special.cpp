@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/axpy.h"
@@ -196,7 +197,7 @@ TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec) {
 
 TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
                                        std::int32_t len) {
-  if (vec.fComplex != fComplex) EInvalidArgumentRaise("Difference: Complex <> Src.Complex");
+  Require(vec.fComplex == fComplex, "Difference: Complex <> Src.Complex");
   // Len - 1 differences land at Index .. Index + Len - 2.
   std::int32_t out = len == -1 ? -1 : std::max(len - 1, 0);
   ValidateParams2(vec, vecIndex, index, out);

@@ -2,6 +2,7 @@
 // logarithms to a base, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac.
 #include <cmath>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/math387.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/arith.h"
@@ -140,7 +141,7 @@ TDenseQuorel& TDenseQuorel::IntPower(const TDenseQuorel& x, std::int32_t n) {
 
 namespace {
 auto LogNOp(double base) {
-  if (base == 0) EInvalidArgumentRaise("TQuorel.LogN: N = 0");
+  Require(base != 0, "TQuorel.LogN: N = 0");
   const double scale = 1.0 / quorel::Ln(base);
   return MakeOp<Rule::Both>({"TVec.LogN: X = Self", "TQuorel.LogN: X.Complex <> Self.Complex"},
                             [scale](auto x, auto r, std::ptrdiff_t n) {

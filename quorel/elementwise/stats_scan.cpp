@@ -4,12 +4,15 @@
 #include <cmath>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/elementwise/detail/frame.h"
 
 namespace quorel {
+
+using detail::RequireInRange;
 
 using detail::C;
 using detail::R;
@@ -136,25 +139,25 @@ void TDenseQuorel::Min(TCplx& value, std::int32_t& idx, std::int32_t index, std:
 // --- first and last --------------------------------------------------------------------------------------
 
 double TDenseQuorel::First() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.First: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.First: fLength = 0");
   Require(!fComplex, "TQuorel.First: Complex!");
   return fValues[0];
 }
 
 double TDenseQuorel::Last() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Last: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Last: fLength = 0");
   Require(!fComplex, "TQuorel.First: Complex!");
   return fValues[fLength - 1];
 }
 
 TCplx TDenseQuorel::Firstc() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Firstc: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Firstc: fLength = 0");
   Require(fComplex, "TQuorel.Firstc: not Complex!");
   return *PCValues1D(0);
 }
 
 TCplx TDenseQuorel::Lastc() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Lastc: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Lastc: fLength = 0");
   Require(fComplex, "TQuorel.Firstc: not Complex!");
   return *PCValues1D(fLength - 1);
 }

@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/objects/mtx.h"
 
 #include <algorithm>
@@ -10,6 +11,10 @@
 #include "quorel/platform/kernels/move.h"
 
 namespace quorel {
+
+using detail::Require;
+
+using detail::RequireState;
 
 namespace {
 // The largest element count a matrix may have, complex or not.
@@ -73,10 +78,10 @@ TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool comp
     fIsInteger = isInteger;
     return *this;
   }
-  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  Require(!(rows < 0 || cols < 0), "Value < 0");
   const std::int64_t count = std::int64_t{rows} * cols;
-  if (count > kMaxMtxElements) ERaise("Out of memory! Attempted to allocate over 2GB!");
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(count <= kMaxMtxElements, "Out of memory! Attempted to allocate over 2GB!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   fIsInteger = isInteger;
   fSizeChanged = true;
   fComplex = complex;
@@ -106,11 +111,11 @@ void TMtx::Size(const TQuorel& src, bool complex) {
 }
 
 void TMtx::SetLength(std::int32_t value) {
-  if (value != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+  Require(value == fLength, "TMtx: Length can not be set. Use Size!");
 }
 
 void TMtx::SetActualSize(std::int32_t value) {
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   TQuorel::SetActualSize(value);
   if (DoublesFor(fLength) > fActualSize) {
     fLength = 0;
@@ -119,7 +124,7 @@ void TMtx::SetActualSize(std::int32_t value) {
 }
 
 void TMtx::Reset() {
-  if (fBlockLevel > 0) ERaise("BlockLevel > 0");
+  RequireState(fBlockLevel <= 0, "BlockLevel > 0");
   SetFullRange();
   fIsInteger = false;
   Size(0, 0, false, false);
@@ -179,7 +184,7 @@ TMtx& TMtx::Assign(const TMtx& src) {
 }
 
 TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<const double> values) {
-  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  Require(!(rows < 0 || cols < 0), "Value < 0");
   const std::int64_t doubles = std::int64_t{rows} * cols * (complex ? 2 : 1);
   if (static_cast<std::int64_t>(values.size()) < doubles)
     ERangeErrorRaise(FormatMsg("TMtx.SetIt: %d values for %d doubles", static_cast<int>(values.size()),
@@ -191,7 +196,7 @@ TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<
 
 TMtx& TMtx::SetIt(bool complex, std::span<const double> values) {
   const std::int64_t count = complex ? static_cast<std::int64_t>(values.size() / 2) : static_cast<std::int64_t>(values.size());
-  if (count != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+  Require(count == fLength, "TMtx: Length can not be set. Use Size!");
   return SetIt(fRows, fCols, complex, values);
 }
 
@@ -216,7 +221,6 @@ TMtx& TMtx::Resize(std::int32_t rows, std::int32_t cols, bool zeroIt) {
 }
 
 void TMtx::ValidateRange(std::int32_t row, std::int32_t col, std::int32_t toRow, std::int32_t toCol) const {
-  using detail::Require;
   Require(!(row < 0 || col < 0), "(Row < 0) or (Col < 0)");
   Require(row <= toRow, "Row > ToRow");
   Require(col <= toCol, "Col > ToCol");

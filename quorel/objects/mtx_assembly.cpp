@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/detail/mtx_detail.h"
@@ -240,7 +241,7 @@ void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> til
     if (m->Rows() != heights[k / aCols] || m->Cols() != widths[k % aCols])
       ERangeErrorRaise(
           FormatMsg("TMtx.Concat: Invalid source matrix dimension: %d (%d,%d)", static_cast<int>(k), m->Rows(), m->Cols()));
-    if (m->Complex() != tiles[0]->Complex()) EInvalidArgumentRaise("TMtx.Concat: Source matrixes have mixed real/complex type");
+    Require(m->Complex() == tiles[0]->Complex(), "TMtx.Concat: Source matrixes have mixed real/complex type");
   }
 }
 

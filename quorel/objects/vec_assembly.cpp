@@ -5,11 +5,15 @@
 #include <limits>
 #include <string>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
+
+using detail::Require;
+using detail::RequireInRange;
 
 namespace detail {
 
@@ -120,8 +124,8 @@ void CheckDst(std::span<TVec* const> dst) {
 
 TVec& TVec::Copy(const TVec& vec1, const TVec& vec2) {
   if (fConditionCheck) {
-    if (Is(vec1)) EInvalidArgumentRaise("TVec.Copy: Self = Vec1");
-    if (Is(vec2)) EInvalidArgumentRaise("TVec.Copy: Self = Vec2");
+    Require(!Is(vec1), "TVec.Copy: Self = Vec1");
+    Require(!Is(vec2), "TVec.Copy: Self = Vec2");
   }
   const std::int32_t n1 = vec1.Length();
   const std::int32_t n2 = vec2.Length();
@@ -159,7 +163,7 @@ TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
     ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, Len: %d, Length: %d", index,
                                static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())),
                                fLength));
-  if (index + total > fLength) ERangeErrorRaise("(Index + Sum(Src[i].Length)) > Length");
+  RequireInRange(index + total <= fLength, "(Index + Sum(Src[i].Length)) > Length");
   const bool selfIn = std::find(src.begin(), src.end(), this) != src.end();
   std::optional<TWorkVec> keep;
   const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
@@ -169,10 +173,10 @@ TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
 
 TVec& TVec::Split(TVec& vec1, TVec& vec2, std::int32_t offset) {
   if (fConditionCheck) {
-    if (Is(vec1)) EInvalidArgumentRaise("Self = Vec1");
-    if (Is(vec2)) EInvalidArgumentRaise("Self = Vec2");
+    Require(!Is(vec1), "Self = Vec1");
+    Require(!Is(vec2), "Self = Vec2");
   }
-  if (offset > fLength) ERangeErrorRaise("Offset > fLength");
+  RequireInRange(offset <= fLength, "Offset > fLength");
   if (offset < 0) ERangeErrorRaise(FormatMsg("Offset < 0 (%d)", offset));
   const TElemKind kind = KindOf(*this);
   const std::int32_t rest = fLength - offset;
@@ -198,7 +202,7 @@ TVec& TVec::Split(std::span<TVec* const> dst) {
 }
 
 TVec& TVec::Split(std::span<TVec* const> dst, std::span<const std::int32_t> dstSize) {
-  if (dst.size() != dstSize.size()) EInvalidArgumentRaise("High(Dst) <> High(DstSize)");
+  Require(dst.size() == dstSize.size(), "High(Dst) <> High(DstSize)");
   CheckDst(dst);
   const TElemKind kind = KindOf(*this);
   std::int64_t end = 0;

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/compare.h"
 #include "quorel/core/complex_compare.h"
@@ -13,6 +14,8 @@
 #include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
+
+using detail::Require;
 
 
 using namespace detail;
@@ -132,9 +135,9 @@ class TComparison {
               std::initializer_list<TOutput> outputs)
       : relation_(ParseOp(op)), value_(b.value), complex_(a.Complex() || b.complex) {
     if (self.ConditionCheck()) {
-      if (&a == &self) EInvalidArgumentRaise("a = Self");
-      if (b.vec == &self) EInvalidArgumentRaise("b = Self");
-      if (b.vec != nullptr && a.Complex() != b.vec->Complex()) EInvalidArgumentRaise("a.Complex <> b.Complex");
+      Require(&a != &self, "a = Self");
+      Require(b.vec != &self, "b = Self");
+      Require(!(b.vec != nullptr && a.Complex() != b.vec->Complex()), "a.Complex <> b.Complex");
       for (const TOutput& out : outputs)
         if (out.vec == &self) EInvalidArgumentRaise(out.isSelf);
     }

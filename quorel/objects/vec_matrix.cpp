@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/detail/mtx_detail.h"
@@ -85,7 +86,7 @@ TVec& TVec::GetRow(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int
 }
 
 TVec& TVec::Diag(const TMtx* mtx, std::int32_t k) {
-  if (mtx == nullptr) EInvalidArgumentRaise("TVec.Diag: Mtx = nil");
+  Require(mtx != nullptr, "TVec.Diag: Mtx = nil");
   const std::int64_t len = k >= 0 ? std::min<std::int64_t>(mtx->Rows(), std::int64_t{mtx->Cols()} - k)
                                   : std::min<std::int64_t>(std::int64_t{mtx->Rows()} + k, mtx->Cols());
   if (len < 0)

@@ -5,12 +5,16 @@
 #include <numeric>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
+
+using detail::Require;
+using detail::RequireChecked;
 
 using namespace detail;
 
@@ -50,7 +54,7 @@ TVec& TVec::Ramp(const TCplx& offset, double step, std::int32_t index, std::int3
 
 TVec& TVec::Ramp(const TCplx& offset, const TCplx& step, std::int32_t index, std::int32_t len) {
   ValidateParams(index, len);
-  if (!fComplex) EInvalidArgumentRaise("Complex = False");
+  Require(fComplex, "Complex = False");
   TCplx* out = PCValues1D(index);
   for (std::int32_t k = 0; k < len; ++k) out[k] = {offset.Re + k * step.Re, offset.Im + k * step.Im};
   return *this;
@@ -164,8 +168,8 @@ void SortElements(TVec& self, TVec* indexVec, Before before) {
 }
 
 void CheckIndexVec(const TVec& self, const TVec* indexVec) {
-  if (indexVec == nullptr) EInvalidArgumentRaise("IndexVec = nil");
-  if (self.ConditionCheck() && indexVec == &self) EInvalidArgumentRaise("IndexVec = Self");
+  Require(indexVec != nullptr, "IndexVec = nil");
+  RequireChecked(self, indexVec != &self, "IndexVec = Self");
 }
 
 }  // namespace
@@ -215,7 +219,7 @@ TVec& TVec::PrimeNumbers(std::int32_t n) {
 }
 
 TVec& TVec::NotMask() {
-  if (fConditionCheck && !fIsInteger) EInvalidArgumentRaise("TVec.NotMask: Self is not integer");
+  RequireChecked(*this, fIsInteger, "TVec.NotMask: Self is not integer");
   for (std::int32_t& m : IValues()) m = m == 0;
   return *this;
 }
