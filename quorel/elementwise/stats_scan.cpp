@@ -1,4 +1,4 @@
-// Reductions that are own scans rather than one kernel call: median, higher moments, complex
+// Reductions that are own scans rather than one platform-kernel call: median, higher moments, complex
 // extremes, first/last, searches and tolerance equality.
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-// Reductions that are one kernel call over the range: sums, means, deviations, extremes, norms,
+// Reductions that are one platform-kernel call over the range: sums, means, deviations, extremes, norms,
 // products and dot products.
 #include <algorithm>
 #include <cmath>
