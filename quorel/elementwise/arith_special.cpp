@@ -72,29 +72,6 @@ TDenseQuorel& TDenseQuorel::ExtendToComplex(const TDenseQuorel& vec, bool zeros,
 
 // --- reordering --------------------------------------------------------------------------------------
 
-TDenseQuorel& TDenseQuorel::Reverse() { return Reverse(0, fLength); }
-
-TDenseQuorel& TDenseQuorel::Reverse(std::int32_t index, std::int32_t len) {
-  ValidateParams(index, len);
-  OnKind([](auto x, auto r, auto n) { kern::Reverse(x, r, n); }, fComplex, *this, index, *this, index, len);
-  return *this;
-}
-
-TDenseQuorel& TDenseQuorel::Reverse(const TDenseQuorel& vec) {
-  if (fConditionCheck) Require(!Same(*this, vec), "Reverse: X = Self");
-  Size(vec, vec.fComplex);
-  OnKind([](auto x, auto r, auto n) { kern::Reverse(x, r, n); }, fComplex, vec, 0, *this, 0, fLength);
-  return *this;
-}
-
-TDenseQuorel& TDenseQuorel::Reverse(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
-                                    std::int32_t len) {
-  ValidateParams(vec, vecIndex, index, len);
-  CheckSourceRange(*this, vec, "Reverse: X = Self", "Reverse: Self.Complex <> X.Complex");
-  OnKind([](auto x, auto r, auto n) { kern::Reverse(x, r, n); }, fComplex, vec, vecIndex, *this, index, len);
-  return *this;
-}
-
 namespace {
 // Element count of a cyclic move by offset within len, in [0, len).
 std::int32_t CyclicOffset(std::int32_t offset, std::int32_t len) {
@@ -156,29 +133,6 @@ TDenseQuorel& TDenseQuorel::Shift(std::int32_t offset, std::int32_t index, std::
 }
 
 // --- running sums and differences -----------------------------------------------------------------------
-
-TDenseQuorel& TDenseQuorel::CumSum() { return CumSum(0, fLength); }
-
-TDenseQuorel& TDenseQuorel::CumSum(std::int32_t index, std::int32_t len) {
-  ValidateParams(index, len);
-  OnKind([](auto x, auto r, auto n) { kern::CumSum(x, r, n); }, fComplex, *this, index, *this, index, len);
-  return *this;
-}
-
-TDenseQuorel& TDenseQuorel::CumSum(const TDenseQuorel& vec) {
-  if (fConditionCheck) Require(!Same(*this, vec), "CumSum: X = Self");
-  Size(vec, vec.fComplex);
-  OnKind([](auto x, auto r, auto n) { kern::CumSum(x, r, n); }, fComplex, vec, 0, *this, 0, fLength);
-  return *this;
-}
-
-TDenseQuorel& TDenseQuorel::CumSum(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
-                                   std::int32_t len) {
-  ValidateParams(vec, vecIndex, index, len);
-  CheckSourceRange(*this, vec, "CumSum: X = Self", "CumSum: Self.Complex <> X.Complex");
-  OnKind([](auto x, auto r, auto n) { kern::CumSum(x, r, n); }, fComplex, vec, vecIndex, *this, index, len);
-  return *this;
-}
 
 TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec) {
   if (fConditionCheck) Require(!Same(*this, vec), "Difference: X = Self");

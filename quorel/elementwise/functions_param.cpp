@@ -1,5 +1,6 @@
-// Element-wise functions with a parameter or with two sources or two outputs: powers,
-// logarithms to a base, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac.
+// Element-wise functions whose shapes are their own: powers with an array exponent or a complex
+// parameter, integer powers, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac. Functions
+// with plain scalar parameters are lines of elementwise_methods.inc.
 #include <cmath>
 
 #include "quorel/core/detail/checks.h"
@@ -30,25 +31,6 @@ void ForEach(const X* x, TCplx* r, std::ptrdiff_t n, F&& f) {
 }  // namespace
 
 // --- powers --------------------------------------------------------------------------------------------
-
-namespace {
-auto PowxOp(double exponent) {
-  return MakeOp<Rule::Both>({"Power: X = Self", "Power: Self.Complex <> X.Complex"},
-                            [exponent](auto x, auto r, std::ptrdiff_t n) {
-                              if constexpr (std::is_same_v<decltype(x), const double*>)
-                                kern::Powx(x, exponent, r, n);
-                              else
-                                ForEach(x, r, n, [exponent](const TCplx& z) { return quorel::Power(z, exponent); });
-                            });
-}
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::Power(double exponent) { return detail::Unary(*this, PowxOp(exponent)); }
-
-TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, double exponent) {
-  if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
-  return detail::Unary(*this, PowxOp(exponent), base);
-}
 
 TDenseQuorel& TDenseQuorel::Power(double base, const TDenseQuorel& exponent) {
   if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
@@ -135,36 +117,6 @@ TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
 
 TDenseQuorel& TDenseQuorel::IntPower(const TDenseQuorel& x, std::int32_t n) {
   return detail::Unary(*this, IntPowerOp(n), x);
-}
-
-// --- logarithm to a base ------------------------------------------------------------------------------------
-
-namespace {
-auto LogNOp(double base) {
-  Require(base != 0, "TQuorel.LogN: N = 0");
-  const double scale = 1.0 / quorel::Ln(base);
-  return MakeOp<Rule::Both>({"TVec.LogN: X = Self", "TQuorel.LogN: X.Complex <> Self.Complex"},
-                            [scale](auto x, auto r, std::ptrdiff_t n) {
-                              if constexpr (std::is_same_v<decltype(x), const double*>)
-                                kern::Ln(x, r, n);
-                              else
-                                ForEach(x, r, n, [](const TCplx& z) { return quorel::Ln(z); });
-                              kern::ScaleByValue(r, scale, r, n);
-                            });
-}
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::LogN(double n) { return detail::Unary(*this, LogNOp(n)); }
-TDenseQuorel& TDenseQuorel::LogN(double n, std::int32_t index, std::int32_t len) {
-  return detail::Unary(*this, LogNOp(n), index, len);
-}
-TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x) {
-  if (fConditionCheck) Require(!Same(*this, x), "TQuorel.LogN: Self = X");
-  return detail::Unary(*this, LogNOp(n), x);
-}
-TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x, std::int32_t xIndex, std::int32_t index,
-                                 std::int32_t len) {
-  return detail::Unary(*this, LogNOp(n), x, xIndex, index, len);
 }
 
 // --- two sources: ArcTan2, Rem -----------------------------------------------------------------------------------

@@ -168,6 +168,17 @@ TEST(Parameters, PowerLogNSinCos) {
   r.LogN(2.0, Real({8, 0.25}));
   EXPECT_TRUE(r.IsEqual(Real({3, -2}), 4 * MACHEP, cmpAbsolute));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0); }), "TQuorel.LogN: N = 0");
+  // F(X)'s own Self check comes before the parameter check.
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0, r); }), "TQuorel.LogN: Self = X");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(2.0, Cplx({{1, 0}}), 0, 0, 1); }),
+            "TQuorel.LogN: X.Complex <> Self.Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Power(r, 2.0); }), "Self = Base");
+  TVec z;
+  z.LogN(10.0, Cplx({{-100, 0}}));  // complex data through the complex logarithm
+  EXPECT_NEAR(z.PCValues(0)->Re, 2, 4 * MACHEP);
+  EXPECT_NEAR(z.PCValues(0)->Im, PI / LN10, 4 * MACHEP);
+  z.Power(Cplx({{0, 1}}), 2.0);
+  EXPECT_TRUE(z.IsEqual(Cplx({{-1, 0}}), 4 * MACHEP, cmpAbsolute));
   TVec s, c;
   Real({0, PIDIV2}).SinCos(s, c);
   EXPECT_TRUE(s.IsEqual(Real({0, 1})));

@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "quorel/core/constants.h"
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/math387.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/arith.h"
@@ -86,6 +87,8 @@ QUOREL_KERNEL(Log10K, kern::Log10)
 QUOREL_KERNEL(CeilK, kern::Ceil)
 QUOREL_KERNEL(FloorK, kern::Floor)
 QUOREL_KERNEL(FracK, kern::Frac)
+QUOREL_KERNEL(ReverseK, kern::Reverse)
+QUOREL_KERNEL(CumSumK, kern::CumSum)
 
 /// Conversion to 32-bit integers and back, so results saturate at the integer range.
 template <TRounding Rounding>
@@ -143,6 +146,32 @@ using ArcTanhF = RealKernelComplexScalar<ArcTanhK, &quorel::ArcTanh>;
 using LnF = RealKernelComplexScalar<LnK, &quorel::Ln>;
 using Log10F = RealKernelComplexScalar<Log10K, &quorel::Log10>;
 
+// Kernels of functions with scalar parameters: constructed from the parameters, which they check.
+
+/// Logarithm to base n: ln(x) / ln(n).
+struct LogNK {
+  double scale = 0;
+  explicit LogNK(double base) {
+    Require(base != 0, "TQuorel.LogN: N = 0");
+    scale = 1.0 / quorel::Ln(base);
+  }
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const {
+    LnF{}(x, r, n);
+    kern::ScaleByValue(r, scale, r, n);
+  }
+};
+
+/// x to a real power; complex data through the scalar complex power.
+struct PowxK {
+  double exponent;
+  explicit PowxK(double e) : exponent(e) {}
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Powx(x, exponent, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    for (ptrdiff_t i = 0; i < n; ++i) r[i] = quorel::Power(x[i], exponent);
+  }
+};
+
 // Kernels of the functions whose composition needs a name of its own in the operation table.
 using SecK = Then<CosK, InvK>;
 using CscK = Then<SinK, InvK>;
@@ -170,6 +199,21 @@ struct UnaryOp {
   detail::UnaryMessages msgs;
   template <class... A>
   void operator()(A... a) const { K{}(a...); }
+};
+
+/// Messages of a function with scalar parameters: its unary messages and, when not null, the text
+/// of F(X)'s own Self check, made before the parameters are checked.
+struct ParamMessages {
+  const char* sourceIsSelf;
+  detail::UnaryMessages unary;
+};
+
+/// A function with scalar parameters: Bind(p...) gives the operation the frame runs.
+template <class K, Rule R>
+struct ParamUnaryOp {
+  ParamMessages msgs;
+  template <class... P>
+  ParamOp<R, K> Bind(P... p) const { return {msgs.unary, K(p...)}; }
 };
 
 /// An arithmetic operation: VecK on two arrays, ScalarK on an array and a value.
