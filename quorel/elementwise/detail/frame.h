@@ -51,6 +51,19 @@ inline TCplx* C(TDenseQuorel& a, Index i = 0) { return Out<TCplx>(a, i); }
 inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return In<TCplx>(a, i); }
 inline bool Same(const TQuorel& a, const TQuorel& b) { return &a == &b; }
 
+/// The checks of a source-to-Self range form, made only under ConditionCheck: X = Self, then the
+/// agreement of Self's kind with `resultComplex`.
+inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, bool resultComplex,
+                               const char* xIsSelf, const char* mismatch) {
+  if (!self.ConditionCheck()) return;
+  Require(!Same(self, x), xIsSelf);
+  Require(self.Complex() == resultComplex, mismatch);
+}
+inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, const char* xIsSelf,
+                               const char* mismatch) {
+  RequireSourceRange(self, x, x.Complex(), xIsSelf, mismatch);
+}
+
 /// Re-sizes Self to the same length with `complex` and fills it with `fill(copy, self)`, where
 /// copy holds Self's old values in a cached work vector (given back on every path).
 template <class Fill>
@@ -129,11 +142,8 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index, Index len) {
   self.ValidateParams(x, xIndex, index, len);
-  if (self.ConditionCheck()) {
-    Require(!Same(self, x), op.msgs.xIsSelf);
-    const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
-    Require(self.Complex() == resultComplex, op.msgs.complexMismatch);
-  }
+  RequireSourceRange(self, x, Op::rule == Rule::ToReal ? false : x.Complex(), op.msgs.xIsSelf,
+                     op.msgs.complexMismatch);
   if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
   if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
   RunUnary(op, x.Complex(), x, xIndex, self, index, len);
