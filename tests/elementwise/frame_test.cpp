@@ -6,7 +6,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 #include "quorel/io/report.h"
 
 namespace quorel {
