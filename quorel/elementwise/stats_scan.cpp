@@ -194,7 +194,7 @@ std::int32_t TDenseQuorel::Find(const TCplx& value) const {
 
 namespace {
 // Ten times MACHEP: the default tolerance of IsEqual.
-constexpr double kDefaultTolerance = detail::FromBits(0x3CE4000000000000);
+constexpr double kDefaultTolerance = header_detail::FromBits(0x3CE4000000000000);
 
 bool PairsEqual(const double* a, const double* b, std::int64_t n, double tol, TCompare compare, double zeroTol) {
   if (tol < 0) tol = 0;

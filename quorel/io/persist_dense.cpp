@@ -1,5 +1,6 @@
 // Saving and loading shared by vectors and matrices: a header of the object's kind, then the
 // values in storage order (a matrix's rows lie back to back, LeadingCols being Cols).
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/objects/dense.h"
 #include "quorel/io/persist.h"
 #include "quorel/io/stream.h"

@@ -1,3 +1,4 @@
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/core/detail/checks.h"
 #include "quorel/io/text_values.h"
 

@@ -15,7 +15,7 @@ namespace quorel {
 
 TQuorelController* Controller = nullptr;
 
-namespace detail {
+namespace header_detail {
 std::atomic<std::int32_t> vec_count{0};
 std::atomic<std::int32_t> mtx_count{0};
 bool vec_condition_check = true;
@@ -40,7 +40,7 @@ ObjectsModuleGuard::~ObjectsModuleGuard() {
   delete Report;
   Report = nullptr;
 }
-}  // namespace detail
+}  // namespace header_detail
 
 namespace {
 const char* const kLeakPrefix = "Quorel memory controller has detected memory leaks. There are at least ";
@@ -69,8 +69,8 @@ TQuorelController::~TQuorelController() {
   FreeMKLMemory();
 }
 
-std::int32_t TQuorelController::VecCount() const { return detail::vec_count.load(); }
-std::int32_t TQuorelController::MtxCount() const { return detail::mtx_count.load(); }
+std::int32_t TQuorelController::VecCount() const { return header_detail::vec_count.load(); }
+std::int32_t TQuorelController::MtxCount() const { return header_detail::mtx_count.load(); }
 
 void TQuorelController::Report(const std::string& text) {
   if (report_) report_(text);
@@ -79,7 +79,7 @@ void TQuorelController::Report(const std::string& text) {
 // --- pool operations, shared by the vector and the matrix pool -------------------------------------
 
 template <class T>
-void TQuorelController::FreePool(detail::TPool<T>& pool) {
+void TQuorelController::FreePool(header_detail::TPool<T>& pool) {
   // All entries are checked before any is destroyed, so a refused rebuild leaves the pool usable.
   for (std::size_t i = 0; i < pool.Entries.size(); ++i)
     if (pool.Entries[i].Used) ERaise(std::string(pool.Name) + "[" + std::to_string(i) + "] = Used");
@@ -94,7 +94,7 @@ void TQuorelController::FreePool(detail::TPool<T>& pool) {
 }
 
 template <class T>
-void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
+void TQuorelController::SetCacheSize(header_detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
   std::lock_guard<std::mutex> hold(lock_);
   FreePool(pool);
   pool.Elements = elements;
@@ -109,7 +109,7 @@ void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count,
 }
 
 template <class T>
-void TQuorelController::CreateItx(detail::TPool<T>& pool, T*& object) {
+void TQuorelController::CreateItx(header_detail::TPool<T>& pool, T*& object) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   if (pool.Next >= size) {
     if (pool.Used >= size) {
@@ -127,7 +127,7 @@ void TQuorelController::CreateItx(detail::TPool<T>& pool, T*& object) {
 }
 
 template <class T>
-void TQuorelController::FreeItx(detail::TPool<T>& pool, T*& object) {
+void TQuorelController::FreeItx(header_detail::TPool<T>& pool, T*& object) {
   if (object == nullptr) return;
   const std::int32_t index = object->CacheIndex();
   if (index < 0) {
@@ -145,7 +145,7 @@ void TQuorelController::FreeItx(detail::TPool<T>& pool, T*& object) {
 }
 
 template <class T>
-void TQuorelController::Recollect(detail::TPool<T>& pool) {
+void TQuorelController::Recollect(header_detail::TPool<T>& pool) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   pool.Scratch = pool.Entries;
   pool.Next = 0;
@@ -160,7 +160,7 @@ void TQuorelController::Recollect(detail::TPool<T>& pool) {
 }
 
 template <class T>
-void TQuorelController::DetachPool(detail::TPool<T>& pool) {
+void TQuorelController::DetachPool(header_detail::TPool<T>& pool) {
   // Handed-out objects are left alive for their holders; only the pool bookkeeping goes.
   for (auto& e : pool.Entries) {
     if (!e.Used) {
@@ -202,12 +202,12 @@ void TQuorelController::VecRecollect() { Recollect(vecs_); }
 void TQuorelController::MtxRecollect() { Recollect(mtxs_); }
 
 void TQuorelController::SetVecConditionCheck(bool value) {
-  detail::vec_condition_check = value;
+  header_detail::vec_condition_check = value;
   for (auto& e : vecs_.Entries) e.Object->SetConditionCheck(value);
 }
 
 void TQuorelController::SetMtxConditionCheck(bool value) {
-  detail::mtx_condition_check = value;
+  header_detail::mtx_condition_check = value;
   for (auto& e : mtxs_.Entries) e.Object->SetConditionCheck(value);
 }
 
@@ -221,10 +221,10 @@ void TQuorelController::DestroyQuorelCache() {
            " calls to CreateIt(TMtx) without a matching call to TVec.Free.");
   DetachPool(mtxs_);
   DetachPool(vecs_);
-  const std::int32_t liveVecs = detail::vec_count.load();
+  const std::int32_t liveVecs = header_detail::vec_count.load();
   if (liveVecs > 0)
     Report(kLeakPrefix + std::to_string(liveVecs) + " calls to TVec.Create without a matching call to TVec.Free.");
-  const std::int32_t liveMtx = detail::mtx_count.load();
+  const std::int32_t liveMtx = header_detail::mtx_count.load();
   if (liveMtx > 0)
     Report(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
 }

@@ -22,8 +22,8 @@ constexpr std::int64_t kMaxMtxElements = 0x0FFFFFFF;
 }  // namespace
 
 TMtx::TMtx() {
-  fConditionCheck = detail::mtx_condition_check;
-  detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
+  fConditionCheck = header_detail::mtx_condition_check;
+  header_detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
 }
 
 TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(rows, cols, complex); }
@@ -31,7 +31,7 @@ TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(r
 TMtx::~TMtx() {
   SetFullRange();
   ReleaseMemory();
-  detail::mtx_count.fetch_sub(1, std::memory_order_relaxed);
+  header_detail::mtx_count.fetch_sub(1, std::memory_order_relaxed);
 }
 
 TMtx::TMtx(const TMtx& other) : TMtx() { Assign(other); }
@@ -131,7 +131,7 @@ void TMtx::Reset() {
   fCaption.clear();
   fTag = 0;
   fSettings = {};  // the next borrower starts from the defaults
-  fConditionCheck = detail::mtx_condition_check;
+  fConditionCheck = header_detail::mtx_condition_check;
 }
 
 void TMtx::DoSetComplex() {

@@ -13,14 +13,14 @@ using detail::Require;
 using detail::RequireState;
 
 TVec::TVec() {
-  fConditionCheck = detail::vec_condition_check;
-  detail::vec_count.fetch_add(1, std::memory_order_relaxed);
+  fConditionCheck = header_detail::vec_condition_check;
+  header_detail::vec_count.fetch_add(1, std::memory_order_relaxed);
 }
 
 TVec::~TVec() {
   SetFullRange();
   ReleaseMemory();
-  detail::vec_count.fetch_sub(1, std::memory_order_relaxed);
+  header_detail::vec_count.fetch_sub(1, std::memory_order_relaxed);
 }
 
 TVec::TVec(const TVec& other) : TVec() { Assign(other); }
@@ -76,7 +76,7 @@ void TVec::DoSetComplex() {
 
 void TVec::Reset() {
   TQuorel::Reset();
-  fConditionCheck = detail::vec_condition_check;
+  fConditionCheck = header_detail::vec_condition_check;
 }
 
 TVec& TVec::Size(std::int32_t len, bool complex) {
