@@ -7,14 +7,10 @@
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/axpy.h"
 #include "quorel/platform/kernels/cplx.h"
-#include "quorel/platform/kernels/math.h"
-#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 
 using detail::C;
-using detail::In;
-using detail::Out;
 using detail::R;
 using detail::Require;
 using detail::Same;

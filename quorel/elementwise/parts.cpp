@@ -4,17 +4,12 @@
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/elementwise/detail/frame.h"
-#include "quorel/platform/kernels/arith.h"
-#include "quorel/platform/kernels/axpy.h"
 #include "quorel/platform/kernels/cplx.h"
 #include "quorel/platform/kernels/math.h"
-#include "quorel/platform/kernels/move.h"
 
 namespace quorel {
 
 using detail::C;
-using detail::In;
-using detail::Out;
 using detail::R;
 using detail::Require;
 using detail::Same;
