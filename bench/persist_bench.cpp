@@ -15,6 +15,7 @@
 #include <unistd.h>
 
 #include "ratio_reporter.h"
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/quorel.h"
 
 using namespace quorel;

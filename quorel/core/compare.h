@@ -6,22 +6,22 @@
 
 namespace quorel {
 
-namespace detail {
+namespace header_detail {
 inline constexpr std::uint64_t kExpMask = 0x7FF0000000000000;
 inline constexpr std::uint64_t kMantMask = 0x000FFFFFFFFFFFFF;
 constexpr std::uint64_t Bits(double x) { return std::bit_cast<std::uint64_t>(x); }
-}  // namespace detail
+}  // namespace header_detail
 
 /// Exponent all ones and mantissa non-zero.
 constexpr bool IsNan(double x) {
-  return (detail::Bits(x) & detail::kExpMask) == detail::kExpMask && (detail::Bits(x) & detail::kMantMask) != 0;
+  return (header_detail::Bits(x) & header_detail::kExpMask) == header_detail::kExpMask && (header_detail::Bits(x) & header_detail::kMantMask) != 0;
 }
 /// Exponent all ones and mantissa zero, either sign.
 constexpr bool IsInf(double x) {
-  return (detail::Bits(x) & detail::kExpMask) == detail::kExpMask && (detail::Bits(x) & detail::kMantMask) == 0;
+  return (header_detail::Bits(x) & header_detail::kExpMask) == header_detail::kExpMask && (header_detail::Bits(x) & header_detail::kMantMask) == 0;
 }
 /// NaN or infinite (exponent all ones).
-constexpr bool IsNanInf(double x) { return (detail::Bits(x) & detail::kExpMask) == detail::kExpMask; }
+constexpr bool IsNanInf(double x) { return (header_detail::Bits(x) & header_detail::kExpMask) == header_detail::kExpMask; }
 /// The same test as IsNanInf.
 constexpr bool IsInfNan(double x) { return IsNanInf(x); }
 

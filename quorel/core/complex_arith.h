@@ -7,10 +7,10 @@
 
 namespace quorel {
 
-namespace detail {
+namespace header_detail {
 using LD = long double;
 constexpr TCplx Round(LD re, LD im) { return {static_cast<double>(re), static_cast<double>(im)}; }
-}  // namespace detail
+}  // namespace header_detail
 
 /// The complex value (re, 0).
 constexpr TCplx Cplx(double re) { return {re, 0.0}; }
@@ -32,18 +32,18 @@ constexpr TCplx FlipConj(const TCplx& z) { return {z.Im, -z.Re}; }
 constexpr TCplx MulI(const TCplx& z) { return {-z.Im, z.Re}; }
 
 /// Re^2 + Im^2.
-constexpr double Norm(const TCplx& z) { return static_cast<double>(detail::LD(z.Re) * z.Re + detail::LD(z.Im) * z.Im); }
+constexpr double Norm(const TCplx& z) { return static_cast<double>(header_detail::LD(z.Re) * z.Re + header_detail::LD(z.Im) * z.Im); }
 /// |Re| + |Im|.
 constexpr double CAbs1(const TCplx& z) { return (z.Re < 0 ? -z.Re : z.Re) + (z.Im < 0 ? -z.Im : z.Im); }
 /// z * z.
 constexpr TCplx CSqr(const TCplx& z) {
-  detail::LD re = z.Re, im = z.Im;
-  return detail::Round(re * re - im * im, 2 * re * im);
+  header_detail::LD re = z.Re, im = z.Im;
+  return header_detail::Round(re * re - im * im, 2 * re * im);
 }
 /// 1 / z = (Re / d, -Im / d), d = Re^2 + Im^2.
 constexpr TCplx CInv(const TCplx& z) {
-  detail::LD re = z.Re, im = z.Im, r = 1 / (re * re + im * im);
-  return detail::Round(re * r, -im * r);
+  header_detail::LD re = z.Re, im = z.Im, r = 1 / (re * re + im * im);
+  return header_detail::Round(re * r, -im * r);
 }
 
 /// a + b.
@@ -60,8 +60,8 @@ constexpr TCplx CSub(const TCplx& a, double x) { return {a.Re - x, a.Im}; }
 constexpr TCplx CSub(double x, const TCplx& b) { return {x - b.Re, -b.Im}; }
 /// a * b.
 constexpr TCplx CMul(const TCplx& a, const TCplx& b) {
-  detail::LD ar = a.Re, ai = a.Im;
-  return detail::Round(ar * b.Re - ai * b.Im, ar * b.Im + ai * b.Re);
+  header_detail::LD ar = a.Re, ai = a.Im;
+  return header_detail::Round(ar * b.Re - ai * b.Im, ar * b.Im + ai * b.Re);
 }
 /// a * x.
 constexpr TCplx CMul(const TCplx& a, double x) { return {a.Re * x, a.Im * x}; }
@@ -69,18 +69,18 @@ constexpr TCplx CMul(const TCplx& a, double x) { return {a.Re * x, a.Im * x}; }
 constexpr TCplx CMul(double x, const TCplx& b) { return {x * b.Re, x * b.Im}; }
 /// a / b by the textbook formula with one reciprocal of |b|^2 and no scaling.
 constexpr TCplx CDiv(const TCplx& a, const TCplx& b) {
-  detail::LD br = b.Re, bi = b.Im, r = 1 / (br * br + bi * bi);
-  return detail::Round((a.Re * br + a.Im * bi) * r, (a.Im * br - a.Re * bi) * r);
+  header_detail::LD br = b.Re, bi = b.Im, r = 1 / (br * br + bi * bi);
+  return header_detail::Round((a.Re * br + a.Im * bi) * r, (a.Im * br - a.Re * bi) * r);
 }
 /// a / x.
 constexpr TCplx CDiv(const TCplx& a, double x) {
-  detail::LD r = 1 / detail::LD(x);
-  return detail::Round(a.Re * r, a.Im * r);
+  header_detail::LD r = 1 / header_detail::LD(x);
+  return header_detail::Round(a.Re * r, a.Im * r);
 }
 /// x / b.
 constexpr TCplx CDiv(double x, const TCplx& b) {
-  detail::LD br = b.Re, bi = b.Im, r = x / (br * br + bi * bi);
-  return detail::Round(br * r, -bi * r);
+  header_detail::LD br = b.Re, bi = b.Im, r = x / (br * br + bi * bi);
+  return header_detail::Round(br * r, -bi * r);
 }
 
 /// z + i*x: the real operand acts on the imaginary part.
@@ -93,8 +93,8 @@ constexpr TCplx CMulI(const TCplx& z, double x) { return {-z.Im * x, z.Re * x}; 
 constexpr TCplx CSubMulI(const TCplx& z) { return {z.Im, PIDIV2 - z.Re}; }
 /// i / z in one step: (Im, Re) / |z|^2.
 constexpr TCplx CInvMulI(const TCplx& z) {
-  detail::LD re = z.Re, im = z.Im, r = 1 / (re * re + im * im);
-  return detail::Round(im * r, re * r);
+  header_detail::LD re = z.Re, im = z.Im, r = 1 / (re * re + im * im);
+  return header_detail::Round(im * r, re * r);
 }
 
 // Result-argument forms exist for the four arithmetic operations, the ones used in tight loops;

@@ -29,7 +29,7 @@ LCplx LnL(const LCplx& z) { return std::log(z); }
 TCplx Polar(L r, L a) {
   L s, c;
   detail::kernels::SinCosL(a, s, c);
-  return detail::Round(r * c, r * s);
+  return header_detail::Round(r * c, r * s);
 }
 
 bool IsZero(const TCplx& z) { return z.Re == 0 && z.Im == 0; }
@@ -47,8 +47,8 @@ TCplx CSqrt(const TCplx& z) {
   L re = z.Re, im = z.Im;
   L t = std::sqrt((std::sqrt(re * re + im * im) + std::fabs(re)) / 2);
   if (t == 0) return C_ZERO;
-  if (re >= 0) return detail::Round(t, im / (2 * t));
-  return detail::Round(std::fabs(im) / (2 * t), im < 0 ? -t : t);
+  if (re >= 0) return header_detail::Round(t, im / (2 * t));
+  return header_detail::Round(std::fabs(im) / (2 * t), im < 0 ? -t : t);
 }
 
 double CAbs(const TCplx& z) {
@@ -60,7 +60,7 @@ int Sgn(const TCplx& z) { return z.Re != 0 ? Sgn(z.Re) : Sgn(z.Im); }
 TCplx Sign(const TCplx& z) {
   if (IsZero(z)) return C_ZERO;
   L re = z.Re, im = z.Im, r = 1 / std::sqrt(re * re + im * im);
-  return detail::Round(re * r, im * r);
+  return header_detail::Round(re * r, im * r);
 }
 
 TCplx CTrunc(const TCplx& z) { return PerPart(z, [](double x) { return std::trunc(x); }); }

@@ -58,25 +58,25 @@ inline void Swap(T& a, T& b) noexcept {
   b = t;
 }
 
-namespace detail {
+namespace header_detail {
 template <class T>
 constexpr T Clamp(T low, T value, T high) {
   return value < low ? low : (value > high ? high : value);  // the low bound wins, NaN passes
 }
-}  // namespace detail
+}  // namespace header_detail
 
 /// True when low <= value <= high.
 constexpr bool CheckRange(double low, double value, double high) { return low <= value && value <= high; }
 /// Integer CheckRange.
 constexpr bool CheckRange(std::int64_t low, std::int64_t value, std::int64_t high) { return low <= value && value <= high; }
 /// low when value < low, else high when value > high, else value (NaN unchanged).
-constexpr double EnsureRange(double low, double value, double high) { return detail::Clamp(low, value, high); }
+constexpr double EnsureRange(double low, double value, double high) { return header_detail::Clamp(low, value, high); }
 /// Integer EnsureRange.
-constexpr std::int32_t EnsureRange(std::int32_t low, std::int32_t value, std::int32_t high) { return detail::Clamp(low, value, high); }
+constexpr std::int32_t EnsureRange(std::int32_t low, std::int32_t value, std::int32_t high) { return header_detail::Clamp(low, value, high); }
 /// EnsureRange in place.
-constexpr void LimitRange(double low, double& value, double high) { value = detail::Clamp(low, value, high); }
+constexpr void LimitRange(double low, double& value, double high) { value = header_detail::Clamp(low, value, high); }
 /// Integer LimitRange.
-constexpr void LimitRange(std::int32_t low, std::int32_t& value, std::int32_t high) { value = detail::Clamp(low, value, high); }
+constexpr void LimitRange(std::int32_t low, std::int32_t& value, std::int32_t high) { value = header_detail::Clamp(low, value, high); }
 
 /// Deletes the object p points to and sets p to nullptr (p is cleared first).
 template <class T>

@@ -27,7 +27,7 @@ void FillPrimes(TIntegerArray& primes) {
 }
 }  // namespace
 
-detail::CoreModuleGuard::CoreModuleGuard() {
+header_detail::CoreModuleGuard::CoreModuleGuard() {
   if (core_users.fetch_add(1) != 0) return;
   ClearFPU();
   MtxSaved8087CW = Get8087CW();
@@ -40,6 +40,6 @@ detail::CoreModuleGuard::CoreModuleGuard() {
 
 // The tables and texts are released by their own destructors at exit; touching them here could
 // run after those destructors.
-detail::CoreModuleGuard::~CoreModuleGuard() { core_users.fetch_sub(1); }
+header_detail::CoreModuleGuard::~CoreModuleGuard() { core_users.fetch_sub(1); }
 
 }  // namespace quorel

@@ -17,12 +17,12 @@ extern std::string QuorelWorkingDir;
 /// The first 1000 primes, 2 to 7919.
 extern TIntegerArray QuorelPrimeArray;
 
-namespace detail {
+namespace header_detail {
 struct CoreModuleGuard {
   CoreModuleGuard();
   ~CoreModuleGuard();
 };
 static const CoreModuleGuard core_module_guard;
-}  // namespace detail
+}  // namespace header_detail
 
 }  // namespace quorel

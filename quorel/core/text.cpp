@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/text.h"
 
 #include <charconv>
@@ -11,6 +12,8 @@
 #include "quorel/core/float_format.h"
 
 namespace quorel {
+
+using detail::RequireState;
 
 namespace {
 
@@ -175,7 +178,7 @@ std::string FormatCplx(const TCplx& Z, const std::string& ReFormat, const std::s
 }
 
 int OffsetPos(const std::string& Sub, const std::string& S, int Offset) {
-  if (Offset < 1) ERaise("Offset < 1");
+  RequireState(Offset >= 1, "Offset < 1");
   const std::size_t start = static_cast<std::size_t>(Offset) - 1;
   if (Sub.empty() || start > S.size()) return 0;
   const std::size_t at = S.find(Sub, start);

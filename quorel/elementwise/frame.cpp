@@ -2,7 +2,7 @@
 
 #include "quorel/platform/kernels/cplx.h"
 
-namespace quorel::frame {
+namespace quorel::detail {
 
 void ExtendToComplex(TDenseQuorel& self, bool zeros) {
   if (self.Complex()) return;
@@ -13,4 +13,4 @@ void ExtendToComplex(TDenseQuorel& self, bool zeros) {
   });
 }
 
-}  // namespace quorel::frame
+}  // namespace quorel::detail

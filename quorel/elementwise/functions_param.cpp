@@ -1,7 +1,9 @@
-// Element-wise functions with a parameter or with two sources or two outputs: powers,
-// logarithms to a base, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac.
+// Element-wise functions whose shapes are their own: powers with an array exponent or a complex
+// parameter, integer powers, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac. Functions
+// with plain scalar parameters are lines of elementwise_methods.inc.
 #include <cmath>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/math387.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/arith.h"
@@ -13,12 +15,12 @@
 
 namespace quorel {
 
-using frame::C;
-using frame::MakeOp;
-using frame::R;
-using frame::Require;
-using frame::Rule;
-using frame::Same;
+using detail::C;
+using detail::MakeOp;
+using detail::R;
+using detail::Require;
+using detail::Rule;
+using detail::Same;
 
 namespace {
 // r[i] = f(x[i]) with a scalar function, for complex forms that have no vector kernel.
@@ -29,25 +31,6 @@ void ForEach(const X* x, TCplx* r, std::ptrdiff_t n, F&& f) {
 }  // namespace
 
 // --- powers --------------------------------------------------------------------------------------------
-
-namespace {
-auto PowxOp(double exponent) {
-  return MakeOp<Rule::Both>({"Power: X = Self", "Power: Self.Complex <> X.Complex"},
-                            [exponent](auto x, auto r, std::ptrdiff_t n) {
-                              if constexpr (std::is_same_v<decltype(x), const double*>)
-                                kern::Powx(x, exponent, r, n);
-                              else
-                                ForEach(x, r, n, [exponent](const TCplx& z) { return quorel::Power(z, exponent); });
-                            });
-}
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::Power(double exponent) { return frame::Unary(*this, PowxOp(exponent)); }
-
-TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, double exponent) {
-  if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
-  return frame::Unary(*this, PowxOp(exponent), base);
-}
 
 TDenseQuorel& TDenseQuorel::Power(double base, const TDenseQuorel& exponent) {
   if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
@@ -125,7 +108,7 @@ auto IntPowerOp(std::int32_t n) {
 }  // namespace
 
 TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
-  if (n == 0 || n == 1 || n == -1 || fLength == 0) return frame::Unary(*this, IntPowerOp(n));
+  if (n == 0 || n == 1 || n == -1 || fLength == 0) return detail::Unary(*this, IntPowerOp(n));
   // In place the source is overwritten by the running product: keep a copy of it.
   TWorkVec base;
   base->Copy(*this);
@@ -133,37 +116,7 @@ TDenseQuorel& TDenseQuorel::IntPower(std::int32_t n) {
 }
 
 TDenseQuorel& TDenseQuorel::IntPower(const TDenseQuorel& x, std::int32_t n) {
-  return frame::Unary(*this, IntPowerOp(n), x);
-}
-
-// --- logarithm to a base ------------------------------------------------------------------------------------
-
-namespace {
-auto LogNOp(double base) {
-  if (base == 0) EInvalidArgumentRaise("TQuorel.LogN: N = 0");
-  const double scale = 1.0 / quorel::Ln(base);
-  return MakeOp<Rule::Both>({"TVec.LogN: X = Self", "TQuorel.LogN: X.Complex <> Self.Complex"},
-                            [scale](auto x, auto r, std::ptrdiff_t n) {
-                              if constexpr (std::is_same_v<decltype(x), const double*>)
-                                kern::Ln(x, r, n);
-                              else
-                                ForEach(x, r, n, [](const TCplx& z) { return quorel::Ln(z); });
-                              kern::ScaleByValue(r, scale, r, n);
-                            });
-}
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::LogN(double n) { return frame::Unary(*this, LogNOp(n)); }
-TDenseQuorel& TDenseQuorel::LogN(double n, std::int32_t index, std::int32_t len) {
-  return frame::Unary(*this, LogNOp(n), index, len);
-}
-TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x) {
-  if (fConditionCheck) Require(!Same(*this, x), "TQuorel.LogN: Self = X");
-  return frame::Unary(*this, LogNOp(n), x);
-}
-TDenseQuorel& TDenseQuorel::LogN(double n, const TDenseQuorel& x, std::int32_t xIndex, std::int32_t index,
-                                 std::int32_t len) {
-  return frame::Unary(*this, LogNOp(n), x, xIndex, index, len);
+  return detail::Unary(*this, IntPowerOp(n), x);
 }
 
 // --- two sources: ArcTan2, Rem -----------------------------------------------------------------------------------

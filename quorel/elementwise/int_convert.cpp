@@ -2,17 +2,16 @@
 #include <algorithm>
 
 #include "quorel/elementwise/detail/frame.h"
-#include "quorel/elementwise/detail/reduce_checks.h"
 #include "quorel/platform/kernels/convert.h"
 
 namespace quorel {
 
-using frame::R;
-using frame::Require;
+using detail::R;
+using detail::Require;
 
 namespace {
 void ToIntegerArray(const TDenseQuorel& self, TIntegerArray& dst, TRounding rounding) {
-  reduce::RequireReal(self);
+  detail::RequireReal(self);
   dst.resize(static_cast<std::size_t>(self.Length()));
   if (!dst.empty()) kern::Convert(R(self), dst.data(), self.Length(), rounding);
 }
@@ -22,7 +21,7 @@ void TDenseQuorel::Round(TIntegerArray& dst) const { ToIntegerArray(*this, dst, 
 void TDenseQuorel::Trunc(TIntegerArray& dst) const { ToIntegerArray(*this, dst, rnTrunc); }
 
 void TDenseQuorel::FloatToInt(TDenseQuorel& dst, TRounding rounding) const {
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (fConditionCheck) Require(&dst != this, "FloatToInt: Dst = Self");
   dst.Size(*this, false);
   dst.SetIsInteger(true);

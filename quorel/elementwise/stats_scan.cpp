@@ -1,20 +1,22 @@
-// Reductions that are own scans rather than one kernel call: median, higher moments, complex
+// Reductions that are own scans rather than one platform-kernel call: median, higher moments, complex
 // extremes, first/last, searches and tolerance equality.
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/elementwise/detail/frame.h"
-#include "quorel/elementwise/detail/reduce_checks.h"
 
 namespace quorel {
 
-using frame::C;
-using frame::R;
-using frame::Require;
+using detail::RequireInRange;
+
+using detail::C;
+using detail::R;
+using detail::Require;
 
 // --- median and moments ------------------------------------------------------------------------------
 
@@ -22,7 +24,7 @@ double TDenseQuorel::Median() const { return Median(0, fLength); }
 
 double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len == 0) return NaN;
   // The selection reorders a copy; a per-thread buffer keeps repeated medians allocation-free.
   thread_local std::vector<double> scratch;
@@ -56,7 +58,7 @@ double TDenseQuorel::Skewness(double mean, double stdDev) const { return Skewnes
 
 double TDenseQuorel::Skewness(double mean, double stdDev, std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len < 3) return NaN;
   if (stdDev == 0.0) return INF;
   const double n = len;
@@ -67,7 +69,7 @@ double TDenseQuorel::Kurtosis(double mean, double stdDev) const { return Kurtosi
 
 double TDenseQuorel::Kurtosis(double mean, double stdDev, std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
-  reduce::RequireReal(*this);
+  detail::RequireReal(*this);
   if (len < 4) return NaN;
   if (stdDev == 0.0) return INF;
   const double n = len;
@@ -100,7 +102,7 @@ template <bool Larger>
 void ComplexExtreme(const TDenseQuorel& self, TCplx& value, std::int32_t& idx, std::int32_t index,
                     std::int32_t len) {
   self.ValidateParams(index, len);
-  reduce::RequireComplex(self);
+  detail::RequireComplex(self);
   if (len == 0) {
     value = CNAN;
     idx = -1;
@@ -137,25 +139,25 @@ void TDenseQuorel::Min(TCplx& value, std::int32_t& idx, std::int32_t index, std:
 // --- first and last --------------------------------------------------------------------------------------
 
 double TDenseQuorel::First() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.First: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.First: fLength = 0");
   Require(!fComplex, "TQuorel.First: Complex!");
   return fValues[0];
 }
 
 double TDenseQuorel::Last() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Last: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Last: fLength = 0");
   Require(!fComplex, "TQuorel.First: Complex!");
   return fValues[fLength - 1];
 }
 
 TCplx TDenseQuorel::Firstc() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Firstc: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Firstc: fLength = 0");
   Require(fComplex, "TQuorel.Firstc: not Complex!");
   return *PCValues1D(0);
 }
 
 TCplx TDenseQuorel::Lastc() const {
-  if (fLength == 0) ERangeErrorRaise("TQuorel.Lastc: fLength = 0");
+  RequireInRange(fLength != 0, "TQuorel.Lastc: fLength = 0");
   Require(fComplex, "TQuorel.Firstc: not Complex!");
   return *PCValues1D(fLength - 1);
 }
@@ -192,7 +194,7 @@ std::int32_t TDenseQuorel::Find(const TCplx& value) const {
 
 namespace {
 // Ten times MACHEP: the default tolerance of IsEqual.
-constexpr double kDefaultTolerance = detail::FromBits(0x3CE4000000000000);
+constexpr double kDefaultTolerance = header_detail::FromBits(0x3CE4000000000000);
 
 bool PairsEqual(const double* a, const double* b, std::int64_t n, double tol, TCompare compare, double zeroTol) {
   if (tol < 0) tol = 0;

@@ -1,26 +1,27 @@
 // Thresholds: values beyond a level replaced by the level or by a given value; complex data is
 // limited by modulus with the phase kept.
+#include "quorel/core/detail/checks.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/threshold.h"
 
 namespace quorel {
 
-using frame::MakeOp;
-using frame::Rule;
+using detail::MakeOp;
+using detail::Rule;
 
 namespace {
 // Every threshold comes in the four unary shapes; `op` carries its kernel and messages.
 #define QUOREL_THRESHOLD_SHAPES(Method, Params, Args, MakeOpExpr)                                          \
-  TDenseQuorel& TDenseQuorel::Method Params { return frame::Unary(*this, MakeOpExpr); }                      \
+  TDenseQuorel& TDenseQuorel::Method Params { return detail::Unary(*this, MakeOpExpr); }                      \
   TDenseQuorel& TDenseQuorel::Method(QUOREL_UNPAREN Params, std::int32_t index, std::int32_t len) {         \
-    return frame::Unary(*this, MakeOpExpr, index, len);                                                    \
+    return detail::Unary(*this, MakeOpExpr, index, len);                                                    \
   }                                                                                                        \
   TDenseQuorel& TDenseQuorel::Method(const TDenseQuorel& src, QUOREL_UNPAREN Params) {                      \
-    return frame::Unary(*this, MakeOpExpr, src);                                                           \
+    return detail::Unary(*this, MakeOpExpr, src);                                                           \
   }                                                                                                        \
   TDenseQuorel& TDenseQuorel::Method(const TDenseQuorel& src, QUOREL_UNPAREN Params, std::int32_t srcIndex, \
                                      std::int32_t index, std::int32_t len) {                               \
-    return frame::Unary(*this, MakeOpExpr, src, srcIndex, index, len);                                     \
+    return detail::Unary(*this, MakeOpExpr, src, srcIndex, index, len);                                     \
   }
 #define QUOREL_UNPAREN(...) __VA_ARGS__
 
@@ -63,9 +64,9 @@ auto GTCplxOp(double level, TCplx value) {
        "TQuorel.ThresholdGT: Self is not Complex", "TQuorel.ThresholdGT: Vec is not Complex"},
       [level, value](const TCplx* x, TCplx* r, std::ptrdiff_t n) { kern::ThresholdGTVal(x, level, value, r, n); });
 }
-auto GTLTOp(double ltLevel, double ltValue, double gtLevel, double gtValue) {
+auto GTLTOp(const TDenseQuorel& self, double ltLevel, double ltValue, double gtLevel, double gtValue) {
   // Equal levels are allowed; only a lower level above the upper one is refused.
-  if (ltLevel > gtLevel) EInvalidArgumentRaise("TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  detail::RequireChecked(self, !(ltLevel > gtLevel), "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
   return MakeOp<Rule::RealOnly>(
       {"TQuorel.ThresholdGT_LT: Vec = Self", "TQuorel.ThresholdGT_LT: Vec is Complex",
        "TQuorel.ThresholdGT_LT: Self is Complex", "TQuorel.ThresholdGT_LT: Vec is Complex"},
@@ -82,7 +83,7 @@ QUOREL_THRESHOLD_SHAPES(ThresholdGT, (double level, double value), (level, value
 QUOREL_THRESHOLD_SHAPES(ThresholdLT, (double level, const TCplx& value), (level, value), LTCplxOp(level, value))
 QUOREL_THRESHOLD_SHAPES(ThresholdGT, (double level, const TCplx& value), (level, value), GTCplxOp(level, value))
 QUOREL_THRESHOLD_SHAPES(ThresholdGT_LT, (double ltLevel, double ltValue, double gtLevel, double gtValue),
-                        (ltLevel, ltValue, gtLevel, gtValue), GTLTOp(ltLevel, ltValue, gtLevel, gtValue))
+                        (ltLevel, ltValue, gtLevel, gtValue), GTLTOp(*this, ltLevel, ltValue, gtLevel, gtValue))
 
 #undef QUOREL_THRESHOLD_SHAPES
 #undef QUOREL_UNPAREN

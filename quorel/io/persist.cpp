@@ -1,3 +1,4 @@
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/io/persist.h"
 
 #include <algorithm>

@@ -63,19 +63,4 @@ void WriteShortString(TQuorelStream& stream, const std::string& text);
 /// inside its text: kept so for compatibility with files already written.
 std::string ReadShortString(TQuorelStream& stream);
 
-namespace detail {
-/// Stands for a precision ordinal outside TPrecision read from a header: no values follow.
-inline constexpr auto kUnknownPrecision = static_cast<TPrecision>(0xFF);
-/// Bytes per real value of a precision; 0 outside TPrecision.
-std::int32_t BytesPerValue(TPrecision precision);
-/// The precision with ordinal p, or false when p is outside TPrecision.
-bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision);
-/// Writes a header of singles as they are (a short write is not reported).
-void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields);
-/// Reads a header of singles; false when the stream holds fewer bytes.
-bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields);
-/// The file to save into: created (or truncated), or with append the existing file at its end.
-std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append);
-}  // namespace detail
-
 }  // namespace quorel

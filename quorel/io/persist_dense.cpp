@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/objects/dense.h"
 #include "quorel/io/persist.h"
 #include "quorel/io/stream.h"

@@ -1,6 +1,7 @@
 // Binary persistence of TMtx (the "persistence" section of mtx.h).
 #include <array>
 
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/io/persist.h"

@@ -1,6 +1,7 @@
 // Binary persistence of TVec (the "persistence" section of vec.h).
 #include <array>
 
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/core/errors.h"
 #include "quorel/io/persist.h"
 #include "quorel/io/stream.h"

@@ -32,7 +32,7 @@ const std::string kMtxLabel = "Mtx";
 
 TQuorelReport::TQuorelReport() = default;
 
-TQuorelReport::TQuorelReport(const std::string& text) { WriteString(text); }
+TQuorelReport::TQuorelReport(const std::string& /*text*/) {}
 
 TQuorelReport::~TQuorelReport() = default;
 

@@ -23,7 +23,7 @@ class TQuorelReport : public std::ostringstream {
  public:
   /// An empty report with the default formats and a tab as delimiter.
   TQuorelReport();
-  /// A report that starts with Text.
+  /// The same empty report: the text of the creating call is not kept.
   explicit TQuorelReport(const std::string& text);
   ~TQuorelReport() override;
 

@@ -54,10 +54,10 @@ class TQuorelStream {
 
   /// Memory for the next count bytes, to be filled by the caller in place of a Write; the
   /// position moves past them. nullptr when the stream has no memory to lend.
-  virtual void* WriteInPlace(std::int64_t count) { return nullptr; }
+  virtual void* WriteInPlace(std::int64_t /*count*/) { return nullptr; }
   /// Memory holding the next count bytes, in place of a Read; the position moves past them.
   /// nullptr when fewer remain or the stream has no memory to lend.
-  virtual const void* ReadInPlace(std::int64_t count) { return nullptr; }
+  virtual const void* ReadInPlace(std::int64_t /*count*/) { return nullptr; }
 
   /// Bytes between the position and the end (0 when positioned past it).
   std::int64_t Remaining();

@@ -1,3 +1,5 @@
+#include "quorel/io/detail/persist_format.h"
+#include "quorel/core/detail/checks.h"
 #include "quorel/io/text_values.h"
 
 #include "quorel/io/persist.h"
@@ -15,6 +17,8 @@
 #include "quorel/platform/kernels/move.h"
 
 namespace quorel {
+
+using detail::RequireInRange;
 
 // --- element texts -----------------------------------------------------------------------------------
 
@@ -64,7 +68,7 @@ void AppendVecLines(const TVec& vec, TStringList& list, const TValueFormat& form
                     std::int32_t len) {
   const std::int64_t count = len == -1 ? std::int64_t{vec.Length()} - index : len;
   if (index < 0 || count < 0) SelfRangeError(index, count, vec.Length());
-  if (index + count > vec.Length()) ERangeErrorRaise("Index + Len > fLength");
+  RequireInRange(index + count <= vec.Length(), "Index + Len > fLength");
   list.reserve(list.size() + static_cast<std::size_t>(count));
   for (std::int64_t k = index; k < index + count; ++k) list.push_back(ElementText(vec, k, format));
 }
@@ -114,9 +118,9 @@ void StringsToValues(TVec& vec, const TStringList& list, std::int32_t listIndex,
   const auto lines = static_cast<std::int64_t>(list.size());
   const std::int64_t count = len == -1 ? lines - listIndex : len;
   if (index < 0 || count < 0) SelfRangeError(index, count, vec.Length());
-  if (index + count > vec.Length()) ERangeErrorRaise("(Index + Len) > fLength");
+  RequireInRange(index + count <= vec.Length(), "(Index + Len) > fLength");
   if (listIndex < 0) ERangeErrorRaise(FormatMsg("ListIndex < 0 (%d)", listIndex));
-  if (listIndex + count > lines) ERangeErrorRaise("ListIndex + Len > AList.Count");
+  RequireInRange(listIndex + count <= lines, "ListIndex + Len > AList.Count");
   ParseInto(vec, list, static_cast<std::size_t>(listIndex), static_cast<std::int32_t>(count), index, false);
 }
 
@@ -134,10 +138,10 @@ void AppendMtxLines(const TMtx& mtx, TStringList& list, const std::string& delim
                     std::int32_t row, std::int32_t col, std::int32_t rowCount, std::int32_t colCount) {
   const std::int64_t rows = rowCount == -1 ? std::int64_t{mtx.Rows()} - row : rowCount;
   const std::int64_t cols = colCount == -1 ? std::int64_t{mtx.Cols()} - col : colCount;
-  if (row < 0 || col < 0) ERangeErrorRaise("TMtx.ValuesToStrings: (Row < 0) or (Col < 0)");
-  if (rows < 0 || cols < 0) ERangeErrorRaise("TMtx.ValuesToStrings: (RowCount < 0) or (ColCount < 0)");
-  if (row + rows > mtx.Rows()) ERangeErrorRaise("TMtx.ValuesToStrings: (Row + RowCount) > FRows");
-  if (col + cols > mtx.Cols()) ERangeErrorRaise("TMtx.ValuesToStrings: (Col + ColCount) > FCols");
+  RequireInRange(!(row < 0 || col < 0), "TMtx.ValuesToStrings: (Row < 0) or (Col < 0)");
+  RequireInRange(!(rows < 0 || cols < 0), "TMtx.ValuesToStrings: (RowCount < 0) or (ColCount < 0)");
+  RequireInRange(row + rows <= mtx.Rows(), "TMtx.ValuesToStrings: (Row + RowCount) > FRows");
+  RequireInRange(col + cols <= mtx.Cols(), "TMtx.ValuesToStrings: (Col + ColCount) > FCols");
   list.reserve(list.size() + static_cast<std::size_t>(rows));
   for (std::int64_t i = row; i < row + rows; ++i) {
     std::string line;
@@ -228,7 +232,7 @@ TStringList SplitColumns(const std::string& line, const std::string& delimiter) 
 
 std::int32_t ColumnCount(const TStringList& list, std::int32_t row, const std::string& delimiter) {
   if (row < 0) ERangeErrorRaise(FormatMsg("Row < 0 (%d)", row));
-  if (static_cast<std::size_t>(row) >= list.size()) ERangeErrorRaise("Row > AList.Count-1");
+  RequireInRange(static_cast<std::size_t>(row) < list.size(), "Row > AList.Count-1");
   return static_cast<std::int32_t>(SplitColumns(list[static_cast<std::size_t>(row)], delimiter).size());
 }
 

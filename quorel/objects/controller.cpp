@@ -17,7 +17,7 @@ namespace quorel {
 
 TQuorelController* Controller = nullptr;
 
-namespace detail {
+namespace header_detail {
 std::atomic<std::int32_t> vec_count{0};
 std::atomic<std::int32_t> mtx_count{0};
 bool vec_condition_check = true;
@@ -42,7 +42,7 @@ ObjectsModuleGuard::~ObjectsModuleGuard() {
   delete Report;
   Report = nullptr;
 }
-}  // namespace detail
+}  // namespace header_detail
 
 namespace {
 const char* const kLeakPrefix = "Quorel memory controller has detected memory leaks. There are at least ";
@@ -81,8 +81,8 @@ TQuorelController::~TQuorelController() {
   FreeMKLMemory();
 }
 
-std::int32_t TQuorelController::VecCount() const { return detail::vec_count.load(); }
-std::int32_t TQuorelController::MtxCount() const { return detail::mtx_count.load(); }
+std::int32_t TQuorelController::VecCount() const { return header_detail::vec_count.load(); }
+std::int32_t TQuorelController::MtxCount() const { return header_detail::mtx_count.load(); }
 
 void TQuorelController::Report(const std::string& text) {
   if (report_) report_(text);
@@ -91,7 +91,7 @@ void TQuorelController::Report(const std::string& text) {
 // --- pool operations, shared by the vector and the matrix pool -------------------------------------
 
 template <class T>
-void TQuorelController::FreePool(detail::TPool<T>& pool) {
+void TQuorelController::FreePool(header_detail::TPool<T>& pool) {
   // All entries are checked before any is destroyed, so a refused rebuild leaves the pool usable.
   for (std::size_t i = 0; i < pool.Entries.size(); ++i)
     if (pool.Entries[i].Used) ERaise(std::string(pool.Name) + "[" + std::to_string(i) + "] = Used");
@@ -106,7 +106,7 @@ void TQuorelController::FreePool(detail::TPool<T>& pool) {
 }
 
 template <class T>
-void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
+void TQuorelController::SetCacheSize(header_detail::TPool<T>& pool, std::int32_t count, std::int32_t elements) {
   std::lock_guard<TCacheLock> hold(lock_);
   FreePool(pool);
   pool.Elements = elements;
@@ -121,7 +121,7 @@ void TQuorelController::SetCacheSize(detail::TPool<T>& pool, std::int32_t count,
 }
 
 template <class T>
-void TQuorelController::CreateItx(detail::TPool<T>& pool, T*& object) {
+void TQuorelController::CreateItx(header_detail::TPool<T>& pool, T*& object) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   if (pool.Next >= size) {
     if (pool.Used >= size) {
@@ -139,7 +139,7 @@ void TQuorelController::CreateItx(detail::TPool<T>& pool, T*& object) {
 }
 
 template <class T>
-void TQuorelController::FreeItx(detail::TPool<T>& pool, T*& object) {
+void TQuorelController::FreeItx(header_detail::TPool<T>& pool, T*& object) {
   if (object == nullptr) return;
   const std::int32_t index = object->CacheIndex();
   if (index < 0) {
@@ -157,7 +157,7 @@ void TQuorelController::FreeItx(detail::TPool<T>& pool, T*& object) {
 }
 
 template <class T>
-void TQuorelController::Recollect(detail::TPool<T>& pool) {
+void TQuorelController::Recollect(header_detail::TPool<T>& pool) {
   const auto size = static_cast<std::int32_t>(pool.Entries.size());
   pool.Scratch = pool.Entries;
   pool.Next = 0;
@@ -182,7 +182,7 @@ std::vector<const void*>& DestroyedWhileHandedOut() {
 }  // namespace
 
 template <class T>
-void TQuorelController::DetachPool(detail::TPool<T>& pool) {
+void TQuorelController::DetachPool(header_detail::TPool<T>& pool) {
   // Every pooled object goes with its pool, handed out or not: a leaked work object is reported
   // once, as a CreateIt without FreeIt, and never again among the live ordinary objects.
   for (auto& e : pool.Entries) {
@@ -215,12 +215,12 @@ void TQuorelController::VecRecollect() { Recollect(vecs_); }
 void TQuorelController::MtxRecollect() { Recollect(mtxs_); }
 
 void TQuorelController::SetVecConditionCheck(bool value) {
-  detail::vec_condition_check = value;
+  header_detail::vec_condition_check = value;
   for (auto& e : vecs_.Entries) e.Object->SetConditionCheck(value);
 }
 
 void TQuorelController::SetMtxConditionCheck(bool value) {
-  detail::mtx_condition_check = value;
+  header_detail::mtx_condition_check = value;
   for (auto& e : mtxs_.Entries) e.Object->SetConditionCheck(value);
 }
 
@@ -234,10 +234,10 @@ void TQuorelController::DestroyQuorelCache() {
            " calls to CreateIt(TMtx) without a matching call to TVec.Free.");
   DetachPool(mtxs_);
   DetachPool(vecs_);
-  const std::int32_t liveVecs = detail::vec_count.load();
+  const std::int32_t liveVecs = header_detail::vec_count.load();
   if (liveVecs > 0)
     Report(kLeakPrefix + std::to_string(liveVecs) + " calls to TVec.Create without a matching call to TVec.Free.");
-  const std::int32_t liveMtx = detail::mtx_count.load();
+  const std::int32_t liveMtx = header_detail::mtx_count.load();
   if (liveMtx > 0)
     Report(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
 }

@@ -21,7 +21,7 @@ class TQuorel;
 class TVec;
 class TMtx;
 
-namespace detail {
+namespace header_detail {
 /// One pool of cached objects of type T with its cache memory.
 template <class T>
 struct TPool {
@@ -40,7 +40,7 @@ struct TPool {
   bool Full = false;
   const char* Name;                // "VecCache" or "MtxCache", for the rebuild message
 };
-}  // namespace detail
+}  // namespace header_detail
 
 /// The cache's process-wide lock: a test-and-set spin lock that yields its time slice while
 /// another thread holds it. Pool operations last tens of nanoseconds, far less than putting a
@@ -127,29 +127,29 @@ class TQuorelController {
 
  private:
   template <class T>
-  void SetCacheSize(detail::TPool<T>& pool, std::int32_t count, std::int32_t elements);
+  void SetCacheSize(header_detail::TPool<T>& pool, std::int32_t count, std::int32_t elements);
   template <class T>
-  void CreateItx(detail::TPool<T>& pool, T*& object);
+  void CreateItx(header_detail::TPool<T>& pool, T*& object);
   template <class T>
-  void FreeItx(detail::TPool<T>& pool, T*& object);
+  void FreeItx(header_detail::TPool<T>& pool, T*& object);
   template <class T>
-  static void Recollect(detail::TPool<T>& pool);
+  static void Recollect(header_detail::TPool<T>& pool);
   template <class T>
-  static void FreePool(detail::TPool<T>& pool);
+  static void FreePool(header_detail::TPool<T>& pool);
   template <class T>
-  static void DetachPool(detail::TPool<T>& pool);
+  static void DetachPool(header_detail::TPool<T>& pool);
   void Report(const std::string& text);
 
   TCacheLock lock_;
-  detail::TPool<TVec> vecs_{"VecCache"};
-  detail::TPool<TMtx> mtxs_{"MtxCache"};
+  header_detail::TPool<TVec> vecs_{"VecCache"};
+  header_detail::TPool<TMtx> mtxs_{"MtxCache"};
   TReportHandler report_;
 };
 
 /// The global controller; null before start-up and after shut-down.
 extern TQuorelController* Controller;
 
-namespace detail {
+namespace header_detail {
 extern std::atomic<std::int32_t> vec_count;
 extern std::atomic<std::int32_t> mtx_count;
 extern bool vec_condition_check;
@@ -159,7 +159,7 @@ struct ObjectsModuleGuard {
   ~ObjectsModuleGuard();
 };
 static const ObjectsModuleGuard objects_module_guard;
-}  // namespace detail
+}  // namespace header_detail
 
 /// Takes one to four vectors from the cache, in argument order.
 void CreateIt(TVec*& a);

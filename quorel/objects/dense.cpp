@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/objects/dense.h"
 
 #include <algorithm>
@@ -7,6 +8,10 @@
 #include "quorel/objects/vec.h"
 
 namespace quorel {
+
+using detail::Require;
+using detail::RequireChecked;
+using detail::RequireState;
 
 // --- resizing that keeps data ----------------------------------------------------------------------
 
@@ -46,7 +51,7 @@ TDenseQuorel& TDenseQuorel::SetVal(double value, std::int32_t index, std::int32_
 TDenseQuorel& TDenseQuorel::SetVal(const TCplx& value) {
   if (!fComplex) {
     // A real object becomes complex of the same shape rather than reinterpreted to half.
-    if (fIsSubRange) ERaise("IsSubRange = True!");
+    RequireState(!fIsSubRange, "IsSubRange = True!");
     Size(*this, true);
   }
   return SetVal(value, 0, fLength);
@@ -54,7 +59,7 @@ TDenseQuorel& TDenseQuorel::SetVal(const TCplx& value) {
 
 TDenseQuorel& TDenseQuorel::SetVal(const TCplx& value, std::int32_t index, std::int32_t len) {
   ValidateParams(index, len);
-  if (!fComplex) EInvalidArgumentRaise("Complex = False");
+  Require(fComplex, "Complex = False");
   std::fill_n(PCValues1D(index), len, value);
   return *this;
 }
@@ -100,7 +105,7 @@ TDenseQuorel& TDenseQuorel::Copy(const TDenseQuorel& src) {
 TDenseQuorel& TDenseQuorel::Copy(const TDenseQuorel& src, std::int32_t srcIndex, std::int32_t index,
                                  std::int32_t len) {
   ValidateParams2(src, srcIndex, index, len);
-  if (fConditionCheck && src.fComplex != fComplex) EInvalidArgumentRaise("Copy: Self.Complex <> Src.Complex");
+  RequireChecked(*this, src.fComplex == fComplex, "Copy: Self.Complex <> Src.Complex");
   if (len > 0)
     std::memmove(fValues + DoublesFor(index), src.fValues + DoublesFor(srcIndex),
                  static_cast<std::size_t>(DoublesFor(len)) * sizeof(double));

@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/objects/mtx.h"
 
 #include <algorithm>
@@ -11,14 +12,18 @@
 
 namespace quorel {
 
+using detail::Require;
+
+using detail::RequireState;
+
 namespace {
 // The largest element count a matrix may have, complex or not.
 constexpr std::int64_t kMaxMtxElements = 0x0FFFFFFF;
 }  // namespace
 
 TMtx::TMtx() {
-  fConditionCheck = detail::mtx_condition_check;
-  detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
+  fConditionCheck = header_detail::mtx_condition_check;
+  header_detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
 }
 
 TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(rows, cols, complex); }
@@ -26,7 +31,7 @@ TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(r
 TMtx::~TMtx() {
   SetFullRange();
   ReleaseMemory();
-  detail::mtx_count.fetch_sub(1, std::memory_order_relaxed);
+  header_detail::mtx_count.fetch_sub(1, std::memory_order_relaxed);
 }
 
 TMtx::TMtx(const TMtx& other) : TMtx() { Assign(other); }
@@ -73,10 +78,10 @@ TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool comp
     fIsInteger = isInteger;
     return *this;
   }
-  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  Require(!(rows < 0 || cols < 0), "Value < 0");
   const std::int64_t count = std::int64_t{rows} * cols;
-  if (count > kMaxMtxElements) ERaise("Out of memory! Attempted to allocate over 2GB!");
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(count <= kMaxMtxElements, "Out of memory! Attempted to allocate over 2GB!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   fIsInteger = isInteger;
   fSizeChanged = true;
   fComplex = complex;
@@ -106,11 +111,11 @@ void TMtx::Size(const TQuorel& src, bool complex) {
 }
 
 void TMtx::SetLength(std::int32_t value) {
-  if (value != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+  Require(value == fLength, "TMtx: Length can not be set. Use Size!");
 }
 
 void TMtx::SetActualSize(std::int32_t value) {
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   TQuorel::SetActualSize(value);
   if (DoublesFor(fLength) > fActualSize) {
     fLength = 0;
@@ -119,14 +124,14 @@ void TMtx::SetActualSize(std::int32_t value) {
 }
 
 void TMtx::Reset() {
-  if (fBlockLevel > 0) ERaise("BlockLevel > 0");
+  RequireState(fBlockLevel <= 0, "BlockLevel > 0");
   SetFullRange();
   fIsInteger = false;
   Size(0, 0, false, false);
   fCaption.clear();
   fTag = 0;
   fSettings = {};  // the next borrower starts from the defaults
-  fConditionCheck = detail::mtx_condition_check;
+  fConditionCheck = header_detail::mtx_condition_check;
 }
 
 void TMtx::DoSetComplex() {
@@ -182,7 +187,7 @@ TMtx& TMtx::Assign(const TMtx& src) {
 }
 
 TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<const double> values) {
-  if (rows < 0 || cols < 0) EInvalidArgumentRaise("Value < 0");
+  Require(!(rows < 0 || cols < 0), "Value < 0");
   const std::int64_t doubles = std::int64_t{rows} * cols * (complex ? 2 : 1);
   if (static_cast<std::int64_t>(values.size()) < doubles)
     ERangeErrorRaise(FormatMsg("TMtx.SetIt: %d values for %d doubles", static_cast<int>(values.size()),
@@ -194,7 +199,7 @@ TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<
 
 TMtx& TMtx::SetIt(bool complex, std::span<const double> values) {
   const std::int64_t count = complex ? static_cast<std::int64_t>(values.size() / 2) : static_cast<std::int64_t>(values.size());
-  if (count != fLength) EInvalidArgumentRaise("TMtx: Length can not be set. Use Size!");
+  Require(count == fLength, "TMtx: Length can not be set. Use Size!");
   return SetIt(fRows, fCols, complex, values);
 }
 
@@ -219,12 +224,11 @@ TMtx& TMtx::Resize(std::int32_t rows, std::int32_t cols, bool zeroIt) {
 }
 
 void TMtx::ValidateRange(std::int32_t row, std::int32_t col, std::int32_t toRow, std::int32_t toCol) const {
-  using mtxdetail::Fail;
-  Fail(row < 0 || col < 0, "(Row < 0) or (Col < 0)");
-  Fail(row > toRow, "Row > ToRow");
-  Fail(col > toCol, "Col > ToCol");
-  Fail(toRow >= fRows, "ToRows >= Rows");
-  Fail(toCol >= fCols, "ToCols >= Cols");
+  Require(!(row < 0 || col < 0), "(Row < 0) or (Col < 0)");
+  Require(row <= toRow, "Row > ToRow");
+  Require(col <= toCol, "Col > ToCol");
+  Require(toRow < fRows, "ToRows >= Rows");
+  Require(toCol < fCols, "ToCols >= Cols");
 }
 
 // --- cache -----------------------------------------------------------------------------------------

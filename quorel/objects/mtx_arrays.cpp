@@ -9,16 +9,16 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
+using detail::At;
+using detail::Require;
 
 namespace {
 // Rows of the array, and its columns (all rows must have them).
 template <class A>
 std::pair<std::int32_t, std::int32_t> ArrayShape(const A& src) {
   const std::size_t cols = src.empty() ? 0 : src[0].size();
-  for (const auto& row : src) Fail(row.size() != cols, "TMtx.CopyFromArray: rows of different length");
-  Fail(src.size() > 0x7FFFFFFF || cols > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  for (const auto& row : src) Require(row.size() == cols, "TMtx.CopyFromArray: rows of different length");
+  Require(!(src.size() > 0x7FFFFFFF || cols > 0x7FFFFFFF), "Out of memory! Attempted to allocate over 2GB!");
   return {static_cast<std::int32_t>(src.size()), static_cast<std::int32_t>(cols)};
 }
 
@@ -55,7 +55,7 @@ TMtx& TMtx::CopyFromArray(const T2DCplxArray& src) {
 }
 
 void TMtx::CopyToArray(T2DSampleArray& dst) const {
-  Fail(fComplex, "Complex = True");
+  Require(!fComplex, "Complex = True");
   SizeToArray(dst);
   for (std::int32_t i = 0; i < fRows; ++i) kern::Copy(At<double>(*this, i, 0), dst[i].data(), fCols);
 }

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/detail/mtx_detail.h"
@@ -9,10 +10,10 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
-using mtxdetail::Ptr;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
+using detail::Ptr;
 
 namespace {
 // nrRows x nrCols elements from (sr, sc) of src to (dr, dc) of dst, row by row.
@@ -43,22 +44,22 @@ void Scatter(const TDenseQuorel& vec, std::int32_t vecIndex, TMtx& dst, std::int
 // Refuses a list with a missing matrix.
 template <class M>
 void NoNil(std::span<M* const> list) {
-  for (const M* m : list) Fail(m == nullptr, "Mtx = nil");
+  for (const M* m : list) Require(m != nullptr, "Mtx = nil");
 }
 }  // namespace
 
 TMtx& TMtx::Copy(const TMtx& mtx, std::int32_t mtxRow, std::int32_t mtxCol, std::int32_t row, std::int32_t col,
                  std::int32_t nrRows, std::int32_t nrCols) {
   if (fConditionCheck) {
-    Fail(Is(mtx), "Mtx = Self");
-    Fail(mtx.fComplex != fComplex, "Mtx.Complex <> Complex");
+    Require(!Is(mtx), "Mtx = Self");
+    Require(mtx.fComplex == fComplex, "Mtx.Complex <> Complex");
   }
-  Fail(mtxRow < 0 || mtxCol < 0 || row < 0 || col < 0 || nrRows < 0 || nrCols < 0, "(Row < 0) or (Col < 0)");
-  Fail(std::int64_t{mtxRow} + nrRows > mtx.fRows, "MtxRow + NrRows > Mtx.Rows");
-  Fail(std::int64_t{mtxCol} + nrCols > mtx.fCols, "MtxCol + NrCols > Mtx.Cols");
-  Fail(std::int64_t{row} + nrRows > fRows, "Row + NrRows > Rows");
-  Fail(std::int64_t{col} + nrCols > fCols, "Col + NrCols > Cols");
-  Fail(mtx.fComplex != fComplex, "Mtx.Complex <> Complex");  // different element sizes cannot be copied
+  Require(!(mtxRow < 0 || mtxCol < 0 || row < 0 || col < 0 || nrRows < 0 || nrCols < 0), "(Row < 0) or (Col < 0)");
+  Require(std::int64_t{mtxRow} + nrRows <= mtx.fRows, "MtxRow + NrRows > Mtx.Rows");
+  Require(std::int64_t{mtxCol} + nrCols <= mtx.fCols, "MtxCol + NrCols > Mtx.Cols");
+  Require(std::int64_t{row} + nrRows <= fRows, "Row + NrRows > Rows");
+  Require(std::int64_t{col} + nrCols <= fCols, "Col + NrCols > Cols");
+  Require(mtx.fComplex == fComplex, "Mtx.Complex <> Complex");  // different element sizes cannot be copied
   CopyBlock(mtx, mtxRow, mtxCol, *this, row, col, nrRows, nrCols);
   return *this;
 }
@@ -69,10 +70,10 @@ TMtx& TMtx::CopyVec(const TDenseQuorel& vec) { return CopyVec(vec, 0, vec.Length
 
 TMtx& TMtx::CopyVec(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t len, std::int32_t startPos) {
   // The element size must agree whatever ConditionCheck says.
-  Fail(vec.Complex() != fComplex, "Vec.Complex <> Complex");
-  Fail(vec.Length() == 0, "Vec.Length = 0");
-  Fail(vecIndex < 0 || len < 0 || std::int64_t{vecIndex} + len > vec.Length(), "(VecIndex+Len-1) > Vec.Length");
-  Fail(startPos < 0 || std::int64_t{startPos} + len > std::int64_t{fCols} * fRows,
+  Require(vec.Complex() == fComplex, "Vec.Complex <> Complex");
+  Require(vec.Length() != 0, "Vec.Length = 0");
+  Require(!(vecIndex < 0 || len < 0 || std::int64_t{vecIndex} + len > vec.Length()), "(VecIndex+Len-1) > Vec.Length");
+  Require(!(startPos < 0 || std::int64_t{startPos} + len > std::int64_t{fCols} * fRows),
        "(StartPos +VecIndex + Len) > Mtx.Cols*Mtx.Rows");
   Scatter(vec, vecIndex, *this, startPos, 1, len);
   return *this;
@@ -80,13 +81,13 @@ TMtx& TMtx::CopyVec(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t
 
 TMtx& TMtx::CopyVec(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t len, std::int32_t row,
                     std::int32_t col) {
-  Fail(row < 0 || col < 0, "(Row < 0) or (Col < 0)");
+  Require(!(row < 0 || col < 0), "(Row < 0) or (Col < 0)");
   return CopyVec(vec, vecIndex, len, static_cast<std::int32_t>(std::int64_t{row} * fLeadingCols + col));
 }
 
 TMtx& TMtx::CopyVec(const TDenseQuorel* vec, std::int32_t nrRows) {
-  Fail(vec == nullptr, "Vec = nil");
-  Fail(nrRows <= 0 || vec->Length() % nrRows != 0, "Vec.Length mod NrRows <> 0");
+  Require(vec != nullptr, "Vec = nil");
+  Require(!(nrRows <= 0 || vec->Length() % nrRows != 0), "Vec.Length mod NrRows <> 0");
   Size(nrRows, vec->Length() / nrRows, vec->Complex());
   if (fLength > 0) Scatter(*vec, 0, *this, 0, 1, fLength);
   return *this;
@@ -95,33 +96,33 @@ TMtx& TMtx::CopyVec(const TDenseQuorel* vec, std::int32_t nrRows) {
 // --- rows, columns, diagonals ----------------------------------------------------------------------
 
 TMtx& TMtx::SetRow(const TDenseQuorel* vec, std::int32_t row) {
-  Fail(vec == nullptr, "Vec = nil");
+  Require(vec != nullptr, "Vec = nil");
   return SetRow(vec, 0, row, 0, vec->Length());
 }
 
 TMtx& TMtx::SetRow(const TDenseQuorel* vec, std::int32_t vecIndex, std::int32_t row, std::int32_t col,
                    std::int32_t len) {
-  Fail(vec == nullptr, "Vec = nil");
-  Fail(vec->Complex() != fComplex, "Complex <> Vec.Complex");
-  Fail(row < 0 || row > fRows - 1, "Row > (Rows-1)");
-  Fail(col < 0 || len < 0 || std::int64_t{col} + len > fCols, "(Col+Len) > Cols");
-  Fail(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length(), "(VecIndex+Len) > Vec.Length");
+  Require(vec != nullptr, "Vec = nil");
+  Require(vec->Complex() == fComplex, "Complex <> Vec.Complex");
+  Require(!(row < 0 || row > fRows - 1), "Row > (Rows-1)");
+  Require(!(col < 0 || len < 0 || std::int64_t{col} + len > fCols), "(Col+Len) > Cols");
+  Require(!(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length()), "(VecIndex+Len) > Vec.Length");
   Scatter(*vec, vecIndex, *this, std::int64_t{row} * fLeadingCols + col, 1, len);
   return *this;
 }
 
 TMtx& TMtx::SetCol(const TDenseQuorel* vec, std::int32_t col) {
-  Fail(vec == nullptr, "Vec = nil");
+  Require(vec != nullptr, "Vec = nil");
   return SetCol(vec, 0, 0, col, vec->Length());
 }
 
 TMtx& TMtx::SetCol(const TDenseQuorel* vec, std::int32_t vecIndex, std::int32_t row, std::int32_t col,
                    std::int32_t len) {
-  Fail(vec == nullptr, "Vec = nil");
-  Fail(vec->Complex() != fComplex, "Complex <> Vec.Complex");
-  Fail(col < 0 || col > fCols - 1, "Col > (Cols-1)");
-  Fail(row < 0 || len < 0 || std::int64_t{row} + len > fRows, "(Row+Len) > Rows");
-  Fail(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length(), "(VecIndex+Len) > Vec.Length");
+  Require(vec != nullptr, "Vec = nil");
+  Require(vec->Complex() == fComplex, "Complex <> Vec.Complex");
+  Require(!(col < 0 || col > fCols - 1), "Col > (Cols-1)");
+  Require(!(row < 0 || len < 0 || std::int64_t{row} + len > fRows), "(Row+Len) > Rows");
+  Require(!(vecIndex < 0 || std::int64_t{vecIndex} + len > vec->Length()), "(VecIndex+Len) > Vec.Length");
   Scatter(*vec, vecIndex, *this, std::int64_t{row} * fLeadingCols + col, fLeadingCols, len);
   return *this;
 }
@@ -138,12 +139,12 @@ TMtx& TMtx::SetCols(std::span<const TDenseQuorel* const> vecs) {
 
 TMtx& TMtx::Diag(const TDenseQuorel& vec, std::int32_t k) {
   const std::int64_t n = vec.Length();
-  Fail(n == 0, "Vec.Length = 0");
-  Fail(vec.Complex() != fComplex, "Vec.Complex <> Complex");
+  Require(n != 0, "Vec.Length = 0");
+  Require(vec.Complex() == fComplex, "Vec.Complex <> Complex");
   if (k >= 0) {
-    Fail(n + k > fCols || n > fRows, "(((n + k) > fCols) or (n > fRows))");
+    Require(!(n + k > fCols || n > fRows), "(((n + k) > fCols) or (n > fRows))");
   } else {
-    Fail(n - k > fRows || n > fCols, "(((n - k) > fRows) or (n > fCols))");
+    Require(!(n - k > fRows || n > fCols), "(((n - k) > fRows) or (n > fCols))");
   }
   const std::int64_t start = k >= 0 ? k : -std::int64_t{k} * fLeadingCols;
   Scatter(vec, 0, *this, start, std::int64_t{fLeadingCols} + 1, static_cast<std::int32_t>(n));
@@ -157,9 +158,9 @@ TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
   if (src.empty()) return Size(0, 0);
   std::int64_t cols = 0;
   for (const TMtx* m : src) {
-    Fail(m->fRows != src[0]->fRows, "Src[0].Rows <> Src[i].Rows");
-    Fail(m->fComplex != src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
-    Fail(Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
+    Require(m->fRows == src[0]->fRows, "Src[0].Rows <> Src[i].Rows");
+    Require(m->fComplex == src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
+    Require(!Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
     cols += m->fCols;
   }
   Size(src[0]->fRows, static_cast<std::int32_t>(std::min<std::int64_t>(cols, 0x7FFFFFFF)), src[0]->fComplex);
@@ -168,15 +169,15 @@ TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
 
 TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
   NoNil(src);
-  Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
+  Require(!(destRow < 0 || destCol < 0), "(Row < 0) or (Col < 0)");
   std::int64_t col = destCol;
   for (const TMtx* m : src) {
-    Fail(std::int64_t{destRow} + m->fRows > fRows, "DestRow + Src[i].Rows > Rows");
-    Fail(fComplex != m->fComplex, "Complex <> Src[i].Complex");
-    if (fConditionCheck) Fail(Is(*m), "Mtx = Self");
+    Require(std::int64_t{destRow} + m->fRows <= fRows, "DestRow + Src[i].Rows > Rows");
+    Require(fComplex == m->fComplex, "Complex <> Src[i].Complex");
+    if (fConditionCheck) Require(!Is(*m), "Mtx = Self");
     col += m->fCols;
   }
-  Fail(col > fCols, "Too many columns!");
+  Require(col <= fCols, "Too many columns!");
   col = destCol;
   for (const TMtx* m : src) {
     CopyBlock(*m, 0, 0, *this, destRow, static_cast<std::int32_t>(col), m->fRows, m->fCols);
@@ -190,9 +191,9 @@ TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
   if (src.empty()) return Size(0, 0);
   std::int64_t rows = 0;
   for (const TMtx* m : src) {
-    Fail(m->fCols != src[0]->fCols, "Src[0].Cols <> Src[i].Cols");
-    Fail(m->fComplex != src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
-    Fail(Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
+    Require(m->fCols == src[0]->fCols, "Src[0].Cols <> Src[i].Cols");
+    Require(m->fComplex == src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
+    Require(!Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
     rows += m->fRows;
   }
   Size(static_cast<std::int32_t>(std::min<std::int64_t>(rows, 0x7FFFFFFF)), src[0]->fCols, src[0]->fComplex);
@@ -201,15 +202,15 @@ TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
 
 TMtx& TMtx::ConcatVert(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
   NoNil(src);
-  Fail(destRow < 0 || destCol < 0, "(Row < 0) or (Col < 0)");
+  Require(!(destRow < 0 || destCol < 0), "(Row < 0) or (Col < 0)");
   std::int64_t row = destRow;
   for (const TMtx* m : src) {
-    Fail(std::int64_t{destCol} + m->fCols > fCols, "DestCol + Src[i].Cols > Cols");
-    Fail(fComplex != m->fComplex, "Complex <> Src[i].Complex");
-    if (fConditionCheck) Fail(Is(*m), "Mtx = Self");
+    Require(std::int64_t{destCol} + m->fCols <= fCols, "DestCol + Src[i].Cols > Cols");
+    Require(fComplex == m->fComplex, "Complex <> Src[i].Complex");
+    if (fConditionCheck) Require(!Is(*m), "Mtx = Self");
     row += m->fRows;
   }
-  Fail(row > fRows, "Too many rows!");
+  Require(row <= fRows, "Too many rows!");
   row = destRow;
   for (const TMtx* m : src) {
     CopyBlock(*m, 0, 0, *this, static_cast<std::int32_t>(row), destCol, m->fRows, m->fCols);
@@ -240,7 +241,7 @@ void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> til
     if (m->Rows() != heights[k / aCols] || m->Cols() != widths[k % aCols])
       ERangeErrorRaise(
           FormatMsg("TMtx.Concat: Invalid source matrix dimension: %d (%d,%d)", static_cast<int>(k), m->Rows(), m->Cols()));
-    if (m->Complex() != tiles[0]->Complex()) EInvalidArgumentRaise("TMtx.Concat: Source matrixes have mixed real/complex type");
+    Require(m->Complex() == tiles[0]->Complex(), "TMtx.Concat: Source matrixes have mixed real/complex type");
   }
 }
 
@@ -254,9 +255,9 @@ std::int64_t Total(const std::vector<std::int32_t>& sizes) {
 TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx* const> src) {
   std::vector<std::int32_t> heights, widths;
   CheckTiling(aRows, aCols, src, heights, widths);
-  for (const TMtx* m : src) Fail(Is(*m), "Mtx = Self");  // always: Self is resized first
+  for (const TMtx* m : src) Require(!Is(*m), "Mtx = Self");  // always: Self is resized first
   const std::int64_t rows = Total(heights), cols = Total(widths);
-  Fail(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  Require(!(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF), "Out of memory! Attempted to allocate over 2GB!");
   Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), src[0]->fComplex);
   std::int32_t row = 0;
   for (std::int32_t r = 0; r < aRows; ++r) {
@@ -268,11 +269,11 @@ TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx*
 
 void TMtx::Split(std::int32_t aRows, std::int32_t aCols, std::span<TMtx* const> dst) const {
   NoNil(dst);
-  for (const TMtx* m : dst) Fail(Is(*m), "Mtx = Self");
+  for (const TMtx* m : dst) Require(!Is(*m), "Mtx = Self");
   for (TMtx* m : dst) m->Size(m->fRows, m->fCols, fComplex);
   std::vector<std::int32_t> heights, widths;
   CheckTiling(aRows, aCols, dst, heights, widths);
-  Fail(Total(heights) != fRows || Total(widths) != fCols, "TMtx.Split: tiles do not cover Self");
+  Require(!(Total(heights) != fRows || Total(widths) != fCols), "TMtx.Split: tiles do not cover Self");
   std::int32_t row = 0;
   for (std::int32_t r = 0; r < aRows; ++r) {
     std::int32_t col = 0;

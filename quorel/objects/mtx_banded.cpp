@@ -8,9 +8,9 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
 
 namespace {
 bool NonZero(double x) { return x != 0.0; }
@@ -51,10 +51,10 @@ void TMtx::DiagonalsCount(std::int32_t& superDiag, std::int32_t& subDiag) const 
 }
 
 void TMtx::DenseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
-  Fail(Is(dst), "Dst = Self");
+  Require(!Is(dst), "Dst = Self");
   std::int32_t ku = 0, kl = 0;
   DiagonalsCount(ku, kl);
-  Fail((std::int64_t{ku} + kl) * fCols > maxElemCount, "(SuperDiag+SubDiag)*Cols > MaxElemCount");
+  Require((std::int64_t{ku} + kl) * fCols <= maxElemCount, "(SuperDiag+SubDiag)*Cols > MaxElemCount");
   dst.SetSuperDiag(ku);
   dst.SetSubDiag(kl);
   dst.Size(ku + kl + 1, fCols, fComplex);
@@ -69,10 +69,10 @@ void TMtx::DenseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
 }
 
 TMtx& TMtx::BandedToDense(const TMtx& a) {
-  Fail(a.fComplex, "A.Complex = True");
-  Fail(Is(a), "A = Self");
+  Require(!a.fComplex, "A.Complex = True");
+  Require(!Is(a), "A = Self");
   const std::int32_t ku = a.SuperDiag(), kl = a.SubDiag();
-  Fail(ku < 0 || kl < 0 || std::int64_t{ku} + kl + 1 != a.fRows, "SubDiag+SuperDiag+1 <> Rows");
+  Require(!(ku < 0 || kl < 0 || std::int64_t{ku} + kl + 1 != a.fRows), "SubDiag+SuperDiag+1 <> Rows");
   const std::int32_t n = a.fCols;
   Size(n, n, false);
   SetZero();

@@ -12,17 +12,17 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
-using mtxdetail::Ptr;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
+using detail::Ptr;
 
 TMtx& TMtx::Eye() {
   SetZero();
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     const std::int32_t n = std::min(fRows, fCols);
-    for (std::int32_t i = 0; i < n; ++i) *At<T>(*this, i, i) = mtxdetail::One<T>();
+    for (std::int32_t i = 0; i < n; ++i) *At<T>(*this, i, i) = detail::One<T>();
   });
   return *this;
 }
@@ -53,7 +53,7 @@ void CopyRowRanges(const TMtx& src, TMtx& dst, bool zeroOther, Range range) {
 }  // namespace
 
 TMtx& TMtx::UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
-  Fail(Is(mtx), "TMtx.UpperTriangle: Mtx = Self");
+  Require(!Is(mtx), "TMtx.UpperTriangle: Mtx = Self");
   Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
   const std::int32_t shift = diagonal ? 0 : 1;
   CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{i + shift, mtx.fCols}; });
@@ -61,7 +61,7 @@ TMtx& TMtx::UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
 }
 
 TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
-  Fail(Is(mtx), "TMtx.LowerTriangle: Mtx = Self");
+  Require(!Is(mtx), "TMtx.LowerTriangle: Mtx = Self");
   Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
   const std::int32_t shift = diagonal ? 1 : 0;
   CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{0, i + shift}; });
@@ -71,13 +71,13 @@ TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
 // --- products ---------------------------------------------------------------------------------------
 
 TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
-  Fail(Is(a) || Is(b), "Mtx = Self");
+  Require(!(Is(a) || Is(b)), "Mtx = Self");
   const bool complex = a.fComplex || b.fComplex;
   TWorkMtx wa, wb;
-  const TDenseQuorel& pa = mtxdetail::Promoted(a, complex, wa);
-  const TDenseQuorel& pb = mtxdetail::Promoted(b, complex, wb);
+  const TDenseQuorel& pa = detail::Promoted(a, complex, wa);
+  const TDenseQuorel& pb = detail::Promoted(b, complex, wb);
   const std::int64_t rows = std::int64_t{a.fRows} * b.fRows, cols = std::int64_t{a.fCols} * b.fCols;
-  Fail(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  Require(!(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF), "Out of memory! Attempted to allocate over 2GB!");
   Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), complex);
   OnKind(complex, [&](auto t) {
     using T = decltype(t);
@@ -94,7 +94,7 @@ TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
 }
 
 TMtx& TMtx::TensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
-  Fail(Is(vec1) || Is(vec2), "Vec = Self");
+  Require(!(Is(vec1) || Is(vec2)), "Vec = Self");
   const bool complex = vec1.Complex() || vec2.Complex();
   Size(vec1.Length(), vec2.Length(), complex);
   SetZero();
@@ -102,13 +102,13 @@ TMtx& TMtx::TensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
 }
 
 TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
-  if (fConditionCheck) Fail(Is(vec1) || Is(vec2), "Vec = Self");
-  Fail(vec1.Length() != fRows, "Vec1.Length <> Rows");
-  Fail(vec2.Length() != fCols, "Vec2.Length <> Cols");
-  Fail(!fComplex && (vec1.Complex() || vec2.Complex()), "Complex <> Vec.Complex");
+  if (fConditionCheck) Require(!(Is(vec1) || Is(vec2)), "Vec = Self");
+  Require(vec1.Length() == fRows, "Vec1.Length <> Rows");
+  Require(vec2.Length() == fCols, "Vec2.Length <> Cols");
+  Require(!(!fComplex && (vec1.Complex() || vec2.Complex())), "Complex <> Vec.Complex");
   TWorkVec w1, w2;
-  const TDenseQuorel& p1 = mtxdetail::Promoted(vec1, fComplex, w1);
-  const TDenseQuorel& p2 = mtxdetail::Promoted(vec2, fComplex, w2);
+  const TDenseQuorel& p1 = detail::Promoted(vec1, fComplex, w1);
+  const TDenseQuorel& p2 = detail::Promoted(vec2, fComplex, w2);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < fRows; ++i) kern::AddScaled(Ptr<T>(p2), *Ptr<T>(p1, i), At<T>(*this, i, 0), fCols);
@@ -119,17 +119,17 @@ TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
 // --- generated matrices ----------------------------------------------------------------------------
 
 TMtx& TMtx::VanderMonde(std::int32_t cols, const TDenseQuorel& vec) {
-  Fail(Is(vec), "Vec = Self");
+  Require(!Is(vec), "Vec = Self");
   Size(vec.Length(), cols, vec.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < fRows; ++i) {
       T* r = At<T>(*this, i, 0);
       const T x = *Ptr<T>(vec, i);
-      T p = mtxdetail::One<T>();
+      T p = detail::One<T>();
       for (std::int32_t j = cols - 1; j >= 0; --j) {
         r[j] = p;
-        p = mtxdetail::Mul(p, x);
+        p = detail::Mul(p, x);
       }
     }
   });
@@ -147,8 +147,8 @@ TMtx& TMtx::Pascl(std::int32_t n) {
 TMtx& TMtx::Toeplitz(const TDenseQuorel& vec) { return Toeplitz(vec, vec); }
 
 TMtx& TMtx::Toeplitz(const TDenseQuorel& col, const TDenseQuorel& row) {
-  Fail(Is(col) || Is(row), "Vec = Self");
-  Fail(col.Complex() != row.Complex(), "Col.Complex <> Row.Complex");
+  Require(!(Is(col) || Is(row)), "Vec = Self");
+  Require(col.Complex() == row.Complex(), "Col.Complex <> Row.Complex");
   Size(col.Length(), row.Length(), col.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);

@@ -14,10 +14,10 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
-using mtxdetail::Ptr;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
+using detail::Ptr;
 
 void TMtx::SumRows(TVec& dst) const {
   dst.Size(fRows, fComplex);
@@ -50,16 +50,16 @@ void TMtx::MeanCols(TVec& dst) const {
 }
 
 double TMtx::Trace() const {
-  Fail(fComplex, "Complex = True");
+  Require(!fComplex, "Complex = True");
   double sum = 0.0;
   for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum += Values(i, i);
   return sum;
 }
 
 TCplx TMtx::Tracec() const {
-  Fail(!fComplex, "Complex = False");
+  Require(fComplex, "Complex = False");
   TCplx sum{0.0, 0.0};
-  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum = mtxdetail::Add(sum, CValues(i, i));
+  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum = detail::Add(sum, CValues(i, i));
   return sum;
 }
 

@@ -9,9 +9,9 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
 
 namespace {
 struct Plain {
@@ -77,7 +77,7 @@ void TransposeInto(const TMtx& src, TMtx& dst, Op op) {
 }  // namespace
 
 TMtx& TMtx::Transp(const TMtx& mtx) {
-  Fail(Is(mtx), "Mtx = Self");  // always: Self is resized before mtx is read
+  Require(!Is(mtx), "Mtx = Self");  // always: Self is resized before mtx is read
   TransposeInto(mtx, *this, Plain{});
   return *this;
 }
@@ -89,7 +89,7 @@ TMtx& TMtx::Transp() {
 }
 
 TMtx& TMtx::Adjung(const TMtx& x) {
-  Fail(Is(x), "X = Self");
+  Require(!Is(x), "X = Self");
   TransposeInto(x, *this, Conjugate{});
   return *this;
 }
@@ -101,7 +101,7 @@ TMtx& TMtx::Adjung() {
 }
 
 TMtx& TMtx::ResizeAndTranspose(const TMtx& src, std::int32_t rows, std::int32_t cols) {
-  Fail(Is(src), "Mtx = Self");
+  Require(!Is(src), "Mtx = Self");
   Size(rows, cols, src.fComplex);
   SetZero();
   const std::int32_t srcRows = std::min(cols, src.fRows);
@@ -117,7 +117,7 @@ TMtx& TMtx::ResizeAndTranspose(const TMtx& src, std::int32_t rows, std::int32_t 
 // --- flips and rotation ----------------------------------------------------------------------------
 
 TMtx& TMtx::FlipHor(const TMtx& srcMtx) {
-  Fail(Is(srcMtx), "Self = SrcMtx");
+  Require(!Is(srcMtx), "Self = SrcMtx");
   Size(srcMtx.fRows, srcMtx.fCols, srcMtx.fIsInteger, srcMtx.fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -135,7 +135,7 @@ TMtx& TMtx::FlipHor() {
 }
 
 TMtx& TMtx::FlipVer(const TMtx& srcMtx) {
-  Fail(Is(srcMtx), "Self = SrcMtx");
+  Require(!Is(srcMtx), "Self = SrcMtx");
   Size(srcMtx.fRows, srcMtx.fCols, srcMtx.fIsInteger, srcMtx.fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -153,7 +153,7 @@ TMtx& TMtx::FlipVer() {
 }
 
 TMtx& TMtx::Rotate90(const TMtx& mtx) {
-  Fail(Is(mtx), "Mtx = Self");
+  Require(!Is(mtx), "Mtx = Self");
   // Counter-clockwise: the transpose turned upside down.
   Transp(mtx);
   return FlipVer();
@@ -168,8 +168,8 @@ TMtx& TMtx::Rotate90() {
 // --- exchanges -------------------------------------------------------------------------------------
 
 TMtx& TMtx::RowExchange(std::int32_t i, std::int32_t j) {
-  Fail(i < 0 || i >= fRows, "i >= FRows");
-  Fail(j < 0 || j >= fRows, "j >= FRows");
+  Require(!(i < 0 || i >= fRows), "i >= FRows");
+  Require(!(j < 0 || j >= fRows), "j >= FRows");
   if (i == j) return *this;
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -179,8 +179,8 @@ TMtx& TMtx::RowExchange(std::int32_t i, std::int32_t j) {
 }
 
 TMtx& TMtx::ColExchange(std::int32_t i, std::int32_t j) {
-  Fail(i < 0 || i >= fCols, "i >= fCols");
-  Fail(j < 0 || j >= fCols, "j >= fCols");
+  Require(!(i < 0 || i >= fCols), "i >= fCols");
+  Require(!(j < 0 || j >= fCols), "j >= fCols");
   if (i == j) return *this;
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);

@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/objects/quorel_object.h"
 
 #include <cstdlib>
@@ -10,6 +11,10 @@
 #include "quorel/core/startup.h"
 
 namespace quorel {
+
+using detail::Require;
+using detail::RequireChecked;
+using detail::RequireState;
 
 TQuorel::TQuorel() = default;
 
@@ -38,7 +43,7 @@ void TQuorel::CheckCapacity(std::int64_t doubles) {
 }
 
 void TQuorel::SetActualSize(std::int32_t value) {
-  if (value < 0) ERaise("SetActualSize: Value < 0");
+  RequireState(value >= 0, "SetActualSize: Value < 0");
   if (value == fActualSize) return;
   const std::int32_t capacity = value + (value & 1);
   fValues = nullptr;
@@ -131,7 +136,7 @@ void TQuorel::Size(const TQuorel& src, bool complex) {
 // --- sub-ranges ----------------------------------------------------------------------------------
 
 void TQuorel::SetSubRange(std::int32_t index, std::int32_t len) {
-  if (!fSubRangeAllowed) ERaise("Subrange is blocked!");
+  RequireState(fSubRangeAllowed, "Subrange is blocked!");
   if (!fIsSubRange) {
     if (len == -1) len = fLength - index;
     if (index < 0 || len < 0 || std::int64_t{index} + len > fLength)
@@ -207,7 +212,7 @@ void TQuorel::SetBlockRange() {
 void TQuorel::BlockInit(std::int32_t blockSize) {
   if (blockSize <= 0) blockSize = QuorelBlockSize;
   if (fBlockLevel == 0) {
-    if (fIsSubRange) ERaise("IsSubRange = True!");
+    RequireState(!fIsSubRange, "IsSubRange = True!");
     fBlockSize = blockSize;
     fBlockIndex = 0;
     if (std::int64_t{fBlockIndex} * fBlockSize < fLength) SetBlockRange();
@@ -255,7 +260,7 @@ void TQuorel::ValidateParams2(const TQuorel& x, std::int32_t xIndex, std::int32_
 }
 
 void TQuorel::ValidateParams(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const {
-  if (fConditionCheck && Is(x)) EInvalidArgumentRaise("Invalid params: X is equal to Self");
+  RequireChecked(*this, !Is(x), "Invalid params: X is equal to Self");
   ValidateParams2(x, xIndex, index, len);
 }
 
@@ -263,7 +268,7 @@ void TQuorel::ValidateParams(const TQuorel& x1, const TQuorel& x2, std::int32_t 
                              std::int32_t index, std::int32_t& len) const {
   if (len == -1) len = fLength - index;
   if (!fConditionCheck) return;
-  if (Is(x1) || Is(x2)) EInvalidArgumentRaise("Invalid params: X1 or X2 is equal to Self");
+  Require(!(Is(x1) || Is(x2)), "Invalid params: X1 or X2 is equal to Self");
   if (OutOfRange(xIndex1, len, x1.fLength))
     ERangeErrorRaise(FormatMsg("X1 params out of range: Index: %d, Len: %d, Length: %d", xIndex1, len, x1.fLength));
   if (OutOfRange(xIndex2, len, x2.fLength))
@@ -294,7 +299,7 @@ void TQuorel::ValidateCplxArrayIndexes(std::int32_t srcIndex, std::int32_t srcLe
                                        std::int32_t& len) const {
   ValidateParams(index, len);
   if (!fConditionCheck) return;
-  if (!fComplex) EInvalidArgumentRaise("ValidateCplxArrayIndexes: Self must be Complex");
+  Require(fComplex, "ValidateCplxArrayIndexes: Self must be Complex");
   if (std::int64_t{srcIndex} + len > srcLen)
     ERangeErrorRaise(
         FormatMsg("ValidateCplxArrayIndexes: SrcIndex + Len > SrcLen (%d + %d > %d)", srcIndex, len, srcLen));
@@ -329,7 +334,7 @@ void TQuorel::ReleaseSubrange() {
 }
 
 void TQuorel::Reset() {
-  if (fBlockLevel > 0) ERaise("BlockLevel > 0");
+  RequireState(fBlockLevel <= 0, "BlockLevel > 0");
   SetFullRange();
   fIsInteger = false;
   set_Complex(false);

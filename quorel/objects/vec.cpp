@@ -1,3 +1,4 @@
+#include "quorel/core/detail/checks.h"
 #include "quorel/objects/vec.h"
 
 #include <algorithm>
@@ -8,15 +9,18 @@
 
 namespace quorel {
 
+using detail::Require;
+using detail::RequireState;
+
 TVec::TVec() {
-  fConditionCheck = detail::vec_condition_check;
-  detail::vec_count.fetch_add(1, std::memory_order_relaxed);
+  fConditionCheck = header_detail::vec_condition_check;
+  header_detail::vec_count.fetch_add(1, std::memory_order_relaxed);
 }
 
 TVec::~TVec() {
   SetFullRange();
   ReleaseMemory();
-  detail::vec_count.fetch_sub(1, std::memory_order_relaxed);
+  header_detail::vec_count.fetch_sub(1, std::memory_order_relaxed);
 }
 
 TVec::TVec(const TVec& other) : TVec() { Assign(other); }
@@ -46,16 +50,16 @@ void TVec::MoveFrom(TVec& other) noexcept {
 // --- sizing ----------------------------------------------------------------------------------------
 
 void TVec::SetActualSize(std::int32_t value) {
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   if (value != fActualSize) fAdopted = false;
   TQuorel::SetActualSize(value);
   if (DoublesFor(fLength) > fActualSize) fLength = fComplex ? fActualSize / 2 : fActualSize;
 }
 
 void TVec::SetLength(std::int32_t value) {
-  if (value < 0) EInvalidArgumentRaise("Value < 0");
+  Require(value >= 0, "Value < 0");
   if (value == fLength) return;
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   const std::int64_t doubles = DoublesFor(value);
   CheckCapacity(doubles);
   fSizeChanged = true;
@@ -72,12 +76,12 @@ void TVec::DoSetComplex() {
 
 void TVec::Reset() {
   TQuorel::Reset();
-  fConditionCheck = detail::vec_condition_check;
+  fConditionCheck = header_detail::vec_condition_check;
 }
 
 TVec& TVec::Size(std::int32_t len, bool complex) {
-  if (len < 0) EInvalidArgumentRaise("Value < 0");
-  if (fIsSubRange && (len != fLength || complex != fComplex)) ERaise("IsSubRange = True!");
+  Require(len >= 0, "Value < 0");
+  RequireState(!(fIsSubRange && (len != fLength || complex != fComplex)), "IsSubRange = True!");
   CheckCapacity(complex ? 2 * std::int64_t{len} : len);
   set_Complex(complex);
   SetLength(len);
@@ -85,8 +89,8 @@ TVec& TVec::Size(std::int32_t len, bool complex) {
 }
 
 TVec& TVec::Resize(std::int32_t len, bool zeroIt) {
-  if (len < 0) EInvalidArgumentRaise("Value < 0");
-  if (fIsSubRange && len != fLength) ERaise("IsSubRange = True!");
+  Require(len >= 0, "Value < 0");
+  RequireState(!(fIsSubRange && len != fLength), "IsSubRange = True!");
   InternalResize(len, zeroIt);
   return *this;
 }
@@ -123,8 +127,8 @@ TVec& TVec::SetCplx(std::span<const TCplx> values) {
 }
 
 TVec& TVec::Adopt(double* data, std::int32_t len, bool complex) {
-  if (len < 0) EInvalidArgumentRaise("Value < 0");
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  Require(len >= 0, "Value < 0");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   CheckCapacity(complex ? 2 * std::int64_t{len} : len);
   SetActualSize(0);
   fMemory = data;
@@ -141,7 +145,7 @@ TVec& TVec::Adopt(double* data, std::int32_t len, bool complex) {
 
 TVec& TVec::Disown() {
   if (!fAdopted) return *this;
-  if (fIsSubRange) ERaise("IsSubRange = True!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
   fMemory = nullptr;
   fValues = nullptr;
   fActualSize = 0;

@@ -5,13 +5,17 @@
 #include <limits>
 #include <string>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
 
-namespace detail::vecops {
+using detail::Require;
+using detail::RequireInRange;
+
+namespace detail {
 
 void SizeAs(TVec& v, TElemKind kind, std::int32_t len) {
   v.Size(len, kind == TElemKind::Cplx);
@@ -25,12 +29,12 @@ void CheckSizable(const TVec& v, TElemKind kind, std::int32_t len) {
 
 void CopyElements(const TVec& src, std::int32_t srcIndex, TVec& dst, std::int32_t dstIndex, std::int32_t n) {
   if (n <= 0) return;
-  VisitKind(KindOf(dst), [&](auto dtag) {
+  OnKind(KindOf(dst), [&](auto dtag) {
     using D = decltype(dtag);
-    D* out = DataAs<D>(dst) + dstIndex;
-    VisitKind(KindOf(src), [&](auto stag) {
+    D* out = Ptr<D>(dst) + dstIndex;
+    OnKind(KindOf(src), [&](auto stag) {
       using S = decltype(stag);
-      const S* in = DataAs<S>(src) + srcIndex;
+      const S* in = Ptr<S>(src) + srcIndex;
       if constexpr (std::is_same_v<D, S>) {
         std::memmove(out, in, static_cast<std::size_t>(n) * sizeof(D));
       } else {
@@ -50,15 +54,15 @@ const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional
 }
 
 std::int32_t CountNonZero(const TVec& mask, std::int32_t n) {
-  const std::int32_t* m = DataAs<std::int32_t>(mask);
+  const std::int32_t* m = Ptr<std::int32_t>(mask);
   std::int32_t count = 0;
   for (std::int32_t i = 0; i < n; ++i) count += m[i] != 0;
   return count;
 }
 
-}  // namespace detail::vecops
+}  // namespace detail
 
-using namespace detail::vecops;
+using namespace detail;
 
 namespace {
 
@@ -120,8 +124,8 @@ void CheckDst(std::span<TVec* const> dst) {
 
 TVec& TVec::Copy(const TVec& vec1, const TVec& vec2) {
   if (fConditionCheck) {
-    if (Is(vec1)) EInvalidArgumentRaise("TVec.Copy: Self = Vec1");
-    if (Is(vec2)) EInvalidArgumentRaise("TVec.Copy: Self = Vec2");
+    Require(!Is(vec1), "TVec.Copy: Self = Vec1");
+    Require(!Is(vec2), "TVec.Copy: Self = Vec2");
   }
   const std::int32_t n1 = vec1.Length();
   const std::int32_t n2 = vec2.Length();
@@ -159,7 +163,7 @@ TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
     ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, Len: %d, Length: %d", index,
                                static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())),
                                fLength));
-  if (index + total > fLength) ERangeErrorRaise("(Index + Sum(Src[i].Length)) > Length");
+  RequireInRange(index + total <= fLength, "(Index + Sum(Src[i].Length)) > Length");
   const bool selfIn = std::find(src.begin(), src.end(), this) != src.end();
   std::optional<TWorkVec> keep;
   const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
@@ -169,10 +173,10 @@ TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
 
 TVec& TVec::Split(TVec& vec1, TVec& vec2, std::int32_t offset) {
   if (fConditionCheck) {
-    if (Is(vec1)) EInvalidArgumentRaise("Self = Vec1");
-    if (Is(vec2)) EInvalidArgumentRaise("Self = Vec2");
+    Require(!Is(vec1), "Self = Vec1");
+    Require(!Is(vec2), "Self = Vec2");
   }
-  if (offset > fLength) ERangeErrorRaise("Offset > fLength");
+  RequireInRange(offset <= fLength, "Offset > fLength");
   if (offset < 0) ERangeErrorRaise(FormatMsg("Offset < 0 (%d)", offset));
   const TElemKind kind = KindOf(*this);
   const std::int32_t rest = fLength - offset;
@@ -198,7 +202,7 @@ TVec& TVec::Split(std::span<TVec* const> dst) {
 }
 
 TVec& TVec::Split(std::span<TVec* const> dst, std::span<const std::int32_t> dstSize) {
-  if (dst.size() != dstSize.size()) EInvalidArgumentRaise("High(Dst) <> High(DstSize)");
+  Require(dst.size() == dstSize.size(), "High(Dst) <> High(DstSize)");
   CheckDst(dst);
   const TElemKind kind = KindOf(*this);
   std::int64_t end = 0;

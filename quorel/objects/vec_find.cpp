@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/compare.h"
 #include "quorel/core/complex_compare.h"
@@ -14,8 +15,10 @@
 
 namespace quorel {
 
+using detail::Require;
 
-using namespace detail::vecops;
+
+using namespace detail;
 
 namespace {
 
@@ -132,9 +135,9 @@ class TComparison {
               std::initializer_list<TOutput> outputs)
       : relation_(ParseOp(op)), value_(b.value), complex_(a.Complex() || b.complex) {
     if (self.ConditionCheck()) {
-      if (&a == &self) EInvalidArgumentRaise("a = Self");
-      if (b.vec == &self) EInvalidArgumentRaise("b = Self");
-      if (b.vec != nullptr && a.Complex() != b.vec->Complex()) EInvalidArgumentRaise("a.Complex <> b.Complex");
+      Require(&a != &self, "a = Self");
+      Require(b.vec != &self, "b = Self");
+      Require(!(b.vec != nullptr && a.Complex() != b.vec->Complex()), "a.Complex <> b.Complex");
       for (const TOutput& out : outputs)
         if (out.vec == &self) EInvalidArgumentRaise(out.isSelf);
     }
@@ -159,9 +162,9 @@ class TComparison {
  private:
   template <class T, class Sink>
   void RunAs(Sink& sink) const {
-    const T* a = DataAs<T>(*a_);
+    const T* a = Ptr<T>(*a_);
     if (b_ != nullptr) {
-      ScanAll(relation_, a, Elements<T>{DataAs<T>(*b_)}, count_, sink);
+      ScanAll(relation_, a, Elements<T>{Ptr<T>(*b_)}, count_, sink);
     } else {
       ScanAll(relation_, a, Broadcast<T>{ConvertElem<T>(value_)}, count_, sink);
     }
@@ -179,7 +182,7 @@ class TComparison {
 TVec& FindMaskOf(TVec& self, const TVec& a, std::string_view op, const TOperand& b) {
   const TComparison cmp(self, a, op, b, {});
   SizeAs(self, TElemKind::Int, cmp.Count());
-  MaskSink sink{DataAs<std::int32_t>(self)};
+  MaskSink sink{Ptr<std::int32_t>(self)};
   cmp.Run(sink);
   return self;
 }
@@ -192,7 +195,7 @@ std::int32_t FindHits(const TComparison& cmp, TVec& out) {
   SizeAs(out, TElemKind::Int, counter.count);
   if (counter.count > 0) {
     // count integers occupy half of the count doubles allocated, which leaves the spare entry.
-    IndexSink sink{DataAs<std::int32_t>(out)};
+    IndexSink sink{Ptr<std::int32_t>(out)};
     cmp.Run(sink);
   }
   return counter.count;
@@ -222,7 +225,7 @@ TVec& FindAndSplitOf(TVec& self, const TVec& a, std::string_view op, const TOper
   TWorkVec mask;
   const std::int32_t n = cmp.Count();
   SizeAs(*mask, TElemKind::Int, n);
-  MaskSink sink{DataAs<std::int32_t>(*mask)};
+  MaskSink sink{Ptr<std::int32_t>(*mask)};
   cmp.Run(sink);
   const std::int32_t hits = CountNonZero(*mask, n);
   const TElemKind kind = KindOf(a);

@@ -2,13 +2,17 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/objects/detail/vecops.h"
 
 namespace quorel {
 
-using namespace detail::vecops;
+using detail::Require;
+using detail::RequireChecked;
+
+using namespace detail;
 
 namespace {
 
@@ -39,7 +43,7 @@ struct MaskPos {
 
 // Raises unless every entry of the index list addresses one of n elements.
 void CheckIndexValues(const TVec& indexes, std::int32_t n, const char* method, const char* target) {
-  const std::int32_t* index = DataAs<std::int32_t>(indexes);
+  const std::int32_t* index = Ptr<std::int32_t>(indexes);
   for (std::int32_t i = 0; i < indexes.Length(); ++i) {
     if (static_cast<std::uint32_t>(index[i]) >= static_cast<std::uint32_t>(n))
       ERangeErrorRaise(FormatMsg("TVec.%s: Indexes[%d] = %d out of range (%s: %d)", method, i, index[i], target, n));
@@ -59,7 +63,7 @@ TVec& TVec::Gather(const TVec& x, const TVec* indexes, std::int32_t indexType, s
   if (indexType < 0 || indexType > 2)
     EInvalidArgumentRaise(FormatMsg("TVec.Gather: Unexpected IndexType value: %d", indexType));
   if (indexType == 0) return GatherByIncr(x, increment, offset);
-  if (indexes == nullptr) EInvalidArgumentRaise("TVec.Gather: Indexes = nil");
+  Require(indexes != nullptr, "TVec.Gather: Indexes = nil");
   return indexType == 1 ? GatherByIndex(x, *indexes) : GatherByMask(x, indexes);
 }
 
@@ -68,15 +72,15 @@ TVec& TVec::Scatter(const TVec& src, const TVec* indexes, std::int32_t indexType
   if (indexType < 0 || indexType > 2)
     EInvalidArgumentRaise(FormatMsg("TVec.Scatter: Unexpected IndexType value: %d", indexType));
   if (indexType == 0) return ScatterByIncr(src, increment, offset);
-  if (indexes == nullptr) EInvalidArgumentRaise("TVec.Scatter: Indexes = nil");
+  Require(indexes != nullptr, "TVec.Scatter: Indexes = nil");
   return indexType == 1 ? ScatterByIndex(src, *indexes) : ScatterByMask(src, indexes);
 }
 
 // --- by increment -----------------------------------------------------------------------------------
 
 TVec& TVec::GatherByIncr(const TVec& x, std::int32_t increment, std::int32_t offset) {
-  if (increment <= 0) EInvalidArgumentRaise("TVec.GatherByIncr: Increment <= 0");
-  if (fConditionCheck && Is(x)) EInvalidArgumentRaise("TVec.GatherByIncr: X = Self");
+  Require(increment > 0, "TVec.GatherByIncr: Increment <= 0");
+  RequireChecked(*this, !Is(x), "TVec.GatherByIncr: X = Self");
   if (offset < 0 || offset > x.Length())
     ERangeErrorRaise(
         FormatMsg("TVec.GatherByIncr: Offset out of range (Offset: %d, X.Length: %d)", offset, x.Length()));
@@ -90,8 +94,8 @@ TVec& TVec::GatherByIncr(const TVec& x, std::int32_t increment, std::int32_t off
 }
 
 TVec& TVec::ScatterByIncr(const TVec& src, std::int32_t increment, std::int32_t offset) {
-  if (increment <= 0) EInvalidArgumentRaise("TVec.ScatterByIncr: Increment <= 0");
-  if (fConditionCheck && Is(src)) EInvalidArgumentRaise("TVec.ScatterByIncr: Src = Self");
+  Require(increment > 0, "TVec.ScatterByIncr: Increment <= 0");
+  RequireChecked(*this, !Is(src), "TVec.ScatterByIncr: Src = Self");
   CheckScatterKind(*this, src, "ScatterByIncr");
   const std::int32_t n = src.Length();
   if (n > 0 && (offset < 0 || offset + std::int64_t{n - 1} * increment >= fLength))
@@ -109,9 +113,9 @@ TVec& TVec::ScatterByIncr(const TVec& src, std::int32_t increment, std::int32_t 
 
 TVec& TVec::GatherByIndex(const TVec& x, const TVec& indexes) {
   if (fConditionCheck) {
-    if (Is(x)) EInvalidArgumentRaise("TVec.GatherByIndex: X = Self");
-    if (Is(indexes)) EInvalidArgumentRaise("TVec.GatherByIndex: Indexes = Self");
-    if (!indexes.IsInteger()) EInvalidArgumentRaise("TVec.GatherByIndex: Indexes is not integer");
+    Require(!Is(x), "TVec.GatherByIndex: X = Self");
+    Require(!Is(indexes), "TVec.GatherByIndex: Indexes = Self");
+    Require(indexes.IsInteger(), "TVec.GatherByIndex: Indexes is not integer");
   }
   std::optional<TWorkVec> keepIndex, keepX;
   const TVec& index = Readable(indexes, TElemKind::Int, Is(indexes), keepIndex);
@@ -119,15 +123,15 @@ TVec& TVec::GatherByIndex(const TVec& x, const TVec& indexes) {
   const TElemKind kind = KindOf(x);
   const TVec& src = Readable(x, kind, Is(x), keepX);
   SizeAs(*this, kind, index.Length());
-  MoveElements(kind, src, *this, index.Length(), SamePos{}, IndexedPos{DataAs<std::int32_t>(index)});
+  MoveElements(kind, src, *this, index.Length(), SamePos{}, IndexedPos{Ptr<std::int32_t>(index)});
   return *this;
 }
 
 TVec& TVec::ScatterByIndex(const TVec& src, const TVec& indexes) {
   if (fConditionCheck) {
-    if (Is(src)) EInvalidArgumentRaise("TVec.ScatterByIndex: Src = Self");
-    if (Is(indexes)) EInvalidArgumentRaise("TVec.ScatterByIndex: Indexes = Self");
-    if (!indexes.IsInteger()) EInvalidArgumentRaise("TVec.ScatterByIndex: Indexes is not integer");
+    Require(!Is(src), "TVec.ScatterByIndex: Src = Self");
+    Require(!Is(indexes), "TVec.ScatterByIndex: Indexes = Self");
+    Require(indexes.IsInteger(), "TVec.ScatterByIndex: Indexes is not integer");
   }
   CheckScatterKind(*this, src, "ScatterByIndex");
   std::optional<TWorkVec> keepIndex, keepSrc;
@@ -139,7 +143,7 @@ TVec& TVec::ScatterByIndex(const TVec& src, const TVec& indexes) {
   CheckIndexValues(index, fLength, "ScatterByIndex", "Length");
   const TElemKind kind = KindOf(*this);
   const TVec& from = Readable(src, kind, Is(src), keepSrc);
-  MoveElements(kind, from, *this, n, IndexedPos{DataAs<std::int32_t>(index)}, SamePos{});
+  MoveElements(kind, from, *this, n, IndexedPos{Ptr<std::int32_t>(index)}, SamePos{});
   return *this;
 }
 
@@ -147,13 +151,13 @@ TVec& TVec::ScatterByIndex(const TVec& src, const TVec& indexes) {
 
 TVec& TVec::GatherByMask(const TVec& x, const TVec* mask) {
   if (fConditionCheck) {
-    if (Is(x)) EInvalidArgumentRaise("TVec.GatherMyMask: X = Self");
-    if (mask == this) EInvalidArgumentRaise("TVec.GatherMyMask: Mask = Self");
+    Require(!Is(x), "TVec.GatherMyMask: X = Self");
+    Require(mask != this, "TVec.GatherMyMask: Mask = Self");
   }
-  if (mask == nullptr) EInvalidArgumentRaise("TVec.GatherMyMask: Mask = nil");
+  Require(mask != nullptr, "TVec.GatherMyMask: Mask = nil");
   if (fConditionCheck) {
-    if (!mask->IsInteger()) EInvalidArgumentRaise("TVec.GatherMyMask: Mask is not integer");
-    if (x.Length() < mask->Length()) EInvalidArgumentRaise("X.Length < Mask.Length");
+    Require(mask->IsInteger(), "TVec.GatherMyMask: Mask is not integer");
+    Require(x.Length() >= mask->Length(), "X.Length < Mask.Length");
   }
   std::optional<TWorkVec> keepMask, keepX;
   const TVec& m = Readable(*mask, TElemKind::Int, Is(*mask), keepMask);
@@ -161,19 +165,19 @@ TVec& TVec::GatherByMask(const TVec& x, const TVec* mask) {
   const TElemKind kind = KindOf(x);
   const TVec& src = Readable(x, kind, Is(x), keepX);
   SizeAs(*this, kind, hits);
-  MoveElements(kind, src, *this, hits, SamePos{}, MaskPos<true>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, *this, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   return *this;
 }
 
 TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
   if (fConditionCheck) {
-    if (Is(src)) EInvalidArgumentRaise("TVec.ScatterByMask: Src = Self");
-    if (mask == this) EInvalidArgumentRaise("TVec.ScatterByMask: Mask = Self");
+    Require(!Is(src), "TVec.ScatterByMask: Src = Self");
+    Require(mask != this, "TVec.ScatterByMask: Mask = Self");
   }
-  if (mask == nullptr) EInvalidArgumentRaise("TVec.ScatterByMask: Mask = nil");
+  Require(mask != nullptr, "TVec.ScatterByMask: Mask = nil");
   if (fConditionCheck) {
-    if (!mask->IsInteger()) EInvalidArgumentRaise("TVec.ScatterByMask: Mask is not integer");
-    if (fLength < mask->Length()) EInvalidArgumentRaise("TVec.ScatterByMask: Self.Length < Mask.Length");
+    Require(mask->IsInteger(), "TVec.ScatterByMask: Mask is not integer");
+    Require(fLength >= mask->Length(), "TVec.ScatterByMask: Self.Length < Mask.Length");
   }
   CheckScatterKind(*this, src, "ScatterByMask");
   std::optional<TWorkVec> keepMask, keepSrc;
@@ -183,7 +187,7 @@ TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
     ERangeErrorRaise(FormatMsg("TVec.ScatterByMask: Src.Length < true entries of Mask (%d < %d)", src.Length(), hits));
   const TElemKind kind = KindOf(*this);
   const TVec& from = Readable(src, kind, Is(src), keepSrc);
-  MoveElements(kind, from, *this, hits, MaskPos<true>{DataAs<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, from, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
   return *this;
 }
 
@@ -191,11 +195,11 @@ TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
 
 TVec& TVec::GatherSplit(const TVec& mask, const TVec& maskVec, const TVec& notMaskVec) {
   if (fConditionCheck) {
-    if (Is(mask)) EInvalidArgumentRaise("Self = Mask");
-    if (Is(maskVec)) EInvalidArgumentRaise("Self = MaskVec");
-    if (Is(notMaskVec)) EInvalidArgumentRaise("Self = NotMaskVec");
-    if (!mask.IsInteger()) EInvalidArgumentRaise("Mask is not integer");
-    if (maskVec.Complex() != notMaskVec.Complex()) EInvalidArgumentRaise("MaskVec.Complex <> NotMaskVec.Complex");
+    Require(!Is(mask), "Self = Mask");
+    Require(!Is(maskVec), "Self = MaskVec");
+    Require(!Is(notMaskVec), "Self = NotMaskVec");
+    Require(mask.IsInteger(), "Mask is not integer");
+    Require(maskVec.Complex() == notMaskVec.Complex(), "MaskVec.Complex <> NotMaskVec.Complex");
   }
   std::optional<TWorkVec> keepMask, keepTrue, keepFalse;
   const TVec& m = Readable(mask, TElemKind::Int, Is(mask), keepMask);
@@ -208,17 +212,17 @@ TVec& TVec::GatherSplit(const TVec& mask, const TVec& maskVec, const TVec& notMa
   const TVec& onTrue = Readable(maskVec, kind, Is(maskVec), keepTrue);
   const TVec& onFalse = Readable(notMaskVec, kind, Is(notMaskVec), keepFalse);
   SizeAs(*this, kind, n);
-  MoveElements(kind, onTrue, *this, hits, MaskPos<true>{DataAs<std::int32_t>(m)}, SamePos{});
-  MoveElements(kind, onFalse, *this, n - hits, MaskPos<false>{DataAs<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, onTrue, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
+  MoveElements(kind, onFalse, *this, n - hits, MaskPos<false>{Ptr<std::int32_t>(m)}, SamePos{});
   return *this;
 }
 
 TVec& TVec::SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec) {
   if (fConditionCheck) {
-    if (Is(maskVec)) EInvalidArgumentRaise("TVec.SplitByMask: MaskVec = Self");
-    if (Is(notMaskVec)) EInvalidArgumentRaise("TVec.SplitByMask: NotMaskVec = Self");
-    if (!mask.IsInteger()) EInvalidArgumentRaise("TVec.SplitByMask: Mask is not integer");
-    if (fLength < mask.Length()) EInvalidArgumentRaise("TVec.SplitByMask: Self.Length < Mask.Length");
+    Require(!Is(maskVec), "TVec.SplitByMask: MaskVec = Self");
+    Require(!Is(notMaskVec), "TVec.SplitByMask: NotMaskVec = Self");
+    Require(mask.IsInteger(), "TVec.SplitByMask: Mask is not integer");
+    Require(fLength >= mask.Length(), "TVec.SplitByMask: Self.Length < Mask.Length");
   }
   const TElemKind kind = KindOf(*this);
   const bool maskWritten = &mask == &maskVec || &mask == &notMaskVec;
@@ -230,9 +234,9 @@ TVec& TVec::SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec) {
   CheckSizable(notMaskVec, kind, n - hits);
   const TVec& src = Readable(*this, kind, Is(maskVec) || Is(notMaskVec), keepSelf);
   SizeAs(maskVec, kind, hits);
-  MoveElements(kind, src, maskVec, hits, SamePos{}, MaskPos<true>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, maskVec, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   SizeAs(notMaskVec, kind, n - hits);
-  MoveElements(kind, src, notMaskVec, n - hits, SamePos{}, MaskPos<false>{DataAs<std::int32_t>(m)});
+  MoveElements(kind, src, notMaskVec, n - hits, SamePos{}, MaskPos<false>{Ptr<std::int32_t>(m)});
   return *this;
 }
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/detail/mtx_detail.h"
@@ -12,10 +13,10 @@
 
 namespace quorel {
 
-using mtxdetail::At;
-using mtxdetail::Fail;
-using mtxdetail::OnKind;
-using mtxdetail::Ptr;
+using detail::At;
+using detail::Require;
+using detail::OnKind;
+using detail::Ptr;
 
 namespace {
 // Self := len elements of mtx from storage element start, stepping `stride` elements.
@@ -35,12 +36,12 @@ void GatherStrided(TVec& self, const TMtx& mtx, std::int64_t start, std::int64_t
 }  // namespace
 
 TVec& TVec::CopyMtx(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int32_t index, std::int32_t len) {
-  Fail(col < 0 || row < 0, "(Col < 0) or (Row < 0)");
-  Fail(row >= mtx.Rows() || col >= mtx.Cols(), "(Row >= Mtx.Rows) or (Col >= Mtx.Cols)");
-  Fail(index < 0 || len < 0 || std::int64_t{index} + len > fLength, "Index+Len > Length");
+  Require(!(col < 0 || row < 0), "(Col < 0) or (Row < 0)");
+  Require(!(row >= mtx.Rows() || col >= mtx.Cols()), "(Row >= Mtx.Rows) or (Col >= Mtx.Cols)");
+  Require(!(index < 0 || len < 0 || std::int64_t{index} + len > fLength), "Index+Len > Length");
   const std::int64_t start = std::int64_t{row} * mtx.LeadingCols() + col;
-  Fail(start + len > mtx.Length(), "(Row*Mtx.Cols+Col+Len) > Mtx.Length");
-  Fail(fComplex != mtx.Complex(), "Complex <> Mtx.Complex");
+  Require(start + len <= mtx.Length(), "(Row*Mtx.Cols+Col+Len) > Mtx.Length");
+  Require(fComplex == mtx.Complex(), "Complex <> Mtx.Complex");
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     kern::Copy(Ptr<T>(mtx, start), Ptr<T>(*this, index), len);
@@ -85,7 +86,7 @@ TVec& TVec::GetRow(const TMtx& mtx, std::int32_t row, std::int32_t col, std::int
 }
 
 TVec& TVec::Diag(const TMtx* mtx, std::int32_t k) {
-  if (mtx == nullptr) EInvalidArgumentRaise("TVec.Diag: Mtx = nil");
+  Require(mtx != nullptr, "TVec.Diag: Mtx = nil");
   const std::int64_t len = k >= 0 ? std::min<std::int64_t>(mtx->Rows(), std::int64_t{mtx->Cols()} - k)
                                   : std::min<std::int64_t>(std::int64_t{mtx->Rows()} + k, mtx->Cols());
   if (len < 0)
@@ -99,14 +100,14 @@ TVec& TVec::Diag(const TMtx* mtx, std::int32_t k) {
 // --- products ---------------------------------------------------------------------------------------
 
 TVec& TVec::Kron(const TDenseQuorel& a, const TDenseQuorel& b) {
-  Fail(Is(a), "Vec1 = Self");
-  Fail(Is(b), "Vec2 = Self");
+  Require(!Is(a), "Vec1 = Self");
+  Require(!Is(b), "Vec2 = Self");
   const std::int64_t len = std::int64_t{a.Length()} * b.Length();
-  Fail(len > 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
+  Require(len <= 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
   const bool complex = a.Complex() || b.Complex();
   TWorkVec wa, wb;
-  const TDenseQuorel& pa = mtxdetail::Promoted(a, complex, wa);
-  const TDenseQuorel& pb = mtxdetail::Promoted(b, complex, wb);
+  const TDenseQuorel& pa = detail::Promoted(a, complex, wa);
+  const TDenseQuorel& pb = detail::Promoted(b, complex, wb);
   Size(static_cast<std::int32_t>(len), complex);
   OnKind(complex, [&](auto t) {
     using T = decltype(t);
@@ -125,7 +126,7 @@ template <class T, class Elem, class Lo, class Hi>
 void MulByElements(std::int32_t rows, const T* x, T* y, Elem elem, Lo lo, Hi hi) {
   for (std::int32_t i = 0; i < rows; ++i) {
     T sum{};
-    for (std::int32_t j = lo(i), h = hi(i); j < h; ++j) sum = mtxdetail::Add(sum, mtxdetail::Mul(elem(i, j), x[j]));
+    for (std::int32_t j = lo(i), h = hi(i); j < h; ++j) sum = detail::Add(sum, detail::Mul(elem(i, j), x[j]));
     y[i] = sum;
   }
 }
@@ -154,7 +155,7 @@ void MulTyped(const TMtx& m, TMtxType type, const T* x, T* y) {
       return;
     case mtTriangle: {
       const bool unit = m.TriangleUnit();
-      auto elem = [=](std::int32_t i, std::int32_t j) { return i == j && unit ? mtxdetail::One<T>() : stored(i, j); };
+      auto elem = [=](std::int32_t i, std::int32_t j) { return i == j && unit ? detail::One<T>() : stored(i, j); };
       if (upper) {
         MulByElements(rows, x, y, elem, [](std::int32_t i) { return i; }, [=](std::int32_t) { return cols; });
       } else {
@@ -187,20 +188,20 @@ void MulTyped(const TMtx& m, TMtxType type, const T* x, T* y) {
 }  // namespace
 
 TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxType) {
-  Fail(Is(vec), "Vec = Self");
+  Require(!Is(vec), "Vec = Self");
   const bool band = mtxType == mtBandGeneral || mtxType == mtBandSymmPosDef || mtxType == mtBandHermPosDef;
-  Fail(vec.Length() != mtx.Cols(), "Length <> Mtx.Cols");
+  Require(vec.Length() == mtx.Cols(), "Length <> Mtx.Cols");
   if (band) {
-    Fail(mtx.SuperDiag() < 0 || mtx.SubDiag() < 0 || std::int64_t{mtx.SuperDiag()} + mtx.SubDiag() + 1 != mtx.Rows(),
+    Require(!(mtx.SuperDiag() < 0 || mtx.SubDiag() < 0 || std::int64_t{mtx.SuperDiag()} + mtx.SubDiag() + 1 != mtx.Rows()),
          "SubDiag+SuperDiag+1 <> Rows");
   } else if (mtxType != mtGeneral && mtxType != mtTriangle) {
-    Fail(!mtx.Quadratic(), "Quadratic = False");
+    Require(mtx.Quadratic(), "Quadratic = False");
   }
   const bool complex = mtx.Complex() || vec.Complex();
   TWorkMtx wm;
   TWorkVec wv;
-  const auto& pm = static_cast<const TMtx&>(mtxdetail::Promoted(mtx, complex, wm));
-  const TDenseQuorel& pv = mtxdetail::Promoted(vec, complex, wv);
+  const auto& pm = static_cast<const TMtx&>(detail::Promoted(mtx, complex, wm));
+  const TDenseQuorel& pv = detail::Promoted(vec, complex, wv);
   if (&pm != &mtx) {
     // The promoted copy carries the settings that steer the product.
     wm->SetTriangleForm(mtx.TriangleForm());
@@ -217,9 +218,9 @@ TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxTyp
 }
 
 TVec& TVec::TensorProdInt(const TMtx& mtx, const TDenseQuorel& vec) {
-  Fail(Is(vec), "Vec = Self");
-  Fail(vec.Complex() != mtx.Complex(), "Complex <> Mtx.Complex");
-  Fail(vec.Length() != mtx.Cols(), "Length <> Mtx.Cols");
+  Require(!Is(vec), "Vec = Self");
+  Require(vec.Complex() == mtx.Complex(), "Complex <> Mtx.Complex");
+  Require(vec.Length() == mtx.Cols(), "Length <> Mtx.Cols");
   Size(mtx.Rows(), mtx.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);

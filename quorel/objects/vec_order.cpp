@@ -5,6 +5,7 @@
 #include <numeric>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
@@ -12,7 +13,10 @@
 
 namespace quorel {
 
-using namespace detail::vecops;
+using detail::Require;
+using detail::RequireChecked;
+
+using namespace detail;
 
 // --- Ramp -------------------------------------------------------------------------------------------
 
@@ -22,9 +26,9 @@ TVec& TVec::Ramp(double offset, double step) { return Ramp(offset, step, 0, fLen
 
 TVec& TVec::Ramp(double offset, double step, std::int32_t index, std::int32_t len) {
   ValidateParams(index, len);
-  VisitKind(KindOf(*this), [&](auto tag) {
+  OnKind(KindOf(*this), [&](auto tag) {
     using T = decltype(tag);
-    T* out = DataAs<T>(*this) + index;
+    T* out = Ptr<T>(*this) + index;
     // Each value from its own product: no drift along long ramps.
     for (std::int32_t k = 0; k < len; ++k) out[k] = ConvertElem<T>(offset + k * step);
   });
@@ -50,7 +54,7 @@ TVec& TVec::Ramp(const TCplx& offset, double step, std::int32_t index, std::int3
 
 TVec& TVec::Ramp(const TCplx& offset, const TCplx& step, std::int32_t index, std::int32_t len) {
   ValidateParams(index, len);
-  if (!fComplex) EInvalidArgumentRaise("Complex = False");
+  Require(fComplex, "Complex = False");
   TCplx* out = PCValues1D(index);
   for (std::int32_t k = 0; k < len; ++k) out[k] = {offset.Re + k * step.Re, offset.Im + k * step.Im};
   return *this;
@@ -148,24 +152,24 @@ void SortElements(TVec& self, TVec* indexVec, Before before) {
   const TElemKind kind = KindOf(self);
   const std::int32_t n = self.Length();
   if (indexVec == nullptr) {
-    VisitKind(kind, [&](auto tag) { SortValues(DataAs<decltype(tag)>(self), n, before); });
+    OnKind(kind, [&](auto tag) { SortValues(Ptr<decltype(tag)>(self), n, before); });
     return;
   }
   CheckSizable(*indexVec, TElemKind::Int, n);
   TWorkVec perm, scratch;
   SizeAs(*perm, TElemKind::Int, n);
   SizeAs(*scratch, kind, n);
-  VisitKind(kind, [&](auto tag) {
+  OnKind(kind, [&](auto tag) {
     using T = decltype(tag);
-    SortValues(DataAs<T>(self), n, before, DataAs<std::int32_t>(*perm), DataAs<T>(*scratch));
+    SortValues(Ptr<T>(self), n, before, Ptr<std::int32_t>(*perm), Ptr<T>(*scratch));
   });
   SizeAs(*indexVec, TElemKind::Int, n);
   CopyElements(*perm, 0, *indexVec, 0, n);
 }
 
 void CheckIndexVec(const TVec& self, const TVec* indexVec) {
-  if (indexVec == nullptr) EInvalidArgumentRaise("IndexVec = nil");
-  if (self.ConditionCheck() && indexVec == &self) EInvalidArgumentRaise("IndexVec = Self");
+  Require(indexVec != nullptr, "IndexVec = nil");
+  RequireChecked(self, indexVec != &self, "IndexVec = Self");
 }
 
 }  // namespace
@@ -215,7 +219,7 @@ TVec& TVec::PrimeNumbers(std::int32_t n) {
 }
 
 TVec& TVec::NotMask() {
-  if (fConditionCheck && !fIsInteger) EInvalidArgumentRaise("TVec.NotMask: Self is not integer");
+  RequireChecked(*this, fIsInteger, "TVec.NotMask: Self is not integer");
   for (std::int32_t& m : IValues()) m = m == 0;
   return *this;
 }

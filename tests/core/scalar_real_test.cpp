@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "accuracy.h"
+#include "support/support.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/scalar_real.h"
 

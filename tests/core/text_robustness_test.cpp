@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "accuracy.h"
+#include "support/support.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/float_format.h"

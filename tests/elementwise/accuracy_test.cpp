@@ -1,65 +1,21 @@
 // Accuracy of the vector members against high-precision reference values: real functions within
 // one ulp of the correctly rounded result, complex functions within a small relative error.
-#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {
 
-// Reads "number number ..." rows of tests/data/<file>; '#' starts a comment; the first token of a
-// row is skipped when it is a name.
-std::vector<std::vector<double>> ReadRows(const std::string& file, const std::string& name = "") {
-  std::vector<std::vector<double>> rows;
-  std::ifstream in(std::string(QUOREL_TEST_DATA_DIR) + "/" + file);
-  std::string line;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream ls(line);
-    std::string tok;
-    std::vector<double> row;
-    bool first = true;
-    bool keep = name.empty();
-    while (ls >> tok) {
-      if (first && !name.empty()) {
-        keep = tok == name;
-        first = false;
-        continue;
-      }
-      first = false;
-      row.push_back(std::strtod(tok.c_str(), nullptr));
-    }
-    if (keep && !row.empty()) rows.push_back(row);
-  }
-  return rows;
-}
-
-// Doubles between a and b; +0 and -0 coincide; NaN only matches NaN.
-std::uint64_t UlpDistance(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b) ? 0 : UINT64_MAX;
-  auto ordered = [](double x) {
-    const auto i = std::bit_cast<std::int64_t>(x);
-    return i < 0 ? INT64_MIN - i : i;
-  };
-  const std::int64_t d = ordered(a) - ordered(b);
-  return static_cast<std::uint64_t>(d < 0 ? -d : d);
-}
-
-// |got - want| / |want| on the complex plane.
-double ComplexRelError(TCplx got, double wantRe, double wantIm) {
-  const double d = std::hypot(got.Re - wantRe, got.Im - wantIm);
-  const double w = std::hypot(wantRe, wantIm);
-  return w == 0 ? d : d / w;
-}
+using test::ComplexRelError;
+using test::ReadReference;
+using test::ReadRows;
+using test::UlpDistance;
 
 constexpr std::uint64_t kRealUlps = 1;
 // Complex members combine several one-ulp results (and sinh from one exponential, deliberately).
@@ -147,7 +103,7 @@ TEST(Accuracy, ComplexMembersWithinStatedRelativeError) {
       {"scalar_complex.txt", "ArcTanh", &TVec::ArcTanh},
   };
   for (const ComplexCase& c : cases) {
-    const auto rows = ReadRows(c.file, c.name);
+    const auto rows = *c.name ? ReadReference(c.file)[c.name] : ReadRows(c.file);
     ASSERT_GT(rows.size(), 50u) << c.file << " " << c.name;
     TVec v;
     v.Size(static_cast<std::int32_t>(rows.size()), true);

@@ -6,7 +6,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {
@@ -114,6 +114,13 @@ TEST_F(Frame, TwoSourcesSizeAndMix) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Add(a, b); }),
             "TQuorel.Add: (Self = Vec1) or (Self = Vec2)");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Add(a); }), "TQuorel.Add: Self = Vec");
+  // Mul has no "Self = Vec" refusal: Self times itself squares in place, real and complex.
+  TVec sq = Real({-3, 0.5});
+  sq.Mul(sq);
+  EXPECT_TRUE(sq.IsEqual(Real({9, 0.25})));
+  TVec csq = Cplx({{1, 2}});
+  csq.Mul(csq);
+  EXPECT_TRUE(csq.IsEqual(Cplx({{-3, 4}})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Sub(b); }), "TVec.Sub: Vec.Length <> Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Mul(b); }), "Length <> Vec.Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Divide(b); }), "TQuorel.Divide: Length <> Vec.Length");

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {
@@ -141,6 +141,10 @@ TEST(Thresholds, LevelsAndMessages) {
   EXPECT_TRUE(b.IsEqual(Real({-5, 0, 5})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.ThresholdGT_LT(1, 0, 0, 0); }),
             "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  // The level check is one of the checks ConditionCheck switches off.
+  b.SetConditionCheck(false);
+  b.ThresholdGT_LT(Real({-2, 0, 2}), 1, -5, 0, 5);
+  EXPECT_EQ(b.Length(), 3);
   TVec c = Cplx({{3, 4}, {0.3, 0.4}});
   c.ThreshTop(1);  // modulus limited, phase kept
   EXPECT_TRUE(c.IsEqual(Cplx({{0.6, 0.8}, {0.3, 0.4}}), 1e-15, cmpAbsolute));
@@ -164,6 +168,17 @@ TEST(Parameters, PowerLogNSinCos) {
   r.LogN(2.0, Real({8, 0.25}));
   EXPECT_TRUE(r.IsEqual(Real({3, -2}), 4 * MACHEP, cmpAbsolute));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0); }), "TQuorel.LogN: N = 0");
+  // F(X)'s own Self check comes before the parameter check.
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0, r); }), "TQuorel.LogN: Self = X");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(2.0, Cplx({{1, 0}}), 0, 0, 1); }),
+            "TQuorel.LogN: X.Complex <> Self.Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Power(r, 2.0); }), "Self = Base");
+  TVec z;
+  z.LogN(10.0, Cplx({{-100, 0}}));  // complex data through the complex logarithm
+  EXPECT_NEAR(z.PCValues(0)->Re, 2, 4 * MACHEP);
+  EXPECT_NEAR(z.PCValues(0)->Im, PI / LN10, 4 * MACHEP);
+  z.Power(Cplx({{0, 1}}), 2.0);
+  EXPECT_TRUE(z.IsEqual(Cplx({{-1, 0}}), 4 * MACHEP, cmpAbsolute));
   TVec s, c;
   Real({0, PIDIV2}).SinCos(s, c);
   EXPECT_TRUE(s.IsEqual(Real({0, 1})));

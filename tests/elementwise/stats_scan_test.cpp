@@ -5,7 +5,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/elementwise/statistics.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

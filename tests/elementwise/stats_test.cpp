@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

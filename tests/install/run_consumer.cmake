@@ -7,6 +7,14 @@ if(rc)
   message(FATAL_ERROR "install failed: ${rc}")
 endif()
 
+# Only public headers are installed: nothing from a detail/ folder or the platform layer.
+file(GLOB_RECURSE internal RELATIVE ${prefix}/include ${prefix}/include/quorel/*/detail/*
+     ${prefix}/include/quorel/platform/*)
+file(GLOB_RECURSE installed ${prefix}/include/quorel/*.h)
+if(internal OR NOT installed)
+  message(FATAL_ERROR "internal headers installed: ${internal} (public headers found: ${installed})")
+endif()
+
 execute_process(COMMAND ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/build -G Ninja
                   -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_BUILD_TYPE=Release
                 RESULT_VARIABLE rc)
@@ -31,7 +39,7 @@ if(PKG_CONFIG)
     message(FATAL_ERROR "pkg-config does not know quorel")
   endif()
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  execute_process(COMMAND c++ ${CONSUMER_DIR}/consumer.cpp ${flags} -o ${WORK_DIR}/consumer_pc RESULT_VARIABLE rc)
+  execute_process(COMMAND c++ -Wall -Wextra -Werror ${CONSUMER_DIR}/consumer.cpp ${flags} -o ${WORK_DIR}/consumer_pc RESULT_VARIABLE rc)
   if(rc)
     message(FATAL_ERROR "pkg-config build failed: ${rc}")
   endif()

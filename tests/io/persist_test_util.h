@@ -1,5 +1,6 @@
 #pragma once
-// Helpers of the persistence tests: expected byte strings built field by field, and messages.
+// Expected byte strings of the persistence tests, built field by field (the shared helpers are
+// in support/support.h).
 
 #include <cstdint>
 #include <cstring>
@@ -8,22 +9,11 @@
 #include <vector>
 
 #include "quorel/io/stream.h"
-#include "quorel/objects/vec.h"
+#include "support/support.h"
 
 namespace quorel::test {
 
 using TBytes = std::vector<std::uint8_t>;
-
-/// Message of the exception of type E that f raises, or "<no exception>".
-template <class E, class F>
-std::string MessageOf(F&& f) {
-  try {
-    f();
-  } catch (const E& e) {
-    return e.what();
-  }
-  return "<no exception>";
-}
 
 /// Appends values of type T as they lie in memory (little-endian).
 template <class T>
@@ -44,17 +34,5 @@ inline TBytes& PutCaption(TBytes& out, const std::string& text) {
 }
 
 inline TBytes BytesOf(const TQuorelMemoryStream& s) { return {s.Bytes().begin(), s.Bytes().end()}; }
-
-inline TVec Real(std::initializer_list<double> values) {
-  TVec v;
-  v.SetIt(false, values);
-  return v;
-}
-
-inline TVec Cplx(std::initializer_list<TCplx> values) {
-  TVec v;
-  v.SetCplx(values);
-  return v;
-}
 
 }  // namespace quorel::test

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "persist_test_util.h"
+#include "quorel/io/detail/persist_format.h"
 #include "quorel/core/errors.h"
 #include "quorel/io/persist.h"
 

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 #include "quorel/io/report.h"
 
 namespace quorel {
@@ -20,7 +20,7 @@ std::string CrLf(std::initializer_list<std::string> lines) {
 }
 
 TEST(Report, ValuesGetNamesOrGenericLabels) {
-  TQuorelReport r("Title\r\n");
+  TQuorelReport r;
   r.PrintSample({1.5, -2.0}, {"a"});
   r.PrintCplx({{1, 2}, {0, -1}}, {"z"});
   r.PrintSampleArray({3});
@@ -28,12 +28,18 @@ TEST(Report, ValuesGetNamesOrGenericLabels) {
   r.SetReFormat("0.0;(0.0)");
   r.SetImFormat(" + 0.0j; - 0.0j");
   r.PrintCplx({{-1, -2}});
-  EXPECT_EQ(r.DataString(), CrLf({"Title",                                             //
-                                  "a =  1.5000", "Var = -2.0000", "",                  //
+  EXPECT_EQ(r.DataString(), CrLf({"a =  1.5000", "Var = -2.0000", "",                  //
                                   "z =  1.0000+2.0000i", "CplxVar = -1.0000i", "",     //
                                   "Array (1x1)", "", " 3.0000", "",                    //
                                   "Z", "", "-3.0000", "",                              //
                                   "CplxVar = (1.0) - 2.0j", ""}));
+}
+
+TEST(Report, CreatedWithATextStartsEmptyWithTheDefaults) {
+  TQuorelReport r("Title\r\n");
+  EXPECT_EQ(r.DataString(), "");
+  r.PrintSample({-0.5});
+  EXPECT_EQ(r.DataString(), CrLf({"Var = -0.5000", ""}));
 }
 
 TEST(Report, VectorAndMatrixBlocks) {

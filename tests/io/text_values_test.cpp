@@ -1,7 +1,7 @@
 // Values of vectors and matrices as text lines and back, and column counting.
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 #include "quorel/io/text_values.h"
 
 namespace quorel {

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

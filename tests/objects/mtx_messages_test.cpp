@@ -1,7 +1,7 @@
 // Every refusal of the matrix, by family: the exception class and the exact text.
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

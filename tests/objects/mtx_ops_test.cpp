@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 #include "quorel/core/constants.h"
 
 namespace quorel {

@@ -2,7 +2,7 @@
 // element-wise methods seen through a matrix.
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

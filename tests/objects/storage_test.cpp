@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

@@ -1,7 +1,7 @@
 // Sub-ranges, views, block-wise processing and argument checks.
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

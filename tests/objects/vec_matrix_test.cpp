@@ -1,7 +1,7 @@
 // Vector members that read matrices: rows, columns, diagonals, storage runs and typed products.
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {

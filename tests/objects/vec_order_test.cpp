@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 #include "quorel/core/constants.h"
 #include "quorel/core/startup.h"
 

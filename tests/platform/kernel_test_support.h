@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/types.h"
+#include "support/accuracy.h"
 
 namespace quorel::kern::test {
 
@@ -26,7 +27,7 @@ using C = TCplx;
 
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInf = std::numeric_limits<double>::infinity();
-inline constexpr double kEps = std::numeric_limits<double>::epsilon();
+using quorel::test::kEps;
 
 /// Lengths around the vector widths (2, 4 and 8 lanes) and the reduction block (256).
 inline constexpr ptrdiff_t kLengths[] = {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 100, 257, 1031};

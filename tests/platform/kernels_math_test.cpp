@@ -21,18 +21,10 @@ constexpr double kComplexRelTol = 8 * kEps;
 // sinh and cosh from one exponential: absolute error against cosh(x) as the scale.
 constexpr double kSinhCoshTol = 4 * kEps;
 
-// Rows of tests/data/kernels_<name>.txt, each number read as long double ('#' lines skipped).
+// Rows of tests/data/kernels_<name>.txt, each number read as long double.
 Rows ReadReference(const std::string& name) {
-  std::ifstream in(std::string(QUOREL_TEST_DATA_DIR) + "/kernels_" + name + ".txt");
-  EXPECT_TRUE(in.good()) << "missing reference file for " << name;
-  Rows rows;
-  std::string line, f;
-  while (std::getline(in, line)) {
-    if (line.empty() || line[0] == '#') continue;
-    std::istringstream fields(line);
-    rows.emplace_back();
-    while (fields >> f) rows.back().push_back(std::strtold(f.c_str(), nullptr));
-  }
+  Rows rows = quorel::test::ReadRows<long double>("kernels_" + name + ".txt");
+  EXPECT_FALSE(rows.empty()) << "missing reference file for " << name;
   return rows;
 }
 
@@ -42,18 +34,7 @@ std::vector<D> Column(const Rows& rows, int c) {
   return v;
 }
 
-// |got - exact| in units of the last place of the double format at exact. An infinity counts
-// as 2^1024, one ulp above the largest double.
-double UlpError(double got, long double exact) {
-  if (std::isnan(exact) || std::isnan(got)) return std::isnan(exact) && std::isnan(got) ? 0.0 : kInf;
-  const long double top = 0x1p1024L;
-  const long double g = std::isinf(got) ? std::copysign(top, static_cast<long double>(got)) : got;
-  const long double e = std::isinf(exact) ? std::copysign(top, exact) : exact;
-  int k = 0;
-  std::frexp(e, &k);
-  const long double ulp = e == 0.0L ? 0x1p-1074L : std::ldexp(1.0L, std::max(std::min(k, 1024) - 53, -1074));
-  return static_cast<double>(std::fabs(g - e) / ulp);
-}
+using quorel::test::UlpError;
 
 // The worst of error(i) over n elements within tol; printed when asked.
 template <class Error>

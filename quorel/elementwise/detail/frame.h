@@ -11,11 +11,13 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
+#include "quorel/objects/detail/kind.h"
 #include "quorel/objects/dense.h"
 #include "quorel/objects/vec.h"
 
-namespace quorel::frame {
+namespace quorel::detail {
 
 using Index = std::int32_t;
 
@@ -38,15 +40,28 @@ struct UnaryMessages {
 
 // --- small accessors shared by the frame --------------------------------------------------------
 
-inline double* R(TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
-inline const double* R(const TDenseQuorel& a, Index i = 0) { return a.PValues1D(i); }
-inline TCplx* C(TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
-inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return a.PCValues1D(i); }
+// Ptr with the constness of the object, so kernels see const sources.
+template <Element T>
+const T* In(const TDenseQuorel& a, Index i = 0) { return Ptr<T>(a, i); }
+template <Element T>
+T* Out(TDenseQuorel& a, Index i = 0) { return Ptr<T>(a, i); }
+inline double* R(TDenseQuorel& a, Index i = 0) { return Out<double>(a, i); }
+inline const double* R(const TDenseQuorel& a, Index i = 0) { return In<double>(a, i); }
+inline TCplx* C(TDenseQuorel& a, Index i = 0) { return Out<TCplx>(a, i); }
+inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return In<TCplx>(a, i); }
 inline bool Same(const TQuorel& a, const TQuorel& b) { return &a == &b; }
 
-/// Raises EQuorelInvalidArgument with `msg` when `failed`.
-inline void Require(bool ok, const char* msg) {
-  if (!ok) EInvalidArgumentRaise(msg);
+/// The checks of a source-to-Self range form, made only under ConditionCheck: X = Self, then the
+/// agreement of Self's kind with `resultComplex`.
+inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, bool resultComplex,
+                               const char* xIsSelf, const char* mismatch) {
+  if (!self.ConditionCheck()) return;
+  Require(!Same(self, x), xIsSelf);
+  Require(self.Complex() == resultComplex, mismatch);
+}
+inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, const char* xIsSelf,
+                               const char* mismatch) {
+  RequireSourceRange(self, x, x.Complex(), xIsSelf, mismatch);
 }
 
 /// Re-sizes Self to the same length with `complex` and fills it with `fill(copy, self)`, where
@@ -68,15 +83,13 @@ void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDens
     const Index k = complex ? 2 : 1;
     op(R(x, xi * k), R(r, ri * k), static_cast<std::ptrdiff_t>(n) * k);
   } else if constexpr (Op::rule == Rule::ToReal) {
-    if (complex) op(C(x, xi), R(r, ri), n);
-    else op(R(x, xi), R(r, ri), n);
+    OnKind(complex, [&](auto t) { op(In<decltype(t)>(x, xi), R(r, ri), n); });
   } else if constexpr (Op::rule == Rule::RealOnly) {
     op(R(x, xi), R(r, ri), n);
   } else if constexpr (Op::rule == Rule::ComplexOnly) {
     op(C(x, xi), C(r, ri), n);
   } else {
-    if (complex) op(C(x, xi), C(r, ri), n);
-    else op(R(x, xi), R(r, ri), n);
+    OnKind(complex, [&](auto t) { op(In<decltype(t)>(x, xi), Out<decltype(t)>(r, ri), n); });
   }
 }
 
@@ -129,11 +142,8 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index, Index len) {
   self.ValidateParams(x, xIndex, index, len);
-  if (self.ConditionCheck()) {
-    Require(!Same(self, x), op.msgs.xIsSelf);
-    const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
-    Require(self.Complex() == resultComplex, op.msgs.complexMismatch);
-  }
+  RequireSourceRange(self, x, Op::rule == Rule::ToReal ? false : x.Complex(), op.msgs.xIsSelf,
+                     op.msgs.complexMismatch);
   if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
   if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
   RunUnary(op, x.Complex(), x, xIndex, self, index, len);
@@ -158,7 +168,7 @@ ParamOp<R, K> MakeOp(UnaryMessages msgs, K k) { return {msgs, k}; }
 
 /// Messages of a binary operation.
 struct BinaryMessages {
-  const char* selfIsVec;      // "TQuorel.Add: Self = Vec"
+  const char* selfIsVec;      // "TQuorel.Add: Self = Vec"; null: Self may be Vec
   const char* lengthInPlace;  // "TQuorel.Divide: Length <> Vec.Length"
   const char* pairSelf;       // "TQuorel.Add: (Self = Vec1) or (Self = Vec2)"
   const char* pairLength;     // "TQuorel.Add: Vec1.Length <> Vec2.Length"
@@ -184,7 +194,7 @@ void RunBinary(const Op& op, const TDenseQuorel& a, Index ai, const TDenseQuorel
 template <class Op>
 TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec) {
   if (self.ConditionCheck()) {
-    Require(!Same(self, vec), op.msgs.selfIsVec);
+    if (op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
     Require(self.Length() == vec.Length(), op.msgs.lengthInPlace);
   }
   if (!self.Complex() && vec.Complex()) {
@@ -270,7 +280,7 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, 
 /// F(Vec, Value) / F(Vec, CValue): Self := Vec op value, sized like Vec.
 template <class Op, class S>
 TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v) {
-  if (self.ConditionCheck()) Require(!Same(self, vec), op.msgs.selfIsVec);
+  if (self.ConditionCheck() && op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
   self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
   RunScalar(op, vec, 0, v, self, 0, vec.Length());
   return self;
@@ -342,4 +352,4 @@ TDenseQuorel& Apply(TDenseQuorel& s, const Op& op, const S& v, const TDenseQuore
   return Scalar(s, op, vec, v, vecIndex, index, len);
 }
 
-}  // namespace quorel::frame
+}  // namespace quorel::detail

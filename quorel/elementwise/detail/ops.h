@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "quorel/core/constants.h"
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/math387.h"
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/arith.h"
@@ -17,9 +18,9 @@
 #include "quorel/platform/kernels/convert.h"
 #include "quorel/platform/kernels/round.h"
 
-namespace quorel::ops {
+namespace quorel::detail::ops {
 
-using frame::Rule;
+using detail::Rule;
 using std::ptrdiff_t;
 
 // --- kernel adapters ---------------------------------------------------------------------------------
@@ -86,6 +87,8 @@ QUOREL_KERNEL(Log10K, kern::Log10)
 QUOREL_KERNEL(CeilK, kern::Ceil)
 QUOREL_KERNEL(FloorK, kern::Floor)
 QUOREL_KERNEL(FracK, kern::Frac)
+QUOREL_KERNEL(ReverseK, kern::Reverse)
+QUOREL_KERNEL(CumSumK, kern::CumSum)
 
 /// Conversion to 32-bit integers and back, so results saturate at the integer range.
 template <TRounding Rounding>
@@ -143,6 +146,32 @@ using ArcTanhF = RealKernelComplexScalar<ArcTanhK, &quorel::ArcTanh>;
 using LnF = RealKernelComplexScalar<LnK, &quorel::Ln>;
 using Log10F = RealKernelComplexScalar<Log10K, &quorel::Log10>;
 
+// Kernels of functions with scalar parameters: constructed from the parameters, which they check.
+
+/// Logarithm to base n: ln(x) / ln(n).
+struct LogNK {
+  double scale = 0;
+  explicit LogNK(double base) {
+    Require(base != 0, "TQuorel.LogN: N = 0");
+    scale = 1.0 / quorel::Ln(base);
+  }
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const {
+    LnF{}(x, r, n);
+    kern::ScaleByValue(r, scale, r, n);
+  }
+};
+
+/// x to a real power; complex data through the scalar complex power.
+struct PowxK {
+  double exponent;
+  explicit PowxK(double e) : exponent(e) {}
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Powx(x, exponent, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    for (ptrdiff_t i = 0; i < n; ++i) r[i] = quorel::Power(x[i], exponent);
+  }
+};
+
 // Kernels of the functions whose composition needs a name of its own in the operation table.
 using SecK = Then<CosK, InvK>;
 using CscK = Then<SinK, InvK>;
@@ -167,16 +196,31 @@ template <class K, Rule R>
 struct UnaryOp {
   static constexpr bool kBinary = false;
   static constexpr Rule rule = R;
-  frame::UnaryMessages msgs;
+  detail::UnaryMessages msgs;
   template <class... A>
   void operator()(A... a) const { K{}(a...); }
+};
+
+/// Messages of a function with scalar parameters: its unary messages and, when not null, the text
+/// of F(X)'s own Self check, made before the parameters are checked.
+struct ParamMessages {
+  const char* sourceIsSelf;
+  detail::UnaryMessages unary;
+};
+
+/// A function with scalar parameters: Bind(p...) gives the operation the frame runs.
+template <class K, Rule R>
+struct ParamUnaryOp {
+  ParamMessages msgs;
+  template <class... P>
+  ParamOp<R, K> Bind(P... p) const { return {msgs.unary, K(p...)}; }
 };
 
 /// An arithmetic operation: VecK on two arrays, ScalarK on an array and a value.
 template <class VecK, class ScalarK>
 struct ArithOp {
   static constexpr bool kBinary = true;
-  frame::BinaryMessages msgs;
+  detail::BinaryMessages msgs;
   template <class A, class B, class Out>
   void operator()(A a, B b, Out r, ptrdiff_t n) const {
     if constexpr (std::is_pointer_v<B>) VecK{}(a, b, r, n);
@@ -216,7 +260,8 @@ inline constexpr ArithOp<SubK, SubValueK> Sub{{"TVec.Sub: Self = Vec", "TVec.Sub
                                                "TVec.Sub: Self.Complex <> Vec.Complex"}};
 inline constexpr ArithOp<NoKernel, SubFromValueK> SubFrom{{"TQuorel.SubFrom: Self = Vec", nullptr, nullptr, nullptr,
                                                          "TQuorel.SubFrom: Self.Complex <> Vec.Complex"}};
-inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{"TQuorel.Mul: Self = Vec", "Length <> Vec.Length",
+// Mul refuses no Self = Vec: x.Mul(x) squares in place.
+inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{nullptr, "Length <> Vec.Length",
                                                    "(Self = Vec1) or (Self = Vec2)", "Vec1.Length <> Vec2.Length",
                                                    "TQuorel.Mul: Self.Complex <> Vec.Complex"}};
 inline constexpr auto Scale = Mul;
@@ -232,4 +277,4 @@ inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{"TQuorel.DivideBy: Se
 
 #undef QUOREL_KERNEL
 
-}  // namespace quorel::ops
+}  // namespace quorel::detail::ops

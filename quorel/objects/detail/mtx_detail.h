@@ -1,44 +1,22 @@
 #pragma once
-// Helpers shared by the matrix sources: typed element pointers, real/complex dispatch and the
-// raise-on-failure checks. Internal to the library.
+// Helpers shared by the matrix sources: element (i, j), promotion to complex and scalar arithmetic
+// for code written once over double and TCplx. Internal to the library.
 
 #include <cstdint>
 #include <type_traits>
 
-#include "quorel/core/errors.h"
+#include "quorel/core/detail/checks.h"
+#include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 
-namespace quorel::mtxdetail {
-
-/// Raises EQuorelInvalidArgument with msg when failed.
-inline void Fail(bool failed, const char* msg) {
-  if (failed) EInvalidArgumentRaise(msg);
-}
-
-/// Element `index` of a dense object as T (double or TCplx).
-template <class T>
-T* Ptr(const TDenseQuorel& a, std::int64_t index = 0) {
-  if constexpr (std::is_same_v<T, TCplx>) {
-    return a.PCValues1D(0) + index;
-  } else {
-    return a.PValues1D(0) + index;
-  }
-}
+namespace quorel::detail {
 
 /// Element (i, j) of a matrix as T.
 template <class T>
 T* At(const TMtx& m, std::int32_t i, std::int32_t j) {
   return Ptr<T>(m, std::int64_t{i} * m.LeadingCols() + j);
 }
-
-/// Calls f(T{}) with T = TCplx for complex data and double for real data.
-template <class F>
-decltype(auto) OnKind(bool complex, F&& f) {
-  if (complex) return f(TCplx{});
-  return f(double{});
-}
-
 /// x itself when its kind is `complex`, else a complex copy of it in `work` (a TWorkVec, or a
 /// TWorkMtx for matrices so the copy keeps the shape).
 template <class W>
@@ -63,4 +41,4 @@ constexpr T One() {
   }
 }
 
-}  // namespace quorel::mtxdetail
+}  // namespace quorel::detail

@@ -5,35 +5,10 @@
 #include <optional>
 #include <type_traits>
 
+#include "quorel/objects/detail/kind.h"
 #include "quorel/objects/vec.h"
 
-namespace quorel {
-
-namespace detail::vecops {
-// Internals shared by the vector operations (vec_assembly, vec_gather, vec_find, vec_order.cpp).
-
-/// What one element is: a 32-bit integer (index lists, masks), a double, or a complex pair.
-enum class TElemKind : std::uint8_t { Int, Real, Cplx };
-
-inline TElemKind KindOf(const TQuorel& v) {
-  return v.Complex() ? TElemKind::Cplx : v.IsInteger() ? TElemKind::Int : TElemKind::Real;
-}
-
-/// Calls f with a value of the element type of `kind`: std::int32_t, double or TCplx.
-template <class F>
-decltype(auto) VisitKind(TElemKind kind, F&& f) {
-  switch (kind) {
-    case TElemKind::Int: return f(std::int32_t{});
-    case TElemKind::Real: return f(double{});
-    default: return f(TCplx{});
-  }
-}
-
-/// The data of v read as elements of type T.
-template <class T>
-T* DataAs(const TQuorel& v) {
-  return reinterpret_cast<T*>(v.PValues1D(0));
-}
+namespace quorel::detail {
 
 /// Truncates toward zero, saturating at the int32 limits; NaN gives 0.
 inline std::int32_t SaturateToInt(double x) {
@@ -63,10 +38,10 @@ To ConvertElem(const From& x) {
 /// called once per k, in order, and must be in range.
 template <class DstPos, class SrcPos>
 void MoveElements(TElemKind kind, const TQuorel& src, TQuorel& dst, std::int32_t n, DstPos dstPos, SrcPos srcPos) {
-  VisitKind(kind, [&](auto tag) {
+  OnKind(kind, [&](auto tag) {
     using T = decltype(tag);
-    const T* in = DataAs<T>(src);
-    T* out = DataAs<T>(dst);
+    const T* in = Ptr<T>(src);
+    T* out = Ptr<T>(dst);
     for (std::int32_t k = 0; k < n; ++k) out[dstPos(k)] = in[srcPos(k)];
   });
 }
@@ -88,6 +63,4 @@ const TVec& Readable(const TVec& in, TElemKind kind, bool aliased, std::optional
 /// Number of non-zero entries among the first n of an integer mask.
 std::int32_t CountNonZero(const TVec& mask, std::int32_t n);
 
-}  // namespace detail::vecops
-
-}  // namespace quorel
+}  // namespace quorel::detail

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
-#include "test_util.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {
@@ -62,6 +62,8 @@ TEST(RunningSums, CumSumAndDifference) {
   TVec c;
   c.CumSum(Cplx({{1, 1}, {1, -2}}));
   EXPECT_TRUE(c.IsEqual(Cplx({{1, 1}, {2, -1}})));
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.CumSum(c); }), "CumSum: X = Self");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Reverse(c, 0, 0, 1); }), "Reverse: Self.Complex <> X.Complex");
 }
 
 TEST(Parts, SplitJoinAndSpectra) {

@@ -1,53 +1,15 @@
 #pragma once
-// Helpers shared by the object tests, with the library's exception types they check.
+// Small vectors and matrices written inline in tests; see support/support.h.
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <initializer_list>
-#include <string>
-#include <utility>
 #include <vector>
 
-#include <gtest/gtest.h>
-
-#include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 
 namespace quorel::test {
-
-/// Message of the exception of type E that f raises, or "<no exception>".
-template <class E, class F>
-std::string MessageOf(F&& f) {
-  try {
-    f();
-  } catch (const E& e) {
-    return e.what();
-  }
-  return "<no exception>";
-}
-
-/// Calls paired with the text each must raise.
-using Cases = std::vector<std::pair<std::function<void()>, std::string>>;
-
-/// Expects exception E with the paired text from every call.
-template <class E>
-void ExpectMessages(const Cases& cases) {
-  for (const auto& [call, text] : cases) EXPECT_EQ(MessageOf<E>(call), text);
-}
-
-/// The doubles in use, in storage order (complex: re, im pairs).
-inline std::vector<double> Doubles(const TQuorel& q) {
-  auto v = q.Values();
-  return {v.begin(), v.end()};
-}
-
-/// The data read as 32-bit integers.
-inline std::vector<int> Ints(const TQuorel& q) {
-  auto v = q.IValues();
-  return {v.begin(), v.end()};
-}
 
 inline TVec Real(std::initializer_list<double> values) {
   TVec v;
@@ -68,6 +30,18 @@ inline TVec IndexList(std::initializer_list<int> values) {
   v.SetIsInteger(true);
   std::copy(values.begin(), values.end(), v.IValues().begin());
   return v;
+}
+
+/// The doubles in use, in storage order (complex: re, im pairs).
+inline std::vector<double> Doubles(const TQuorel& q) {
+  auto v = q.Values();
+  return {v.begin(), v.end()};
+}
+
+/// The data read as 32-bit integers.
+inline std::vector<int> Ints(const TQuorel& q) {
+  auto v = q.IValues();
+  return {v.begin(), v.end()};
 }
 
 /// A real rows x cols matrix from values in row order.

@@ -1,4 +1,4 @@
-// Reductions that are one kernel call over the range: sums, means, deviations, extremes, norms,
+// Reductions that are one platform-kernel call over the range: sums, means, deviations, extremes, norms,
 // products and dot products.
 #include <algorithm>
 #include <cmath>
@@ -6,18 +6,17 @@
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
 #include "quorel/elementwise/detail/frame.h"
-#include "quorel/elementwise/detail/reduce_checks.h"
 #include "quorel/platform/kernels/cplx.h"
 #include "quorel/platform/kernels/reduce.h"
 
 namespace quorel {
 
-using frame::C;
-using frame::R;
-using frame::Require;
-using frame::Same;
-using reduce::RequireComplex;
-using reduce::RequireReal;
+using detail::C;
+using detail::R;
+using detail::Require;
+using detail::Same;
+using detail::RequireComplex;
+using detail::RequireReal;
 
 // --- sums and means ----------------------------------------------------------------------------------
 

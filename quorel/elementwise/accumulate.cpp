@@ -1,0 +1,265 @@
+// Element-wise members of several operands: normalisation, product accumulations, scaled
+// addition and division guarded by a threshold.
+#include <algorithm>
+
+#include "quorel/core/detail/checks.h"
+#include "quorel/elementwise/detail/frame.h"
+#include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/axpy.h"
+#include "quorel/platform/kernels/cplx.h"
+
+namespace quorel {
+
+using detail::C;
+using detail::R;
+using detail::Require;
+using detail::Same;
+
+// --- normalisation --------------------------------------------------------------------------------------
+
+namespace {
+// Self := (Vec - sub) / div over a range; Self already has the right kind and size.
+template <class Sub, class Div>
+void NormalizeRun(TDenseQuorel& self, const TDenseQuorel& vec, Sub sub, Div div, std::int32_t vi, std::int32_t i,
+                  std::int32_t n) {
+  if (n <= 0) return;
+  if constexpr (std::is_same_v<Sub, double>) {
+    if (vec.Complex()) kern::Normalize(C(vec, vi), TCplx{sub, 0.0}, div, C(self, i), n);
+    else kern::Normalize(R(vec, vi), sub, div, R(self, i), n);
+  } else {
+    kern::Normalize(C(vec, vi), sub, div, C(self, i), n);
+  }
+}
+
+template <class Sub, class Div>
+TDenseQuorel& NormalizeWhole(TDenseQuorel& self, const TDenseQuorel& vec, Sub sub, Div div) {
+  if (self.ConditionCheck()) Require(!Same(self, vec), "Self = Vec");
+  if constexpr (!std::is_same_v<Sub, double>) Require(vec.Complex(), "not Complex");
+  self.Size(vec, vec.Complex());
+  NormalizeRun(self, vec, sub, div, 0, 0, vec.Length());
+  return self;
+}
+
+template <class Sub, class Div>
+TDenseQuorel& NormalizeRange(TDenseQuorel& self, const TDenseQuorel& vec, Sub sub, Div div, std::int32_t vi,
+                             std::int32_t i, std::int32_t len) {
+  self.ValidateParams(vec, vi, i, len);
+  if (self.ConditionCheck()) Require(vec.Complex() == self.Complex(), "Vec.Complex <> Complex");
+  if constexpr (!std::is_same_v<Sub, double>) Require(vec.Complex(), "not Complex");
+  NormalizeRun(self, vec, sub, div, vi, i, len);
+  return self;
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, double subValue, double divValue) {
+  return NormalizeWhole(*this, vec, subValue, divValue);
+}
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, double subValue, double divValue,
+                                      std::int32_t vecIndex, std::int32_t index, std::int32_t len) {
+  return NormalizeRange(*this, vec, subValue, divValue, vecIndex, index, len);
+}
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subValue, const TCplx& divValue) {
+  return NormalizeWhole(*this, vec, subValue, divValue);
+}
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subValue, const TCplx& divValue,
+                                      std::int32_t vecIndex, std::int32_t index, std::int32_t len) {
+  return NormalizeRange(*this, vec, subValue, divValue, vecIndex, index, len);
+}
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subValue, double divValue) {
+  return NormalizeWhole(*this, vec, subValue, divValue);
+}
+TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subValue, double divValue,
+                                      std::int32_t vecIndex, std::int32_t index, std::int32_t len) {
+  return NormalizeRange(*this, vec, subValue, divValue, vecIndex, index, len);
+}
+
+// --- accumulations -------------------------------------------------------------------------------------------
+
+TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  return AddProduct(vec1, vec2, 0, 0, 0, vec1.fLength);
+}
+
+TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2, std::int32_t vec1Index,
+                                       std::int32_t vec2Index, std::int32_t index, std::int32_t len) {
+  if (fConditionCheck) {
+    Require(!Same(*this, vec1), "TVec.AddProduct: Vec1 = Self");
+    Require(vec1.fLength == vec2.fLength, "TVec.AddProduct: Vec1.Length <> Vec2.Length");
+    Require(vec1.fLength == fLength, "TVec.AddProduct: Vec1.Length <> Length");
+    Require(vec1.fComplex == vec2.fComplex, "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
+    Require(vec1.fComplex == fComplex, "TVec.AddProduct: Vec1.Complex <> fComplex");
+  }
+  ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
+  if (len <= 0) return *this;
+  if (fComplex) kern::AddProduct(C(vec1, vec1Index), C(vec2, vec2Index), C(*this, index), len);
+  else kern::AddProduct(R(vec1, vec1Index), R(vec2, vec2Index), R(*this, index), len);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec) {
+  if (fConditionCheck) {
+    Require(!Same(*this, vec), "(Self = Vec1) or (Self = Vec2)");
+    Require(fLength == vec.fLength, "Vec1.Length <> Vec2.Length");
+  }
+  if (!vec.fComplex) return Mul(vec);
+  TWorkVec conj;
+  conj->Size(vec, true);
+  kern::Conj(C(vec), C(*conj), vec.fLength);
+  return Mul(*conj);
+}
+
+TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
+                                    std::int32_t len) {
+  ValidateParams(vec, vecIndex, index, len);
+  if (!vec.fComplex) return Mul(vec, vecIndex, index, len);
+  if (!fComplex) detail::ExtendToComplex(*this, true);
+  TWorkVec conj;
+  conj->Size(len, true);
+  kern::Conj(C(vec, vecIndex), C(*conj), len);
+  if (len > 0) kern::Mul(C(*this, index), C(*conj), C(*this, index), len);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  if (fConditionCheck) {
+    Require(!Same(*this, vec1) && !Same(*this, vec2), "(Self = Vec1) or (Self = Vec2)");
+    Require(vec1.fLength == vec2.fLength, "Vec1.Length <> Vec2.Length");
+  }
+  if (!vec2.fComplex) return Mul(vec1, vec2);
+  // Self receives conj(Vec2) and is then multiplied by Vec1 in place.
+  Size(vec2, true);
+  kern::Conj(C(vec2), C(*this), fLength);
+  if (fLength == 0) return *this;
+  if (vec1.fComplex) kern::Mul(C(*this), C(vec1), C(*this), fLength);
+  else kern::Mul(C(*this), R(vec1), C(*this), fLength);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec1, const TDenseQuorel& vec2, std::int32_t vec1Index,
+                                    std::int32_t vec2Index, std::int32_t index, std::int32_t len) {
+  ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
+  if (!vec2.fComplex) return Mul(vec1, vec2, vec1Index, vec2Index, index, len);
+  if (fConditionCheck) Require(fComplex, "Complex = False");
+  if (len <= 0) return *this;
+  kern::Conj(C(vec2, vec2Index), C(*this, index), len);
+  if (vec1.fComplex) kern::Mul(C(*this, index), C(vec1, vec1Index), C(*this, index), len);
+  else kern::Mul(C(*this, index), R(vec1, vec1Index), C(*this, index), len);
+  return *this;
+}
+
+// --- scaled addition --------------------------------------------------------------------------------
+
+TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, double factor) {
+  return AddScaled(vec, TCplx{factor, 0.0});
+}
+
+TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, double factorRe, double factorIm) {
+  return AddScaled(vec, TCplx{factorRe, factorIm});
+}
+
+TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, const TCplx& factor) {
+  if (factor.Re == 1.0 && factor.Im == 0.0) return Add(vec);
+  if (fConditionCheck) {
+    Require(!Same(*this, vec), "TQuorel.Add: Self = Vec");
+    Require(vec.fLength == fLength, "TQuorel.Add: Vec.Length <> Length");
+  }
+  return AddScaled(vec, factor, 0, 0, std::min(fLength, vec.fLength));
+}
+
+TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, double factor, std::int32_t vecIndex,
+                                      std::int32_t index, std::int32_t len) {
+  return AddScaled(vec, TCplx{factor, 0.0}, vecIndex, index, len);
+}
+
+TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, const TCplx& factor, std::int32_t vecIndex,
+                                      std::int32_t index, std::int32_t len) {
+  ValidateParams(vec, vecIndex, index, len);
+  // A complex factor or complex data needs complex storage; zero imaginary parts keep the values.
+  if (!fComplex && (vec.fComplex || factor.Im != 0.0)) detail::ExtendToComplex(*this, true);
+  if (len <= 0) return *this;
+  if (!fComplex) kern::AddScaled(R(vec, vecIndex), factor.Re, R(*this, index), len);
+  else if (vec.fComplex) kern::AddScaled(C(vec, vecIndex), factor, C(*this, index), len);
+  else kern::AddScaled(R(vec, vecIndex), factor, C(*this, index), len);
+  return *this;
+}
+
+// --- guarded division --------------------------------------------------------------------------------
+
+namespace {
+// Self[index..] *= r, where r is the clamped reciprocal of den[denIndex..]. Mixed kinds multiply
+// double by double over the interleaved data, deliberately: a real side is first spread into both
+// parts, so a real a and a complex r give (a Re r, a Im r).
+void MultiplyByClampedReciprocal(TDenseQuorel& self, const TDenseQuorel& den, double threshold,
+                                 std::int32_t denIndex, std::int32_t index, std::int32_t len) {
+  if (!self.Complex() && den.Complex()) detail::ExtendToComplex(self, false);
+  if (len <= 0) return;
+  TWorkVec r;
+  r->Size(len, true);
+  if (den.Complex()) {
+    kern::LTInv(C(den, denIndex), threshold, C(*r), len);
+  } else {
+    kern::LTInv(R(den, denIndex), threshold, R(*r), len);
+    if (self.Complex()) kern::Duplicate(R(*r), C(*r), len);
+  }
+  if (self.Complex()) kern::Mul(R(self, 2 * index), R(*r), R(self, 2 * index), 2 * std::int64_t{len});
+  else kern::Mul(R(self, index), R(*r), R(self, index), len);
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& vec, double threshold) {
+  if (fConditionCheck) {
+    Require(!Same(*this, vec), "TQuorel.Divide: Self = Vec");
+    Require(fLength == vec.fLength, "TQuorel.Divide: Length <> Vec.Length");
+  }
+  MultiplyByClampedReciprocal(*this, vec, threshold, 0, 0, std::min(fLength, vec.fLength));
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& vec, double threshold, std::int32_t vecIndex,
+                                   std::int32_t index, std::int32_t len) {
+  ValidateParams(vec, vecIndex, index, len);
+  MultiplyByClampedReciprocal(*this, vec, threshold, vecIndex, index, len);
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& den, double threshold) {
+  if (fConditionCheck) {
+    Require(!Same(*this, num) && !Same(*this, den), "(Self = Num) or (Self = Den)");
+    Require(num.fLength == den.fLength, "Num.Length <> Den.Length");
+  }
+  Copy(num);
+  MultiplyByClampedReciprocal(*this, den, threshold, 0, 0, std::min(num.fLength, den.fLength));
+  return *this;
+}
+
+TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& den, double threshold,
+                                   std::int32_t numIndex, std::int32_t denIndex, std::int32_t index,
+                                   std::int32_t len) {
+  ValidateParams(num, den, numIndex, denIndex, index, len);
+  if (fConditionCheck) Require(fComplex == (num.fComplex || den.fComplex), "TQuorel.Divide: Self.Complex <> Vec.Complex");
+  if (len <= 0) return *this;
+  if (fComplex && !num.fComplex) kern::SampleUp2(R(num, numIndex), C(*this, index), len);
+  else Copy(num, numIndex, index, len);
+  MultiplyByClampedReciprocal(*this, den, threshold, denIndex, index, len);
+  return *this;
+}
+
+namespace {
+auto ClampedInverse(double threshold) {
+  return detail::MakeOp<detail::Rule::Both>({"Inv: X = Self", "Inv: Self.Complex <> X.Complex"},
+                                          [threshold](auto x, auto r, std::ptrdiff_t n) { kern::LTInv(x, threshold, r, n); });
+}
+}  // namespace
+
+TDenseQuorel& TDenseQuorel::Inv(double threshold) { return detail::Unary(*this, ClampedInverse(threshold)); }
+TDenseQuorel& TDenseQuorel::Inv(double threshold, std::int32_t index, std::int32_t len) {
+  return detail::Unary(*this, ClampedInverse(threshold), index, len);
+}
+TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold) {
+  return detail::Unary(*this, ClampedInverse(threshold), x);
+}
+TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold, std::int32_t xIndex, std::int32_t index,
+                                std::int32_t len) {
+  return detail::Unary(*this, ClampedInverse(threshold), x, xIndex, index, len);
+}
+
+}  // namespace quorel

@@ -1,0 +1,26 @@
+#pragma once
+// Pieces of the binary format shared by the persistence sources. Internal to the library.
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "quorel/io/persist.h"
+#include "quorel/io/stream.h"
+
+namespace quorel::detail {
+/// Stands for a precision ordinal outside TPrecision read from a header: no values follow.
+inline constexpr auto kUnknownPrecision = static_cast<TPrecision>(0xFF);
+/// Bytes per real value of a precision; 0 outside TPrecision.
+std::int32_t BytesPerValue(TPrecision precision);
+/// The precision with ordinal p, or false when p is outside TPrecision.
+bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision);
+/// Writes a header of singles as they are (a short write is not reported).
+void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields);
+/// Reads a header of singles; false when the stream holds fewer bytes.
+bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields);
+/// The file to save into: created (or truncated), or with append the existing file at its end.
+std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append);
+
+}  // namespace quorel::detail
