@@ -1,6 +1,7 @@
 // Messages made from LAPACK's info, and triangle fills.
 #include "quorel/dense/detail/lapack_util.h"
 
+#include "quorel/core/errors.h"
 #include "quorel/objects/detail/kind.h"
 
 namespace quorel::detail {
@@ -18,6 +19,11 @@ std::string FactorMessage(TFactorKind kind, FInt info, bool blank) {
 }
 
 std::string WithInfo(const char* prefix, FInt info) { return prefix + std::to_string(info); }
+
+void RaiseInfo(FInt info, const char* failure, bool withInfo) {
+  if (info < 0) ERaise(std::to_string(info) + " parameter is invalid!");
+  if (info > 0) ERaise(withInfo ? WithInfo(failure, info) : std::string(failure));
+}
 
 namespace {
 template <class T>

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "quorel/objects/mtx.h"
+#include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx_types.h"
 #include "quorel/platform/lapack/lapack.h"
 
@@ -39,5 +40,30 @@ constexpr bool IsPosDefType(TMtxType t) { return t == mtSymmPosDef || t == mtHer
 void MirrorTriangle(TMtx& a, TTriangleForm tf, bool conjugate);
 /// Zeroes the triangle opposite to `tf`, diagonal excluded.
 void ZeroOtherTriangle(TMtx& a, TTriangleForm tf);
+
+/// Raises the message of a driver's `info` unless it is 0: "<info> parameter is invalid!" for
+/// info < 0, else `failure` (followed by the number when `withInfo`).
+void RaiseInfo(FInt info, const char* failure, bool withInfo = false);
+
+/// dst (rows x cols, kind T) := the column-major array src with leading dimension ld, element
+/// (i, j) taken only where keep(i, j) and zero elsewhere.
+template <class T, class Keep>
+void FromColMajor(TMtx& dst, const T* src, std::int32_t rows, std::int32_t cols, std::int64_t ld, Keep keep) {
+  dst.Size(rows, cols, lapack::kComplex<T>);
+  T* d = Ptr<T>(dst);
+  for (std::int32_t i = 0; i < rows; ++i)
+    for (std::int32_t j = 0; j < cols; ++j) d[std::int64_t{i} * dst.LeadingCols() + j] = keep(i, j) ? src[j * ld + i] : T{};
+}
+/// A column-major array with leading dimension ld made from the rows x cols row-major matrix src
+/// (ld >= rows; rows beyond are zero).
+template <class T>
+T* ToColMajor(TMtx& work, const TMtx& src, std::int32_t ld, std::int32_t cols) {
+  work.Size(cols, ld, src.Complex());
+  work.SetZero();
+  T* w = Ptr<T>(work);
+  for (std::int32_t i = 0; i < src.Rows(); ++i)
+    for (std::int32_t j = 0; j < cols; ++j) w[std::int64_t{j} * ld + i] = Ptr<T>(src)[std::int64_t{i} * src.LeadingCols() + j];
+  return w;
+}
 
 }  // namespace quorel::detail

@@ -36,6 +36,10 @@ void dtrmm_(const char*, const char*, const char*, const char*, const FInt*, con
             const double*, const FInt*, double*, const FInt*, FLen, FLen, FLen, FLen);
 void ztrmm_(const char*, const char*, const char*, const char*, const FInt*, const FInt*, const Z*, const Z*,
             const FInt*, Z*, const FInt*, FLen, FLen, FLen, FLen);
+void dtrsm_(const char*, const char*, const char*, const char*, const FInt*, const FInt*, const double*,
+            const double*, const FInt*, double*, const FInt*, FLen, FLen, FLen, FLen);
+void ztrsm_(const char*, const char*, const char*, const char*, const FInt*, const FInt*, const Z*, const Z*,
+            const FInt*, Z*, const FInt*, FLen, FLen, FLen, FLen);
 
 // --- general LU --------------------------------------------------------------------------------------
 void dgetrf_(const FInt*, const FInt*, double*, const FInt*, FInt*, FInt*);
@@ -204,6 +208,14 @@ void dgels_(const char*, const FInt*, const FInt*, const FInt*, double*, const F
             const FInt*, FInt*, FLen);
 void zgels_(const char*, const FInt*, const FInt*, const FInt*, Z*, const FInt*, Z*, const FInt*, Z*, const FInt*,
             FInt*, FLen);
+
+// --- simple drivers (used by the benchmarks as the raw calls the library's methods stand for) ------------
+void dgesv_(const FInt*, const FInt*, double*, const FInt*, FInt*, double*, const FInt*, FInt*);
+void zgesv_(const FInt*, const FInt*, Z*, const FInt*, FInt*, Z*, const FInt*, FInt*);
+void dsyev_(const char*, const char*, const FInt*, double*, const FInt*, double*, double*, const FInt*, FInt*, FLen,
+            FLen);
+void dgesvd_(const char*, const char*, const FInt*, const FInt*, double*, const FInt*, double*, double*, const FInt*,
+             double*, const FInt*, double*, const FInt*, FInt*, FLen, FLen);
 
 // --- Sylvester equation ----------------------------------------------------------------------------------------
 void dtrsyl_(const char*, const char*, const FInt*, const FInt*, const FInt*, const double*, const FInt*,
