@@ -11,6 +11,7 @@
 
 #include "ratio_reporter.h"
 #include "quorel/quorel.h"
+#include "quorel/dense/toeplitz.h"
 #include "quorel/platform/lapack/symbols.h"
 
 #ifdef QUOREL_HAVE_EIGEN
@@ -151,6 +152,137 @@ QUOREL_DENSE_BENCH(Determinant, eigen, {
   for (auto _ : state) benchmark::DoNotOptimize(EigenOf(d.a).partialPivLu().determinant());
 });
 #endif
+
+// --- Eig ----------------------------------------------------------------------------------------------
+QUOREL_DENSE_BENCH(EigSym, quorel, {
+  TVec w;
+  for (auto _ : state) d.spd.Eig(w, mtSymmetric);
+});
+QUOREL_DENSE_BENCH(EigSym, lapack, {
+  TMtx c;
+  std::vector<double> w(n);
+  int info, lwork = -1;
+  double q;
+  dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Transp(d.spd);
+    dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
+  }
+});
+#ifdef QUOREL_HAVE_EIGEN
+QUOREL_DENSE_BENCH(EigSym, eigen, {
+  Eigen::SelfAdjointEigenSolver<RowMtx> es;
+  for (auto _ : state) es.compute(EigenOf(d.spd), Eigen::EigenvaluesOnly);
+});
+#endif
+QUOREL_DENSE_BENCH(EigGeneral, quorel, {
+  TVec w;
+  for (auto _ : state) d.a.Eig(w, mtGeneral);
+});
+QUOREL_DENSE_BENCH(EigGeneral, lapack, {
+  TMtx c;
+  std::vector<double> wr(n), wi(n);
+  int info, lwork = -1, one = 1;
+  double q, dummy;
+  dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Transp(d.a);
+    dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, work.data(), &lwork,
+           &info, 1, 1);
+  }
+});
+#ifdef QUOREL_HAVE_EIGEN
+QUOREL_DENSE_BENCH(EigGeneral, eigen, {
+  Eigen::EigenSolver<RowMtx> es;
+  for (auto _ : state) es.compute(EigenOf(d.a), false);
+});
+#endif
+
+// --- SVD (values) ---------------------------------------------------------------------------------------
+QUOREL_DENSE_BENCH(SVD, quorel, {
+  TVec s;
+  for (auto _ : state) d.a.SVD(s);
+});
+QUOREL_DENSE_BENCH(SVD, lapack, {
+  TMtx c;
+  std::vector<double> s(n);
+  int info, lwork = -1, one = 1;
+  double q, dummy;
+  dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Copy(d.a);
+    dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, work.data(), &lwork, &info, 1,
+            1);
+  }
+});
+#ifdef QUOREL_HAVE_EIGEN
+QUOREL_DENSE_BENCH(SVD, eigen, {
+  Eigen::BDCSVD<RowMtx> svd;
+  for (auto _ : state) svd.compute(EigenOf(d.a));
+});
+#endif
+
+// --- LQRSolve ---------------------------------------------------------------------------------------------
+QUOREL_DENSE_BENCH(LQRSolve, quorel, {
+  TVec x;
+  for (auto _ : state) d.a.LQRSolve(d.bv, x, nullptr, opNone);
+});
+QUOREL_DENSE_BENCH(LQRSolve, lapack, {
+  TMtx c;
+  std::vector<double> x(n);
+  int info, lwork = -1, one = 1;
+  double q;
+  dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, &q, &lwork, &info, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Transp(d.a);
+    std::memcpy(x.data(), d.bv.PValues(0), sizeof(double) * n);
+    dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, work.data(), &lwork, &info, 1);
+  }
+});
+#ifdef QUOREL_HAVE_EIGEN
+QUOREL_DENSE_BENCH(LQRSolve, eigen, {
+  Eigen::VectorXd x;
+  for (auto _ : state) benchmark::DoNotOptimize(x = EigenOf(d.a).householderQr().solve(EigenOf(d.bv)));
+});
+#endif
+
+// --- ToeplitzSolve: O(n^2) recursion against a dense LU of the same matrix --------------------------------
+void ToeplitzSolve_quorel(benchmark::State& state) {
+  const int n = static_cast<int>(state.range(0));
+  TVec row, col, b, x;
+  row.Size(n, false);
+  col.Size(n - 1, false);
+  b.Size(n, false);
+  for (int i = 0; i < n; ++i) *row.PValues(i) = *b.PValues(i) = 1.0 / (i + 1);
+  for (int i = 0; i + 1 < n; ++i) *col.PValues(i) = 0.5 / (i + 2);
+  *row.PValues(0) = 4;
+  for (auto _ : state) ToeplitzSolve(row, col, b, x);
+}
+BENCHMARK(ToeplitzSolve_quorel)->Name("ToeplitzSolve/quorel")->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond);
+void ToeplitzSolve_lapack(benchmark::State& state) {
+  const int n = static_cast<int>(state.range(0));
+  TMtx t(n, n, false);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) t.Values(j, i) = j >= i ? (j == i ? 4 : 1.0 / (j - i + 1)) : 0.5 / (i - j + 1);
+  TMtx c(n, n, false);
+  std::vector<double> x(n);
+  std::vector<int> ipiv(n);
+  int one = 1, info;
+  for (auto _ : state) {
+    c.Copy(t);
+    for (int i = 0; i < n; ++i) x[i] = 1.0 / (i + 1);
+    dgesv_(&n, &one, c.PValues1D(0), &n, ipiv.data(), x.data(), &n, &info);
+  }
+}
+BENCHMARK(ToeplitzSolve_lapack)->Name("ToeplitzSolve/lapack")->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

@@ -69,6 +69,20 @@ void EigenvectorsOut(TMtx& dst, const T* v, FInt n, const TCplx* w) {
   }
 }
 
+// Balancing (job from the Balance setting) and reduction to Hessenberg form of the column-major a.
+template <class T>
+struct THessenberg {
+  THessenberg(T* a, FInt n, char job)
+      : scale(lapack::Scratch<double>(*sv_, n)), tau(lapack::Scratch<T>(*tv_, n)), ihi(n) {
+    RaiseInfo(lapack::gebal<T>(job, n, a, n, ilo, ihi, scale), kEigFailed);
+    RaiseInfo(lapack::gehrd<T>(n, ilo, ihi, a, n, tau), kEigFailed);
+  }
+  TWorkVec sv_, tv_;
+  double* scale;
+  T* tau;
+  FInt ilo = 1, ihi;
+};
+
 }  // namespace
 
 TMtx& TMtx::Eig(TVec& d, TMtxType mtxType) {
@@ -86,15 +100,10 @@ TMtx& TMtx::Eig(TVec& d, TMtxType mtxType) {
       SymmetricEig<T>(pa, n, UploChar(TriangleForm()), IsPosDefType(mtxType), false, d.PValues(0));
       return;
     }
-    TWorkVec sv, tv;
-    double* scale = Scratch<double>(*sv, n);
-    T* tau = Scratch<T>(*tv, n);
-    FInt ilo = 1, ihi = n;
-    RaiseInfo(gebal<T>(BalanceJob(Balance()), n, pa, n, ilo, ihi, scale), kEigFailed);
-    RaiseInfo(gehrd<T>(n, ilo, ihi, pa, n, tau), kEigFailed);
+    THessenberg<T> h(pa, n, BalanceJob(Balance()));
     d.Size(n, true);
     T dummy{};
-    RaiseInfo(hseqr<T>('E', 'N', n, ilo, ihi, pa, n, d.PCValues(0), &dummy, 1), kEigFailed);
+    RaiseInfo(hseqr<T>('E', 'N', n, h.ilo, h.ihi, pa, n, d.PCValues(0), &dummy, 1), kEigFailed);
   });
   return *this;
 }
@@ -135,23 +144,18 @@ TMtx& TMtx::Eig(TMtx* vl, TVec& d, TMtx* vr, TMtxType mtxType, TVectorForm vecto
       if (vl) EigenvectorsOut<T>(*vl, pl, n, w);
       if (vr) EigenvectorsOut<T>(*vr, pr, n, w);
     } else {
-      TWorkVec sv, tv;
-      double* scale = Scratch<double>(*sv, n);
-      T* tau = Scratch<T>(*tv, n);
-      FInt ilo = 1, ihi = n;
       const char job = BalanceJob(Balance());
-      RaiseInfo(gebal<T>(job, n, pa, n, ilo, ihi, scale), kEigFailed);
-      RaiseInfo(gehrd<T>(n, ilo, ihi, pa, n, tau), kEigFailed);
+      THessenberg<T> h(pa, n, job);
       T dummy{};
       T* z = &dummy;
       if (vr) {
         right->Copy(*a);
         z = Ptr<T>(*right);
-        RaiseInfo(orghr<T>(n, ilo, ihi, z, n, tau), kEigFailed);
+        RaiseInfo(orghr<T>(n, h.ilo, h.ihi, z, n, h.tau), kEigFailed);
       }
-      RaiseInfo(hseqr<T>('S', vr ? 'V' : 'N', n, ilo, ihi, pa, n, w, z, vr ? n : 1), kEigFailed);
+      RaiseInfo(hseqr<T>('S', vr ? 'V' : 'N', n, h.ilo, h.ihi, pa, n, w, z, vr ? n : 1), kEigFailed);
       if (vr) {
-        RaiseInfo(gebak<T>(job, 'R', n, ilo, ihi, scale, n, z, n), kEigFailed);
+        RaiseInfo(gebak<T>(job, 'R', n, h.ilo, h.ihi, h.scale, n, z, n), kEigFailed);
         vr->Transp(*right);
       }
       vl->Transp(*a);
