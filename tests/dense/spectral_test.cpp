@@ -277,3 +277,22 @@ TEST(LQRSolve, OverAndUnderdeterminedWithEveryOperation) {
 
 }  // namespace
 }  // namespace quorel::test
+
+namespace quorel::test {
+namespace {
+
+// NaN in the data: the drivers return (no hang, no crash) with NaN results or a raised failure.
+TEST(NonFinite, DriversReturnWithNaNResultsOrTheirFailureMessage) {
+  TMtx a = Random(6, 6, false, 121), x;
+  a.Values(2, 3) = std::nan("");
+  a.LUSolve(Random(6, 1, false, 122), x, mtGeneral, opNone);
+  EXPECT_TRUE(std::isnan(x.Values(0, 0)));
+  TVec d;
+  // Balancing refuses NaN as an invalid argument; the SVD's values come out NaN.
+  EXPECT_NE(MessageOf<EQuorelException>([&] { a.Eig(d, mtGeneral); }), "<no exception>");
+  a.SVD(d);
+  EXPECT_TRUE(std::isnan(*d.PValues(0)));
+}
+
+}  // namespace
+}  // namespace quorel::test
