@@ -12,27 +12,34 @@ namespace {
 template <class T>
 std::int32_t Solve(const T* row, const T* col, const T* y, T* x, std::int32_t n) {
   if (n == 0) return 0;
-  // t(m) for m > 0 lies below the diagonal, t(-m) above it.
-  auto below = [&](std::int32_t m) { return col[m - 1]; };
   if (row[0] == T(0)) return 1;
-  std::vector<T> f(n), g(n), nf(n), ng(n);
+  // t(m) for m > 0 lies below the diagonal (col[m - 1]), t(-m) above it (row[m]). The sums run
+  // over t(k - j) for j = 0 .. k - 1: kept reversed, rev[n - 1 - k + j] = t(k - j), so that every
+  // loop walks its arrays forward.
+  std::vector<T> rev(n), f(n), g(n), nf(n), ng(n);
+  for (std::int32_t m = 1; m < n; ++m) rev[n - 1 - m] = col[m - 1];
   f[0] = g[0] = T(1) / row[0];
   x[0] = y[0] / row[0];
   for (std::int32_t k = 1; k < n; ++k) {
+    const T* t = rev.data() + (n - 1 - k);
     T ef(0), eg(0), theta(0);
     for (std::int32_t j = 0; j < k; ++j) {
-      ef += below(k - j) * f[j];
+      ef += t[j] * f[j];
       eg += row[j + 1] * g[j];
-      theta += below(k - j) * x[j];
+      theta += t[j] * x[j];
     }
     const T d = T(1) - ef * eg;
     if (d == T(0)) return k + 1;
-    for (std::int32_t j = 0; j <= k; ++j) {
-      const T fj = j < k ? f[j] : T(0);       // [f; 0]
-      const T gj = j > 0 ? g[j - 1] : T(0);   // [0; g]
-      nf[j] = (fj - ef * gj) / d;
-      ng[j] = (gj - eg * fj) / d;
+    const T inv = T(1) / d;
+    // f' = ([f; 0] - ef [0; g]) / d, g' = ([0; g] - eg [f; 0]) / d.
+    nf[0] = f[0] * inv;
+    ng[0] = -eg * f[0] * inv;
+    for (std::int32_t j = 1; j < k; ++j) {
+      nf[j] = (f[j] - ef * g[j - 1]) * inv;
+      ng[j] = (g[j - 1] - eg * f[j]) * inv;
     }
+    nf[k] = -ef * g[k - 1] * inv;
+    ng[k] = g[k - 1] * inv;
     f.swap(nf);
     g.swap(ng);
     const T c = y[k] - theta;
