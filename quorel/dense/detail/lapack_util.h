@@ -1,0 +1,69 @@
+#pragma once
+// Helpers shared by the dense linear-algebra methods: LAPACK's character arguments from the
+// library's enumerations, the messages made from `info`, and column-major scratch copies.
+
+#include <cstdint>
+#include <string>
+
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/detail/kind.h"
+#include "quorel/objects/mtx_types.h"
+#include "quorel/platform/lapack/lapack.h"
+
+namespace quorel::detail {
+
+using lapack::FInt;
+
+/// LAPACK's `trans` for an operation.
+constexpr char TransChar(TMtxOperation op) { return op == opNone ? 'N' : op == opTran ? 'T' : 'C'; }
+/// LAPACK's `uplo` for the triangle of a column-major copy of a row-major matrix holding `tf`
+/// (the transposed copy keeps the triangle; the matrix memory read as is swaps it).
+constexpr char UploChar(TTriangleForm tf) { return tf == tfUpper ? 'U' : 'L'; }
+constexpr char SwappedUplo(TTriangleForm tf) { return tf == tfUpper ? 'L' : 'U'; }
+
+/// The factorisations whose `info` > 0 has a message of its own.
+enum class TFactorKind { Cholesky, BunchKaufman, LU, Factorization };
+
+/// The message of a failed factorisation: "<info> parameter is invalid!" (no blank when
+/// `blank` is false) for info < 0, else the kind's text for a zero pivot or minor.
+std::string FactorMessage(TFactorKind kind, FInt info, bool blank = true);
+/// `prefix` followed by the number.
+std::string WithInfo(const char* prefix, FInt info);
+
+/// Symmetric (or complex symmetric) and Hermitian kinds of TMtxType.
+constexpr bool IsSymmetricType(TMtxType t) { return t == mtSymmetric || t == mtSymmPosDef; }
+constexpr bool IsHermitianType(TMtxType t) { return t == mtHermitian || t == mtHermPosDef; }
+constexpr bool IsPosDefType(TMtxType t) { return t == mtSymmPosDef || t == mtHermPosDef; }
+
+/// Copies the triangle `tf` of a row-major square matrix onto the other one (conjugated when
+/// `conjugate`): what LAPACK's one-triangle inverses leave behind made whole.
+void MirrorTriangle(TMtx& a, TTriangleForm tf, bool conjugate);
+/// Zeroes the triangle opposite to `tf`, diagonal excluded.
+void ZeroOtherTriangle(TMtx& a, TTriangleForm tf);
+
+/// Raises the message of a driver's `info` unless it is 0: "<info> parameter is invalid!" for
+/// info < 0, else `failure` (followed by the number when `withInfo`).
+void RaiseInfo(FInt info, const char* failure, bool withInfo = false);
+
+/// dst (rows x cols, kind T) := the column-major array src with leading dimension ld, element
+/// (i, j) taken only where keep(i, j) and zero elsewhere.
+template <class T, class Keep>
+void FromColMajor(TMtx& dst, const T* src, std::int32_t rows, std::int32_t cols, std::int64_t ld, Keep keep) {
+  dst.Size(rows, cols, lapack::kComplex<T>);
+  T* d = Ptr<T>(dst);
+  for (std::int32_t i = 0; i < rows; ++i)
+    for (std::int32_t j = 0; j < cols; ++j) d[std::int64_t{i} * dst.LeadingCols() + j] = keep(i, j) ? src[j * ld + i] : T{};
+}
+/// A column-major array with leading dimension ld made from the rows x cols row-major matrix src
+/// (ld >= rows; rows beyond are zero).
+template <class T>
+T* ToColMajor(TMtx& work, const TMtx& src, std::int32_t ld, std::int32_t cols) {
+  work.Size(cols, ld, src.Complex());
+  work.SetZero();
+  T* w = Ptr<T>(work);
+  for (std::int32_t i = 0; i < src.Rows(); ++i)
+    for (std::int32_t j = 0; j < cols; ++j) w[std::int64_t{j} * ld + i] = Ptr<T>(src)[std::int64_t{i} * src.LeadingCols() + j];
+  return w;
+}
+
+}  // namespace quorel::detail

@@ -1,0 +1,133 @@
+// Inverse and determinant.
+#include <cmath>
+
+#include "quorel/core/detail/checks.h"
+#include "quorel/dense/detail/lapack_util.h"
+#include "quorel/objects/detail/kind.h"
+#include "quorel/objects/vec.h"
+#include "quorel/platform/fpu_scope.h"
+
+namespace quorel {
+
+using namespace detail;
+
+TMtx& TMtx::Inv(TMtxType mtxType) {
+  Require(Quadratic(), "Quadratic = False");
+  if (AutoMtxType()) mtxType = DetectMtxType(false);
+  const bool cplx = Complex();
+  const FInt n = Rows();
+  TWorkMtx fac;
+  TWorkVec pivots;
+  fac->Transp(*this);
+  FInt* ipiv = lapack::IntScratch(*pivots, n);
+  const char uplo = UploChar(TriangleForm());
+  FpuScope fpu;
+  std::string msg;
+  OnKind(cplx, [&](auto t) {
+    using namespace lapack;
+    using T = decltype(t);
+    T* a = Ptr<T>(*fac);
+    FInt info = 0;
+    auto fail = [&](std::string text) {
+      fLapackInfo = info;
+      ERaise(text);
+    };
+    if (IsPosDefType(mtxType) && !(cplx && mtxType == mtSymmPosDef)) {
+      if ((info = potrf<T>(uplo, n, a, n)) != 0) fail(FactorMessage(TFactorKind::Cholesky, info));
+      if ((info = potri<T>(uplo, n, a, n)) != 0)
+        fail(WithInfo(cplx ? "Cholesky: Erorr at inverse: " : "Erorr at inverse: ", info));
+    } else if (mtxType == mtSymmetric || (!cplx && mtxType == mtHermitian)) {
+      if ((info = sytrf<T>(false, uplo, n, a, n, ipiv)) != 0) fail(FactorMessage(TFactorKind::BunchKaufman, info));
+      if ((info = sytri<T>(false, uplo, n, a, n, ipiv)) != 0)
+        fail(WithInfo(cplx ? "Bunch-Kauffman: Erorr at inverse: " : "Bunch-Kauffman: Erorr at inverse:", info));
+    } else if (mtxType == mtHermitian) {
+      // The inverse routine must match the factorisation's pivoting: the general inverse cannot
+      // read the Hermitian factor (its 2 x 2 pivots are negative indices).
+      if ((info = sytrf<T>(true, uplo, n, a, n, ipiv)) != 0) fail(FactorMessage(TFactorKind::Factorization, info));
+      if ((info = sytri<T>(true, uplo, n, a, n, ipiv)) != 0) fail(WithInfo("Factorization: Erorr at inverse: ", info));
+    } else if (mtxType == mtTriangle) {
+      if ((info = trtri<T>(uplo, TriangleUnit() ? 'U' : 'N', n, a, n)) != 0)
+        fail(WithInfo("Triangle: Erorr at inverse:", info));
+    } else if (mtxType == mtGeneral) {
+      if ((info = getrf<T>(n, n, a, n, ipiv)) != 0)
+        fail(FactorMessage(cplx ? TFactorKind::Factorization : TFactorKind::LU, info));
+      if ((info = getri<T>(n, a, n, ipiv)) != 0)
+        fail(WithInfo(cplx ? "Factorization: Erorr at inverse: " : "LU factorization: Erorr at inverse: ", info));
+    } else {
+      ERaise("MtxType not supported");
+    }
+    fLapackInfo = 0;
+  });
+  Transp(*fac);
+  if (IsPosDefType(mtxType) || IsSymmetricType(mtxType) || IsHermitianType(mtxType))
+    MirrorTriangle(*this, TriangleForm(), cplx && IsHermitianType(mtxType));
+  return *this;
+}
+
+namespace {
+// Running product m * 10^e with 1 <= |m| < 10, so long products neither overflow nor underflow.
+struct TScaledProduct {
+  TCplx m{1, 0};
+  int e = 0;
+  bool Mul(const TCplx& x) {
+    m = {m.Re * x.Re - m.Im * x.Im, m.Re * x.Im + m.Im * x.Re};
+    double a = std::hypot(m.Re, m.Im);
+    if (a == 0) return false;
+    while (a < 1) m = {m.Re * 10, m.Im * 10}, a *= 10, --e;
+    while (a >= 10) m = {m.Re / 10, m.Im / 10}, a /= 10, ++e;
+    return true;
+  }
+  TCplx Value() const {
+    const double s = std::pow(10.0, e);
+    return {m.Re * s, m.Im * s};
+  }
+};
+}  // namespace
+
+void TMtx::Determinant(TCplx& result, TMtxType mtxType) {
+  Require(Quadratic(), "Quadratic = False");
+  const std::int32_t n = Rows();
+  TWorkMtx factor;
+  TWorkVec pivots;
+  // The product of the factor's diagonal is the determinant up to sign for the triangular kinds
+  // and LU; a Cholesky factor's diagonal counts twice. Symmetric indefinite factors have 2 x 2
+  // blocks, so those matrices go through LU. A zero pivot is not an error here: it makes the
+  // determinant 0.
+  const bool cholesky = IsPosDefType(mtxType) && !(Complex() && mtxType == mtSymmPosDef);
+  factor->Transp(*this);
+  FInt* ipiv = lapack::IntScratch(*pivots, n);
+  for (std::int32_t i = 0; i < n; ++i) ipiv[i] = i + 1;
+  if (mtxType != mtTriangle) {
+    FpuScope fpu;
+    OnKind(Complex(), [&](auto t) {
+      using T = decltype(t);
+      if (cholesky) {
+        const FInt info = lapack::potrf<T>(UploChar(TriangleForm()), n, Ptr<T>(*factor), n);
+        fLapackInfo = info;
+        if (info != 0) ERaise(FactorMessage(TFactorKind::Cholesky, info));
+      } else {
+        fLapackInfo = lapack::getrf<T>(n, n, Ptr<T>(*factor), n, ipiv);
+      }
+    });
+  }
+  TScaledProduct p;
+  for (std::int32_t i = 0; i < n; ++i) {
+    TCplx d = Complex() ? factor->CValues(i, i) : TCplx{factor->Values(i, i), 0};
+    if (mtxType == mtTriangle && TriangleUnit()) d = {1, 0};
+    if (ipiv[i] != i + 1) p.m = {-p.m.Re, -p.m.Im};
+    if (!p.Mul(d) || (cholesky && !p.Mul({d.Re, -d.Im}))) {
+      result = {0, 0};
+      return;
+    }
+  }
+  result = p.Value();
+}
+
+double TMtx::Determinant(TMtxType mtxType) {
+  RequireReal(*this);
+  TCplx r;
+  Determinant(r, mtxType);
+  return r.Re;
+}
+
+}  // namespace quorel

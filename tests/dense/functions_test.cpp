@@ -1,0 +1,172 @@
+// Matrix functions, integer powers, the Sylvester equation and Toeplitz systems.
+#include <cmath>
+
+#include "dense/dense_util.h"
+#include "quorel/dense/toeplitz.h"
+
+namespace quorel::test {
+namespace {
+
+TMtx Power(const TMtx& a, int n) {
+  TMtx r = a;
+  for (int k = 1; k < n; ++k) r = NaiveMul(r, a);
+  return r;
+}
+
+TEST(MtxIntPower, SquaringPathsAndTheComplexPolarPath) {
+  TMtx a = Random(4, 4, false, 1), p;
+  p.MtxIntPower(a, 0);
+  TMtx eye(4, 4, false);
+  eye.Eye();
+  EXPECT_EQ(Doubles(p), Doubles(eye));
+  p.MtxIntPower(a, -1);
+  TMtx inv = a;
+  inv.Inv(mtGeneral);
+  EXPECT_LT(Diff(inv, p), 4);
+  for (int n : {1, 2, 3, 6, 7}) {
+    p.MtxIntPower(a, n);
+    EXPECT_LT(Diff(Power(a, n), p), 8) << n;
+  }
+  TMtx z = Random(3, 3, true, 2);
+  p.MtxIntPower(z, 4);  // below 5: true matrix products
+  EXPECT_LT(Diff(Power(z, 4), p), 8);
+  p.MtxIntPower(z, -4);
+  TMtx eyeZ(3, 3, true);
+  eyeZ.Eye();
+  EXPECT_LT(Residual(Power(z, 4), p, eyeZ), kResidualTol);
+  // From 5 on the magnitudes are raised as a matrix and the phases scaled element by element.
+  TMtx mag(3, 3, false);
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) mag.Values(i, j) = std::abs(Get(z, i, j));
+  const TMtx mag5 = Power(mag, 5);
+  p.MtxIntPower(z, 5);
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 3; ++j) {
+      const C expect = std::polar(mag5.Values(i, j), 5 * std::arg(Get(z, i, j)));
+      EXPECT_LT(std::abs(Get(p, i, j) - expect), 1e-13 * std::abs(expect));
+    }
+  EXPECT_GT(Diff(Power(z, 5), p), 1e6);  // not the matrix power
+}
+
+TEST(MtxFunction, PowersAndSquareRootsThroughTheEigenDecomposition) {
+  for (bool cplx : {false, true}) {
+    TMtx spd = PosDef(5, cplx, 3), s;
+    s.MtxSqrt(spd, cplx ? mtHermPosDef : mtSymmPosDef);
+    EXPECT_EQ(s.Complex(), cplx);  // a real symmetric matrix keeps a real root
+    EXPECT_LT(Diff(spd, NaiveMul(s, s)), 30) << cplx;
+    TMtx g = Random(4, 4, cplx, 4), sq;
+    sq.MtxPower(g, 2.0, mtGeneral);
+    TMtx g2 = NaiveMul(g, g);
+    if (!cplx) g2.ExtendToComplex(true);
+    EXPECT_LT(Diff(g2, sq), 1e3) << cplx;  // through V and inv(V): conditioned by V
+    sq.MtxPower(g, TCplx{-1, 0}, mtGeneral);
+    TMtx inv = g;
+    inv.Inv(mtGeneral);
+    if (!cplx) inv.ExtendToComplex(true);
+    EXPECT_LT(Diff(inv, sq), 1e3) << cplx;
+  }
+  // exp([[0, 1], [1, 0]]) = [[cosh 1, sinh 1], [sinh 1, cosh 1]].
+  TMtx a = RealMtx(2, 2, {0, 1, 1, 0}), e;
+  e.MtxFunction(a, {}, [](TVec& v, std::span<const TCplx>) {
+    for (int i = 0; i < v.Length(); ++i) *v.PCValues(i) = {std::exp(v.PCValues(i)->Re), 0};
+  }, mtSymmetric);
+  EXPECT_NEAR(e.Values(0, 0), std::cosh(1.0), 4 * kEps);
+  EXPECT_NEAR(e.Values(0, 1), std::sinh(1.0), 4 * kEps);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { e.MtxSqrt(Random(2, 3, false, 1), mtGeneral); }),
+            "not Src.Quadratic");
+}
+
+TEST(Sylvester, TriangularOperandsEveryOperationAndSign) {
+  for (bool cplx : {false, true})
+    for (TMtx::TSign sign : {TMtx::siPlus, TMtx::siMinus})
+      for (TMtxOperation op : {opNone, cplx ? opHerm : opTran}) {
+        TMtx a = Triangular(4, cplx, 5, false), b = Triangular(3, cplx, 6, false), c = Random(4, 3, cplx, 7), x;
+        for (int i = 0; i < 3; ++i) Put(b, i, i, Get(b, i, i) + C(3));  // keep A and -B apart
+        x.Sylvester(a, b, c, sign, op, op);
+        TMtx lhs = NaiveMul(Op(a, op), x), xb = NaiveMul(x, Op(b, op));
+        for (int i = 0; i < 4; ++i)
+          for (int j = 0; j < 3; ++j) Put(lhs, i, j, Get(lhs, i, j) + (sign == TMtx::siPlus ? 1.0 : -1.0) * Get(xb, i, j));
+        EXPECT_LT(Diff(c, lhs), 30) << cplx << sign << op;
+      }
+  TMtx a = Random(3, 3, false, 1), x;
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { x.Sylvester(a, Random(3, 3, true, 2), a, TMtx::siPlus, opNone, opNone); }, "A.Complex <> B.Complex"},
+      {[&] { x.Sylvester(Random(3, 2, false, 2), a, a, TMtx::siPlus, opNone, opNone); }, "not A.Quadratic"},
+      {[&] { x.Sylvester(a, a, Random(2, 3, false, 3), TMtx::siPlus, opNone, opNone); }, "C.Rows <> A.Rows"},
+  });
+}
+
+// The dense n x n Toeplitz matrix of a first row and the first column below the diagonal.
+TMtx DenseToeplitz(const TVec& row, const TVec& col) {
+  const int n = row.Length();
+  TMtx t(n, n, row.Complex());
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j) Put(t, i, j, j >= i ? GetV(row, j - i) : GetV(col, i - j - 1));
+  return t;
+}
+
+TVec RandomVec(int n, bool cplx, unsigned seed) {
+  TMtx m = Random(1, n, cplx, seed);
+  TVec v;
+  v.Size(n, cplx);
+  for (int i = 0; i < n; ++i) {
+    if (cplx) *v.PCValues(i) = m.CValues(0, i);
+    else *v.PValues(i) = m.Values(0, i);
+  }
+  return v;
+}
+
+TEST(Toeplitz, SolvesGeneralSystemsRealAndComplex) {
+  for (bool cplx : {false, true})
+    for (int n : {1, 2, 7, 40}) {
+      TVec row = RandomVec(n, cplx, 8), col = RandomVec(n - 1, cplx, 9), b = RandomVec(n, cplx, 10), x;
+      if (cplx) row.PCValues(0)->Re += 3;
+      else *row.PValues(0) += 3;  // regular leading minors
+      ToeplitzSolve(row, col, b, x);
+      EXPECT_LT(Residual(DenseToeplitz(row, col), Column(x), Column(b)), kResidualTol) << cplx << n;
+    }
+  // A zero leading element is a singular first minor although the matrix is regular.
+  TVec row, col, b, x;
+  row.SetIt(false, {0, 1});
+  col.SetIt(false, {1});
+  b.SetIt(false, {1, 1});
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { ToeplitzSolve(row, col, b, x); }),
+            "ToeplitzSolve: singular leading minor of order 1");
+  TVec b3, z;
+  b3.SetIt(false, {1, 2, 3});
+  z.SetCplx({{1, 0}, {0, 1}});
+  ExpectMessages<Exception>({
+      {[&] { ToeplitzSolve(row, col, b3, x); }, "(FirstCol.Length+1) <> B.Length"},
+      {[&] { ToeplitzSolve(b3, col, b, x); }, "FirstRow.Length <> (FirstCol.Length+1)"},
+      {[&] { ToeplitzSolve(row, col, z, x); }, "(FirstRow.Complex <> FirstCol.Complex) or (FirstRow.Complex <> B.Complex)"},
+  });
+}
+
+TEST(Levinson, PredictionCoefficients) {
+  TVec r, a;
+  r.SetIt(false, {1, 0.5});
+  Levinson(r, a);
+  EXPECT_EQ(Doubles(a), (std::vector<double>{1, -0.5}));
+  for (bool cplx : {false, true}) {
+    // Autocorrelation of a stable AR(2)-like sequence; compare with a dense Hermitian solve.
+    TVec rr;
+    if (cplx) rr.SetCplx({{2, 0}, {0.8, 0.3}, {0.3, -0.2}, {0.1, 0.05}});
+    else rr.SetIt(false, {2, 0.8, 0.3, 0.1});
+    Levinson(rr, a);
+    ASSERT_EQ(a.Length(), 4);
+    TMtx t(3, 3, cplx), rhs(3, 1, cplx);
+    for (int i = 0; i < 3; ++i) {
+      for (int j = 0; j < 3; ++j) Put(t, i, j, i >= j ? GetV(rr, i - j) : std::conj(GetV(rr, j - i)));
+      Put(rhs, i, 0, -GetV(rr, i + 1));
+    }
+    TMtx coef(3, 1, cplx);
+    for (int i = 0; i < 3; ++i) Put(coef, i, 0, GetV(a, i + 1));
+    EXPECT_EQ(GetV(a, 0), C(1));
+    EXPECT_LT(Residual(t, coef, rhs), kResidualTol) << cplx;
+  }
+  r.SetCplx({{1, 0.1}, {0.5, 0}});
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { Levinson(r, a); }), "Levinson: R[0] must be real");
+}
+
+}  // namespace
+}  // namespace quorel::test

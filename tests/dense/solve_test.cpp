@@ -1,0 +1,267 @@
+// Linear solves, factorisations, inverse and determinant.
+#include "dense/dense_util.h"
+
+namespace quorel::test {
+namespace {
+
+struct TypedMatrix {
+  const char* name;
+  TMtx a;        // the matrix as stored (triangle or band layout as the type reads it)
+  TMtx full;     // the full square matrix it stands for
+  TMtxType type;
+};
+
+// One matrix of every type the solver handles, real or complex.
+std::vector<TypedMatrix> EveryType(bool cplx, int n) {
+  std::vector<TypedMatrix> r;
+  TMtx spd = PosDef(n, cplx, 11);
+  r.push_back({"posdef", spd, spd, cplx ? mtHermPosDef : mtSymmPosDef});
+  TMtx ind = Indefinite(n, cplx, 12);
+  r.push_back({"indefinite", ind, ind, cplx ? mtHermitian : mtSymmetric});
+  if (cplx) {
+    TMtx cs = Indefinite(n, true, 13, true);
+    r.push_back({"complex symmetric", cs, cs, mtSymmetric});
+  }
+  for (bool lower : {true, false}) {
+    TMtx t = Triangular(n, cplx, 14, lower);
+    t.SetTriangleForm(lower ? tfLower : tfUpper);
+    r.push_back({"triangle", t, t, mtTriangle});
+  }
+  TMtx g = Random(n, n, cplx, 15);
+  r.push_back({"general", g, g, mtGeneral});
+  // Band general with 1 sub- and 2 super-diagonals, and a band of the definite matrix.
+  TMtx bg = Random(n, n, cplx, 16);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j)
+      if (i - j > 1 || j - i > 2) Put(bg, i, j, 0);
+  TMtx bgBand;
+  bg.DenseToBanded(bgBand);
+  r.push_back({"band general", bgBand, bg, mtBandGeneral});
+  TMtx bp = PosDef(n, cplx, 17);
+  for (int i = 0; i < n; ++i)
+    for (int j = 0; j < n; ++j)
+      if (std::abs(i - j) > 1) Put(bp, i, j, 0);
+  for (TTriangleForm tf : {tfLower, tfUpper}) {
+    TMtx half = bp;
+    for (int i = 0; i < n; ++i)
+      for (int j = 0; j < n; ++j)
+        if (tf == tfLower ? j > i : j < i) Put(half, i, j, 0);
+    TMtx band;
+    half.DenseToBanded(band);
+    band.SetTriangleForm(tf);
+    r.push_back({"band posdef", band, bp, cplx ? mtBandHermPosDef : mtBandSymmPosDef});
+  }
+  return r;
+}
+
+TEST(LUSolve, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
+  for (bool cplx : {false, true})
+    for (auto& [name, a, full, type] : EveryType(cplx, 9))
+      for (bool refine : {false, true})
+        for (TConditionNumber cn : {cnNone, cnNorm1, cnNormInf}) {
+          a.SetRefineSolution(refine);
+          a.SetConditionNumber(cn);
+          TMtx b = Random(9, 3, cplx, 21), x;
+          a.LUSolve(b, x, type, opNone);
+          EXPECT_LT(Residual(full, x, b), kResidualTol) << name << cplx << refine << cn;
+          TVec bv, xv;
+          bv.Size(9, cplx);
+          for (int i = 0; i < 9; ++i) {
+            if (cplx) *bv.PCValues(i) = {1.0 + i, -0.5 * i};
+            else *bv.PValues(i) = 1.0 + i;
+          }
+          a.LUSolve(bv, xv, type, opNone);
+          EXPECT_LT(Residual(full, Column(xv), Column(bv)), kResidualTol) << name << cplx;
+          if (cn != cnNone) {
+            // The estimate is within a small factor of the true reciprocal condition number.
+            TMtx inv = full;
+            inv.Inv(mtGeneral);
+            const double exact = 1 / (cn == cnNorm1 ? full.Norm1() * inv.Norm1() : full.NormInf() * inv.NormInf());
+            EXPECT_GT(a.RCond(), exact / 10) << name << cplx << cn;
+            EXPECT_LT(a.RCond(), exact * 10) << name << cplx << cn;
+          }
+        }
+}
+
+TEST(LUSolve, TransposedOperationsAndAutomaticType) {
+  for (bool cplx : {false, true}) {
+    TMtx g = Random(8, 8, cplx, 31), b = Random(8, 2, cplx, 32), x;
+    for (TMtxOperation op : {opTran, opHerm}) {
+      g.LUSolve(b, x, mtGeneral, op);
+      EXPECT_LT(Residual(Op(g, op), x, b), kResidualTol) << cplx << op;
+      TMtx t = Triangular(8, cplx, 33, false);
+      t.SetTriangleForm(tfUpper);
+      t.LUSolve(b, x, mtTriangle, op);
+      EXPECT_LT(Residual(Op(t, op), x, b), kResidualTol) << cplx << op;
+    }
+    // Detection picks the triangle (and its form) of a lower matrix given as general (a complex
+    // one is not seen as triangular: the zero test reads half of its storage).
+    TMtx lower = Triangular(8, cplx, 34, true);
+    lower.SetTriangleForm(tfUpper);
+    lower.SetAutoMtxType(true);
+    lower.LUSolve(b, x, mtGeneral, opNone);
+    EXPECT_EQ(lower.TriangleForm(), cplx ? tfUpper : tfLower);
+    EXPECT_LT(Residual(lower, x, b), kResidualTol);
+  }
+}
+
+TEST(LUSolve, NearSingularHilbertIsSolvedToItsConditionAndRefinementHelps) {
+  TMtx h = Hilbert(10), b(10, 1, false), x;
+  for (int i = 0; i < 10; ++i) b.Values(i, 0) = 1;
+  h.SetConditionNumber(cnNorm1);
+  h.SetRefineSolution(true);
+  h.LUSolve(b, x, mtSymmPosDef, opNone);
+  EXPECT_LT(h.RCond(), 1e-12);  // cond(H10) is about 3.5e13
+  EXPECT_GT(h.RCond(), 1e-15);
+  EXPECT_LT(Residual(h, x, b), kResidualTol);
+}
+
+TEST(LUSolve, FailuresAreRaisedOnceWithTheirMessagesAndLeaveXAlone) {
+  using E = EQuorelException;
+  for (bool cplx : {false, true}) {
+    TMtx sing = RealMtx(3, 3, {1, 1, 1, 2, 2, 5, 3, 3, 7});
+    if (cplx) sing.ExtendToComplex(true);
+    TMtx b = Random(3, 1, cplx, 1), x = RealMtx(1, 1, {42});
+    EXPECT_EQ(MessageOf<E>([&] { sing.LUSolve(b, x, mtGeneral, opNone); }),
+              "LUSolve: LU factorization: U(2,2) = 0 (singular)");
+    EXPECT_EQ(sing.LapackInfo(), 2);
+    EXPECT_EQ(sing.LapackMessage(), "LU factorization: U(2,2) = 0 (singular)");
+    EXPECT_EQ(Doubles(x), std::vector<double>{42});
+
+    TMtx notPd = RealMtx(2, 2, {1, 2, 2, 1});
+    if (cplx) notPd.ExtendToComplex(true);
+    EXPECT_EQ(MessageOf<E>([&] { notPd.LUSolve(Random(2, 1, cplx, 2), x, cplx ? mtHermPosDef : mtSymmPosDef, opNone); }),
+              "LUSolve: Cholesky: leading minor of order 2 is not positive definite");
+    TMtx zeroSym = RealMtx(2, 2, {0, 0, 0, 0});
+    if (cplx) zeroSym.ExtendToComplex(true);
+    EXPECT_EQ(MessageOf<E>([&] { zeroSym.LUSolve(Random(2, 1, cplx, 2), x, cplx ? mtHermitian : mtSymmetric, opNone); }),
+              "LUSolve: Bunch Kauffman: singular at D(1,1) = 0");
+    TMtx tri = RealMtx(2, 2, {1, 0, 5, 0});
+    if (cplx) tri.ExtendToComplex(true);
+    EXPECT_EQ(MessageOf<E>([&] { tri.LUSolve(Random(2, 1, cplx, 2), x, mtTriangle, opNone); }),
+              "LUSolve: Triangle: Erorr at solve:2");
+    EXPECT_EQ(Doubles(x), std::vector<double>{42});
+  }
+}
+
+TEST(LUSolve, RefusesBadArgumentsAndTypes) {
+  TMtx a = Random(3, 3, false, 1), z = Random(3, 3, true, 2), b = Random(3, 1, false, 3), x;
+  TVec bz;
+  bz.Size(3, true);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { a.LUSolve(a, x, mtGeneral, opNone); }, "B = Self"},
+      {[&] { a.LUSolve(b, a, mtGeneral, opNone); }, "X = Self"},
+      {[&] { z.LUSolve(b, x, mtGeneral, opNone); }, "B.Complex <> Complex"},
+      {[&] { Random(3, 2, false, 4).LUSolve(b, x, mtGeneral, opNone); }, "Quadratic = False"},
+      {[&] { a.LUSolve(Random(2, 1, false, 5), x, mtGeneral, opNone); }, "B.Rows <> Rows"},
+      {[&] {
+         TVec xv;
+         a.LUSolve(bz, xv, mtGeneral, opNone);
+       },
+       "B.Complex <> Complex"},
+  });
+  TMtx band = Random(3, 5, false, 6);  // 3 band rows cannot hold 1 + 2 + 1 diagonals
+  band.SetSubDiag(1);
+  band.SetSuperDiag(2);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { band.LUSolve(Random(5, 1, false, 7), x, mtBandGeneral, opNone); }),
+            "SubDiag+SuperDiag+1 <> Rows");
+  ExpectMessages<EQuorelException>({
+      {[&] { z.LUSolve(Random(3, 1, true, 8), x, mtSymmPosDef, opNone); },
+       "Eig: Complex symmetric positive definite matrix type not supported. Use general!"},
+      {[&] { z.LUSolve(Random(3, 1, true, 8), x, mtBandSymmPosDef, opNone); },
+       "Eig: Complex band symmetric positive definite matrix type not supported. Use general!"},
+      {[&] { a.LUSolve(b, x, mtHermitian, opNone); }, "Hermitian solve: not complex!"},
+      {[&] { a.LUSolve(b, x, static_cast<TMtxType>(9), opNone); }, "MtxType not supported"},
+  });
+}
+
+TEST(Inv, EveryTypeGivesTheInverse) {
+  for (bool cplx : {false, true})
+    for (auto& [name, a, full, type] : EveryType(cplx, 7)) {
+      if (type >= mtBandSymmPosDef) {
+        EXPECT_EQ(MessageOf<EQuorelException>([&] { full.Inv(type); }), "MtxType not supported");
+        continue;
+      }
+      TMtx inv = a;
+      inv.Inv(type);
+      TMtx eye(7, 7, cplx);
+      eye.Eye();
+      EXPECT_LT(Residual(full, inv, eye), kResidualTol) << name << cplx;
+    }
+}
+
+TEST(Inv, SingularAndBadInput) {
+  using E = EQuorelException;
+  TMtx sing = RealMtx(2, 2, {1, 2, 2, 4}), keep = sing;
+  EXPECT_EQ(MessageOf<E>([&] { sing.Inv(mtGeneral); }), "LU factorization: U(2,2) = 0 (singular)");
+  EXPECT_EQ(Doubles(sing), Doubles(keep));
+  TMtx zs = sing;
+  zs.ExtendToComplex(true);
+  EXPECT_EQ(MessageOf<E>([&] { zs.Inv(mtGeneral); }), "Factorization: U(2,2) = 0 (singular)");
+  EXPECT_EQ(MessageOf<E>([&] { zs.Inv(mtHermitian); }), "Factorization: U(2,2) = 0 (singular)");
+  EXPECT_EQ(MessageOf<E>([&] { sing.Inv(mtSymmPosDef); }), "Cholesky: leading minor of order 2 is not positive definite");
+  TMtx tri = RealMtx(2, 2, {1, 0, 1, 0});
+  EXPECT_EQ(MessageOf<E>([&] { tri.Inv(mtTriangle); }), "Triangle: Erorr at inverse:2");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { Random(2, 3, false, 1).Inv(mtGeneral); }), "Quadratic = False");
+}
+
+TEST(Determinant, ClosedFormsPivotSignsAndRange) {
+  EXPECT_NEAR(Hilbert(5).Determinant(mtGeneral) * 266716800000.0, 1, 1e-9);  // det H5 = 1/266716800000
+  EXPECT_NEAR(Hilbert(5).Determinant(mtSymmPosDef) * 266716800000.0, 1, 1e-9);
+  TMtx swap = RealMtx(2, 2, {0, 1, 1, 0});
+  EXPECT_EQ(swap.Determinant(mtGeneral), -1);  // one row interchange
+  TMtx zeroPivot = RealMtx(2, 2, {1, 2, 2, 4});
+  EXPECT_EQ(zeroPivot.Determinant(mtGeneral), 0);
+  // The naive product of the diagonal overflows after two factors; the scaled one does not.
+  TMtx wide = RealMtx(3, 3, {1e200, 0, 0, 0, 1e200, 0, 0, 0, 1e-300});
+  EXPECT_NEAR(wide.Determinant(mtGeneral) / 1e100, 1, 1e-12);
+  EXPECT_NEAR(wide.Determinant(mtTriangle) / 1e100, 1, 1e-12);
+  TMtx z = CplxMtx(2, 2, {{1, 1}, {2, 0}, {0, 1}, {3, -1}});  // (1+i)(3-i) - 2i = 4
+  TCplx d;
+  z.Determinant(d, mtGeneral);
+  EXPECT_NEAR(d.Re, 4, 1e-14);
+  EXPECT_NEAR(d.Im, 0, 1e-14);
+  TMtx hpd = CplxMtx(2, 2, {{2, 0}, {0, 1}, {0, -1}, {3, 0}});  // 6 - 1 = 5
+  hpd.Determinant(d, mtHermPosDef);
+  EXPECT_NEAR(d.Re, 5, 1e-14);
+  EXPECT_NEAR(d.Im, 0, 1e-14);
+}
+
+TEST(Factorizations, LUAndCholeskyReproduceTheMatrix) {
+  for (bool cplx : {false, true}) {
+    TMtx g = Random(6, 6, cplx, 41), lu;
+    TVec p;
+    lu.LU(g, p, mtGeneral);
+    TMtx l(6, 6, cplx), u(6, 6, cplx), pa = g;
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 6; ++j) {
+        Put(l, i, j, i > j ? Get(lu, i, j) : C(i == j ? 1 : 0));
+        Put(u, i, j, i <= j ? Get(lu, i, j) : C(0));
+      }
+    for (int i = 0; i < 6; ++i) pa.RowExchange(i, static_cast<int>(*p.PValues(i)) - 1);
+    EXPECT_LT(Diff(pa, NaiveMul(l, u)), 4) << cplx;
+
+    for (TTriangleForm tf : {tfLower, tfUpper}) {
+      TMtx a = PosDef(6, cplx, 42), f = a;
+      f.SetTriangleForm(tf);
+      f.Cholesky();
+      TMtx prod = tf == tfLower ? NaiveMul(f, Op(f, opHerm)) : NaiveMul(Op(f, opHerm), f);
+      EXPECT_LT(Diff(a, prod), 4) << cplx << tf;
+    }
+  }
+  TMtx notPd = RealMtx(2, 2, {1, 2, 2, 1}), lu;
+  TVec p;
+  ExpectMessages<EQuorelException>({
+      {[&] { notPd.Cholesky(); }, "Cholesky: leading minor of order 2 is not positive definite"},
+      {[&] { lu.LU(notPd, p, mtHermitian); }, "LU: Hermitian and not complex!"},
+      {[&] { lu.LU(notPd, p, mtTriangle); }, "MtxType not supported"},
+      {[&] { lu.LU(RealMtx(2, 2, {1, 2, 2, 4}), p, mtGeneral); }, "LU factorization: U(2,2) = 0 (singular)"},
+  });
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { Random(2, 3, false, 1).Cholesky(); }, "not Quadratic"},
+      {[&] { lu.LU(Random(2, 3, false, 1), p, mtGeneral); }, "Quadratic = False"},
+  });
+}
+
+}  // namespace
+}  // namespace quorel::test

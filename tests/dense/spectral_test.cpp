@@ -1,0 +1,298 @@
+// Eigenvalues, singular values and least squares.
+#include <algorithm>
+#include <numbers>
+
+#include "dense/dense_util.h"
+
+namespace quorel::test {
+namespace {
+
+TMtx Diagonal(const TVec& d) {
+  TMtx r(d.Length(), d.Length(), d.Complex());
+  r.SetZero();
+  for (int i = 0; i < d.Length(); ++i) Put(r, i, i, GetV(d, i));
+  return r;
+}
+
+TMtx Eye(int n, bool cplx) {
+  TMtx r(n, n, cplx);
+  r.Eye();
+  return r;
+}
+
+std::vector<double> Sorted(const TVec& v) {
+  std::vector<double> r;
+  for (int i = 0; i < v.Length(); ++i) r.push_back(GetV(v, i).real());
+  std::sort(r.begin(), r.end());
+  return r;
+}
+
+// The second-difference matrix tridiag(-1, 2, -1) of order n: eigenvalues 2 - 2 cos(k pi / (n + 1)).
+TMtx SecondDifference(int n, bool cplx) {
+  TMtx a(n, n, cplx);
+  a.SetZero();
+  for (int i = 0; i < n; ++i) {
+    Put(a, i, i, 2);
+    if (i + 1 < n) Put(a, i, i + 1, -1), Put(a, i + 1, i, -1);
+  }
+  return a;
+}
+
+TEST(Eig, SymmetricAndHermitianValuesAndVectors) {
+  const int n = 8;
+  for (bool cplx : {false, true}) {
+    for (TMtxType t : {cplx ? mtHermPosDef : mtSymmPosDef, cplx ? mtHermitian : mtSymmetric}) {
+      TMtx a = SecondDifference(n, cplx);
+      TVec d;
+      a.Eig(d, t);
+      std::vector<double> got = Sorted(d);
+      for (int k = 1; k <= n; ++k)
+        EXPECT_NEAR(got[k - 1], 2 - 2 * std::cos(k * std::numbers::pi / (n + 1)), 8 * kEps) << cplx << t;
+    }
+    for (TTriangleForm tf : {tfLower, tfUpper}) {
+      TMtx a = Indefinite(n, cplx, 51), v;
+      a.SetTriangleForm(tf);
+      TVec d;
+      a.Eig(nullptr, d, &v, cplx ? mtHermitian : mtSymmetric, TMtx::vfEig);
+      EXPECT_LT(Diff(NaiveMul(a, v), NaiveMul(v, Diagonal(d))), 8) << cplx;
+      EXPECT_LT(Diff(Eye(n, cplx), NaiveMul(Op(v, opHerm), v)), 8) << cplx;
+      TMtx p = PosDef(n, cplx, 52);
+      p.Eig(nullptr, d, &v, cplx ? mtHermPosDef : mtSymmPosDef, TMtx::vfEig);
+      EXPECT_LT(Diff(NaiveMul(p, v), NaiveMul(v, Diagonal(d))), 8) << cplx;
+    }
+  }
+}
+
+TEST(Eig, GeneralMatricesGiveComplexValuesAndVectors) {
+  // Companion matrix of (x - 1)(x - 2)(x - 3) = x^3 - 6x^2 + 11x - 6.
+  TMtx comp = RealMtx(3, 3, {6, -11, 6, 1, 0, 0, 0, 1, 0});
+  TVec d;
+  comp.Eig(d, mtGeneral);
+  ASSERT_TRUE(d.Complex());
+  std::vector<double> roots = Sorted(d);
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(roots[k], k + 1, 1e-12);
+  // A rotation has the conjugate pair +-i.
+  TMtx rot = RealMtx(2, 2, {0, -1, 1, 0});
+  rot.Eig(d, mtGeneral);
+  EXPECT_NEAR(std::abs(GetV(d, 0) - std::conj(GetV(d, 1))), 0, 1e-15);
+  EXPECT_NEAR(std::abs(GetV(d, 0).imag()), 1, 1e-15);
+
+  for (bool cplx : {false, true}) {
+    TMtx a = Random(7, 7, cplx, 61), vl, vr;
+    a.Eig(&vl, d, &vr, mtGeneral, TMtx::vfEig);
+    TMtx ac = a;
+    if (!cplx) ac.ExtendToComplex(true);
+    TMtx dd = Diagonal(d);
+    EXPECT_LT(Diff(NaiveMul(ac, vr), NaiveMul(vr, dd)), 30) << cplx;
+    EXPECT_LT(Diff(NaiveMul(Op(vl, opHerm), ac), NaiveMul(dd, Op(vl, opHerm))), 30) << cplx;
+    // Schur form: A Z = Z T with T (quasi-)triangular, with and without balancing.
+    for (TBalanceType bal : {btNone, btFull}) {
+      TMtx t, z;
+      a.SetBalance(bal);
+      a.Eig(&t, d, &z, mtGeneral, TMtx::vfSchur);
+      EXPECT_LT(Diff(NaiveMul(a, z), NaiveMul(z, t)), 30) << cplx << bal;
+      for (int i = 2; i < 7; ++i)
+        for (int j = 0; j + 1 < i; ++j) EXPECT_EQ(Get(t, i, j), C(0));
+      if (bal == btNone) EXPECT_LT(Diff(Eye(7, cplx), NaiveMul(Op(z, opHerm), z)), 8);
+    }
+  }
+}
+
+TEST(Eig, RefusesUnsupportedTypesAndMissingOutputs) {
+  TMtx cs = Indefinite(4, true, 71, true), v, a = Random(3, 3, false, 72);
+  TVec d;
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { cs.Eig(d, mtSymmetric); }),
+            "Eig: Complex symmetric matrix type not supported. Use general!");
+  cs.Eig(d, mtGeneral);  // the same matrix as general is fine
+  EXPECT_EQ(d.Length(), 4);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { Random(3, 4, false, 1).Eig(d, mtGeneral); }, "Quadratic = False"},
+      {[&] { a.Eig(&a, d, &v, mtGeneral, TMtx::vfEig); }, "VL = Self"},
+      {[&] { a.Eig(&v, d, &a, mtGeneral, TMtx::vfEig); }, "VR = Self"},
+      {[&] { a.Eig(nullptr, d, nullptr, mtGeneral, TMtx::vfEig); }, "VL or VR must be <> nil!"},
+      {[&] { a.Eig(nullptr, d, &v, mtGeneral, TMtx::vfSchur); }, "VL = nil"},
+      {[&] { a.Eig(&v, d, nullptr, mtSymmetric, TMtx::vfEig); }, "V = nil"},
+  });
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { a.Eig(d, mtBandGeneral); }), "MtxType not supported");
+}
+
+TEST(EigGen, ThreeProblemKinds) {
+  for (bool cplx : {false, true})
+    for (TEigGenType kind : {etAzBz, etABz, etBAz}) {
+      TMtx a = Indefinite(6, cplx, 81), b = PosDef(6, cplx, 82), v;
+      TVec d;
+      a.EigGen(b, v, d, kind);
+      TMtx vd = NaiveMul(v, Diagonal(d));
+      if (kind == etAzBz) EXPECT_LT(Diff(NaiveMul(a, v), NaiveMul(b, vd)), 60) << cplx;
+      if (kind == etABz) EXPECT_LT(Diff(NaiveMul(a, NaiveMul(b, v)), vd), 60) << cplx;
+      if (kind == etBAz) EXPECT_LT(Diff(NaiveMul(b, NaiveMul(a, v)), vd), 60) << cplx;
+    }
+  TMtx a = Random(3, 3, false, 1), b = Random(3, 3, false, 2), v;
+  TVec d;
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { Random(2, 3, false, 1).EigGen(b, v, d, etAzBz); }, "not Quadratic"},
+      {[&] { a.EigGen(a, v, d, etAzBz); }, "B = Self"},
+      {[&] { a.EigGen(b, a, d, etAzBz); }, "V = Self"},
+      {[&] { a.EigGen(Random(2, 3, false, 3), v, d, etAzBz); }, "B.Rows <> Rows"},
+      {[&] { a.EigGen(Random(3, 2, false, 3), v, d, etAzBz); }, "B.Cols <> Cols"},
+  });
+}
+
+TEST(SVD, ValuesFactorsAndEconomySizes) {
+  // A diagonal matrix with permuted rows has its diagonal's magnitudes as singular values.
+  TMtx p = RealMtx(3, 3, {0, -5, 0, 2, 0, 0, 0, 0, 3});
+  TVec s;
+  p.SVD(s);
+  EXPECT_EQ(Sorted(s), (std::vector<double>{2, 3, 5}));
+  for (bool cplx : {false, true})
+    for (auto [m, n] : {std::pair{3, 5}, std::pair{5, 3}, std::pair{4, 4}})
+      for (bool minSize : {false, true}) {
+        TMtx a = Random(m, n, cplx, 91), u, v;
+        a.SVD(&u, s, &v, minSize);
+        const int k = std::min(m, n);
+        ASSERT_EQ(s.Length(), k);
+        EXPECT_EQ(u.Rows(), m);
+        EXPECT_EQ(u.Cols(), minSize ? k : m);
+        EXPECT_EQ(v.Rows(), minSize ? k : n);
+        EXPECT_EQ(v.Cols(), n);
+        TMtx sm(u.Cols(), v.Rows(), cplx);
+        sm.SetZero();
+        for (int i = 0; i < k; ++i) Put(sm, i, i, GetV(s, i));
+        EXPECT_LT(Diff(a, NaiveMul(NaiveMul(u, sm), v)), 30) << cplx << m << n << minSize;
+        EXPECT_LT(Diff(Eye(u.Cols(), cplx), NaiveMul(Op(u, opHerm), u)), 8);
+        TVec s2;
+        a.SVD(s2);  // the values alone agree
+        for (int i = 0; i < k; ++i) EXPECT_NEAR(*s2.PValues(i), *s.PValues(i), 30 * kEps);
+      }
+  TMtx a = Random(2, 2, false, 1);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.SVD(&a, s, nullptr, true); }), "U = Self");
+  TMtx u;
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.SVD(&u, s, &a, true); }), "V = Self");
+}
+
+TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
+  // y = 2 + 3 t exactly on five points: the fit recovers the coefficients.
+  TMtx a(5, 2, false);
+  TVec y, x, s;
+  y.Size(5, false);
+  for (int i = 0; i < 5; ++i) a.Values(i, 0) = 1, a.Values(i, 1) = i, *y.PValues(i) = 2 + 3 * i;
+  EXPECT_EQ(a.SVDSolve(y, x, s, 1e-12), 2);
+  EXPECT_NEAR(*x.PValues(0), 2, 1e-13);
+  EXPECT_NEAR(*x.PValues(1), 3, 1e-13);
+  EXPECT_EQ(s.Length(), 2);
+  // Two equal columns: rank 1 and the minimum-norm solution splits the weight evenly.
+  TMtx dup = RealMtx(3, 2, {1, 1, 2, 2, 3, 3});
+  TVec b;
+  b.SetIt(false, {2, 4, 6});
+  EXPECT_EQ(dup.SVDSolve(b, x, s, 1e-10), 1);
+  EXPECT_NEAR(*x.PValues(0), 1, 1e-13);
+  EXPECT_NEAR(*x.PValues(1), 1, 1e-13);
+  for (bool cplx : {false, true}) {
+    TMtx g = Random(6, 4, cplx, 95), bm = Random(6, 2, cplx, 96), xm;
+    EXPECT_EQ(g.SVDSolve(bm, xm, s, 1e-12), 4);
+    // The residual is orthogonal to the columns: A^H (A x - b) = 0.
+    TMtx r = NaiveMul(g, xm);
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 2; ++j) Put(r, i, j, Get(r, i, j) - Get(bm, i, j));
+    EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), r)), 1e-13);
+  }
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { a.SVDSolve(b, x, s, 0); }, "B.Lenght <> Rows"},
+      {[&] { a.SVDSolve(a, a, s, 0); }, "(B = Self) or (X = Self)"},
+      {[&] {
+         TMtx xm;
+         a.SVDSolve(Random(3, 1, false, 1), xm, s, 0);
+       },
+       "B.Rows <> Rows"},
+  });
+}
+
+TEST(LQR, TallTakesQRAndWideTakesLQ) {
+  for (bool cplx : {false, true}) {
+    TMtx tall = Random(6, 4, cplx, 101), q, r, l;
+    tall.LQR(nullptr, &q, &r);
+    EXPECT_EQ(q.Rows(), 6);
+    EXPECT_EQ(q.Cols(), 6);
+    EXPECT_LT(Diff(tall, NaiveMul(q, r)), 8) << cplx;
+    EXPECT_LT(Diff(Eye(6, cplx), NaiveMul(Op(q, opHerm), q)), 8);
+    tall.LMinQR(nullptr, &q, &r);
+    EXPECT_EQ(q.Cols(), 4);
+    EXPECT_EQ(r.Rows(), 4);
+    EXPECT_EQ(Get(r, 3, 0), C(0));
+    EXPECT_LT(Diff(tall, NaiveMul(q, r)), 8);
+
+    TMtx wide = Random(3, 5, cplx, 102);
+    wide.LQR(&l, &q, nullptr);
+    EXPECT_EQ(l.Rows(), 3);
+    EXPECT_EQ(l.Cols(), 5);
+    EXPECT_EQ(q.Rows(), 5);
+    EXPECT_LT(Diff(wide, NaiveMul(l, q)), 8) << cplx;
+    wide.LMinQR(&l, &q, nullptr);
+    EXPECT_EQ(l.Cols(), 3);
+    EXPECT_EQ(q.Rows(), 3);
+    EXPECT_EQ(Get(l, 0, 2), C(0));
+    EXPECT_LT(Diff(wide, NaiveMul(l, q)), 8);
+  }
+  TMtx a = Random(2, 2, false, 1), q;
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { a.LQR(nullptr, &a, nullptr); }, "Q=Self"},
+      {[&] { a.LQR(nullptr, &q, &a); }, "R=Self"},
+      {[&] { a.LMinQR(&a, &q, nullptr); }, "L = Self"},
+  });
+}
+
+TEST(LQRSolve, OverAndUnderdeterminedWithEveryOperation) {
+  for (bool cplx : {false, true})
+    for (TMtxOperation op : {opNone, opTran, opHerm})
+      for (auto [m, n] : {std::pair{7, 4}, std::pair{4, 7}}) {
+        TMtx a = Random(m, n, cplx, 111), oa = Op(a, op), x, r;
+        TMtx b = Random(oa.Rows(), 2, cplx, 112);
+        a.LQRSolve(b, x, &r, op);
+        ASSERT_EQ(x.Rows(), oa.Cols());
+        TMtx res = NaiveMul(oa, x);
+        for (int i = 0; i < res.Rows(); ++i)
+          for (int j = 0; j < 2; ++j) Put(res, i, j, Get(res, i, j) - Get(b, i, j));
+        if (oa.Rows() > oa.Cols()) {
+          EXPECT_LT(MaxAbs(NaiveMul(Op(oa, opHerm), res)), 1e-13) << cplx << op;  // normal equations
+        } else {
+          EXPECT_LT(MaxAbs(res), 1e-13) << cplx << op;  // exact, and of minimum norm: x = A^H y
+          TVec s;
+          TMtx y;
+          Op(oa, opHerm).SVDSolve(x, y, s, 1e-12);
+          EXPECT_LT(Diff(x, NaiveMul(Op(oa, opHerm), y)), 30);
+        }
+        EXPECT_EQ(r.Rows(), std::min(m, n));
+      }
+  TMtx a = Random(4, 3, false, 1), x;
+  TVec bv, xv;
+  bv.Size(3, false);
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { a.LQRSolve(Random(4, 1, true, 2), x, nullptr, opNone); }, "fComplex <> B.Complex"},
+      {[&] { a.LQRSolve(bv, xv, nullptr, opNone); }, "fRows <> B.Length"},
+      {[&] { a.LQRSolve(Random(3, 1, false, 2), x, nullptr, opNone); }, "fRows <> B.Rows"},
+      {[&] { a.LQRSolve(Random(4, 1, false, 2), x, nullptr, opTran); }, "fCols <> B.Rows"},
+      {[&] { a.LQRSolve(Random(4, 1, false, 2), a, nullptr, opNone); }, "B = Self or X = Self"},
+  });
+}
+
+}  // namespace
+}  // namespace quorel::test
+
+namespace quorel::test {
+namespace {
+
+// NaN in the data: the drivers return (no hang, no crash) with NaN results or a raised failure.
+TEST(NonFinite, DriversReturnWithNaNResultsOrTheirFailureMessage) {
+  TMtx a = Random(6, 6, false, 121), x;
+  a.Values(2, 3) = std::nan("");
+  a.LUSolve(Random(6, 1, false, 122), x, mtGeneral, opNone);
+  EXPECT_TRUE(std::isnan(x.Values(0, 0)));
+  TVec d;
+  // Balancing refuses NaN as an invalid argument; the SVD's values come out NaN.
+  EXPECT_NE(MessageOf<EQuorelException>([&] { a.Eig(d, mtGeneral); }), "<no exception>");
+  a.SVD(d);
+  EXPECT_TRUE(std::isnan(*d.PValues(0)));
+}
+
+}  // namespace
+}  // namespace quorel::test
