@@ -10,6 +10,7 @@ namespace quorel {
 using namespace detail;
 
 namespace {
+
 void RequireBase(bool ok, const char* msg) {
   if (!ok) throw Exception(msg);
 }
@@ -67,17 +68,10 @@ double FitWorker(const TVec& x, const TVec& y, std::int32_t order, TVec& coeff, 
   double* pc = Ptr<double>(*c);
   double* r = Ptr<double>(*rhs);
   for (std::int32_t i = 0; i < m; ++i) r[i] = w[i] * py[i];
+  // No refinement in powers of x afterwards: that basis is so ill conditioned (Filip) that the
+  // rounding in the residual, amplified, costs more digits than the step gains.
   v->LQRSolve(*rhs, *q, nullptr, opNone);
   ToPowersOfX(Ptr<double>(*q), nc, mu, s, pc);
-
-  // One step of refinement in powers of x: the residual of the mapped coefficients, corrected
-  // through the same well-conditioned system.
-  TWorkVec dc;
-  dc->Size(nc, false);
-  for (std::int32_t i = 0; i < m; ++i) r[i] = w[i] * (py[i] - Horner(px[i], pc, nc));
-  v->LQRSolve(*rhs, *q, nullptr, opNone);
-  ToPowersOfX(Ptr<double>(*q), nc, mu, s, Ptr<double>(*dc));
-  for (std::int32_t j = 0; j < nc; ++j) pc[j] += *dc->PValues(j);
 
   double norm = 0;
   for (std::int32_t i = 0; i < m; ++i) {

@@ -46,8 +46,7 @@ void PolyEval(const TVec& x, const TMtx& coeffs, TMtx& result);
 // --- least-squares fitting ---------------------------------------------------------------------------
 /// Coeff := the polynomial of degree Order (Order + 1 coefficients) minimising
 /// sum (Y[i] - p(X[i]))^2. Solved by Householder QR on the Vandermonde matrix of the centred and
-/// scaled abscissa (never the normal equations), mapped back to powers of x and polished by one
-/// step of iterative refinement. Checks, each raising Exception: "PolyFit : XValues.Complex or
+/// scaled abscissa (never the normal equations), then mapped back to powers of x. Checks, each raising Exception: "PolyFit : XValues.Complex or
 /// YValues.Complex", "PolyFit : XValues.Length <> YValues.Length", "PolyFit : Order < 0",
 /// "PolyFit : XValues.Length <= Order" (fewer points than coefficients).
 void PolyFit(const TVec& x, const TVec& y, std::int32_t order, TVec& coeff);

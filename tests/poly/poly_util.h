@@ -17,11 +17,12 @@ inline C At(const TVec& v, std::int32_t i) {
   return *v.PValues(i);
 }
 
-/// The elements sorted by real part, then imaginary part.
+/// The elements sorted by real part, then imaginary part (real parts within 1e-9 count as equal,
+/// so rounding does not reorder a conjugate pair).
 inline std::vector<C> Sorted(const TVec& v) {
   std::vector<C> r;
   for (int i = 0; i < v.Length(); ++i) r.push_back(At(v, i));
-  std::sort(r.begin(), r.end(), [](C a, C b) { return a.real() != b.real() ? a.real() < b.real() : a.imag() < b.imag(); });
+  std::sort(r.begin(), r.end(), [](C a, C b) { return std::fabs(a.real() - b.real()) > 1e-9 ? a.real() < b.real() : a.imag() < b.imag(); });
   return r;
 }
 
