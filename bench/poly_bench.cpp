@@ -102,20 +102,16 @@ void SplineBuild(benchmark::State& state) {
   TPiecePoly pp;
   Run(state, [&] { Spline1D(d.x, d.y, pp, seNotAKnot); });
 }
-void SplineEval(benchmark::State& state) {
+// Evaluation at the sorted or the shuffled points of the data.
+void SplineEvalAt(benchmark::State& state, TVec SplineData::*points) {
   SplineData& d = SplineFor(static_cast<int>(state.range(0)));
   TPiecePoly pp;
   Spline1D(d.x, d.y, pp, seNotAKnot);
   TVec out;
-  Run(state, [&] { pp.Evaluate(d.sorted, out); });
+  Run(state, [&] { pp.Evaluate(d.*points, out); });
 }
-void SplineEvalRandom(benchmark::State& state) {
-  SplineData& d = SplineFor(static_cast<int>(state.range(0)));
-  TPiecePoly pp;
-  Spline1D(d.x, d.y, pp, seNotAKnot);
-  TVec out;
-  Run(state, [&] { pp.Evaluate(d.shuffled, out); });
-}
+void SplineEval(benchmark::State& state) { SplineEvalAt(state, &SplineData::sorted); }
+void SplineEvalRandom(benchmark::State& state) { SplineEvalAt(state, &SplineData::shuffled); }
 
 }  // namespace
 
