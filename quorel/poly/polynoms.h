@@ -48,7 +48,8 @@ void PolyEval(const TVec& x, const TMtx& coeffs, TMtx& result);
 /// sum (Y[i] - p(X[i]))^2. Solved by Householder QR on the Vandermonde matrix of the centred and
 /// scaled abscissa (never the normal equations), then mapped back to powers of x. Checks, each raising Exception: "PolyFit : XValues.Complex or
 /// YValues.Complex", "PolyFit : XValues.Length <> YValues.Length", "PolyFit : Order < 0",
-/// "PolyFit : XValues.Length <= Order" (fewer points than coefficients).
+/// "PolyFit : XValues.Length <= Order" (fewer points than coefficients). Fewer distinct
+/// abscissae than coefficients make the system rank deficient: the least-squares solve raises.
 void PolyFit(const TVec& x, const TVec& y, std::int32_t order, TVec& coeff);
 /// The same minimising sum Weights[i] (Y[i] - p(X[i]))^2; further checks "PolyFit :
 /// Weights.Length <> YValues.Length" and "PolyFit : Weights.Complex or Weights < 0".

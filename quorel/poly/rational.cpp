@@ -251,8 +251,8 @@ void IIRFilter(const TVec& b, const TVec& a, const TVec& x, TVec& y, const TVec*
   });
   y.Copy(*out);
   if (zf) {
-    cz->Size(ns);
-    zf->Copy(*cz);
+    zf->Size(ns, cplx);  // Size does not keep values, so copy the ns delays explicitly
+    zf->Copy(*cz, 0, 0, ns);
   }
 }
 

@@ -120,6 +120,11 @@ void PolyCoeff(const TVec& roots, TVec& coeff) {
 
 void PolyCoeff(const TMtx& a, TVec& coeff) {
   Require(a.Rows() == a.Cols(), "PolyCoeff: A is not square");
+  if (a.Rows() == 0) {
+    coeff.Size(1, false);
+    *coeff.PValues(0) = 1;
+    return;
+  }
   TWorkMtx m;
   TWorkVec ev;
   m->Copy(a);

