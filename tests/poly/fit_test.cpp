@@ -78,7 +78,7 @@ TEST(PolyFit, ExactDataWeightsAndResidual) {
   TVec x = Real({-2, -1, 0, 1, 2, 3}), y = Real({5, -1, -3, -1, 5, 100}), w = Real({1, 1, 1, 1, 1, 0}), c;
   const double res = PolyFit(x, y, 2, c, &w);
   EXPECT_LT(MaxRelErr(Sorted(c), {-3.0, 0.0, 2.0}), 64 * kEps);
-  EXPECT_LT(res, 1e-12);
+  EXPECT_LT(res, 10 * kClose);
   // Unweighted, the corrupted point pulls the fit and leaves a residual.
   EXPECT_GT(PolyFit(x, y, 2, c, nullptr), 1);
   // Weights are squared-residual weights: w = 4 on a point equals that point given twice.

@@ -26,28 +26,28 @@ TEST(Spline1D, NotAKnotReproducesCubicsWithDerivatives) {
   d2.Evaluate(xi, ddi);
   for (int i = 0; i < xi.Length(); ++i) {
     const double t = *xi.PValues(i);
-    EXPECT_NEAR(*yi.PValues(i), Cubic(t), 1e-12 * (1 + std::fabs(Cubic(t)))) << t;
-    EXPECT_NEAR(*di.PValues(i), 1.5 * t * t - 4 * t + 1, 1e-11) << t;
-    EXPECT_NEAR(*ddi.PValues(i), 3 * t - 4, 1e-11) << t;
+    EXPECT_NEAR(*yi.PValues(i), Cubic(t), 10 * kClose * (1 + std::fabs(Cubic(t)))) << t;
+    EXPECT_NEAR(*di.PValues(i), 1.5 * t * t - 4 * t + 1, 100 * kClose) << t;
+    EXPECT_NEAR(*ddi.PValues(i), 3 * t - 4, 100 * kClose) << t;
     EXPECT_EQ(pp.Evaluate(t), *yi.PValues(i));
   }
   // Derivative in place: the third derivative of the cubic is the constant 3.
   d2.Derivative(d2);
-  EXPECT_NEAR(d2.Evaluate(0.7), 3, 1e-11);
+  EXPECT_NEAR(d2.Evaluate(0.7), 3, 100 * kClose);
 }
 
 TEST(Spline1D, ClosedFormsOfSmallSplines) {
   TVec yi;
   // Natural spline through (0,0), (1,1), (2,0): -x^3/2 + 3x/2 on [0, 1], mirrored on [1, 2].
   Spline1D(Grid({0, 1, 2}), Grid({0, 1, 0}), Grid({0.5, 1.5, 1}), yi, seNatural);
-  EXPECT_NEAR(*yi.PValues(0), 0.6875, 1e-15);
-  EXPECT_NEAR(*yi.PValues(1), 0.6875, 1e-15);
-  EXPECT_NEAR(*yi.PValues(2), 1, 1e-15);
+  EXPECT_NEAR(*yi.PValues(0), 0.6875, kClose);
+  EXPECT_NEAR(*yi.PValues(1), 0.6875, kClose);
+  EXPECT_NEAR(*yi.PValues(2), 1, kClose);
   // Three knots, not-a-knot: the parabola through them (x^2 here).
   Spline1D(Grid({0, 1, 3}), Grid({0, 1, 9}), Grid({-1, 2, 4}), yi, seNotAKnot);
-  EXPECT_NEAR(*yi.PValues(0), 1, 1e-14);
-  EXPECT_NEAR(*yi.PValues(1), 4, 1e-14);
-  EXPECT_NEAR(*yi.PValues(2), 16, 1e-13);
+  EXPECT_NEAR(*yi.PValues(0), 1, kClose);
+  EXPECT_NEAR(*yi.PValues(1), 4, kClose);
+  EXPECT_NEAR(*yi.PValues(2), 16, kClose);
   // Two knots: the line, whatever the end condition.
   Spline1D(Grid({1, 3}), Grid({2, 6}), Grid({0, 2}), yi, seNatural);
   EXPECT_EQ(Doubles(yi), (std::vector<double>{0, 4}));
@@ -56,8 +56,8 @@ TEST(Spline1D, ClosedFormsOfSmallSplines) {
   Spline1D(Grid({0, 0.3, 1, 1.2, 2.5, 3}), Grid({1, -1, 2, 0, 0.5, 3}), pp, seNatural);
   pp.Derivative(d1);
   d1.Derivative(d2);
-  EXPECT_NEAR(d2.Evaluate(0), 0, 1e-12);
-  EXPECT_NEAR(d2.Evaluate(3), 0, 1e-12);
+  EXPECT_NEAR(d2.Evaluate(0), 0, 10 * kClose);
+  EXPECT_NEAR(d2.Evaluate(3), 0, 10 * kClose);
 }
 
 TEST(Interpolate, LinearEquallySpacedAndDispatch) {

@@ -35,5 +35,7 @@ inline double MaxRelErr(const std::vector<C>& got, const std::vector<C>& want) {
 }
 
 constexpr double kEps = 2.220446049250313e-16;
+/// Agreement expected of short computations on O(1) data: a few hundred eps.
+constexpr double kClose = 512 * kEps;
 
 }  // namespace quorel::test

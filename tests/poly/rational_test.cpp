@@ -37,25 +37,25 @@ TEST(Residues, ExtractKnownFractionsAndComposeBack) {
   // s^2 / (s^2 + 3s + 2) = 1 + 1/(s + 1) - 4/(s + 2): direct term, then back.
   ResExtract(Real({1, 0, 0}), Real({1, 3, 2}), r, p, k);
   EXPECT_EQ(Doubles(k), (std::vector<double>{1}));
-  EXPECT_LT(MaxRelErr(Sorted(r), {-4.0, 1.0}), 1e-13);
+  EXPECT_LT(MaxRelErr(Sorted(r), {-4.0, 1.0}), kClose);
   ResCompose(r, p, k, b, a);
   EXPECT_FALSE(b.Complex());
-  EXPECT_LT(MaxRelErr(Values(b), {1.0, 0.0, 0.0}), 1e-13);
-  EXPECT_LT(MaxRelErr(Values(a), {1.0, 3.0, 2.0}), 1e-13);
+  EXPECT_LT(MaxRelErr(Values(b), {1.0, 0.0, 0.0}), kClose);
+  EXPECT_LT(MaxRelErr(Values(a), {1.0, 3.0, 2.0}), kClose);
 
   // A pole at zero (PolyRoots alone would drop it) and a conjugate pair: 1 / (s (s^2 + 1)).
   ResExtract(Real({1}), Real({1, 0, 1, 0}), r, p, k);
   EXPECT_EQ(k.Length(), 0);  // proper fraction: no direct term
   ASSERT_EQ(p.Length(), 3);
-  EXPECT_LT(MaxRelErr(Sorted(p), {C(0, -1), C(0, 0), C(0, 1)}), 1e-13);
+  EXPECT_LT(MaxRelErr(Sorted(p), {C(0, -1), C(0, 0), C(0, 1)}), kClose);
   for (int i = 0; i < 3; ++i) {  // residues 1 at 0, -1/2 at +-i
     const C want = std::abs(At(p, i)) < 0.5 ? C(1) : C(-0.5);
-    EXPECT_LT(std::abs(At(r, i) - want), 1e-13);
+    EXPECT_LT(std::abs(At(r, i) - want), kClose);
   }
   ResCompose(r, p, k, b, a);
   EXPECT_FALSE(a.Complex());
-  EXPECT_LT(MaxRelErr(Values(b), {0.0, 0.0, 1.0}), 1e-13);
-  EXPECT_LT(MaxRelErr(Values(a), {1.0, 0.0, 1.0, 0.0}), 1e-13);
+  EXPECT_LT(MaxRelErr(Values(b), {0.0, 0.0, 1.0}), kClose);
+  EXPECT_LT(MaxRelErr(Values(a), {1.0, 0.0, 1.0, 0.0}), kClose);
 
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { ResExtract(Real({1}), Real({1, 2, 1}), r, p, k); }),
             "ResExtract: repeated poles");
@@ -92,7 +92,7 @@ TEST(IIRFilter, MatchesDifferenceEquationAndResumesFromState) {
     TVec y;
     IIRFilter(FromStd(c.b), FromStd(c.a), FromStd(x), y);
     ASSERT_EQ(y.Length(), 200);
-    for (int i = 0; i < 200; ++i) EXPECT_NEAR(*y.PValues(i), want[i], 1e-13 * (1 + std::fabs(want[i])));
+    for (int i = 0; i < 200; ++i) EXPECT_NEAR(*y.PValues(i), want[i], kClose * (1 + std::fabs(want[i])));
 
     // Two blocks joined through the final state give the one-shot result.
     const std::size_t split = 77;
@@ -102,7 +102,7 @@ TEST(IIRFilter, MatchesDifferenceEquationAndResumesFromState) {
     IIRFilter(FromStd(c.b), FromStd(c.a), FromStd({x.begin() + split, x.end()}), y2, &z, &z);
     for (int i = 0; i < 200; ++i) {
       const double got = i < int(split) ? *y1.PValues(i) : *y2.PValues(i - int(split));
-      EXPECT_NEAR(got, *y.PValues(i), 1e-14 * (1 + std::fabs(want[i])));
+      EXPECT_NEAR(got, *y.PValues(i), kClose * (1 + std::fabs(want[i])));
     }
   }
   // Complex coefficients promote: y = i x.
