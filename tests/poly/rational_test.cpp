@@ -1,0 +1,123 @@
+// Polynomial division, partial fractions and IIR filtering.
+#include <random>
+
+#include "poly/poly_util.h"
+#include "quorel/poly/polynoms.h"
+
+namespace quorel::test {
+namespace {
+
+std::vector<C> Values(const TVec& v) {
+  std::vector<C> r;
+  for (int i = 0; i < v.Length(); ++i) r.push_back(At(v, i));
+  return r;
+}
+
+TEST(DeConv, QuotientAndRemainder) {
+  TVec q, r;
+  DeConv(Real({1, 0, 0, -1}), Real({1, -1}), q, r);  // (x^3 - 1) / (x - 1)
+  EXPECT_EQ(Doubles(q), (std::vector<double>{1, 1, 1}));
+  EXPECT_EQ(Doubles(r), (std::vector<double>{0, 0, 0, 0}));
+  DeConv(Real({1, 0, 1}), Real({2, 2}), q, r);  // x^2 + 1 = (2x + 2)(x/2 - 1/2) + 2
+  EXPECT_EQ(Doubles(q), (std::vector<double>{0.5, -0.5}));
+  EXPECT_EQ(Doubles(r), (std::vector<double>{0, 0, 2}));
+  DeConv(Real({3}), Real({1, 1}), q, r);  // divisor longer than dividend
+  EXPECT_EQ(Doubles(q), (std::vector<double>{0}));
+  EXPECT_EQ(Doubles(r), (std::vector<double>{3}));
+  DeConv(Cplx({{1, 0}, {0, 0}, {1, 0}}), Real({1, 0}), q, r);  // complex dividend
+  EXPECT_TRUE(q.Complex());
+  EXPECT_EQ(Values(r), (std::vector<C>{0, 0, 1}));
+  TVec keep = Real({5});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { DeConv(Real({1, 2}), Real({0, 1}), keep, keep); }), "DeConv: A[0] = 0");
+  EXPECT_EQ(Doubles(keep), (std::vector<double>{5}));
+}
+
+TEST(Residues, ExtractKnownFractionsAndComposeBack) {
+  TVec r, p, k, b, a;
+  // s^2 / (s^2 + 3s + 2) = 1 + 1/(s + 1) - 4/(s + 2): direct term, then back.
+  ResExtract(Real({1, 0, 0}), Real({1, 3, 2}), r, p, k);
+  EXPECT_EQ(Doubles(k), (std::vector<double>{1}));
+  EXPECT_LT(MaxRelErr(Sorted(r), {-4.0, 1.0}), kClose);
+  ResCompose(r, p, k, b, a);
+  EXPECT_FALSE(b.Complex());
+  EXPECT_LT(MaxRelErr(Values(b), {1.0, 0.0, 0.0}), kClose);
+  EXPECT_LT(MaxRelErr(Values(a), {1.0, 3.0, 2.0}), kClose);
+
+  // A pole at zero (PolyRoots alone would drop it) and a conjugate pair: 1 / (s (s^2 + 1)).
+  ResExtract(Real({1}), Real({1, 0, 1, 0}), r, p, k);
+  EXPECT_EQ(k.Length(), 0);  // proper fraction: no direct term
+  ASSERT_EQ(p.Length(), 3);
+  EXPECT_LT(MaxRelErr(Sorted(p), {C(0, -1), C(0, 0), C(0, 1)}), kClose);
+  for (int i = 0; i < 3; ++i) {  // residues 1 at 0, -1/2 at +-i
+    const C want = std::abs(At(p, i)) < 0.5 ? C(1) : C(-0.5);
+    EXPECT_LT(std::abs(At(r, i) - want), kClose);
+  }
+  ResCompose(r, p, k, b, a);
+  EXPECT_FALSE(a.Complex());
+  EXPECT_LT(MaxRelErr(Values(b), {0.0, 0.0, 1.0}), kClose);
+  EXPECT_LT(MaxRelErr(Values(a), {1.0, 0.0, 1.0, 0.0}), kClose);
+
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { ResExtract(Real({1}), Real({1, 2, 1}), r, p, k); }),
+            "ResExtract: repeated poles");
+}
+
+// y[n] = (sum b[j] x[n-j] - sum_{j>=1} a[j] y[n-j]) / a[0], straight from the definition.
+std::vector<double> Direct(const std::vector<double>& b, const std::vector<double>& a, const std::vector<double>& x) {
+  std::vector<double> y(x.size());
+  for (std::size_t n = 0; n < x.size(); ++n) {
+    double s = 0;
+    for (std::size_t j = 0; j < b.size() && j <= n; ++j) s += b[j] * x[n - j];
+    for (std::size_t j = 1; j < a.size() && j <= n; ++j) s -= a[j] * y[n - j];
+    y[n] = s / a[0];
+  }
+  return y;
+}
+
+TVec FromStd(const std::vector<double>& v) {
+  TVec r;
+  r.Size(static_cast<int>(v.size()), false);
+  for (std::size_t i = 0; i < v.size(); ++i) *r.PValues(int(i)) = v[i];
+  return r;
+}
+
+TEST(IIRFilter, MatchesDifferenceEquationAndResumesFromState) {
+  std::mt19937 gen(3);
+  std::normal_distribution<double> g;
+  std::vector<double> x(200);
+  for (double& v : x) v = g(gen);
+  struct Case { std::vector<double> b, a; };
+  for (const Case& c : {Case{{0.2, 0.3, 0.1}, {2, -0.8, 0.3, -0.05}}, Case{{1, -1, 0.5, 0.25}, {1, -0.5}},
+                        Case{{0.5}, {1}}, Case{{0.5, 0.5}, {1, 0.9}}}) {
+    const std::vector<double> want = Direct(c.b, c.a, x);
+    TVec y;
+    IIRFilter(FromStd(c.b), FromStd(c.a), FromStd(x), y);
+    ASSERT_EQ(y.Length(), 200);
+    for (int i = 0; i < 200; ++i) EXPECT_NEAR(*y.PValues(i), want[i], kClose * (1 + std::fabs(want[i])));
+
+    // Two blocks joined through the final state give the one-shot result.
+    const std::size_t split = 77;
+    TVec y1, y2, z;
+    IIRFilter(FromStd(c.b), FromStd(c.a), FromStd({x.begin(), x.begin() + split}), y1, nullptr, &z);
+    EXPECT_EQ(z.Length(), static_cast<int>(std::max(c.a.size(), c.b.size())) - 1);
+    IIRFilter(FromStd(c.b), FromStd(c.a), FromStd({x.begin() + split, x.end()}), y2, &z, &z);
+    for (int i = 0; i < 200; ++i) {
+      const double got = i < int(split) ? *y1.PValues(i) : *y2.PValues(i - int(split));
+      EXPECT_NEAR(got, *y.PValues(i), kClose * (1 + std::fabs(want[i])));
+    }
+  }
+  // Complex coefficients promote: y = i x.
+  TVec y;
+  IIRFilter(Cplx({{0, 1}}), Real({1}), Real({1, 2}), y);
+  EXPECT_EQ(Values(y), (std::vector<C>{C(0, 1), C(0, 2)}));
+
+  TVec keep = Real({4});
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { IIRFilter(Real({1}), Real({0, 1}), Real({1}), keep); }, "IIRFilter: A[0] = 0"},
+      {[&] { TVec zi = Real({1}); IIRFilter(Real({1, 2, 3}), Real({1}), Real({1}), keep, &zi, nullptr); },
+       "IIRFilter: Zi.Length <> state length"},
+  });
+  EXPECT_EQ(Doubles(keep), (std::vector<double>{4}));
+}
+
+}  // namespace
+}  // namespace quorel::test
