@@ -172,9 +172,11 @@ int main() {
   Matrices();
   Persistence();
   TourSignal();
+  TourDense();
   TourProbabilities();
   TourRandom();
   TourSpecial();
+  TourPoly();
   TourOptim();
   std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
   return 0;

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "quorel/quorel.h"
+#include "tour_sections.h"
 
 using namespace quorel;
 

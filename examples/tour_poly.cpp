@@ -8,8 +8,6 @@
 
 using namespace quorel;
 
-void TourPoly();
-
 void TourPoly() {
   std::printf("Polynomials (coefficients in descending powers):\n");
   // 41 samples of (x - 1)(x + 2)(x - 3) = x^3 - 2x^2 - 5x + 6 with a small ripple added.

@@ -18,7 +18,10 @@
 #include "quorel/elementwise/statistics.h"
 // Subsystems.
 #include "quorel/signal/signal.h"
+#include "quorel/dense/toeplitz.h"
 #include "quorel/optim/optimization.h"
+#include "quorel/poly/interpolation.h"
+#include "quorel/poly/polynoms.h"
 #include "quorel/stats/probabilities.h"
 #include "quorel/stats/random_streams.h"
 #include "quorel/special/special_funcs.h"

@@ -86,7 +86,7 @@ class TRngStream {
   /// The raw 32-bit outputs of the basic generator.
   std::int32_t RandomUniformbitsI(TVec& dst);
   /// Does nothing, deliberately: the entry exists and leaves its arguments alone.
-  std::int32_t RandomGaussianMV(TMtx& dst, const TVec& mean, const TVec& factor) { return rngStatusOk; }
+  std::int32_t RandomGaussianMV(TMtx& /*dst*/, const TVec& /*mean*/, const TVec& /*factor*/) { return rngStatusOk; }
 
  private:
   std::unique_ptr<rng::TEngine> fStream;
@@ -123,7 +123,7 @@ class TRandomGenerator {
   TRngStream& Streams(std::int32_t index) { return GetStream(index); }
   TRngStream& GetStream(std::int32_t index);
   /// Ignores its arguments, deliberately: the streams cannot be replaced from outside.
-  void SetStream(std::int32_t index, TRngStream* value) {}
+  void SetStream(std::int32_t /*index*/, TRngStream* /*value*/) {}
 
  private:
   std::vector<std::unique_ptr<TRngStream>> fStreams;

@@ -8,12 +8,11 @@
 #include <limits>
 #include <random>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel::test {
 
 using C = std::complex<double>;
-constexpr double kEps = std::numeric_limits<double>::epsilon();
 
 inline C Get(const TMtx& a, std::int32_t i, std::int32_t j) {
   if (a.Complex()) return {a.CValues(i, j).Re, a.CValues(i, j).Im};

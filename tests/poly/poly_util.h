@@ -6,7 +6,7 @@
 #include <complex>
 #include <vector>
 
-#include "objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel::test {
 
@@ -34,7 +34,6 @@ inline double MaxRelErr(const std::vector<C>& got, const std::vector<C>& want) {
   return e;
 }
 
-constexpr double kEps = 2.220446049250313e-16;
 /// Agreement expected of short computations on O(1) data: a few hundred eps.
 constexpr double kClose = 512 * kEps;
 

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../objects/test_util.h"
+#include "support/support.h"
 
 namespace quorel::test {
 

@@ -9,7 +9,7 @@
 
 #include "quorel/core/complex_arith.h"
 #include "quorel/objects/controller.h"
-#include "core/accuracy.h"
+#include "support/support.h"
 #include "quorel/special/special_funcs.h"
 
 namespace quorel {

@@ -9,7 +9,7 @@
 #include "quorel/core/errors.h"
 #include "quorel/objects/vec.h"
 #include "quorel/special/special_funcs.h"
-#include "core/accuracy.h"
+#include "support/support.h"
 
 namespace quorel {
 namespace {
