@@ -231,6 +231,7 @@ class TSparseMtx : public TQuorel {
   template <class T>
   void MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std::int32_t maxNonZeroCount, const char* msg);
   void RequireFlushed() const;
+  void AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im);
   /// Storage changed: retained factorisations are stale.
   void StorageChanged();
   void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);

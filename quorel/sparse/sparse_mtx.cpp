@@ -325,23 +325,26 @@ void TSparseMtx::SparseToTriplets(TMtx& triplets, bool splitComplex) const {
 
 void TSparseMtx::SetValue(std::int32_t aRow, std::int32_t aCol, double value) {
   if (fComplex) ERaise("Complex = True");
-  SetMtxCValue(aRow, aCol, TCplx{value, 0.0});
+  AppendPending(aRow, aCol, value, 0.0);
 }
 
 void TSparseMtx::SetMtxCValue(std::int32_t aRow, std::int32_t aCol, const TCplx& value) {
-  if (!fComplex && value.Im != 0.0) ERaise("not Complex");
+  if (!fComplex) ERaise("not Complex");
+  AppendPending(aRow, aCol, value.Re, value.Im);
+}
+
+void TSparseMtx::AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im) {
   if (static_cast<std::size_t>(fPendingCount) == fPendRow.size()) {
     const std::size_t grown = std::max<std::size_t>(2 * static_cast<std::size_t>(fPendingCount), 1024);
     fPendRow.resize(grown);
     fPendCol.resize(grown);
     fPendRe.resize(grown);
-    if (fComplex) fPendIm.resize(grown);
   }
   if (fComplex && fPendIm.size() < fPendRow.size()) fPendIm.resize(fPendRow.size());
   fPendRow[fPendingCount] = aRow;
   fPendCol[fPendingCount] = aCol;
-  fPendRe[fPendingCount] = value.Re;
-  if (fComplex) fPendIm[fPendingCount] = value.Im;
+  fPendRe[fPendingCount] = re;
+  if (fComplex) fPendIm[fPendingCount] = im;
   ++fPendingCount;
   fPendRows = std::max(fPendRows, aRow + 1);
   fPendCols = std::max(fPendCols, aCol + 1);
@@ -350,6 +353,8 @@ void TSparseMtx::SetMtxCValue(std::int32_t aRow, std::int32_t aCol, const TCplx&
 TSparseMtx& TSparseMtx::TripletsToSparseAndFlush() {
   const std::span<const std::int32_t> r(fPendRow.data(), fPendingCount), c(fPendCol.data(), fPendingCount);
   if (fComplex) {
+    // Writes made while the matrix was real carry no imaginary part.
+    if (fPendIm.size() < static_cast<std::size_t>(fPendingCount)) fPendIm.resize(static_cast<std::size_t>(fPendingCount), 0.0);
     TCplxArray v(static_cast<std::size_t>(fPendingCount));
     for (std::int32_t k = 0; k < fPendingCount; ++k) v[k] = {fPendRe[k], fPendIm[k]};
     BuildFromTriplets(fPendRows, fPendCols, r, c, v.data(), 0.0);
