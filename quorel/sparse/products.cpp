@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "quorel/core/errors.h"
@@ -27,7 +28,7 @@ namespace {
 template <class T>
 struct TGrowingColumns {
   std::vector<std::int32_t> ap, ai;
-  std::vector<T> v;
+  std::unique_ptr<T[]> v;
   std::int32_t count = 0;
   std::int64_t capacity = 0;
   std::int32_t limit;
@@ -37,18 +38,21 @@ struct TGrowingColumns {
       : ap(static_cast<std::size_t>(cols) + 1, 0), limit(maxNonZeroCount), msg(message) {
     capacity = std::max<std::int64_t>(1, std::min<std::int64_t>(initial, maxNonZeroCount > 0 ? maxNonZeroCount : 1));
     ai.resize(static_cast<std::size_t>(capacity));
-    v.resize(static_cast<std::size_t>(capacity));
+    v = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
   }
   std::int32_t Append(std::int32_t row, const T& value) {
-    if (count == capacity) {
-      if (limit < 2 * capacity) ERaise(msg);
-      capacity *= 2;
-      ai.resize(static_cast<std::size_t>(capacity));
-      v.resize(static_cast<std::size_t>(capacity));
-    }
+    if (count == capacity) Grow();
     ai[count] = row;
     v[count] = value;
     return count++;
+  }
+  [[gnu::noinline]] void Grow() {
+    if (limit < 2 * capacity) ERaise(msg);
+    capacity *= 2;
+    ai.resize(static_cast<std::size_t>(capacity));
+    auto grown = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
+    std::copy(v.get(), v.get() + count, grown.get());
+    v = std::move(grown);
   }
 };
 
@@ -66,6 +70,16 @@ const T* ValuesAs(const TSparseMtx& a, std::vector<T>& promoted) {
 }
 
 }  // namespace
+
+template <class Columns>
+void TSparseMtx::TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out) {
+  using T = std::remove_cvref_t<decltype(out.v[0])>;
+  SetShape(rows, cols, std::is_same_v<T, TCplx>, out.count);
+  out.ai.resize(static_cast<std::size_t>(out.count));
+  fAp = std::move(out.ap);
+  fAi = std::move(out.ai);
+  std::copy(out.v.get(), out.v.get() + out.count, detail::Ptr<T>(*this));
+}
 
 TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount) {
   b.RequireFlushed();
@@ -98,9 +112,7 @@ TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32
       }
       out.ap[j + 1] = out.count;
     }
-    out.ai.resize(static_cast<std::size_t>(out.count));
-    out.v.resize(static_cast<std::size_t>(out.count));
-    Assign(b.fRows, c.fCols, out.ap, out.ai, std::span<const T>(out.v));
+    TakeColumns(b.fRows, c.fCols, out);
   });
   return *this;
 }
@@ -134,9 +146,7 @@ void TSparseMtx::MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std
     }
     out.ap[j + 1] = out.count;
   }
-  out.ai.resize(static_cast<std::size_t>(out.count));
-  out.v.resize(static_cast<std::size_t>(out.count));
-  Assign(a.fRows, a.fCols, out.ap, out.ai, std::span<const T>(out.v));
+  TakeColumns(a.fRows, a.fCols, out);
 }
 
 TSparseMtx& TSparseMtx::Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount) {

@@ -231,6 +231,9 @@ class TSparseMtx : public TQuorel {
   template <class T>
   void MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std::int32_t maxNonZeroCount, const char* msg);
   void RequireFlushed() const;
+  /// Takes over a finished product or sum (row indices and pointers moved, values copied).
+  template <class Columns>
+  void TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out);
   void AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im);
   /// Storage changed: retained factorisations are stale.
   void StorageChanged();

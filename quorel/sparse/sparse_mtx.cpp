@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -186,8 +187,9 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   const std::int32_t kept = rowPtr[rowCount];
 
   // Pass 2: lay the kept triplets out row by row, input order within a row.
-  std::vector<std::int32_t> tCol(static_cast<std::size_t>(kept));
-  std::vector<T> tVal(static_cast<std::size_t>(kept));
+  // Every slot is written before it is read: no zero-filling of the two largest arrays.
+  auto tCol = std::make_unique_for_overwrite<std::int32_t[]>(static_cast<std::size_t>(kept));
+  auto tVal = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(kept));
   {
     std::vector<std::int32_t> next(rowPtr.begin(), rowPtr.end() - 1);
     for (std::int64_t t = 0; t < n; ++t) {
