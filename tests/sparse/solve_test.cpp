@@ -22,6 +22,7 @@ void KnownRhs(const TSparseMtx& a, TVec& b, TVec& xTrue) {
   xTrue.Size(a.Cols(), a.Complex());
   for (std::size_t k = 0; k < xTrue.Values().size(); ++k) xTrue.Values()[k] = 1.0 + 0.01 * double(k % 97);
   b.Size(a.Cols(), a.Complex());
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   std::copy(xTrue.Values().begin(), xTrue.Values().end(), b.Values().begin());
   a.MulRight(b);
 }
@@ -48,6 +49,7 @@ TEST(SparseSolveUmfPack, MatrixRightHandSidesAndAliasing) {
   a.LoadFromMatrixMarketFile(MatrixFile("west0067.mtx"));
   TMtx b, x;
   b.Size(67, 3);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   for (int i = 0; i < 67; ++i)
     for (int j = 0; j < 3; ++j) b.Values(i, j) = std::cos(i + 7.0 * j);
   a.SolveUmfPack(b, x);
@@ -146,6 +148,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0, 1}, TIntegerArray{0, 0, 1, 1}, TDoubleArray{1, 1, 1, 1});
   TVec b, x;
   b.Size(2);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   b[0] = 1;
   b[1] = 2;
   EXPECT_RAISES(a.Solve(b, x, mtGeneral), "umfpack_numeric: matrix is singular failed!");
@@ -156,6 +159,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   TSparseMtx p;
   Poisson2D(p, 3);
   b.Size(9);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   p.SparseSystem = TSparseSystem(15);
   EXPECT_RAISES(p.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
   p.SparseSystem = spsA;
@@ -165,6 +169,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   TSparseMtx rect;
   rect.TripletsToSparse(3, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
   b.Size(2);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   EXPECT_RAISES(rect.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
 }
 
@@ -173,6 +178,7 @@ TEST(SparseSolveUmfPack, ReportFollowsReportLevel) {
   Poisson2D(a, 4);
   TVec b, x;
   b.Size(16);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   b.Values()[3] = 1;
   a.ReportLevel = prlNone;
   a.SolveUmfPack(b, x);
@@ -191,11 +197,14 @@ TEST(SparseSolve, DispatchRefusals) {
   Poisson2D(a, 3);
   TVec b, x;
   b.Size(9);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   EXPECT_RAISES(a.Solve(b, x, mtBandGeneral), "Use TMtx.LUSolve for banded matrices!");
   EXPECT_RAISES(a.Solve(b, x, mtBandSymmPosDef), "Use TMtx.LUSolve for banded matrices!");
   b.Size(8);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "FCols <> B.Length");
   b.Size(9, true);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "B.Complex <> Complex");
   TMtx bm, xm;
   EXPECT_RAISES(a.SolveUmfPack(bm, xm), "B.Rows = 0!");
@@ -203,6 +212,7 @@ TEST(SparseSolve, DispatchRefusals) {
   EXPECT_RAISES(a.SolveUmfPack(bm, xm), "FCols <> B.Rows");
   a.SetValue(0, 0, 1);
   b.Size(9, false);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "Call TripletsToSparseAndFlush first!");
 }
 
