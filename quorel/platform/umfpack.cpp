@@ -1,0 +1,113 @@
+#include "quorel/platform/umfpack.h"
+
+#include <suitesparse/umfpack.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace quorel::detail {
+
+static_assert(UMFPACK_CONTROL == UmfControlSize && UMFPACK_INFO == UmfInfoSize);
+static_assert(UMFPACK_PRL == UmfPrintLevelIndex && UMFPACK_BLOCK_SIZE == UmfBlockSizeIndex &&
+              UMFPACK_IRSTEP == UmfIrStepIndex);
+static_assert(sizeof(int) == sizeof(std::int32_t));
+
+namespace {
+
+// The library prints through one global function pointer; its text goes to the capture buffer of
+// the calling thread while a report is being taken, and nowhere otherwise.
+thread_local std::string* capture = nullptr;
+
+int CapturePrintf(const char* format, ...) {
+  if (capture == nullptr) return 0;
+  char buf[1024];
+  va_list args;
+  va_start(args, format);
+  const int n = std::vsnprintf(buf, sizeof buf, format, args);
+  va_end(args);
+  if (n > 0) capture->append(buf, static_cast<std::size_t>(n) < sizeof buf ? static_cast<std::size_t>(n) : sizeof buf - 1);
+  return n;
+}
+
+template <class F>
+std::string Captured(F&& f) {
+  std::string text;
+  capture = &text;
+  f();
+  capture = nullptr;
+  return text;
+}
+
+}  // namespace
+
+void UmfDefaults(double* control) {
+  SuiteSparse_config.printf_func = &CapturePrintf;
+  umfpack_di_defaults(control);
+}
+
+void UmfFreeSymbolicReal(void* symbolic) { umfpack_di_free_symbolic(&symbolic); }
+void UmfFreeSymbolicCplx(void* symbolic) { umfpack_zi_free_symbolic(&symbolic); }
+void UmfFreeNumericReal(void* numeric) { umfpack_di_free_numeric(&numeric); }
+void UmfFreeNumericCplx(void* numeric) { umfpack_zi_free_numeric(&numeric); }
+
+int TUmfFactors::Analyse(bool complex, std::int32_t rows, std::int32_t cols, const std::int32_t* ap,
+                         const std::int32_t* ai, const double* ax, const double* control, double* info) {
+  Reset();
+  complex_ = complex;
+  if (complex) return umfpack_zi_symbolic(rows, cols, ap, ai, ax, nullptr, symC_.Out(), control, info);
+  return umfpack_di_symbolic(rows, cols, ap, ai, ax, symR_.Out(), control, info);
+}
+
+int TUmfFactors::Factorise(const std::int32_t* ap, const std::int32_t* ai, const double* ax, const double* control,
+                           double* info) {
+  if (complex_) return umfpack_zi_numeric(ap, ai, ax, nullptr, symC_.Get(), numC_.Out(), control, info);
+  return umfpack_di_numeric(ap, ai, ax, symR_.Get(), numR_.Out(), control, info);
+}
+
+int TUmfFactors::SolveSystem(int sys, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
+                             const double* b, const double* control, double* info) const {
+  if (complex_) return umfpack_zi_solve(sys, ap, ai, ax, nullptr, x, nullptr, b, nullptr, numC_.Get(), control, info);
+  return umfpack_di_solve(sys, ap, ai, ax, x, b, numR_.Get(), control, info);
+}
+
+std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control) {
+  return Captured([&] {
+    if (complex) {
+      umfpack_zi_report_symbolic(symbolic, control);
+    } else {
+      umfpack_di_report_symbolic(symbolic, control);
+    }
+  });
+}
+
+std::string UmfReportNumeric(bool complex, void* numeric, const double* control) {
+  return Captured([&] {
+    if (complex) {
+      umfpack_zi_report_numeric(numeric, control);
+    } else {
+      umfpack_di_report_numeric(numeric, control);
+    }
+  });
+}
+
+std::string UmfReportInfo(const double* control, const double* info) {
+  return Captured([&] { umfpack_di_report_info(control, info); });
+}
+
+std::string UmfReportStatus(const double* control, int status) {
+  return Captured([&] { umfpack_di_report_status(control, status); });
+}
+
+int UmfRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
+                    const double* b) {
+  void* symbolic = nullptr;
+  void* numeric = nullptr;
+  int status = umfpack_di_symbolic(n, n, ap, ai, ax, &symbolic, nullptr, nullptr);
+  if (status == UMFPACK_OK) status = umfpack_di_numeric(ap, ai, ax, symbolic, &numeric, nullptr, nullptr);
+  umfpack_di_free_symbolic(&symbolic);
+  if (status == UMFPACK_OK) status = umfpack_di_solve(UMFPACK_A, ap, ai, ax, x, b, numeric, nullptr, nullptr);
+  umfpack_di_free_numeric(&numeric);
+  return status;
+}
+
+}  // namespace quorel::detail

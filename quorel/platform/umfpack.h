@@ -1,0 +1,75 @@
+#pragma once
+// UMFPACK, the sparse LU library: the only door to it. Complex matrices and vectors are passed
+// interleaved (packed complex: the imaginary-part pointers are null), never split.
+
+#include <cstdint>
+#include <string>
+
+#include "quorel/platform/foreign_handle.h"
+
+namespace quorel::detail {
+
+constexpr int UmfControlSize = 20;
+constexpr int UmfInfoSize = 90;
+constexpr int UmfPrintLevelIndex = 0;
+constexpr int UmfBlockSizeIndex = 4;
+constexpr int UmfIrStepIndex = 7;
+constexpr int UmfStatusOk = 0;
+constexpr int UmfWarningSingular = 1;
+
+/// Fills a Control array with the library defaults (and installs the print capture).
+void UmfDefaults(double* control);
+
+void UmfFreeSymbolicReal(void* symbolic);
+void UmfFreeSymbolicCplx(void* symbolic);
+void UmfFreeNumericReal(void* numeric);
+void UmfFreeNumericCplx(void* numeric);
+
+/// The retained Symbolic and Numeric objects of one matrix, freed on every path.
+class TUmfFactors {
+ public:
+  bool HasSymbolic() const { return complex_ ? bool(symC_) : bool(symR_); }
+  bool HasNumeric() const { return complex_ ? bool(numC_) : bool(numR_); }
+  void* Symbolic() const { return complex_ ? symC_.Get() : symR_.Get(); }
+  void* Numeric() const { return complex_ ? numC_.Get() : numR_.Get(); }
+  void FreeSymbolic() {
+    symR_.Reset();
+    symC_.Reset();
+  }
+  void FreeNumeric() {
+    numR_.Reset();
+    numC_.Reset();
+  }
+  void Reset() {
+    FreeNumeric();
+    FreeSymbolic();
+  }
+  /// Runs the symbolic analysis, replacing whatever was held. Returns the status.
+  int Analyse(bool complex, std::int32_t rows, std::int32_t cols, const std::int32_t* ap, const std::int32_t* ai,
+              const double* ax, const double* control, double* info);
+  /// Runs the numeric factorisation on the held Symbolic object. Returns the status.
+  int Factorise(const std::int32_t* ap, const std::int32_t* ai, const double* ax, const double* control,
+                double* info);
+  /// Solves system `sys` (the library's code) with the held Numeric object; x and b hold n values.
+  int SolveSystem(int sys, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
+                  const double* b, const double* control, double* info) const;
+
+ private:
+  bool complex_ = false;
+  ForeignHandle<void*, &UmfFreeSymbolicReal> symR_;
+  ForeignHandle<void*, &UmfFreeSymbolicCplx> symC_;
+  ForeignHandle<void*, &UmfFreeNumericReal> numR_;
+  ForeignHandle<void*, &UmfFreeNumericCplx> numC_;
+};
+
+/// Text of the report routines (empty below their print level).
+std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control);
+std::string UmfReportNumeric(bool complex, void* numeric, const double* control);
+std::string UmfReportInfo(const double* control, const double* info);
+std::string UmfReportStatus(const double* control, int status);
+
+/// Raw calls for the benchmark's reference path: symbolic, numeric, solve, free, real only.
+int UmfRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
+                    const double* b);
+
+}  // namespace quorel::detail

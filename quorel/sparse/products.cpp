@@ -1,0 +1,271 @@
+// Sparse products and sums: sparse x sparse and sparse + sparse column by column with one marker
+// array, and sparse with dense operands through the sparse BLAS kernels.
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/controller.h"
+#include "quorel/objects/detail/kind.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
+#include "quorel/sparse/detail/sparse_kernels.h"
+#include "quorel/sparse/sparse.h"
+
+namespace quorel {
+
+using detail::Axpy;
+using detail::Axpyi;
+using detail::Doti;
+using detail::SpAcc;
+using detail::SpMul;
+
+namespace {
+
+/// A growable compressed-column result whose capacity doubles, refusing to pass the limit.
+template <class T>
+struct TGrowingColumns {
+  std::vector<std::int32_t> ap, ai;
+  std::unique_ptr<T[]> v;
+  std::int32_t count = 0;
+  std::int64_t capacity = 0;
+  std::int32_t limit;
+  const char* msg;
+
+  TGrowingColumns(std::int32_t cols, std::int64_t initial, std::int32_t maxNonZeroCount, const char* message)
+      : ap(static_cast<std::size_t>(cols) + 1, 0), limit(maxNonZeroCount), msg(message) {
+    capacity = std::max<std::int64_t>(1, std::min<std::int64_t>(initial, maxNonZeroCount > 0 ? maxNonZeroCount : 1));
+    ai.resize(static_cast<std::size_t>(capacity));
+    v = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
+  }
+  std::int32_t Append(std::int32_t row, const T& value) {
+    if (count == capacity) Grow();
+    ai[count] = row;
+    v[count] = value;
+    return count++;
+  }
+  [[gnu::noinline]] void Grow() {
+    if (limit < 2 * capacity) ERaise(msg);
+    capacity *= 2;
+    ai.resize(static_cast<std::size_t>(capacity));
+    auto grown = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
+    std::copy(v.get(), v.get() + count, grown.get());
+    v = std::move(grown);
+  }
+};
+
+/// Values of a sparse matrix as T (complex copies of real values when T is complex).
+template <class T>
+const T* ValuesAs(const TSparseMtx& a, std::vector<T>& promoted) {
+  if constexpr (std::is_same_v<T, TCplx>) {
+    if (a.Complex()) return a.PCValues1D(0);
+    promoted.resize(static_cast<std::size_t>(a.NonZeros()));
+    for (std::int32_t k = 0; k < a.NonZeros(); ++k) promoted[k] = {a.PValues1D(0)[k], 0.0};
+    return promoted.data();
+  } else {
+    return a.PValues1D(0);
+  }
+}
+
+}  // namespace
+
+template <class Columns>
+void TSparseMtx::TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out) {
+  using T = std::remove_cvref_t<decltype(out.v[0])>;
+  SetShape(rows, cols, std::is_same_v<T, TCplx>, out.count);
+  out.ai.resize(static_cast<std::size_t>(out.count));
+  fAp = std::move(out.ap);
+  fAi = std::move(out.ai);
+  std::copy(out.v.get(), out.v.get() + out.count, detail::Ptr<T>(*this));
+}
+
+TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount) {
+  b.RequireFlushed();
+  c.RequireFlushed();
+  if (c.fRows != b.fCols) ERaise("B.Rows <> C.Cols");
+  const bool complex = b.fComplex || c.fComplex;
+  detail::OnKind(complex, [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> pb, pc;
+    const T* bv = ValuesAs<T>(b, pb);
+    const T* cv = ValuesAs<T>(c, pc);
+    TGrowingColumns<T> out(c.fCols, std::int64_t{b.fLength} + c.fLength, maxNonZeroCount,
+                           "Sparse matrix multiply: MaxNonZeroCount reached!");
+    // marker[i] >= start of the current column: row i already has a slot there.
+    std::vector<std::int32_t> marker(static_cast<std::size_t>(b.fRows), -1);
+    for (std::int32_t j = 0; j < c.fCols; ++j) {
+      const std::int32_t start = out.count;
+      for (std::int32_t kc = c.fAp[j]; kc < c.fAp[j + 1]; ++kc) {
+        const std::int32_t k = c.fAi[kc];
+        const T ckj = cv[kc];
+        for (std::int32_t kb = b.fAp[k]; kb < b.fAp[k + 1]; ++kb) {
+          const std::int32_t i = b.fAi[kb];
+          const T prod = SpMul(ckj, bv[kb]);
+          if (marker[i] >= start) {
+            SpAcc(out.v[marker[i]], prod);
+          } else {
+            marker[i] = out.Append(i, prod);
+          }
+        }
+      }
+      out.ap[j + 1] = out.count;
+    }
+    TakeColumns(b.fRows, c.fCols, out);
+  });
+  return *this;
+}
+
+template <class T>
+void TSparseMtx::MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std::int32_t maxNonZeroCount,
+                           const char* msg) {
+  std::vector<T> pa, pb;
+  const T* av = ValuesAs<T>(a, pa);
+  const T* bv = ValuesAs<T>(b, pb);
+  TGrowingColumns<T> out(a.fCols, std::int64_t{a.fLength} + b.fLength, maxNonZeroCount, msg);
+  std::vector<std::int32_t> marker(static_cast<std::size_t>(a.fRows), -1);
+  for (std::int32_t j = 0; j < a.fCols; ++j) {
+    const std::int32_t start = out.count;
+    for (std::int32_t k = a.fAp[j]; k < a.fAp[j + 1]; ++k) {
+      const std::int32_t i = a.fAi[k];
+      if (marker[i] >= start) {
+        SpAcc(out.v[marker[i]], av[k]);
+      } else {
+        marker[i] = out.Append(i, av[k]);
+      }
+    }
+    for (std::int32_t k = b.fAp[j]; k < b.fAp[j + 1]; ++k) {
+      const std::int32_t i = b.fAi[k];
+      const T x = SpMul(sign, bv[k]);
+      if (marker[i] >= start) {
+        SpAcc(out.v[marker[i]], x);
+      } else {
+        marker[i] = out.Append(i, x);
+      }
+    }
+    out.ap[j + 1] = out.count;
+  }
+  TakeColumns(a.fRows, a.fCols, out);
+}
+
+TSparseMtx& TSparseMtx::Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount) {
+  a.RequireFlushed();
+  b.RequireFlushed();
+  if (a.fRows != b.fRows || a.fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
+  if (a.fComplex || b.fComplex) {
+    MergeCols<TCplx>(a, b, TCplx{1.0, 0.0}, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
+  } else {
+    MergeCols<double>(a, b, 1.0, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
+  }
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount) {
+  a.RequireFlushed();
+  b.RequireFlushed();
+  if (a.fRows != b.fRows || a.fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
+  if (a.fComplex || b.fComplex) {
+    MergeCols<TCplx>(a, b, TCplx{-1.0, 0.0}, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
+  } else {
+    MergeCols<double>(a, b, -1.0, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
+  }
+  return *this;
+}
+
+// --- with dense operands ----------------------------------------------------------------------------
+
+void TSparseMtx::MulRight(TVec& x) const {
+  RequireFlushed();
+  if (x.Length() != fCols) ERaise("x.Length <> FCols");
+  if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
+  TWorkVec y;
+  y->Size(fRows, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* yv = detail::Ptr<T>(*y);
+    std::fill(yv, yv + fRows, T{});
+    const T* xv = detail::Ptr<T>(x);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      Axpyi(fAp[j + 1] - fAp[j], xv[j], v + fAp[j], fAi.data() + fAp[j], yv);
+    x.Size(fRows, fComplex);
+    std::copy(yv, yv + fRows, detail::Ptr<T>(x));
+  });
+}
+
+void TSparseMtx::MulLeft(TVec& x) const {
+  RequireFlushed();
+  if (x.Length() != fRows) ERaise("X.Length <> FRows");
+  if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
+  TWorkVec y;
+  y->Size(fCols, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* yv = detail::Ptr<T>(*y);
+    const T* xv = detail::Ptr<T>(x);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j) yv[j] = Doti(fAp[j + 1] - fAp[j], v + fAp[j], fAi.data() + fAp[j], xv);
+    x.Size(fCols, fComplex);
+    std::copy(yv, yv + fCols, detail::Ptr<T>(x));
+  });
+}
+
+void TSparseMtx::MulRight(TMtx& x) const {
+  RequireFlushed();
+  if (fCols != x.Rows()) ERaise("Cols <> X.Rows");
+  if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
+  const std::int32_t m = x.Cols();
+  TWorkMtx y;
+  y->Size(fRows, m, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* yv = detail::Ptr<T>(*y);
+    std::fill(yv, yv + std::int64_t{fRows} * m, T{});
+    const T* v = detail::Ptr<T>(*this);
+    // Row i of the result gathers A(i, j) times row j of X.
+    for (std::int32_t j = 0; j < fCols; ++j) {
+      const T* xr = detail::Ptr<T>(x, detail::At(x, j, 0));
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) Axpy(m, v[k], xr, yv + std::int64_t{fAi[k]} * m);
+    }
+    x.Size(fRows, m, fComplex);
+    for (std::int32_t i = 0; i < fRows; ++i) std::copy(yv + std::int64_t{i} * m, yv + std::int64_t{i + 1} * m, detail::Ptr<T>(x, detail::At(x, i, 0)));
+  });
+}
+
+void TSparseMtx::MulLeft(TMtx& x) const {
+  RequireFlushed();
+  if (x.Cols() != fRows) ERaise("X.Cols <> FRows");
+  if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
+  const std::int32_t p = x.Rows();
+  TWorkMtx y;
+  y->Size(p, fCols, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* yv = detail::Ptr<T>(*y);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t r = 0; r < p; ++r) {
+      const T* xr = detail::Ptr<T>(x, detail::At(x, r, 0));
+      for (std::int32_t j = 0; j < fCols; ++j)
+        yv[std::int64_t{r} * fCols + j] = Doti(fAp[j + 1] - fAp[j], v + fAp[j], fAi.data() + fAp[j], xr);
+    }
+    x.Size(p, fCols, fComplex);
+    for (std::int32_t r = 0; r < p; ++r)
+      std::copy(yv + std::int64_t{r} * fCols, yv + std::int64_t{r + 1} * fCols, detail::Ptr<T>(x, detail::At(x, r, 0)));
+  });
+}
+
+void TSparseMtx::Add(TMtx& y) const {
+  RequireFlushed();
+  if (fRows != y.Rows()) ERaise("fRows <> Y.Rows");
+  if (fCols != y.Cols()) ERaise("fCols <> Y.Cols");
+  if (fComplex != y.Complex()) ERaise("Complex <> Y.Complex");
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) SpAcc(detail::Ptr<T>(y, detail::At(y, fAi[k], j))[0], v[k]);
+  });
+}
+
+}  // namespace quorel

@@ -1,0 +1,256 @@
+// Sparse solves: the dispatch over the back ends, the direct LU back end, residuals and the
+// matrix-type codes of the other back ends.
+
+#include <cmath>
+#include <cstring>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/controller.h"
+#include "quorel/objects/detail/kind.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
+#include "quorel/platform/umfpack.h"
+#include "quorel/sparse/detail/sparse_kernels.h"
+#include "quorel/sparse/sparse.h"
+
+namespace quorel {
+
+const char* SparseSystemText(TSparseSystem system) {
+  static const char* const texts[] = {"Ax=b",    "A'x=b",  "A.'x=b", "P'Lx=b", "Lx=b",  "L'Px=b", "L.'Px=b", "L'x=b",
+                                      "L.'x=b",  "UQ'x=b", "Ux=b",   "QU'x=b", "QU.'x=b", "U'x=b", "U.'x=b"};
+  return system <= spsUaT ? texts[system] : "";
+}
+
+namespace {
+
+const char* UmfStatusText(int status) {
+  switch (status) {
+    case -1: return ": Out of memory!";
+    case -3: return ": invalid Numeric object!";
+    case -4: return ": invalid Symbolic object";
+    case -5: return ": argument missing";
+    case -6: return ": n nonpositive";
+    case -8: return ": invalid matrix";
+    case -11: return ": different pattern";
+    case -13: return ": invalid system";
+    case -15: return ": invalid permutation";
+    case -17: return ": File I/O";
+    case -18: return ": ordering failed";
+    case -911: return ": internal error";
+    case detail::UmfWarningSingular: return ": matrix is singular";
+    default: return ": unknown status";
+  }
+}
+
+}  // namespace
+
+// --- dispatch ------------------------------------------------------------------------------------------
+
+template <class V>
+static void RefuseBanded(TMtxType mtxType) {
+  if (mtxType == mtBandSymmPosDef || mtxType == mtBandHermPosDef || mtxType == mtBandGeneral)
+    ERaise("Use TMtx.LUSolve for banded matrices!");
+}
+
+void TSparseMtx::Solve(const TVec& b, TVec& x, TMtxType mtxType) {
+  RefuseBanded<TVec>(mtxType);
+  switch (SparseSolver) {
+    case ssIterative: SolveIterative(b, x, mtxType == mtSymmPosDef || mtxType == mtSymmetric); break;
+    case ssUmfPack: SolveUmfPack(b, x); break;
+    case ssPardiso: SolvePardiso(b, x, mtxType); break;
+    case ssTaucs: SolveTaucs(b, x, mtxType); break;
+  }
+}
+
+void TSparseMtx::Solve(const TMtx& b, TMtx& x, TMtxType mtxType) {
+  RefuseBanded<TMtx>(mtxType);
+  switch (SparseSolver) {
+    case ssIterative: SolveIterative(b, x, mtxType == mtSymmPosDef || mtxType == mtSymmetric); break;
+    case ssUmfPack: SolveUmfPack(b, x); break;
+    case ssPardiso: SolvePardiso(b, x, mtxType); break;
+    case ssTaucs: SolveTaucs(b, x, mtxType); break;
+  }
+}
+
+// The other back ends arrive as overrides of these; until then they refuse plainly.
+void TSparseMtx::SolveIterative(const TVec&, TVec&, bool) { ERaise("SolveIterative: back end not available"); }
+void TSparseMtx::SolvePardiso(const TVec&, TVec&, TMtxType) { ERaise("SolvePardiso: back end not available"); }
+void TSparseMtx::SolveTaucs(const TVec&, TVec&, TMtxType) { ERaise("SolveTaucs: back end not available"); }
+void TSparseMtx::SolveIterative(const TMtx&, TMtx&, bool) { ERaise("SolveIterative: back end not available"); }
+void TSparseMtx::SolvePardiso(const TMtx&, TMtx&, TMtxType) { ERaise("SolvePardiso: back end not available"); }
+void TSparseMtx::SolveTaucs(const TMtx&, TMtx&, TMtxType) { ERaise("SolveTaucs: back end not available"); }
+
+// --- UMFPACK ---------------------------------------------------------------------------------------------
+
+void TSparseMtx::FreeSymbolic() {
+  fUmf->FreeSymbolic();
+  fUmf->FreeNumeric();
+  fPattern = sppNone;
+}
+
+void TSparseMtx::FreeNumeric() {
+  fUmf->FreeNumeric();
+  if (fPattern > sppSymbolic) fPattern = fUmf->HasSymbolic() ? sppSymbolic : sppNone;
+}
+
+/// Runs whatever factorisation the pattern flag does not allow to reuse, then solves `count`
+/// right-hand sides stored one after the other (n elements each, interleaved when complex).
+void TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count) {
+  if (AutoClearReport) fReport.clear();
+  double* control = fUmfControl.data();
+  double* info = fUmfInfo.data();
+  control[detail::UmfPrintLevelIndex] = static_cast<double>(ReportLevel == prlAll ? 6 : ReportLevel);
+  control[detail::UmfIrStepIndex] = RefinmentIters;
+  control[detail::UmfBlockSizeIndex] = SparseBlockSize;
+
+  auto check = [&](const char* routine, int status) {
+    if (status == detail::UmfStatusOk) {
+      fErrorText.clear();
+      return;
+    }
+    // Determinant under- and overflow are harmless for a solve.
+    if (status == 2 || status == 3) return;
+    fErrorText = std::string(routine) + UmfStatusText(status) + " failed!";
+    if (ReportLevel >= prlErrorsOnly) fReport.push_back(fErrorText + "\n");
+    if (ReportLevel >= prlBasic) {
+      const std::string s = detail::UmfReportStatus(control, status);
+      if (!s.empty()) fReport.push_back(s);
+    }
+    ERaise(fErrorText);
+  };
+  auto report = [&](std::string text) {
+    if (!text.empty()) fReport.push_back(std::move(text));
+  };
+
+  const std::int32_t* ap = fAp.data();
+  const std::int32_t* ai = fAi.data();
+  const double* ax = fValues;
+  if (fPattern < sppSymbolic || !fUmf->HasSymbolic()) {
+    check("umfpack_symbolic", fUmf->Analyse(fComplex, fRows, fCols, ap, ai, ax, control, info));
+    fPattern = sppSymbolic;
+    if (ReportLevel >= prlExtensive) report(detail::UmfReportSymbolic(fComplex, fUmf->Symbolic(), control));
+  }
+  if (fPattern < sppNumeric || !fUmf->HasNumeric()) {
+    const int status = fUmf->Factorise(ap, ai, ax, control, info);
+    if (status != detail::UmfStatusOk) fUmf->FreeNumeric();
+    check("umfpack_numeric", status);
+    fPattern = sppNumeric;
+    if (ReportLevel >= prlExtensive) report(detail::UmfReportNumeric(fComplex, fUmf->Numeric(), control));
+  }
+  const std::int64_t stride = DoublesFor(fRows);
+  for (std::int32_t c = 0; c < count; ++c)
+    check("umfpack_solve", fUmf->SolveSystem(SparseSystem, ap, ai, ax, x + c * stride, b + c * stride, control, info));
+  if (ReportLevel >= prlBasic) report(detail::UmfReportInfo(control, info));
+}
+
+void TSparseMtx::SolveUmfPack(const TVec& b, TVec& x) {
+  RequireFlushed();
+  if (fCols != b.Length()) ERaise("FCols <> B.Length");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  if (&b == &x) {
+    TWorkVec copy;
+    copy->Size(b.Length(), b.Complex());
+    std::memcpy(copy->PValues1D(0), b.PValues1D(0), static_cast<std::size_t>(DoublesFor(b.Length())) * sizeof(double));
+    x.Size(fRows, fComplex);
+    SolveUmfColumns(copy->PValues1D(0), x.PValues1D(0), 1);
+    return;
+  }
+  x.Size(fRows, fComplex);
+  SolveUmfColumns(b.PValues1D(0), x.PValues1D(0), 1);
+}
+
+void TSparseMtx::SolveUmfPack(const TMtx& b, TMtx& x) {
+  RequireFlushed();
+  if (b.Rows() == 0) ERaise("B.Rows = 0!");
+  if (fCols != b.Rows()) ERaise("FCols <> B.Rows");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  // The library wants each right-hand side contiguous: columns of B become rows of a work copy.
+  const std::int32_t n = b.Rows(), m = b.Cols();
+  TWorkMtx bt, xt;
+  bt->Transp(b);
+  xt->Size(m, fRows, fComplex);
+  SolveUmfColumns(bt->PValues1D(0), xt->PValues1D(0), m);
+  x.Transp(*xt);
+  (void)n;
+}
+
+// --- residuals and type codes ------------------------------------------------------------------------------
+
+double TSparseMtx::ResidualNorm(const TVec& b, const TVec& x) const {
+  RequireFlushed();
+  if (x.Length() != fCols) ERaise("x.Length <> FCols");
+  if (b.Length() != fRows) ERaise("B.Length <> Rows");
+  if (b.Complex() != fComplex || x.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  return detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    TWorkVec r;
+    r->Size(fRows, fComplex);
+    T* rv = detail::Ptr<T>(*r);
+    const T* bv = detail::Ptr<T>(b);
+    for (std::int32_t i = 0; i < fRows; ++i) rv[i] = bv[i];
+    const T* xv = detail::Ptr<T>(x);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      detail::Axpyi(fAp[j + 1] - fAp[j], detail::SpNeg(xv[j]), v + fAp[j], fAi.data() + fAp[j], rv);
+    double s = 0;
+    for (std::int32_t i = 0; i < fRows; ++i) s += detail::SpMag2(rv[i]);
+    return std::sqrt(s);
+  });
+}
+
+double TSparseMtx::ResidualNorm(const TMtx& b, const TMtx& x) const {
+  RequireFlushed();
+  if (x.Rows() != fCols) ERaise("X.Rows <> FCols");
+  if (b.Rows() != fRows || b.Cols() != x.Cols()) ERaise("B.Rows <> Rows");
+  double worst = 0;
+  TWorkVec bc, xc;
+  for (std::int32_t c = 0; c < b.Cols(); ++c) {
+    bc->Size(fRows, b.Complex());
+    xc->Size(fCols, x.Complex());
+    detail::OnKind(b.Complex(), [&](auto t) {
+      using T = decltype(t);
+      for (std::int32_t i = 0; i < fRows; ++i) detail::Ptr<T>(*bc)[i] = detail::Ptr<T>(b, detail::At(b, i, c))[0];
+    });
+    detail::OnKind(x.Complex(), [&](auto t) {
+      using T = decltype(t);
+      for (std::int32_t i = 0; i < fCols; ++i) detail::Ptr<T>(*xc)[i] = detail::Ptr<T>(x, detail::At(x, i, c))[0];
+    });
+    worst = std::max(worst, ResidualNorm(*bc, *xc));
+  }
+  return worst;
+}
+
+std::int32_t TSparseMtx::MtxTypePardiso(TMtxType mtxType) const {
+  switch (mtxType) {
+    case mtSymmPosDef:
+      if (!fComplex) return 2;
+      break;
+    case mtSymmetric: return fComplex ? 6 : -2;
+    case mtHermPosDef:
+      if (fComplex) return 4;
+      break;
+    case mtHermitian:
+      if (fComplex) return -4;
+      break;
+    case mtTriangle:
+    case mtGeneral: return fComplex ? 13 : 11;
+    default: break;
+  }
+  ERaise("Not supported");
+}
+
+std::int32_t TSparseMtx::MtxTypeTaucs(TMtxType mtxType) const {
+  switch (mtxType) {
+    case mtSymmPosDef: return fComplex ? 8 : 9;
+    case mtSymmetric: ERaise("Taucs does not support symmetric matrices which are not positive definite!");
+    case mtHermPosDef:
+      if (!fComplex) ERaise("Taucs: A hermitian matrix must be complex!");
+      return 16;
+    case mtHermitian: ERaise("Taucs does not support hermitian matrices which are not positive definite!");
+    case mtTriangle: return 5;
+    case mtGeneral: return 0;
+    default: ERaise("Not supported");
+  }
+}
+
+}  // namespace quorel

@@ -1,0 +1,264 @@
+#pragma once
+// TSparseMtx: a real or complex Rows x Cols matrix in compressed-column form. The non-zero values
+// live in the inherited value storage (one per stored entry, parallel to Ai); Ap holds Cols + 1
+// column pointers. Builders go through triplets; element writes are buffered until a flush.
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "quorel/core/types.h"
+#include "quorel/objects/mtx_types.h"
+#include "quorel/objects/quorel_object.h"
+
+namespace quorel {
+
+class TVec;
+class TMtx;
+
+enum TSparseFormat : std::uint8_t { spfMatrixMarket };
+
+enum TSparseSolver : std::uint8_t { ssIterative, ssUmfPack, ssPardiso, ssTaucs };
+
+/// The system UMFPACK solves, in the order of its system codes.
+enum TSparseSystem : std::uint8_t {
+  spsA, spsAT, spsAat, spsPtL, spsL, spsLTP, spsLaTP, spsLT, spsLaT, spsUQT, spsU, spsQUT, spsQUaT, spsUT, spsUaT
+};
+
+enum TIterativeMethod : std::uint8_t { itmSGS, itmICCG, itmILUR, itmJAC, itmLUBC, itmSLUCN, itmLUCS, itmLUGMRES, itmLUOM };
+enum TConvergenceCheck : std::uint8_t { cvcNorm2, cvcNorm2InvA };
+enum TReportLevel : std::uint8_t { prlNone, prlErrorsOnly, prlBasic, prlExtensive, prlComplete, prlAll };
+/// Which retained factorisation results the next solve may reuse.
+enum TSparsePattern : std::uint8_t { sppNone, sppSymbolic, sppNumericIterative, sppNumeric };
+
+/// Report text of a system ("Ax=b", "A'x=b", ...).
+const char* SparseSystemText(TSparseSystem system);
+
+namespace detail {
+class TUmfFactors;
+}
+
+class TSparseMtx : public TQuorel {
+ public:
+  TSparseMtx();
+  ~TSparseMtx() override;
+
+  // --- shape and storage --------------------------------------------------------------------
+  std::int32_t Rows() const { return fRows; }
+  std::int32_t Cols() const { return fCols; }
+  /// Stored entries (= Length).
+  std::int32_t NonZeros() const { return fLength; }
+  /// Column pointers: Cols + 1 entries, Ap[0] = 0.
+  std::span<const std::int32_t> Ap() const { return fAp; }
+  /// Row index of each stored entry.
+  std::span<const std::int32_t> Ai() const { return fAi; }
+  /// Keep off-diagonal entries at or below the threshold in conversions.
+  bool DontStripZeros() const { return fDontStripZeros; }
+  void SetDontStripZeros(bool value) { fDontStripZeros = value; }
+  /// Sets the number of stored entries (Ai grows with it); used by code that fills Ap/Ai itself.
+  void SetLength(std::int32_t value) override;
+  /// Empty matrix: no rows, columns or entries.
+  void Clear() override;
+  /// Replaces the whole storage with the given compressed columns (checked).
+  TSparseMtx& Assign(std::int32_t rows, std::int32_t cols, std::span<const std::int32_t> ap,
+                     std::span<const std::int32_t> ai, std::span<const double> values);
+  TSparseMtx& Assign(std::int32_t rows, std::int32_t cols, std::span<const std::int32_t> ap,
+                     std::span<const std::int32_t> ai, std::span<const TCplx> values);
+  /// Copy of another sparse matrix (storage and DontStripZeros).
+  TSparseMtx& Copy(const TSparseMtx& src);
+  /// Same size, pattern, values and complexity.
+  bool Equal(const TSparseMtx& b) const;
+  bool Equal(const TSparseMtx& b, double tolerance) const;
+
+  // --- triplets --------------------------------------------------------------------------------
+  TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
+                               std::span<const std::int32_t> column, std::span<const double> values,
+                               double zeroThreshold = 0);
+  TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
+                               std::span<const std::int32_t> column, std::span<const TCplx> values,
+                               double zeroThreshold = 0);
+  /// Triplets as a 3-row matrix (row indices, column indices, values; complex: values complex).
+  TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, const TMtx& triplets,
+                               double zeroThreshold = 0);
+  void SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TDoubleArray& values) const;
+  void SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TCplxArray& values) const;
+  /// 3 x NonZeros (real or complex), or 4 x NonZeros real (row, column, re, im) with splitComplex.
+  void SparseToTriplets(TMtx& triplets, bool splitComplex) const;
+
+  // --- element access ----------------------------------------------------------------------------
+  /// Buffers a write; the matrix changes at TripletsToSparseAndFlush.
+  void SetValue(std::int32_t aRow, std::int32_t aCol, double value);
+  void SetMtxCValue(std::int32_t aRow, std::int32_t aCol, const TCplx& value);
+  /// Rebuilds from the buffered writes; the size becomes the extents written.
+  TSparseMtx& TripletsToSparseAndFlush();
+  /// Triplets written but not yet flushed.
+  std::int32_t PendingCount() const { return fPendingCount; }
+  double GetValue(std::int32_t aRow, std::int32_t aCol) const;
+  TCplx GetMtxCValue(std::int32_t aRow, std::int32_t aCol) const;
+
+  // --- dense and banded conversions ------------------------------------------------------------
+  TSparseMtx& DenseToSparse(const TMtx& src, double zeroThreshold = 0);
+  void SparseToDense(TMtx& dst, std::int32_t maxElemCount = 0x7FFFFFFF) const;
+  /// Src holds a band as TMtx::DenseToBanded writes it (SuperDiag, SubDiag set).
+  TSparseMtx& BandedToSparse(const TMtx& src, double zeroThreshold = 0);
+  void SparseToBanded(TMtx& dst, std::int32_t maxElemCount = 0x7FFFFFFF) const;
+  /// Rebuilds through triplets, dropping off-diagonal entries at or below the threshold.
+  TSparseMtx& ZeroThresh(double threshold);
+
+  // --- structure -----------------------------------------------------------------------------------
+  /// Self := A transposed (plain, not conjugated).
+  TSparseMtx& Transp(const TSparseMtx& a);
+  TSparseMtx& Transp();
+  /// The main diagonal into a vector of min(Rows, Cols) elements.
+  void Diag(TVec& dst) const;
+  /// Self := the upper (j >= i) or lower (i >= j) triangle of A, diagonal included.
+  TSparseMtx& UpperTriangle(const TSparseMtx& a);
+  TSparseMtx& LowerTriangle(const TSparseMtx& a);
+  /// Makes the pattern symmetric (A + A' pattern) by adding explicit zeros; values unchanged.
+  TSparseMtx& StructurizeSymmetric();
+  /// Random pattern with about nonZeroCount entries (diagonal always stored), values uniform in
+  /// (-1, 1); Rows x Cols, real.
+  TSparseMtx& RandomSparse(std::int32_t rows, std::int32_t cols, std::int32_t nonZeroCount,
+                           std::int32_t maxNonZeroCount, std::uint32_t seed = 0);
+  /// Diag gets the main diagonal, Lower the strictly lower part, Upper the strictly upper part.
+  void Split(TSparseMtx& lower, TVec& diag, TSparseMtx& upper) const;
+  /// Self := Lower + Diag + Upper.
+  TSparseMtx& AddSplit(const TSparseMtx& lower, const TVec& diag, const TSparseMtx& upper);
+  /// Divides every stored entry by the same position of a sparse matrix of the same pattern.
+  TSparseMtx& DivideElem(const TSparseMtx& b);
+  /// Self := a matrix of ceil(A.Rows/Factor) x ceil(A.Cols/Factor) whose entry is the sum of
+  /// each Factor x Factor block of A.
+  TSparseMtx& PixelDownSample(const TSparseMtx& a, std::int32_t factor);
+
+  // --- products and sums ---------------------------------------------------------------------------
+  /// Self := B * C.
+  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  /// Self := A + B.
+  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  /// Self := A - B.
+  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  /// X := Self * X.
+  void MulRight(TVec& x) const;
+  void MulRight(TMtx& x) const;
+  /// X := X * Self (X a row vector, or a matrix of Rows columns).
+  void MulLeft(TVec& x) const;
+  void MulLeft(TMtx& x) const;
+  /// Y := Y + Self.
+  void Add(TMtx& y) const;
+
+  // --- reductions (the implicit zeros count) ---------------------------------------------------------
+  double Max() const;
+  double Min() const;
+  double Mean() const;
+  double RMS() const;
+  TCplx Maxc() const;
+  TCplx Minc() const;
+  TCplx Meanc() const;
+
+  // --- text and files ------------------------------------------------------------------------------
+  void ValuesToStrings(TStringList& strings, TSparseFormat format) const;
+  void StringsToValues(const TStringList& strings, TSparseFormat format);
+  void SaveToMatrixMarketFile(const std::string& fileName) const;
+  void LoadFromMatrixMarketFile(const std::string& fileName);
+  /// Kept as placeholders: write an empty file / read and discard.
+  void SaveToHarwellBoeingFile(const std::string& fileName) const;
+  void LoadFromHarwellBoeingFile(const std::string& fileName);
+
+  // --- solver settings --------------------------------------------------------------------------------
+  TSparseSolver SparseSolver = ssIterative;
+  TSparseSystem SparseSystem = spsA;
+  TIterativeMethod IterativeMethod = itmSGS;
+  TConvergenceCheck ConvergenceCheck = cvcNorm2;
+  double Tolerance = 1.1102230246251565e-13;
+  std::int32_t MaxIters = 500;
+  TReportLevel ReportLevel = prlBasic;
+  bool AutoClearReport = true;
+  std::int32_t RefinmentIters = 0;   // from the UMFPACK defaults at construction
+  std::int32_t SparseBlockSize = 0;  // from the UMFPACK defaults at construction
+  std::int32_t VectorCount = 0;
+  /// Iterations and error estimate of the last iterative solve.
+  std::int32_t ActualIters() const { return fActualIters; }
+  double BackError() const { return fBackError; }
+  /// Text of the last solver failure ("" after a success).
+  const std::string& ErrorText() const { return fErrorText; }
+  /// Lines written by the solvers (cleared before each solve when AutoClearReport).
+  const TStringList& Report() const { return fReport; }
+  TSparsePattern SparsePattern() const { return fPattern; }
+  /// Declares the numeric values (sppSymbolic) or everything (sppNone) changed since the last
+  /// factorisation; builders reset it to sppNone themselves.
+  void SetSparsePattern(TSparsePattern value) { fPattern = value; }
+  /// UMFPACK Control (20) and Info (90) arrays.
+  std::span<double> UmfControl() { return fUmfControl; }
+  std::span<const double> UmfInfo() const { return fUmfInfo; }
+
+  // --- solvers -----------------------------------------------------------------------------------------
+  void Solve(const TVec& b, TVec& x, TMtxType mtxType);
+  void Solve(const TMtx& b, TMtx& x, TMtxType mtxType);
+  void SolveUmfPack(const TVec& b, TVec& x);
+  void SolveUmfPack(const TMtx& b, TMtx& x);
+  /// Releases the retained UMFPACK factorisation objects.
+  void FreeSymbolic();
+  void FreeNumeric();
+  /// ||B - A X||_2 (vector) or the largest column 2-norm (matrix).
+  double ResidualNorm(const TVec& b, const TVec& x) const;
+  double ResidualNorm(const TMtx& b, const TMtx& x) const;
+  /// The PARDISO matrix-type code for this matrix's complexity.
+  std::int32_t MtxTypePardiso(TMtxType mtxType) const;
+  /// The TAUCS matrix flags for this matrix's complexity.
+  std::int32_t MtxTypeTaucs(TMtxType mtxType) const;
+
+ protected:
+  double* CachePointer() const override { return nullptr; }
+  std::int32_t CacheLength() const override { return 0; }
+  void FreeToCache() override {}
+  /// Converts the values (real <-> complex) instead of reinterpreting them.
+  void DoSetComplex() override;
+
+  /// Back ends not yet available: raise.
+  virtual void SolveIterative(const TVec& b, TVec& x, bool symmetric);
+  virtual void SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType);
+  virtual void SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType);
+  virtual void SolveIterative(const TMtx& b, TMtx& x, bool symmetric);
+  virtual void SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType);
+  virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
+
+ private:
+  template <class T>
+  void BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
+                         std::span<const std::int32_t> column, const T* values, double zeroThreshold);
+  template <class T>
+  void MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std::int32_t maxNonZeroCount, const char* msg);
+  void RequireFlushed() const;
+  /// Takes over a finished product or sum (row indices and pointers moved, values copied).
+  template <class Columns>
+  void TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out);
+  void AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im);
+  /// Storage changed: retained factorisations are stale.
+  void StorageChanged();
+  void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);
+  void SolveUmfColumns(const double* b, double* x, std::int32_t count);
+
+  std::int32_t fRows = 0;
+  std::int32_t fCols = 0;
+  std::vector<std::int32_t> fAp{0};
+  std::vector<std::int32_t> fAi;
+  bool fDontStripZeros = false;
+  // pending element writes
+  std::vector<std::int32_t> fPendRow, fPendCol;
+  std::vector<double> fPendRe, fPendIm;
+  std::int32_t fPendingCount = 0;
+  std::int32_t fPendRows = 0, fPendCols = 0;
+  // solver state
+  std::int32_t fActualIters = 0;
+  double fBackError = 0;
+  std::string fErrorText;
+  TStringList fReport;
+  TSparsePattern fPattern = sppNone;
+  std::vector<double> fUmfControl;
+  std::vector<double> fUmfInfo;
+  std::unique_ptr<detail::TUmfFactors> fUmf;
+};
+
+}  // namespace quorel

@@ -1,0 +1,778 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <vector>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/detail/kind.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
+#include "quorel/sparse/detail/sparse_kernels.h"
+#include "quorel/platform/umfpack.h"
+#include "quorel/sparse/sparse.h"
+
+namespace quorel {
+
+using detail::SpAcc;
+using detail::SpMag;
+
+namespace {
+
+/// A threshold below every magnitude: builders that must keep every triplet use it.
+constexpr double kKeepAll = -1.0;
+
+}  // namespace
+
+// --- construction and storage ------------------------------------------------------------------
+
+TSparseMtx::TSparseMtx() : fUmf(std::make_unique<detail::TUmfFactors>()) {
+  fUmfControl.assign(detail::UmfControlSize, 0.0);
+  fUmfInfo.assign(detail::UmfInfoSize, 0.0);
+  detail::UmfDefaults(fUmfControl.data());
+  RefinmentIters = static_cast<std::int32_t>(fUmfControl[detail::UmfIrStepIndex]);
+  SparseBlockSize = static_cast<std::int32_t>(fUmfControl[detail::UmfBlockSizeIndex]);
+}
+
+TSparseMtx::~TSparseMtx() { ReleaseMemory(); }
+
+void TSparseMtx::StorageChanged() {
+  fPattern = sppNone;
+  fUmf->Reset();
+}
+
+void TSparseMtx::SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros) {
+  fComplex = complex;
+  const std::int64_t doubles = DoublesFor(nonZeros);
+  CheckCapacity(doubles);
+  if (doubles > fActualSize || fActualSize == 0) SetActualSize(static_cast<std::int32_t>(std::max<std::int64_t>(doubles, 2)));
+  fLength = nonZeros;
+  WriteArrayHeader();
+  fRows = rows;
+  fCols = cols;
+  fAp.assign(static_cast<std::size_t>(cols) + 1, 0);
+  fAi.resize(static_cast<std::size_t>(nonZeros));
+  StorageChanged();
+  NotifySetSize();
+}
+
+void TSparseMtx::SetLength(std::int32_t value) {
+  if (value < 0) EInvalidArgumentRaise("Value < 0");
+  if (value == fLength) return;
+  const std::int64_t doubles = DoublesFor(value);
+  CheckCapacity(doubles);
+  if (doubles > fActualSize) {
+    std::vector<double> keep(Values().begin(), Values().end());
+    SetActualSize(static_cast<std::int32_t>(doubles));
+    std::copy(keep.begin(), keep.end(), fValues);
+  }
+  fLength = value;
+  WriteArrayHeader();
+  fAi.resize(static_cast<std::size_t>(value), 0);
+  StorageChanged();
+  NotifySetSize();
+}
+
+void TSparseMtx::Clear() {
+  fRows = 0;
+  fCols = 0;
+  fAp.assign(1, 0);
+  fAi.clear();
+  fLength = 0;
+  WriteArrayHeader();
+  StorageChanged();
+  NotifySetSize();
+}
+
+void TSparseMtx::DoSetComplex() {
+  // The values are converted, not reinterpreted: Ai stays parallel to them.
+  const std::int32_t n = fLength;
+  if (fComplex) {
+    std::vector<double> re(fValues, fValues + n);
+    fComplex = false;
+    if (2 * static_cast<std::int64_t>(n) > fActualSize) SetActualSize(2 * n);
+    fComplex = true;
+    for (std::int32_t k = 0; k < n; ++k) {
+      fValues[2 * k] = re[k];
+      fValues[2 * k + 1] = 0.0;
+    }
+  } else {
+    for (std::int32_t k = 0; k < n; ++k) fValues[k] = fValues[2 * k];
+  }
+  WriteArrayHeader();
+  StorageChanged();
+  NotifySetSize();
+}
+
+TSparseMtx& TSparseMtx::Copy(const TSparseMtx& src) {
+  if (&src == this) return *this;
+  src.RequireFlushed();
+  std::vector<std::int32_t> ap(src.fAp), ai(src.fAi);
+  std::vector<double> v(src.Values().begin(), src.Values().end());
+  SetShape(src.fRows, src.fCols, src.fComplex, src.fLength);
+  fAp = std::move(ap);
+  fAi = std::move(ai);
+  std::copy(v.begin(), v.end(), fValues);
+  fDontStripZeros = src.fDontStripZeros;
+  return *this;
+}
+
+template <class T>
+static void CheckCompressed(std::int32_t rows, std::int32_t cols, std::span<const std::int32_t> ap,
+                            std::span<const std::int32_t> ai, std::span<const T> values) {
+  if (rows < 0 || cols < 0) ERaise("(Rows < 0) or (Cols < 0)");
+  if (static_cast<std::int64_t>(ap.size()) != std::int64_t{cols} + 1) ERaise("Length(Ap) <> Cols + 1");
+  if (ap[0] != 0) ERaise("Ap[0] <> 0");
+  for (std::int32_t j = 0; j < cols; ++j)
+    if (ap[j + 1] < ap[j]) ERaise("Ap is not non-decreasing");
+  if (static_cast<std::size_t>(ap[cols]) != ai.size() || ai.size() != values.size())
+    ERaise("Length(Ai) <> Ap[Cols]");
+  for (std::int32_t i : ai)
+    if (i < 0 || i >= rows) ERaise("Ai: row index out of range");
+}
+
+TSparseMtx& TSparseMtx::Assign(std::int32_t rows, std::int32_t cols, std::span<const std::int32_t> ap,
+                               std::span<const std::int32_t> ai, std::span<const double> values) {
+  CheckCompressed(rows, cols, ap, ai, values);
+  SetShape(rows, cols, false, static_cast<std::int32_t>(ai.size()));
+  std::copy(ap.begin(), ap.end(), fAp.begin());
+  std::copy(ai.begin(), ai.end(), fAi.begin());
+  std::copy(values.begin(), values.end(), fValues);
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::Assign(std::int32_t rows, std::int32_t cols, std::span<const std::int32_t> ap,
+                               std::span<const std::int32_t> ai, std::span<const TCplx> values) {
+  CheckCompressed(rows, cols, ap, ai, values);
+  SetShape(rows, cols, true, static_cast<std::int32_t>(ai.size()));
+  std::copy(ap.begin(), ap.end(), fAp.begin());
+  std::copy(ai.begin(), ai.end(), fAi.begin());
+  std::copy(values.begin(), values.end(), PCValues1D(0));
+  return *this;
+}
+
+bool TSparseMtx::Equal(const TSparseMtx& b) const { return Equal(b, 0.0); }
+
+bool TSparseMtx::Equal(const TSparseMtx& b, double tolerance) const {
+  if (static_cast<std::int64_t>(fAp.size()) - 1 != fCols) ERaise("Length(ap)-1 <> FCols");
+  if (fRows != b.fRows || fCols != b.fCols || fComplex != b.fComplex || fLength != b.fLength) return false;
+  if (fAp != b.fAp || fAi != b.fAi) return false;
+  auto x = Values(), y = b.Values();
+  for (std::size_t k = 0; k < x.size(); ++k)
+    if (!(std::fabs(x[k] - y[k]) <= tolerance)) return false;
+  return true;
+}
+
+// --- triplets to compressed columns ------------------------------------------------------------------
+
+template <class T>
+void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
+                                   std::span<const std::int32_t> column, const T* values, double zeroThreshold) {
+  if (rowCount <= 0 || colCount <= 0) ERaise("(RowCount <= 0) or (ColCount <= 0)");
+  if (row.size() != column.size()) ERaise("(Length(Row) <> Length(Column))");
+  if (row.empty()) ERaise("Length(Row) <= 0");
+  const std::int64_t n = static_cast<std::int64_t>(row.size());
+  if (n > 0x7FFFFFFF) ERaise("Length(Row) > MaxInt");
+  const bool keepAll = fDontStripZeros;
+
+  // Pass 1: validate and count the kept triplets of each row. Nothing is written before it ends.
+  std::vector<std::int32_t> rowPtr(static_cast<std::size_t>(rowCount) + 1, 0);
+  for (std::int64_t t = 0; t < n; ++t) {
+    const std::int32_t r = row[t], c = column[t];
+    if (r < 0 || r >= rowCount || c < 0 || c >= colCount) ERaise("Invalid triplet!");
+    if (keepAll || r == c || SpMag(values[t]) > zeroThreshold) ++rowPtr[r + 1];
+  }
+  for (std::int32_t i = 0; i < rowCount; ++i) rowPtr[i + 1] += rowPtr[i];
+  const std::int32_t kept = rowPtr[rowCount];
+
+  // Pass 2: lay the kept triplets out row by row, input order within a row.
+  // Every slot is written before it is read: no zero-filling of the two largest arrays.
+  auto tCol = std::make_unique_for_overwrite<std::int32_t[]>(static_cast<std::size_t>(kept));
+  auto tVal = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(kept));
+  {
+    std::vector<std::int32_t> next(rowPtr.begin(), rowPtr.end() - 1);
+    for (std::int64_t t = 0; t < n; ++t) {
+      const std::int32_t r = row[t], c = column[t];
+      const bool above = SpMag(values[t]) > zeroThreshold;
+      if (!(keepAll || r == c || above)) continue;
+      const std::int32_t p = next[r]++;
+      tCol[p] = c;
+      tVal[p] = (above || keepAll) ? values[t] : T{};
+    }
+  }
+
+  // Sum duplicates within each row: a marker at or past the row's start means "claimed here".
+  std::vector<std::int32_t> marker(static_cast<std::size_t>(std::max(rowCount, colCount)), -1);
+  std::vector<std::int32_t> colCount1(static_cast<std::size_t>(colCount) + 1, 0);
+  std::int32_t out = 0;
+  for (std::int32_t i = 0; i < rowCount; ++i) {
+    const std::int32_t start = out;
+    for (std::int32_t p = rowPtr[i]; p < rowPtr[i + 1]; ++p) {
+      const std::int32_t c = tCol[p];
+      if (marker[c] >= start) {
+        SpAcc(tVal[marker[c]], tVal[p]);
+      } else {
+        marker[c] = out;
+        tCol[out] = c;
+        tVal[out] = tVal[p];
+        ++colCount1[c + 1];
+        ++out;
+      }
+    }
+    rowPtr[i] = start;
+  }
+  rowPtr[rowCount] = out;
+
+  // Scatter into columns in ascending row order.
+  SetShape(rowCount, colCount, std::is_same_v<T, TCplx>, out);
+  for (std::int32_t j = 0; j < colCount; ++j) colCount1[j + 1] += colCount1[j];
+  std::copy(colCount1.begin(), colCount1.end(), fAp.begin());
+  T* v = detail::Ptr<T>(*this);
+  for (std::int32_t i = 0; i < rowCount; ++i) {
+    for (std::int32_t p = rowPtr[i]; p < rowPtr[i + 1]; ++p) {
+      const std::int32_t q = colCount1[tCol[p]]++;
+      fAi[q] = i;
+      v[q] = tVal[p];
+    }
+  }
+}
+
+TSparseMtx& TSparseMtx::TripletsToSparse(std::int32_t rowCount, std::int32_t colCount,
+                                         std::span<const std::int32_t> row, std::span<const std::int32_t> column,
+                                         std::span<const double> values, double zeroThreshold) {
+  if (values.size() < row.size() && row.size() == column.size() && rowCount > 0 && colCount > 0)
+    ERaise("Length(Values) < Length(Row)");
+  BuildFromTriplets(rowCount, colCount, row, column, values.data(), zeroThreshold);
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::TripletsToSparse(std::int32_t rowCount, std::int32_t colCount,
+                                         std::span<const std::int32_t> row, std::span<const std::int32_t> column,
+                                         std::span<const TCplx> values, double zeroThreshold) {
+  if (values.size() < row.size() && row.size() == column.size() && rowCount > 0 && colCount > 0)
+    ERaise("Length(Values) < Length(Row)");
+  BuildFromTriplets(rowCount, colCount, row, column, values.data(), zeroThreshold);
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, const TMtx& triplets,
+                                         double zeroThreshold) {
+  if (triplets.Rows() != 3) ERaise("Triplets.Rows <> 3");
+  const std::int32_t n = triplets.Cols();
+  TIntegerArray r(static_cast<std::size_t>(n)), c(static_cast<std::size_t>(n));
+  if (triplets.Complex()) {
+    const TCplx* p = triplets.PCValues1D(0);
+    TCplxArray v(p + 2 * std::int64_t{n}, p + 3 * std::int64_t{n});
+    for (std::int32_t k = 0; k < n; ++k) {
+      r[k] = static_cast<std::int32_t>(p[k].Re);
+      c[k] = static_cast<std::int32_t>(p[n + k].Re);
+    }
+    return TripletsToSparse(rowCount, colCount, r, c, v, zeroThreshold);
+  }
+  const double* p = triplets.PValues1D(0);
+  for (std::int32_t k = 0; k < n; ++k) {
+    r[k] = static_cast<std::int32_t>(p[k]);
+    c[k] = static_cast<std::int32_t>(p[n + k]);
+  }
+  return TripletsToSparse(rowCount, colCount, r, c, std::span<const double>(p + 2 * std::int64_t{n}, n), zeroThreshold);
+}
+
+void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TDoubleArray& values) const {
+  RequireFlushed();
+  if (fComplex) ERaise("Complex = True");
+  row.assign(fAi.begin(), fAi.end());
+  column.resize(fAi.size());
+  for (std::int32_t j = 0; j < fCols; ++j) std::fill(column.begin() + fAp[j], column.begin() + fAp[j + 1], j);
+  values.assign(fValues, fValues + fLength);
+}
+
+void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TCplxArray& values) const {
+  RequireFlushed();
+  if (!fComplex) ERaise("Not complex!");
+  row.assign(fAi.begin(), fAi.end());
+  column.resize(fAi.size());
+  for (std::int32_t j = 0; j < fCols; ++j) std::fill(column.begin() + fAp[j], column.begin() + fAp[j + 1], j);
+  values.assign(PCValues1D(0), PCValues1D(0) + fLength);
+}
+
+void TSparseMtx::SparseToTriplets(TMtx& triplets, bool splitComplex) const {
+  RequireFlushed();
+  const std::int32_t n = fLength;
+  const bool cplxOut = fComplex && !splitComplex;
+  triplets.Size(fComplex && splitComplex ? 4 : 3, n, cplxOut);
+  for (std::int32_t j = 0; j < fCols; ++j) {
+    for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) {
+      if (cplxOut) {
+        TCplx* t = triplets.PCValues1D(0);
+        t[k] = {double(fAi[k]), 0.0};
+        t[n + k] = {double(j), 0.0};
+        t[2 * n + k] = PCValues1D(0)[k];
+      } else {
+        double* t = triplets.PValues1D(0);
+        t[k] = fAi[k];
+        t[n + k] = j;
+        if (fComplex) {
+          t[2 * n + k] = PCValues1D(0)[k].Re;
+          t[3 * n + k] = PCValues1D(0)[k].Im;
+        } else {
+          t[2 * n + k] = fValues[k];
+        }
+      }
+    }
+  }
+}
+
+// --- element writes and reads ----------------------------------------------------------------------------
+
+void TSparseMtx::SetValue(std::int32_t aRow, std::int32_t aCol, double value) {
+  if (fComplex) ERaise("Complex = True");
+  AppendPending(aRow, aCol, value, 0.0);
+}
+
+void TSparseMtx::SetMtxCValue(std::int32_t aRow, std::int32_t aCol, const TCplx& value) {
+  if (!fComplex) ERaise("not Complex");
+  AppendPending(aRow, aCol, value.Re, value.Im);
+}
+
+void TSparseMtx::AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im) {
+  if (static_cast<std::size_t>(fPendingCount) == fPendRow.size()) {
+    const std::size_t grown = std::max<std::size_t>(2 * static_cast<std::size_t>(fPendingCount), 1024);
+    fPendRow.resize(grown);
+    fPendCol.resize(grown);
+    fPendRe.resize(grown);
+  }
+  if (fComplex && fPendIm.size() < fPendRow.size()) fPendIm.resize(fPendRow.size());
+  fPendRow[fPendingCount] = aRow;
+  fPendCol[fPendingCount] = aCol;
+  fPendRe[fPendingCount] = re;
+  if (fComplex) fPendIm[fPendingCount] = im;
+  ++fPendingCount;
+  fPendRows = std::max(fPendRows, aRow + 1);
+  fPendCols = std::max(fPendCols, aCol + 1);
+}
+
+TSparseMtx& TSparseMtx::TripletsToSparseAndFlush() {
+  const std::span<const std::int32_t> r(fPendRow.data(), fPendingCount), c(fPendCol.data(), fPendingCount);
+  if (fComplex) {
+    // Writes made while the matrix was real carry no imaginary part.
+    if (fPendIm.size() < static_cast<std::size_t>(fPendingCount)) fPendIm.resize(static_cast<std::size_t>(fPendingCount), 0.0);
+    TCplxArray v(static_cast<std::size_t>(fPendingCount));
+    for (std::int32_t k = 0; k < fPendingCount; ++k) v[k] = {fPendRe[k], fPendIm[k]};
+    BuildFromTriplets(fPendRows, fPendCols, r, c, v.data(), 0.0);
+  } else {
+    BuildFromTriplets(fPendRows, fPendCols, r, c, fPendRe.data(), 0.0);
+  }
+  fPendRow.clear();
+  fPendCol.clear();
+  fPendRe.clear();
+  fPendIm.clear();
+  fPendingCount = 0;
+  fPendRows = 0;
+  fPendCols = 0;
+  return *this;
+}
+
+void TSparseMtx::RequireFlushed() const {
+  if (fPendingCount > 0) ERaise("Call TripletsToSparseAndFlush first!");
+}
+
+namespace {
+/// Position of (row, col) in the storage, -1 when not stored or outside the matrix.
+std::int32_t Find(std::span<const std::int32_t> ap, std::span<const std::int32_t> ai, std::int32_t row,
+                  std::int32_t col) {
+  if (row < 0 || col < 0) return -1;
+  for (std::int32_t k = ap[col]; k < ap[col + 1]; ++k)
+    if (ai[k] == row) return k;
+  return -1;
+}
+}  // namespace
+
+double TSparseMtx::GetValue(std::int32_t aRow, std::int32_t aCol) const {
+  RequireFlushed();
+  if (aCol > fCols - 1) ERaise("ACol > (FCols-1)");
+  if (aRow > fRows - 1) ERaise("ARow > (FRows-1)");
+  if (fComplex) ERaise("Complex = True");
+  const std::int32_t k = Find(fAp, fAi, aRow, aCol);
+  return k < 0 ? 0.0 : fValues[k];
+}
+
+TCplx TSparseMtx::GetMtxCValue(std::int32_t aRow, std::int32_t aCol) const {
+  RequireFlushed();
+  if (aCol > fCols - 1) ERaise("ACol > (FCols-1)");
+  if (aRow > fRows - 1) ERaise("ARow > (FRows-1)");
+  if (!fComplex) ERaise("not Complex");
+  const std::int32_t k = Find(fAp, fAi, aRow, aCol);
+  return k < 0 ? TCplx{0.0, 0.0} : PCValues1D(0)[k];
+}
+
+// --- dense and banded conversions ----------------------------------------------------------------------------
+
+TSparseMtx& TSparseMtx::DenseToSparse(const TMtx& src, double zeroThreshold) {
+  const std::int32_t rows = src.Rows(), cols = src.Cols();
+  const std::int64_t n = std::int64_t{rows} * cols;
+  if (n > 0x7FFFFFFF) ERaise("Src too large");
+  TIntegerArray r(static_cast<std::size_t>(n)), c(static_cast<std::size_t>(n));
+  for (std::int32_t i = 0; i < rows; ++i)
+    for (std::int32_t j = 0; j < cols; ++j) {
+      r[std::int64_t{i} * cols + j] = i;
+      c[std::int64_t{i} * cols + j] = j;
+    }
+  detail::OnKind(src.Complex(), [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> v(static_cast<std::size_t>(n));
+    for (std::int32_t i = 0; i < rows; ++i)
+      for (std::int32_t j = 0; j < cols; ++j) v[std::int64_t{i} * cols + j] = detail::Ptr<T>(src, detail::At(src, i, j))[0];
+    BuildFromTriplets<T>(rows, cols, r, c, v.data(), zeroThreshold);
+  });
+  return *this;
+}
+
+void TSparseMtx::SparseToDense(TMtx& dst, std::int32_t maxElemCount) const {
+  RequireFlushed();
+  if (std::int64_t{fRows} * fCols > maxElemCount) ERaise("MaxElemCount reached!");
+  dst.Size(fRows, fCols, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* d = detail::Ptr<T>(dst);
+    std::fill(d, d + std::int64_t{fRows} * fCols, T{});
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) d[detail::At(dst, fAi[k], j)] = v[k];
+  });
+}
+
+TSparseMtx& TSparseMtx::BandedToSparse(const TMtx& src, double zeroThreshold) {
+  const std::int32_t ku = src.SuperDiag(), kl = src.SubDiag(), n = src.Cols();
+  if (ku < 0 || kl < 0 || src.Rows() != ku + kl + 1) ERaise("Src.Rows <> SuperDiag + SubDiag + 1");
+  TIntegerArray r, c;
+  detail::OnKind(src.Complex(), [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> v;
+    for (std::int32_t j = 0; j < n; ++j)
+      for (std::int32_t i = std::max(0, j - ku); i <= std::min(n - 1, j + kl); ++i) {
+        r.push_back(i);
+        c.push_back(j);
+        v.push_back(detail::Ptr<T>(src, detail::At(src, ku + i - j, j))[0]);
+      }
+    BuildFromTriplets<T>(n, n, r, c, v.data(), zeroThreshold);
+  });
+  return *this;
+}
+
+void TSparseMtx::SparseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
+  RequireFlushed();
+  std::int32_t ku = 0, kl = 0;
+  for (std::int32_t j = 0; j < fCols; ++j)
+    for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) {
+      ku = std::max(ku, j - fAi[k]);
+      kl = std::max(kl, fAi[k] - j);
+    }
+  if (std::int64_t{ku + kl} * fCols > maxElemCount) ERaise("(SuperDiag+SubDiag)*Cols > MaxElemCount");
+  dst.Size(ku + kl + 1, fCols, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* d = detail::Ptr<T>(dst);
+    std::fill(d, d + std::int64_t{ku + kl + 1} * fCols, T{});
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) d[detail::At(dst, ku + fAi[k] - j, j)] = v[k];
+  });
+  dst.SetSuperDiag(ku);
+  dst.SetSubDiag(kl);
+}
+
+/// Rebuilds Self from its own entries filtered by keep(i, j), mapped to (row, col) by place.
+template <class Keep>
+static void Rebuild(TSparseMtx& self, const TSparseMtx& a, std::int32_t rows, std::int32_t cols, double threshold,
+                    Keep keep) {
+  TIntegerArray r, c;
+  r.reserve(static_cast<std::size_t>(a.NonZeros()));
+  c.reserve(static_cast<std::size_t>(a.NonZeros()));
+  auto ap = a.Ap();
+  auto ai = a.Ai();
+  detail::OnKind(a.Complex(), [&](auto t) {
+    using T = decltype(t);
+    const T* v = detail::Ptr<T>(a);
+    std::vector<T> val;
+    val.reserve(static_cast<std::size_t>(a.NonZeros()));
+    for (std::int32_t j = 0; j < a.Cols(); ++j)
+      for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
+        std::int32_t i = ai[k], jj = j;
+        if (!keep(i, jj)) continue;
+        r.push_back(i);
+        c.push_back(jj);
+        val.push_back(v[k]);
+      }
+    if (r.empty()) {
+      // Keep the shape: an empty pattern is stored directly.
+      self.Assign(rows, cols, std::vector<std::int32_t>(static_cast<std::size_t>(cols) + 1, 0), {},
+                  std::span<const T>{});
+      return;
+    }
+    if constexpr (std::is_same_v<T, double>) {
+      self.TripletsToSparse(rows, cols, r, c, std::span<const double>(val), threshold);
+    } else {
+      self.TripletsToSparse(rows, cols, r, c, std::span<const TCplx>(val), threshold);
+    }
+  });
+}
+
+TSparseMtx& TSparseMtx::ZeroThresh(double threshold) {
+  RequireFlushed();
+  TSparseMtx copy;
+  copy.Copy(*this);
+  Rebuild(*this, copy, fRows, fCols, threshold, [](std::int32_t, std::int32_t) { return true; });
+  return *this;
+}
+
+// --- structure -----------------------------------------------------------------------------------------
+
+TSparseMtx& TSparseMtx::Transp(const TSparseMtx& a) {
+  a.RequireFlushed();
+  const std::int32_t rows = a.fRows, cols = a.fCols, nnz = a.fLength;
+  std::vector<std::int32_t> ap(static_cast<std::size_t>(rows) + 1, 0), ai(static_cast<std::size_t>(nnz));
+  for (std::int32_t k = 0; k < nnz; ++k) ++ap[a.fAi[k] + 1];
+  for (std::int32_t i = 0; i < rows; ++i) ap[i + 1] += ap[i];
+  detail::OnKind(a.fComplex, [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> v(static_cast<std::size_t>(nnz));
+    std::vector<std::int32_t> next(ap.begin(), ap.end() - 1);
+    const T* av = detail::Ptr<T>(a);
+    for (std::int32_t j = 0; j < cols; ++j)
+      for (std::int32_t k = a.fAp[j]; k < a.fAp[j + 1]; ++k) {
+        const std::int32_t q = next[a.fAi[k]]++;
+        ai[q] = j;
+        v[q] = av[k];
+      }
+    Assign(cols, rows, ap, ai, std::span<const T>(v));
+  });
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::Transp() { return Transp(*this); }
+
+void TSparseMtx::Diag(TVec& dst) const {
+  RequireFlushed();
+  const std::int32_t n = std::min(fRows, fCols);
+  dst.Size(n, fComplex);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    T* d = detail::Ptr<T>(dst);
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < n; ++j) {
+      const std::int32_t k = Find(fAp, fAi, j, j);
+      d[j] = k < 0 ? T{} : v[k];
+    }
+  });
+}
+
+TSparseMtx& TSparseMtx::UpperTriangle(const TSparseMtx& a) {
+  a.RequireFlushed();
+  TSparseMtx copy;
+  copy.Copy(a);
+  Rebuild(*this, copy, a.fRows, a.fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return j >= i; });
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::LowerTriangle(const TSparseMtx& a) {
+  a.RequireFlushed();
+  TSparseMtx copy;
+  copy.Copy(a);
+  Rebuild(*this, copy, a.fRows, a.fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i >= j; });
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::StructurizeSymmetric() {
+  RequireFlushed();
+  if (fRows != fCols) ERaise("Rows <> Cols");
+  if (fLength == 0) return *this;
+  TIntegerArray r, c;
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> val;
+    const T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j)
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) {
+        r.insert(r.end(), {fAi[k], j});
+        c.insert(c.end(), {j, fAi[k]});
+        val.insert(val.end(), {v[k], T{}});
+      }
+    BuildFromTriplets<T>(fRows, fCols, r, c, val.data(), kKeepAll);
+  });
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::RandomSparse(std::int32_t rows, std::int32_t cols, std::int32_t nonZeroCount,
+                                     std::int32_t maxNonZeroCount, std::uint32_t seed) {
+  if (rows <= 0 || cols <= 0) ERaise("(RowCount <= 0) or (ColCount <= 0)");
+  if (nonZeroCount < 0) ERaise("NonZeroCount < 0");
+  if (nonZeroCount > maxNonZeroCount) ERaise("Random sparse: MaxNonZeroCount reached!");
+  std::mt19937 gen(seed);
+  std::uniform_int_distribution<std::int32_t> ri(0, rows - 1), ci(0, cols - 1);
+  std::uniform_real_distribution<double> value(-1.0, 1.0);
+  const std::int32_t diag = std::min({rows, cols, nonZeroCount});
+  TIntegerArray r, c;
+  TDoubleArray v;
+  for (std::int32_t i = 0; i < diag; ++i) {
+    r.push_back(i);
+    c.push_back(i);
+    v.push_back(value(gen));
+  }
+  for (std::int32_t k = diag; k < nonZeroCount; ++k) {
+    r.push_back(ri(gen));
+    c.push_back(ci(gen));
+    v.push_back(value(gen));
+  }
+  if (r.empty()) {
+    r.push_back(0);
+    c.push_back(0);
+    v.push_back(0.0);
+  }
+  BuildFromTriplets<double>(rows, cols, r, c, v.data(), kKeepAll);
+  return *this;
+}
+
+void TSparseMtx::Split(TSparseMtx& lower, TVec& diag, TSparseMtx& upper) const {
+  RequireFlushed();
+  TSparseMtx copy;
+  copy.Copy(*this);
+  copy.Diag(diag);
+  Rebuild(lower, copy, fRows, fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i > j; });
+  Rebuild(upper, copy, fRows, fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i < j; });
+}
+
+TSparseMtx& TSparseMtx::AddSplit(const TSparseMtx& lower, const TVec& diag, const TSparseMtx& upper) {
+  if (lower.fRows != upper.fRows || lower.fCols != upper.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
+  if (diag.Length() != std::min(lower.fRows, lower.fCols)) ERaise("Diag.Length <> Min(Rows, Cols)");
+  TSparseMtx d;
+  detail::OnKind(diag.Complex(), [&](auto t) {
+    using T = decltype(t);
+    const std::int32_t n = diag.Length();
+    std::vector<std::int32_t> ap(static_cast<std::size_t>(lower.fCols) + 1, n), ai(static_cast<std::size_t>(n));
+    for (std::int32_t j = 0; j <= n; ++j) ap[j] = j;
+    for (std::int32_t j = 0; j < n; ++j) ai[j] = j;
+    d.Assign(lower.fRows, lower.fCols, ap, ai, std::span<const T>(detail::Ptr<T>(diag), n));
+  });
+  TSparseMtx sum;
+  sum.Add(lower, d);
+  Add(sum, upper);
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::DivideElem(const TSparseMtx& b) {
+  RequireFlushed();
+  b.RequireFlushed();
+  if (fRows != b.fRows || fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
+  if (b.fComplex && !fComplex) set_Complex(true);
+  detail::OnKind(fComplex, [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> col(static_cast<std::size_t>(fRows), T{});
+    T* v = detail::Ptr<T>(*this);
+    for (std::int32_t j = 0; j < fCols; ++j) {
+      for (std::int32_t k = b.fAp[j]; k < b.fAp[j + 1]; ++k) {
+        if constexpr (std::is_same_v<T, TCplx>) {
+          col[b.fAi[k]] = b.fComplex ? b.PCValues1D(0)[k] : TCplx{b.fValues[k], 0.0};
+        } else {
+          col[b.fAi[k]] = b.fValues[k];
+        }
+      }
+      for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) {
+        const T d = col[fAi[k]];
+        if constexpr (std::is_same_v<T, TCplx>) {
+          const double den = d.Re * d.Re + d.Im * d.Im;
+          const TCplx x = v[k];
+          v[k] = {(x.Re * d.Re + x.Im * d.Im) / den, (x.Im * d.Re - x.Re * d.Im) / den};
+        } else {
+          v[k] /= d;
+        }
+      }
+      for (std::int32_t k = b.fAp[j]; k < b.fAp[j + 1]; ++k) col[b.fAi[k]] = T{};
+    }
+  });
+  return *this;
+}
+
+TSparseMtx& TSparseMtx::PixelDownSample(const TSparseMtx& a, std::int32_t factor) {
+  a.RequireFlushed();
+  if (factor <= 0) ERaise("Factor <= 0");
+  const std::int32_t rows = (a.fRows + factor - 1) / factor, cols = (a.fCols + factor - 1) / factor;
+  TSparseMtx copy;
+  copy.Copy(a);
+  TIntegerArray r, c;
+  detail::OnKind(a.fComplex, [&](auto t) {
+    using T = decltype(t);
+    std::vector<T> val;
+    const T* v = detail::Ptr<T>(copy);
+    for (std::int32_t j = 0; j < copy.fCols; ++j)
+      for (std::int32_t k = copy.fAp[j]; k < copy.fAp[j + 1]; ++k) {
+        r.push_back(copy.fAi[k] / factor);
+        c.push_back(j / factor);
+        val.push_back(v[k]);
+      }
+    if (r.empty()) {
+      Assign(rows, cols, std::vector<std::int32_t>(static_cast<std::size_t>(cols) + 1, 0), {}, std::span<const T>{});
+      return;
+    }
+    BuildFromTriplets<T>(rows, cols, r, c, val.data(), kKeepAll);
+  });
+  return *this;
+}
+
+// --- reductions ----------------------------------------------------------------------------------------------
+
+double TSparseMtx::Max() const {
+  if (fComplex) ERaise("Complex = True");
+  double m = 0.0;
+  for (double x : Values()) m = std::max(m, x);
+  return m;
+}
+
+double TSparseMtx::Min() const {
+  if (fComplex) ERaise("Complex = True");
+  double m = 0.0;
+  for (double x : Values()) m = std::min(m, x);
+  return m;
+}
+
+double TSparseMtx::Mean() const {
+  if (fComplex) ERaise("Complex = True");
+  double s = 0.0;
+  for (double x : Values()) s += x;
+  return s / (double(fRows) * fCols);
+}
+
+double TSparseMtx::RMS() const {
+  double s = 0.0;
+  for (double x : Values()) s += x * x;
+  return std::sqrt(s / (double(fRows) * fCols));
+}
+
+TCplx TSparseMtx::Maxc() const {
+  if (!fComplex) ERaise("Complex = False");
+  TCplx m{0.0, 0.0};
+  for (const TCplx& z : CValues())
+    if (detail::SpMag2(z) > detail::SpMag2(m)) m = z;
+  return m;
+}
+
+TCplx TSparseMtx::Minc() const {
+  if (!fComplex) ERaise("Complex = False");
+  // The implicit zeros take part only when there are any.
+  TCplx m{0.0, 0.0};
+  if (std::int64_t{fLength} < std::int64_t{fRows} * fCols || fLength == 0) return m;
+  m = CValues()[0];
+  for (const TCplx& z : CValues())
+    if (detail::SpMag2(z) < detail::SpMag2(m)) m = z;
+  return m;
+}
+
+TCplx TSparseMtx::Meanc() const {
+  if (!fComplex) ERaise("Complex = False");
+  TCplx s{0.0, 0.0};
+  for (const TCplx& z : CValues()) SpAcc(s, z);
+  const double n = double(fRows) * fCols;
+  return {s.Re / n, s.Im / n};
+}
+
+}  // namespace quorel

@@ -1,0 +1,154 @@
+#include <filesystem>
+#include <fstream>
+
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+TStringList Lines(std::initializer_list<const char*> l) { return TStringList(l.begin(), l.end()); }
+
+TEST(MatrixMarketRead, EveryWellFormedFileReads) {
+  // name, rows, cols, stored entries after expansion and summing, complex
+  struct Case {
+    const char* name;
+    int rows, cols, nnz;
+    bool complex;
+  };
+  const Case cases[] = {{"1c.mtx", 1, 1, 1, true},        {"two.mtx", 2, 2, 1, false},
+                        {"one.mtx", 2, 2, 2, false},       {"onec.mtx", 2, 2, 2, true},
+                        {"c.mtx", 3, 3, 7, true},          {"cha.mtx", 3, 3, 9, true},
+                        {"rza.mtx", 3, 3, 6, false},       {"fullrsa.mtx", 2, 2, 4, false},
+                        {"fullcsa.mtx", 2, 2, 4, true},    {"fullrza.mtx", 2, 2, 2, false},
+                        {"west0067.mtx", 67, 67, -1, false}, {"young1c.mtx", 841, 841, -1, true},
+                        {"lp_e226.mtx", 223, 472, -1, false}, {"arrow.mtx", -1, -1, -1, false},
+                        {"arrowc.mtx", -1, -1, -1, true}};
+  for (const auto& c : cases) {
+    TSparseMtx a;
+    ASSERT_NO_THROW(a.LoadFromMatrixMarketFile(MatrixFile(c.name))) << c.name;
+    if (c.rows >= 0) EXPECT_EQ(a.Rows(), c.rows) << c.name;
+    if (c.cols >= 0) EXPECT_EQ(a.Cols(), c.cols) << c.name;
+    if (c.nnz >= 0) EXPECT_EQ(a.NonZeros(), c.nnz) << c.name;
+    EXPECT_EQ(a.Complex(), c.complex) << c.name;
+  }
+  // The remaining files, whatever their kind, read without error or fail with a located message.
+  for (const auto& e : std::filesystem::directory_iterator(std::string(QUOREL_TEST_DATA_DIR) + "/matrices")) {
+    TSparseMtx a;
+    try {
+      a.LoadFromMatrixMarketFile(e.path().string());
+    } catch (const EQuorelException& ex) {
+      const std::string msg = ex.what();
+      const bool located = msg.rfind(e.path().string() + "(", 0) == 0;
+      const bool specified = msg == "not (Strings.Count > 1)" || msg == "(RowCount <= 0) or (ColCount <= 0)";
+      EXPECT_TRUE(located || specified) << msg;
+    }
+  }
+}
+
+TEST(MatrixMarketRead, SymmetryExpansion) {
+  TSparseMtx a;
+  // The skew-symmetric kind mirrors without flipping the sign.
+  a.StringsToValues(Lines({"%%MatrixMarket matrix coordinate real skew-symmetric", "2 2 1", "2 1 5"}), spfMatrixMarket);
+  EXPECT_EQ(a.GetValue(1, 0), 5.0);
+  EXPECT_EQ(a.GetValue(0, 1), 5.0);
+
+  TSparseMtx h;
+  h.LoadFromMatrixMarketFile(MatrixFile("c.mtx"));
+  EXPECT_EQ(h.GetMtxCValue(2, 0), (TCplx{2, -1}));
+  EXPECT_EQ(h.GetMtxCValue(0, 2), (TCplx{2, 1}));
+  EXPECT_EQ(h.GetMtxCValue(2, 2), (TCplx{42, 0}));
+
+  // A packed symmetric array lists the lower triangle column by column.
+  TSparseMtx s;
+  s.LoadFromMatrixMarketFile(MatrixFile("fullrsa.mtx"));
+  EXPECT_EQ(s.GetValue(0, 0), 1.3);
+  EXPECT_EQ(s.GetValue(1, 0), 3.4);
+  EXPECT_EQ(s.GetValue(0, 1), 3.4);
+  EXPECT_EQ(s.GetValue(1, 1), 7.7);
+
+  TSparseMtx p;
+  p.StringsToValues(Lines({"%%MatrixMarket matrix coordinate pattern symmetric", "% a", "%b", "3 3 2", "1 1", "3 2"}),
+                    spfMatrixMarket);
+  EXPECT_EQ(p.GetValue(1, 2), 1.0);
+  EXPECT_EQ(p.GetValue(2, 1), 1.0);
+  EXPECT_EQ(p.Caption(), "% a\r\n%b\r\n");
+}
+
+TEST(MatrixMarketRead, SpecifiedRefusals) {
+  TSparseMtx a;
+  for (const char* f : {"mangle1.mtx", "mangle2.mtx", "mangle3.mtx", "mangle4.mtx"})
+    EXPECT_RAISES(a.LoadFromMatrixMarketFile(MatrixFile(f)), "not (Strings.Count > 1)");
+  EXPECT_RAISES(a.StringsToValues(Lines({"%%Matrix coordinate real general", "1 1 1"}), spfMatrixMarket),
+                "Strings not in MatrixMarket format!");
+  EXPECT_RAISES(a.StringsToValues(Lines({"%%MatrixMarket junk coordinate real general", "1 1 1"}), spfMatrixMarket),
+                "Matrix object required!");
+  EXPECT_RAISES(a.LoadFromMatrixMarketFile("/nonexistent/x.mtx"), "File /nonexistent/x.mtx does not exist!");
+  EXPECT_RAISES(a.StringsToValues(Lines({"a", "b"}), TSparseFormat(7)), "Format must be HarwellBoeing or MatrixMarket!");
+  EXPECT_RAISES(a.LoadFromMatrixMarketFile(MatrixFile("a0.mtx")), "(RowCount <= 0) or (ColCount <= 0)");
+  EXPECT_RAISES(a.LoadFromMatrixMarketFile(MatrixFile("3by0.mtx")), "(RowCount <= 0) or (ColCount <= 0)");
+}
+
+TEST(MatrixMarketRead, MalformedInputNamesFileAndLineAndLeavesMatrixAlone) {
+  TSparseMtx a;
+  a.LoadFromMatrixMarketFile(MatrixFile("two.mtx"));
+  const std::string s32 = MatrixFile("s32.mtx");
+  EXPECT_RAISES(a.LoadFromMatrixMarketFile(s32), s32 + "(10): row index outside 1..3");
+  const std::string crud = MatrixFile("fullcrud.mtx");
+  EXPECT_RAISES(a.LoadFromMatrixMarketFile(crud), crud + "(6): expected 4 entries, found 3");
+  const char* banner = "%%MatrixMarket matrix coordinate real general";
+  EXPECT_RAISES(a.StringsToValues(Lines({banner, "2 2 1", "1 x 3"}), spfMatrixMarket), "Strings(3): 'x' is not a number");
+  EXPECT_RAISES(a.StringsToValues(Lines({banner, "2 2 1", "1 1"}), spfMatrixMarket),
+                "Strings(3): expected 3 numbers, found 2");
+  EXPECT_RAISES(a.StringsToValues(Lines({banner, "2 -2 1", "1 1 1"}), spfMatrixMarket),
+                "Strings(2): Cols must be a non-negative integer");
+  EXPECT_RAISES(a.StringsToValues(Lines({banner, "2 2 1", "1 1 1", "2 2 2"}), spfMatrixMarket),
+                "Strings(4): more entries than the size line announces");
+  EXPECT_RAISES(a.StringsToValues(Lines({"%%MatrixMarket matrix coordinate real hermitian", "2 3 1", "1 1 1"}),
+                                  spfMatrixMarket),
+                "Strings(2): a symmetric matrix must be square");
+  EXPECT_RAISES(a.StringsToValues(Lines({"%%MatrixMarket matrix coordinate real junk", "1 1 1", "1 1 1"}),
+                                  spfMatrixMarket),
+                "Strings(1): symmetry must be general, symmetric, skew-symmetric or hermitian");
+  // A huge announced count with no lines behind it is refused, not allocated.
+  EXPECT_RAISES(a.StringsToValues(Lines({banner, "2000000000 2000000000 2000000000", "1 1 1"}), spfMatrixMarket),
+                "Strings(3): expected 2000000000 entries, found 1");
+  EXPECT_EQ(a.Rows(), 2);
+  EXPECT_EQ(a.GetValue(0, 0), 3.0);
+}
+
+TEST(MatrixMarketWrite, TextAndFileReadBack) {
+  TSparseMtx id;
+  id.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
+  TStringList text;
+  id.ValuesToStrings(text, spfMatrixMarket);
+  ASSERT_EQ(text.size(), 6u);
+  EXPECT_EQ(text[0], "%%MatrixMarket matrix coordinate real general ");
+  EXPECT_EQ(text[1], "%Created with Quorel version 2.00");
+  EXPECT_EQ(text[2].rfind("%Date: ", 0), 0u);
+  EXPECT_EQ(text[3], "2 2 2");
+  EXPECT_EQ(text[4], "1  1  1");
+  TSparseMtx back;
+  back.StringsToValues(text, spfMatrixMarket);
+  EXPECT_TRUE(back.Equal(id));
+
+  const std::string file = (std::filesystem::temp_directory_path() / "quorel_sparse_write.mtx").string();
+  for (const char* name : {"young1c.mtx", "west0067.mtx", "rza.mtx"}) {
+    TSparseMtx a, b;
+    a.LoadFromMatrixMarketFile(MatrixFile(name));
+    a.SaveToMatrixMarketFile(file);
+    b.LoadFromMatrixMarketFile(file);
+    EXPECT_TRUE(b.Equal(a)) << name;
+  }
+  std::filesystem::remove(file);
+
+  // The Harwell-Boeing entry points stay placeholders.
+  id.SaveToHarwellBoeingFile(file);
+  EXPECT_EQ(std::filesystem::file_size(file), 0u);
+  id.LoadFromHarwellBoeingFile(file);
+  EXPECT_EQ(id.NonZeros(), 2);
+  std::filesystem::remove(file);
+  EXPECT_RAISES(id.LoadFromHarwellBoeingFile(file), "File " + file + " does not exist!");
+}
+
+}  // namespace
+}  // namespace quorel::test

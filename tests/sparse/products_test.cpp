@@ -1,0 +1,154 @@
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+using Dn = std::vector<std::vector<TCplx>>;
+
+Dn DenseMul(const Dn& a, const Dn& b) {
+  Dn c(a.size(), std::vector<TCplx>(b[0].size(), TCplx{0, 0}));
+  for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t k = 0; k < b.size(); ++k)
+      for (std::size_t j = 0; j < b[0].size(); ++j) {
+        c[i][j].Re += a[i][k].Re * b[k][j].Re - a[i][k].Im * b[k][j].Im;
+        c[i][j].Im += a[i][k].Re * b[k][j].Im + a[i][k].Im * b[k][j].Re;
+      }
+  return c;
+}
+
+void ExpectNear(const Dn& a, const Dn& b) {
+  ASSERT_EQ(a.size(), b.size());
+  for (std::size_t i = 0; i < a.size(); ++i)
+    for (std::size_t j = 0; j < a[i].size(); ++j) EXPECT_TRUE(Near(a[i][j], b[i][j], 1e-12)) << i << "," << j;
+}
+
+TEST(SparseProducts, MulMatchesDenseForEveryMixOfRealAndComplex) {
+  for (bool cb : {false, true})
+    for (bool cc : {false, true}) {
+      TSparseMtx b, c, p;
+      RandomPattern(b, 9, 7, 0.3, cb, 1);
+      RandomPattern(c, 7, 6, 0.3, cc, 2);
+      p.Mul(b, c);
+      EXPECT_EQ(p.Complex(), cb || cc);
+      EXPECT_EQ(p.Rows(), 9);
+      EXPECT_EQ(p.Cols(), 6);
+      ExpectNear(Dense(p), DenseMul(Dense(b), Dense(c)));
+    }
+}
+
+TEST(SparseProducts, MulKeepsRowsInOrderOfFirstAppearanceAndAliasesSafely) {
+  // Column 0 of C picks column 0 of B (row 3) then column 1 of B (row 1).
+  TSparseMtx b, c, p;
+  b.TripletsToSparse(4, 2, TIntegerArray{3, 1}, TIntegerArray{0, 1}, TDoubleArray{2, 5});
+  c.TripletsToSparse(2, 1, TIntegerArray{0, 1}, TIntegerArray{0, 0}, TDoubleArray{1, 1});
+  p.Mul(b, c);
+  EXPECT_THAT(std::vector<int>(p.Ai().begin(), p.Ai().end()), ::testing::ElementsAre(3, 1));
+
+  TSparseMtx a, expected;
+  RandomPattern(a, 6, 6, 0.4, false, 5);
+  expected.Mul(a, a);
+  a.Mul(a, a);
+  EXPECT_TRUE(a.Equal(expected));
+  EXPECT_RAISES(p.Mul(c, c), "B.Rows <> C.Cols");
+}
+
+TEST(SparseProducts, GrowthIsBoundedByMaxNonZeroCount) {
+  TSparseMtx b, c, p;
+  RandomPattern(b, 30, 30, 0.2, false, 8);
+  RandomPattern(c, 30, 30, 0.2, false, 9);
+  p.Mul(b, c);
+  const int full = p.NonZeros();
+  ASSERT_GT(full, b.NonZeros() + c.NonZeros());  // the output had to grow
+  EXPECT_RAISES(p.Mul(b, c, b.NonZeros() + c.NonZeros()), "Sparse matrix multiply: MaxNonZeroCount reached!");
+  EXPECT_EQ(p.NonZeros(), full);  // unchanged by the refusal
+  TSparseMtx q;
+  q.Mul(b, c, 4 * (b.NonZeros() + c.NonZeros()));
+  EXPECT_TRUE(q.Equal(p));
+}
+
+TEST(SparseProducts, AddAndSubMergeColumns) {
+  TSparseMtx a, b, s, d;
+  RandomPattern(a, 8, 5, 0.3, false, 31);
+  RandomPattern(b, 8, 5, 0.3, true, 32);
+  s.Add(a, b);
+  d.Sub(a, b);
+  auto da = Dense(a), db = Dense(b), ds = Dense(s), dd = Dense(d);
+  for (int i = 0; i < 8; ++i)
+    for (int j = 0; j < 5; ++j) {
+      EXPECT_TRUE(Near(ds[i][j], {da[i][j].Re + db[i][j].Re, da[i][j].Im + db[i][j].Im}, 1e-15));
+      EXPECT_TRUE(Near(dd[i][j], {da[i][j].Re - db[i][j].Re, da[i][j].Im - db[i][j].Im}, 1e-15));
+    }
+  TSparseMtx wrong;
+  RandomPattern(wrong, 5, 8, 0.3, false, 33);
+  EXPECT_RAISES(s.Add(a, wrong), "(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
+  TSparseMtx big1, big2;
+  RandomPattern(big1, 40, 40, 0.2, false, 34);
+  RandomPattern(big2, 40, 40, 0.2, false, 35);
+  EXPECT_RAISES(s.Add(big1, big2, 10), "Sparse matrix add: MaxNonZeroCount reached!");
+}
+
+TEST(SparseProducts, DenseOperands) {
+  for (bool complex : {false, true}) {
+    TSparseMtx a;
+    RandomPattern(a, 6, 4, 0.5, complex, 41);
+    const Dn da = Dense(a);
+    TVec x;
+    x.Size(4, complex);
+    for (int k = 0; k < (complex ? 8 : 4); ++k) x.PValues1D(0)[k] = 0.5 * k - 1;
+    Dn xd(4, std::vector<TCplx>(1));
+    for (int k = 0; k < 4; ++k) xd[k][0] = complex ? x.CValues()[k] : TCplx{x[k], 0};
+    const Dn y = DenseMul(da, xd);
+    a.MulRight(x);
+    ASSERT_EQ(x.Length(), 6);
+    for (int i = 0; i < 6; ++i) EXPECT_TRUE(Near(complex ? x.CValues()[i] : TCplx{x[i], 0}, y[i][0], 1e-14));
+
+    // Row vector from the left: x' A.
+    Dn row(1, std::vector<TCplx>(6));
+    for (int i = 0; i < 6; ++i) row[0][i] = complex ? x.CValues()[i] : TCplx{x[i], 0};
+    const Dn z = DenseMul(row, da);
+    a.MulLeft(x);
+    ASSERT_EQ(x.Length(), 4);
+    for (int j = 0; j < 4; ++j) EXPECT_TRUE(Near(complex ? x.CValues()[j] : TCplx{x[j], 0}, z[0][j], 1e-14));
+
+    TMtx m;
+    m.Size(4, 3, complex);
+    for (int k = 0; k < (complex ? 24 : 12); ++k) m.PValues1D(0)[k] = std::sin(k + 1.0);
+    Dn md(4, std::vector<TCplx>(3));
+    for (int i = 0; i < 4; ++i)
+      for (int j = 0; j < 3; ++j) md[i][j] = complex ? m.CValues(i, j) : TCplx{m.Values(i, j), 0};
+    const Dn am = DenseMul(da, md);
+    a.MulRight(m);
+    ASSERT_EQ(m.Rows(), 6);
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 3; ++j) EXPECT_TRUE(Near(complex ? m.CValues(i, j) : TCplx{m.Values(i, j), 0}, am[i][j], 1e-14));
+    // (A M)' shaped back through MulLeft: rows of 3 x 6 times A.
+    TMtx mt;
+    mt.Transp(m);
+    a.MulLeft(mt);
+    EXPECT_EQ(mt.Rows(), 3);
+    EXPECT_EQ(mt.Cols(), 4);
+
+    TMtx d;
+    d.Size(6, 4, complex);
+    for (int k = 0; k < (complex ? 48 : 24); ++k) d.PValues1D(0)[k] = 1.0;
+    a.Add(d);
+    for (int i = 0; i < 6; ++i)
+      for (int j = 0; j < 4; ++j)
+        EXPECT_TRUE(Near(complex ? d.CValues(i, j) : TCplx{d.Values(i, j), 0},
+                         {da[i][j].Re + 1, da[i][j].Im + (complex ? 1 : 0)}, 1e-15));
+
+    TVec wrong;
+    wrong.Size(5, complex);
+    EXPECT_RAISES(a.MulRight(wrong), "x.Length <> FCols");
+    EXPECT_RAISES(a.MulLeft(wrong), "X.Length <> FRows");
+    wrong.Size(4, !complex);
+    EXPECT_RAISES(a.MulRight(wrong), "X.Complex <> Complex");
+    TMtx wm;
+    wm.Size(5, 2, complex);
+    EXPECT_RAISES(a.MulRight(wm), "Cols <> X.Rows");
+    EXPECT_RAISES(a.Add(wm), "fRows <> Y.Rows");
+  }
+}
+
+}  // namespace
+}  // namespace quorel::test

@@ -1,0 +1,240 @@
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+constexpr int kScaleIndex = 16;  // the library's row-scaling switch in Control
+
+double FrobeniusNorm(const TSparseMtx& a) {
+  double s = 0;
+  for (double x : a.Values()) s += x * x;
+  return std::sqrt(s);
+}
+
+double Norm2(const TVec& x) {
+  double s = 0;
+  for (double v : x.Values()) s += v * v;
+  return std::sqrt(s);
+}
+
+/// B := A * (1, 2, 3, ...), the right-hand side of a known solution.
+void KnownRhs(const TSparseMtx& a, TVec& b, TVec& xTrue) {
+  xTrue.Size(a.Cols(), a.Complex());
+  for (std::size_t k = 0; k < xTrue.Values().size(); ++k) xTrue.Values()[k] = 1.0 + 0.01 * double(k % 97);
+  b.Size(a.Cols(), a.Complex());
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  std::copy(xTrue.Values().begin(), xTrue.Values().end(), b.Values().begin());
+  a.MulRight(b);
+}
+
+double RelativeResidual(const TSparseMtx& a, const TVec& b, const TVec& x) {
+  return a.ResidualNorm(b, x) / (FrobeniusNorm(a) * Norm2(x));
+}
+
+TEST(SparseSolveUmfPack, RealAndComplexFilesSolveToRoundOff) {
+  for (const char* name : {"west0067.mtx", "young1c.mtx", "can___24.mtx", "cha.mtx", "arrowc.mtx"}) {
+    TSparseMtx a;
+    a.LoadFromMatrixMarketFile(MatrixFile(name));
+    a.SparseSolver = ssUmfPack;
+    TVec b, x, xTrue;
+    KnownRhs(a, b, xTrue);
+    a.Solve(b, x, mtGeneral);
+    EXPECT_LT(RelativeResidual(a, b, x), 1e-14) << name;
+    EXPECT_EQ(a.ErrorText(), "");
+  }
+}
+
+TEST(SparseSolveUmfPack, MatrixRightHandSidesAndAliasing) {
+  TSparseMtx a;
+  a.LoadFromMatrixMarketFile(MatrixFile("west0067.mtx"));
+  TMtx b, x;
+  b.Size(67, 3);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  for (int i = 0; i < 67; ++i)
+    for (int j = 0; j < 3; ++j) b.Values(i, j) = std::cos(i + 7.0 * j);
+  a.SolveUmfPack(b, x);
+  EXPECT_EQ(x.Rows(), 67);
+  EXPECT_EQ(x.Cols(), 3);
+  EXPECT_LT(a.ResidualNorm(b, x), 1e-10);
+
+  TVec v, w;
+  v.Size(67);
+  for (int i = 0; i < 67; ++i) v[i] = b.Values(i, 1);
+  a.SolveUmfPack(v, w);
+  a.SolveUmfPack(v, v);  // B and X the same vector
+  for (int i = 0; i < 67; ++i) EXPECT_DOUBLE_EQ(v[i], w[i]);
+  for (int i = 0; i < 67; ++i) EXPECT_DOUBLE_EQ(w[i], x.Values(i, 1));
+}
+
+TEST(SparseSolveUmfPack, FactorSystemsComposeToTheWholeSystem) {
+  TSparseMtx a;
+  a.LoadFromMatrixMarketFile(MatrixFile("young1c.mtx"));
+  a.UmfControl()[kScaleIndex] = 0;  // without row scaling P'L and UQ' multiply back to A
+  TVec b, x, y, z, xTrue;
+  KnownRhs(a, b, xTrue);
+  auto solve = [&](TSparseSystem s, const TVec& rhs, TVec& out) {
+    a.SparseSystem = s;
+    a.SolveUmfPack(rhs, out);
+  };
+  auto relErr = [&](const TVec& got) {
+    double e = 0, n = 0;
+    for (std::size_t k = 0; k < got.Values().size(); ++k) {
+      e += std::pow(got.Values()[k] - xTrue.Values()[k], 2);
+      n += std::pow(xTrue.Values()[k], 2);
+    }
+    return std::sqrt(e / n);
+  };
+  solve(spsPtL, b, y);
+  solve(spsUQT, y, z);
+  EXPECT_LT(relErr(z), 1e-10);
+
+  // A' x = b (conjugate transpose) as Q U' then L' P, and the plain transpose the same way.
+  TSparseMtx ah, at;
+  at.Transp(a);
+  ah.Transp(a);
+  for (auto& c : ah.CValues()) c.Im = -c.Im;
+  for (auto [whole, first, second, op] : {std::tuple{spsAT, spsQUT, spsLTP, &ah}, std::tuple{spsAat, spsQUaT, spsLaTP, &at}}) {
+    TVec bt;
+    bt.Size(xTrue.Length(), true);
+    std::copy(xTrue.Values().begin(), xTrue.Values().end(), bt.Values().begin());
+    op->MulRight(bt);
+    solve(whole, bt, z);
+    EXPECT_LT(relErr(z), 1e-10) << SparseSystemText(whole);
+    solve(first, bt, y);
+    solve(second, y, z);
+    EXPECT_LT(relErr(z), 1e-10) << SparseSystemText(first);
+  }
+  // The triangular systems on their own: the conjugated and plain forms differ on complex data.
+  TVec l1, l2;
+  solve(spsLT, b, l1);
+  solve(spsLaT, b, l2);
+  bool differ = false;
+  for (std::size_t k = 0; k < l1.Values().size(); ++k) differ |= l1.Values()[k] != l2.Values()[k];
+  EXPECT_TRUE(differ);
+  for (TSparseSystem s : {spsL, spsU, spsUT, spsUaT}) {
+    solve(s, b, z);
+    for (double v : z.Values()) ASSERT_TRUE(std::isfinite(v)) << SparseSystemText(s);
+  }
+  EXPECT_STREQ(SparseSystemText(spsQUaT), "QU.'x=b");
+}
+
+TEST(SparseSolveUmfPack, RetainedFactorsFollowThePatternFlag) {
+  TSparseMtx a;
+  Poisson2D(a, 10);
+  TVec b, x, xTrue;
+  KnownRhs(a, b, xTrue);
+  a.SolveUmfPack(b, x);
+  EXPECT_EQ(a.SparsePattern(), sppNumeric);
+  // New values, same pattern: the symbolic analysis is kept, the numeric factor redone.
+  for (double& v : a.Values()) v *= 2;
+  a.SetSparsePattern(sppSymbolic);
+  TVec x2;
+  a.SolveUmfPack(b, x2);
+  for (int i = 0; i < 100; ++i) EXPECT_NEAR(x2[i], x[i] / 2, 1e-12);
+  a.FreeNumeric();
+  EXPECT_EQ(a.SparsePattern(), sppSymbolic);
+  a.SolveUmfPack(b, x2);
+  for (int i = 0; i < 100; ++i) EXPECT_NEAR(x2[i], x[i] / 2, 1e-12);
+  a.FreeSymbolic();
+  EXPECT_EQ(a.SparsePattern(), sppNone);
+  // Any builder drops the retained factors.
+  a.ZeroThresh(0);
+  EXPECT_EQ(a.SparsePattern(), sppNone);
+}
+
+TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
+  TSparseMtx a;
+  a.SparseSolver = ssUmfPack;
+  a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0, 1}, TIntegerArray{0, 0, 1, 1}, TDoubleArray{1, 1, 1, 1});
+  TVec b, x;
+  b.Size(2);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  b[0] = 1;
+  b[1] = 2;
+  EXPECT_RAISES(a.Solve(b, x, mtGeneral), "umfpack_numeric: matrix is singular failed!");
+  EXPECT_EQ(a.ErrorText(), "umfpack_numeric: matrix is singular failed!");
+  ASSERT_FALSE(a.Report().empty());
+  EXPECT_EQ(a.Report()[0], "umfpack_numeric: matrix is singular failed!\n");
+
+  TSparseMtx p;
+  Poisson2D(p, 3);
+  b.Size(9);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  p.SparseSystem = TSparseSystem(15);
+  EXPECT_RAISES(p.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
+  p.SparseSystem = spsA;
+  p.SolveUmfPack(b, x);
+  EXPECT_EQ(p.ErrorText(), "");
+
+  TSparseMtx rect;
+  rect.TripletsToSparse(3, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
+  b.Size(2);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  EXPECT_RAISES(rect.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
+}
+
+TEST(SparseSolveUmfPack, ReportFollowsReportLevel) {
+  TSparseMtx a;
+  Poisson2D(a, 4);
+  TVec b, x;
+  b.Size(16);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  b.Values()[3] = 1;
+  a.ReportLevel = prlNone;
+  a.SolveUmfPack(b, x);
+  EXPECT_TRUE(a.Report().empty());
+  a.ReportLevel = prlExtensive;
+  a.FreeSymbolic();
+  a.SolveUmfPack(b, x);
+  ASSERT_GE(a.Report().size(), 3u);  // symbolic, numeric, info
+  std::string all;
+  for (auto& s : a.Report()) all += s;
+  EXPECT_NE(all.find("UMFPACK"), std::string::npos);
+}
+
+TEST(SparseSolve, DispatchRefusals) {
+  TSparseMtx a;
+  Poisson2D(a, 3);
+  TVec b, x;
+  b.Size(9);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  EXPECT_RAISES(a.Solve(b, x, mtBandGeneral), "Use TMtx.LUSolve for banded matrices!");
+  EXPECT_RAISES(a.Solve(b, x, mtBandSymmPosDef), "Use TMtx.LUSolve for banded matrices!");
+  b.Size(8);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  EXPECT_RAISES(a.SolveUmfPack(b, x), "FCols <> B.Length");
+  b.Size(9, true);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  EXPECT_RAISES(a.SolveUmfPack(b, x), "B.Complex <> Complex");
+  TMtx bm, xm;
+  EXPECT_RAISES(a.SolveUmfPack(bm, xm), "B.Rows = 0!");
+  bm.Size(4, 1);
+  EXPECT_RAISES(a.SolveUmfPack(bm, xm), "FCols <> B.Rows");
+  a.SetValue(0, 0, 1);
+  b.Size(9, false);
+  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  EXPECT_RAISES(a.SolveUmfPack(b, x), "Call TripletsToSparseAndFlush first!");
+}
+
+TEST(SparseSolve, TypeCodesOfTheOtherBackEnds) {
+  TSparseMtx r, c;
+  c.set_Complex(true);
+  const int pr[] = {2, -2, 0, 0, 11, 11}, pc[] = {0, 6, 4, -4, 13, 13};
+  const int tr[] = {9, 0, 0, 0, 5, 0}, tc[] = {8, 0, 16, 0, 5, 0};
+  for (int t = mtSymmPosDef; t <= mtGeneral; ++t) {
+    const auto type = TMtxType(t);
+    if (pr[t]) EXPECT_EQ(r.MtxTypePardiso(type), pr[t]); else EXPECT_RAISES(r.MtxTypePardiso(type), "Not supported");
+    if (pc[t]) EXPECT_EQ(c.MtxTypePardiso(type), pc[t]); else EXPECT_RAISES(c.MtxTypePardiso(type), "Not supported");
+  }
+  for (int t : {mtSymmPosDef, mtTriangle, mtGeneral}) {
+    EXPECT_EQ(r.MtxTypeTaucs(TMtxType(t)), tr[t]);
+    EXPECT_EQ(c.MtxTypeTaucs(TMtxType(t)), tc[t]);
+  }
+  EXPECT_EQ(c.MtxTypeTaucs(mtHermPosDef), 16);
+  EXPECT_RAISES(r.MtxTypeTaucs(mtHermPosDef), "Taucs: A hermitian matrix must be complex!");
+  EXPECT_RAISES(c.MtxTypeTaucs(mtSymmetric), "Taucs does not support symmetric matrices which are not positive definite!");
+  EXPECT_RAISES(r.MtxTypeTaucs(mtHermitian), "Taucs does not support hermitian matrices which are not positive definite!");
+}
+
+}  // namespace
+}  // namespace quorel::test

@@ -1,0 +1,83 @@
+#pragma once
+// Helpers shared by the sparse tests: exact-message checks, dense references and generators.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "quorel/core/errors.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
+#include "quorel/sparse/sparse.h"
+
+namespace quorel::test {
+
+#define EXPECT_RAISES(stmt, msg) \
+  EXPECT_THAT([&] { stmt; }, ::testing::ThrowsMessage<::quorel::EQuorelException>(::testing::StrEq(msg)))
+
+inline std::string MatrixFile(const std::string& name) {
+  return std::string(QUOREL_TEST_DATA_DIR) + "/matrices/" + name;
+}
+
+/// Dense copy of a sparse matrix as rows of complex values (real matrices have zero imaginary parts).
+inline std::vector<std::vector<TCplx>> Dense(const TSparseMtx& a) {
+  std::vector<std::vector<TCplx>> d(a.Rows(), std::vector<TCplx>(a.Cols(), TCplx{0, 0}));
+  for (std::int32_t j = 0; j < a.Cols(); ++j)
+    for (std::int32_t k = a.Ap()[j]; k < a.Ap()[j + 1]; ++k)
+      d[a.Ai()[k]][j] = a.Complex() ? a.CValues()[k] : TCplx{a.Values()[k], 0.0};
+  return d;
+}
+
+/// Random sparse matrix with about `density` of its positions filled.
+inline void RandomPattern(TSparseMtx& a, std::int32_t rows, std::int32_t cols, double density, bool complex,
+                          unsigned seed) {
+  std::mt19937 g(seed);
+  std::uniform_real_distribution<double> u(-1, 1), p(0, 1);
+  TIntegerArray r, c;
+  TCplxArray v;
+  for (std::int32_t i = 0; i < rows; ++i)
+    for (std::int32_t j = 0; j < cols; ++j)
+      if (p(g) < density || (i == 0 && j == 0)) {
+        r.push_back(i);
+        c.push_back(j);
+        v.push_back({u(g), complex ? u(g) : 0.0});
+      }
+  if (complex) {
+    a.TripletsToSparse(rows, cols, r, c, std::span<const TCplx>(v));
+  } else {
+    TDoubleArray re;
+    for (auto& z : v) re.push_back(z.Re);
+    a.TripletsToSparse(rows, cols, r, c, std::span<const double>(re));
+  }
+}
+
+/// 5-point Laplacian on an m x m grid (n = m^2 unknowns), SPD.
+inline void Poisson2D(TSparseMtx& a, std::int32_t m) {
+  TIntegerArray r, c;
+  TDoubleArray v;
+  auto add = [&](int i, int j, double x) {
+    r.push_back(i);
+    c.push_back(j);
+    v.push_back(x);
+  };
+  for (int y = 0; y < m; ++y)
+    for (int x = 0; x < m; ++x) {
+      const int k = y * m + x;
+      add(k, k, 4);
+      if (x > 0) add(k, k - 1, -1);
+      if (x < m - 1) add(k, k + 1, -1);
+      if (y > 0) add(k, k - m, -1);
+      if (y < m - 1) add(k, k + m, -1);
+    }
+  a.TripletsToSparse(m * m, m * m, r, c, std::span<const double>(v));
+}
+
+inline bool Near(const TCplx& a, const TCplx& b, double tol) {
+  return std::hypot(a.Re - b.Re, a.Im - b.Im) <= tol;
+}
+
+}  // namespace quorel::test

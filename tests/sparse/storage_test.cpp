@@ -1,0 +1,256 @@
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+TEST(SparseTriplets, ThresholdAppliesPerTripletBeforeDuplicatesAreSummed) {
+  const TIntegerArray r{0, 1, 1, 0}, c{0, 0, 0, 1};
+  const TDoubleArray v{0, 5, -5, 1e-20};
+  TSparseMtx a;
+  a.TripletsToSparse(2, 2, r, c, v, 1e-10);
+  // (0,0) kept as diagonal, (1,0) summed to an explicit zero, (0,1) dropped.
+  EXPECT_EQ(a.NonZeros(), 2);
+  EXPECT_THAT(std::vector<int>(a.Ap().begin(), a.Ap().end()), ::testing::ElementsAre(0, 2, 2));
+  EXPECT_THAT(std::vector<int>(a.Ai().begin(), a.Ai().end()), ::testing::ElementsAre(0, 1));
+  EXPECT_EQ(a.Values()[0], 0.0);
+  EXPECT_EQ(a.Values()[1], 0.0);
+
+  TSparseMtx b;
+  b.SetDontStripZeros(true);
+  b.TripletsToSparse(2, 2, r, c, v, 1e-10);
+  EXPECT_EQ(b.NonZeros(), 3);
+  EXPECT_EQ(b.GetValue(0, 1), 1e-20);
+}
+
+TEST(SparseTriplets, RowsAscendWithinColumnsAndDuplicatesSum) {
+  // Input deliberately out of order, with duplicates in different rows.
+  const TIntegerArray r{3, 0, 2, 3, 1, 0}, c{1, 1, 0, 1, 1, 2};
+  const TDoubleArray v{1, 2, 3, 4, 5, 6};
+  TSparseMtx a;
+  a.TripletsToSparse(4, 3, r, c, v);
+  EXPECT_THAT(std::vector<int>(a.Ap().begin(), a.Ap().end()), ::testing::ElementsAre(0, 1, 4, 5));
+  EXPECT_THAT(std::vector<int>(a.Ai().begin(), a.Ai().end()), ::testing::ElementsAre(2, 0, 1, 3, 0));
+  EXPECT_EQ(a.GetValue(3, 1), 5.0);
+  EXPECT_EQ(a.GetValue(1, 1), 5.0);
+  EXPECT_EQ(a.GetValue(3, 0), 0.0);
+
+  TIntegerArray rr, cc;
+  TDoubleArray vv;
+  a.SparseToTriplets(rr, cc, vv);
+  EXPECT_THAT(cc, ::testing::ElementsAre(0, 1, 1, 1, 2));
+  EXPECT_THAT(vv, ::testing::ElementsAre(3, 2, 5, 5, 6));
+}
+
+TEST(SparseTriplets, RefusalsLeaveTheMatrixUnchanged) {
+  TSparseMtx a;
+  a.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 2});
+  EXPECT_RAISES(a.TripletsToSparse(0, 2, TIntegerArray{0}, TIntegerArray{0}, TDoubleArray{1}),
+                "(RowCount <= 0) or (ColCount <= 0)");
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, TIntegerArray{0}, TIntegerArray{0, 1}, TDoubleArray{1}),
+                "(Length(Row) <> Length(Column))");
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, TIntegerArray{}, TIntegerArray{}, TDoubleArray{}), "Length(Row) <= 0");
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, TIntegerArray{0, 2}, TIntegerArray{0, 0}, TDoubleArray{1, 1}),
+                "Invalid triplet!");
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, TIntegerArray{0, -1}, TIntegerArray{0, 0}, TDoubleArray{1, 1}),
+                "Invalid triplet!");
+  EXPECT_EQ(a.Rows(), 2);
+  EXPECT_EQ(a.NonZeros(), 2);
+  EXPECT_EQ(a.GetValue(1, 1), 2.0);
+
+  TMtx t;
+  t.Size(2, 3);
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, t), "Triplets.Rows <> 3");
+}
+
+TEST(SparseTriplets, MatrixFormsRoundTripRealAndComplex) {
+  TSparseMtx a, b;
+  RandomPattern(a, 7, 5, 0.3, true, 3);
+  TMtx t;
+  a.SparseToTriplets(t, false);
+  EXPECT_TRUE(t.Complex());
+  EXPECT_EQ(t.Rows(), 3);
+  b.TripletsToSparse(7, 5, t);
+  EXPECT_TRUE(b.Equal(a));
+
+  a.SparseToTriplets(t, true);
+  EXPECT_FALSE(t.Complex());
+  EXPECT_EQ(t.Rows(), 4);
+  EXPECT_EQ(t.Cols(), a.NonZeros());
+  EXPECT_EQ(t.Values(3, 0), a.CValues()[0].Im);
+
+  TDoubleArray re;
+  TIntegerArray r, c;
+  EXPECT_RAISES(a.SparseToTriplets(r, c, re), "Complex = True");
+  TSparseMtx real;
+  RandomPattern(real, 4, 4, 0.5, false, 4);
+  TCplxArray cv;
+  EXPECT_RAISES(real.SparseToTriplets(r, c, cv), "Not complex!");
+}
+
+TEST(SparseElementWrites, FlushTakesTheExtentsWrittenAndReadsWaitForIt) {
+  TSparseMtx a;
+  a.SetValue(2, 3, 1);
+  EXPECT_EQ(a.PendingCount(), 1);
+  EXPECT_RAISES(a.GetValue(0, 0), "Call TripletsToSparseAndFlush first!");
+  TSparseMtx b;
+  EXPECT_RAISES(b.Mul(a, a), "Call TripletsToSparseAndFlush first!");
+  a.TripletsToSparseAndFlush();
+  EXPECT_EQ(a.Rows(), 3);
+  EXPECT_EQ(a.Cols(), 4);
+  EXPECT_EQ(a.NonZeros(), 1);
+  EXPECT_EQ(a.GetValue(2, 3), 1.0);
+  EXPECT_EQ(a.PendingCount(), 0);
+
+  // Beyond the first buffer, with repeated positions summed.
+  for (int k = 0; k < 3000; ++k) a.SetValue(k % 50, k % 7, 1.0);
+  a.TripletsToSparseAndFlush();
+  EXPECT_EQ(a.Rows(), 50);
+  EXPECT_EQ(a.Cols(), 7);
+  double total = 0;
+  for (double x : a.Values()) total += x;
+  EXPECT_EQ(total, 3000.0);
+
+  EXPECT_RAISES(a.GetValue(0, 7), "ACol > (FCols-1)");
+  EXPECT_RAISES(a.GetValue(50, 0), "ARow > (FRows-1)");
+  EXPECT_EQ(a.GetValue(-1, 0), 0.0);
+  EXPECT_RAISES(a.GetMtxCValue(0, 0), "not Complex");
+  EXPECT_RAISES(a.SetMtxCValue(0, 0, TCplx{1, 0}), "not Complex");
+}
+
+TEST(SparseElementWrites, ComplexWritesAndReads) {
+  TSparseMtx a;
+  a.set_Complex(true);
+  EXPECT_RAISES(a.SetValue(0, 0, 1), "Complex = True");
+  a.SetMtxCValue(1, 0, {1, 2});
+  a.SetMtxCValue(1, 0, {3, -1});
+  a.TripletsToSparseAndFlush();
+  EXPECT_TRUE(a.Complex());
+  EXPECT_EQ(a.GetMtxCValue(1, 0), (TCplx{4, 1}));
+  EXPECT_RAISES(a.GetValue(1, 0), "Complex = True");
+}
+
+TEST(SparseConversions, DenseAndBandedRoundTrips) {
+  TMtx d;
+  d.Size(3, 4);
+  const double vals[] = {1, 0, 2, 0, 0, 0, 0, 1e-12, 5, 0, -3, 0};
+  std::copy(std::begin(vals), std::end(vals), d.PValues1D(0));
+  TSparseMtx a;
+  a.DenseToSparse(d, 1e-10);
+  // The diagonal is stored even where zero; 1e-12 falls under the threshold.
+  EXPECT_EQ(a.NonZeros(), 5);
+  EXPECT_EQ(a.GetValue(1, 1), 0.0);
+  TMtx back;
+  a.SparseToDense(back);
+  for (int i = 0; i < 3; ++i)
+    for (int j = 0; j < 4; ++j) EXPECT_EQ(back.Values(i, j), (i == 1 && j == 3) ? 0.0 : d.Values(i, j));
+  EXPECT_RAISES(a.SparseToDense(back, 11), "MaxElemCount reached!");
+
+  TSparseMtx t;
+  Poisson2D(t, 4);
+  TMtx band;
+  t.SparseToBanded(band);
+  EXPECT_EQ(band.SuperDiag(), 4);
+  EXPECT_EQ(band.SubDiag(), 4);
+  TSparseMtx u;
+  u.SetDontStripZeros(false);
+  u.BandedToSparse(band);
+  EXPECT_TRUE(u.Equal(t));
+  EXPECT_RAISES(t.SparseToBanded(band, 100), "(SuperDiag+SubDiag)*Cols > MaxElemCount");
+}
+
+TEST(SparseStructure, TransposeTrianglesSplitAndSymmetricPattern) {
+  TSparseMtx a, t, tt;
+  RandomPattern(a, 6, 9, 0.3, true, 11);
+  t.Transp(a);
+  EXPECT_EQ(t.Rows(), 9);
+  auto da = Dense(a), dt = Dense(t);
+  for (int i = 0; i < 6; ++i)
+    for (int j = 0; j < 9; ++j) EXPECT_EQ(da[i][j], dt[j][i]);
+  tt.Transp(t);
+  EXPECT_TRUE(tt.Equal(a));
+
+  TSparseMtx sq, lower, upper, sum;
+  RandomPattern(sq, 8, 8, 0.4, false, 12);
+  TVec diag;
+  sq.Split(lower, diag, upper);
+  for (auto [i, j] : {std::pair{3, 1}, std::pair{1, 3}, std::pair{4, 4}}) {
+    EXPECT_EQ(lower.GetValue(i, j), i > j ? sq.GetValue(i, j) : 0.0);
+    EXPECT_EQ(upper.GetValue(i, j), i < j ? sq.GetValue(i, j) : 0.0);
+  }
+  sum.AddSplit(lower, diag, upper);
+  auto ds = Dense(sq), dsum = Dense(sum);
+  EXPECT_EQ(ds, dsum);
+
+  TSparseMtx tri;
+  tri.LowerTriangle(sq);
+  for (int j = 0; j < 8; ++j)
+    for (int k = tri.Ap()[j]; k < tri.Ap()[j + 1]; ++k) EXPECT_GE(tri.Ai()[k], j);
+  tri.StructurizeSymmetric();
+  // Every stored (i, j) has a stored (j, i).
+  for (int j = 0; j < 8; ++j)
+    for (int k = tri.Ap()[j]; k < tri.Ap()[j + 1]; ++k) {
+      const int i = tri.Ai()[k];
+      bool found = false;
+      for (int q = tri.Ap()[i]; q < tri.Ap()[i + 1]; ++q) found |= tri.Ai()[q] == j;
+      EXPECT_TRUE(found) << i << "," << j;
+    }
+  // Only explicit zeros were added: the values are those of the lower triangle.
+  TSparseMtx lowerOnly;
+  lowerOnly.LowerTriangle(sq);
+  EXPECT_EQ(Dense(lowerOnly), Dense(tri));
+  EXPECT_GT(tri.NonZeros(), lowerOnly.NonZeros());
+}
+
+TEST(SparseStructure, ComplexSwitchConvertsValuesNotStorage) {
+  TSparseMtx a;
+  a.TripletsToSparse(3, 3, TIntegerArray{0, 2, 1}, TIntegerArray{0, 0, 2}, TDoubleArray{1, 2, 3});
+  a.set_Complex(true);
+  EXPECT_EQ(a.NonZeros(), 3);
+  EXPECT_EQ(a.GetMtxCValue(2, 0), (TCplx{2, 0}));
+  a.set_Complex(false);
+  EXPECT_EQ(a.GetValue(1, 2), 3.0);
+}
+
+TEST(SparseStructure, DivideElemRandomSparseAndDownSample) {
+  TSparseMtx a, b;
+  RandomPattern(a, 5, 5, 0.5, false, 21);
+  b.Copy(a);
+  a.DivideElem(b);
+  for (double x : a.Values()) EXPECT_DOUBLE_EQ(x, 1.0);
+
+  TSparseMtx r;
+  r.RandomSparse(100, 80, 500, 1000, 7);
+  EXPECT_EQ(r.Rows(), 100);
+  EXPECT_LE(r.NonZeros(), 500);
+  EXPECT_GE(r.NonZeros(), 400);
+  EXPECT_RAISES(r.RandomSparse(10, 10, 50, 20), "Random sparse: MaxNonZeroCount reached!");
+
+  TSparseMtx p;
+  Poisson2D(p, 4);
+  TSparseMtx s;
+  s.PixelDownSample(p, 4);
+  EXPECT_EQ(s.Rows(), 4);
+  // Each row of the Laplacian sums to 4 - (neighbours); the block sums add whole rows up.
+  double total = 0;
+  for (double x : s.Values()) total += x;
+  double expected = 0;
+  for (double x : p.Values()) expected += x;
+  EXPECT_DOUBLE_EQ(total, expected);
+}
+
+TEST(SparseReductions, ImplicitZerosCount) {
+  TSparseMtx a;
+  a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0, 1}, TIntegerArray{0, 0, 1, 1}, TDoubleArray{1, 2, 3, 4});
+  // Every position stored: the 0 still takes part in Min.
+  EXPECT_EQ(a.Min(), 0.0);
+  EXPECT_EQ(a.Max(), 4.0);
+  TSparseMtx b;
+  b.TripletsToSparse(2, 5, TIntegerArray{0, 1}, TIntegerArray{0, 3}, TDoubleArray{-2, 6});
+  EXPECT_EQ(b.Max(), 6.0);
+  EXPECT_EQ(b.Min(), -2.0);
+  EXPECT_DOUBLE_EQ(b.Mean(), 0.4);
+  EXPECT_DOUBLE_EQ(b.RMS(), std::sqrt(40.0 / 10.0));
+}
+
+}  // namespace
+}  // namespace quorel::test
