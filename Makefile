@@ -63,10 +63,11 @@ sanitize: deps $(SANITIZE_DIR)/build.ninja
 	cd $(SANITIZE_DIR) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
 	  ctest --output-on-failure -j $(JOBS) -E install_consumer
 
-# Fuzzes the binary readers with clang's libFuzzer for FUZZ_SECONDS.
+# Fuzzes the binary readers and the Matrix Market reader with clang's libFuzzer, FUZZ_SECONDS each.
 FUZZ_SECONDS ?= 300
 fuzz: deps
 	tests/fuzz/run.sh $(FUZZ_SECONDS)
+	tests/fuzz/run_matrix_market.sh $(FUZZ_SECONDS)
 
 install: deps $(RELEASE_DIR)/build.ninja
 	cmake --build $(RELEASE_DIR) -j $(JOBS)

@@ -173,6 +173,7 @@ int main() {
   Persistence();
   TourSignal();
   TourDense();
+  TourSparse();
   TourProbabilities();
   TourRandom();
   TourSpecial();

@@ -3,6 +3,7 @@
 
 void TourSignal();
 void TourDense();
+void TourSparse();
 void TourProbabilities();
 void TourRandom();
 void TourSpecial();

@@ -6,10 +6,9 @@
 
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/sparse.h"
+#include "tour_sections.h"
 
 using namespace quorel;
-
-void TourSparse();
 
 void TourSparse() {
   const auto file = std::filesystem::path(__FILE__).parent_path() / ".." / "tests" / "data" / "matrices" / "west0067.mtx";

@@ -22,6 +22,7 @@
 #include "quorel/optim/optimization.h"
 #include "quorel/poly/interpolation.h"
 #include "quorel/poly/polynoms.h"
+#include "quorel/sparse/sparse.h"
 #include "quorel/stats/probabilities.h"
 #include "quorel/stats/random_streams.h"
 #include "quorel/special/special_funcs.h"

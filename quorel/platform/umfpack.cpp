@@ -50,6 +50,11 @@ void UmfFreeSymbolicCplx(void* symbolic) { umfpack_zi_free_symbolic(&symbolic); 
 void UmfFreeNumericReal(void* numeric) { umfpack_di_free_numeric(&numeric); }
 void UmfFreeNumericCplx(void* numeric) { umfpack_zi_free_numeric(&numeric); }
 
+}  // namespace quorel::detail
+
+namespace quorel::header_detail {
+using namespace detail;  // the helpers above
+
 int TUmfFactors::Analyse(bool complex, std::int32_t rows, std::int32_t cols, const std::int32_t* ap,
                          const std::int32_t* ai, const double* ax, const double* control, double* info) {
   Reset();
@@ -69,6 +74,9 @@ int TUmfFactors::SolveSystem(int sys, const std::int32_t* ap, const std::int32_t
   if (complex_) return umfpack_zi_solve(sys, ap, ai, ax, nullptr, x, nullptr, b, nullptr, numC_.Get(), control, info);
   return umfpack_di_solve(sys, ap, ai, ax, x, b, numR_.Get(), control, info);
 }
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
 
 std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control) {
   return Captured([&] {

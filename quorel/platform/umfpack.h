@@ -25,6 +25,16 @@ void UmfFreeSymbolicCplx(void* symbolic);
 void UmfFreeNumericReal(void* numeric);
 void UmfFreeNumericCplx(void* numeric);
 
+}  // namespace quorel::detail
+
+// Named by the public sparse header, so it lives where public headers keep their internals.
+namespace quorel::header_detail {
+using detail::ForeignHandle;
+using detail::UmfFreeSymbolicReal;
+using detail::UmfFreeSymbolicCplx;
+using detail::UmfFreeNumericReal;
+using detail::UmfFreeNumericCplx;
+
 /// The retained Symbolic and Numeric objects of one matrix, freed on every path.
 class TUmfFactors {
  public:
@@ -61,6 +71,10 @@ class TUmfFactors {
   ForeignHandle<void*, &UmfFreeNumericReal> numR_;
   ForeignHandle<void*, &UmfFreeNumericCplx> numC_;
 };
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+using header_detail::TUmfFactors;
 
 /// Text of the report routines (empty below their print level).
 std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control);

@@ -36,7 +36,7 @@ enum TSparsePattern : std::uint8_t { sppNone, sppSymbolic, sppNumericIterative, 
 /// Report text of a system ("Ax=b", "A'x=b", ...).
 const char* SparseSystemText(TSparseSystem system);
 
-namespace detail {
+namespace header_detail {
 class TUmfFactors;
 }
 
@@ -258,7 +258,7 @@ class TSparseMtx : public TQuorel {
   TSparsePattern fPattern = sppNone;
   std::vector<double> fUmfControl;
   std::vector<double> fUmfInfo;
-  std::unique_ptr<detail::TUmfFactors> fUmf;
+  std::unique_ptr<header_detail::TUmfFactors> fUmf;
 };
 
 }  // namespace quorel
