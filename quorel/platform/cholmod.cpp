@@ -180,6 +180,9 @@ int CholmodRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32
   cholmod_common c;
   cholmod_start(&c);
   c.print = 0;
+  c.nmethods = 1;  // the wrapper's defaults for tpAMD + tfCholesky
+  c.method[0].ordering = CHOLMOD_AMD;
+  c.final_ll = 1;
   cholmod_sparse a = View(false, n, ap, ai, ax);
   cholmod_factor* L = cholmod_analyze(&a, &c);
   int status = c.status;

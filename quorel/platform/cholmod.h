@@ -49,7 +49,7 @@ class TCholmodFactor {
   std::int32_t failedColumn_ = -1;
 };
 
-/// Analyse + factorise + solve with the library alone (benchmark reference; real, LL').
+/// Analyse + factorise + solve with the library alone (benchmark reference; real, LL', AMD).
 int CholmodRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax,
                         const double* b, double* x);
 

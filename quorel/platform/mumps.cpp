@@ -133,6 +133,7 @@ int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUM
   detail = id->infog[1];
   stats = {};
   stats.perturbedPivots = id->infog[24];
+  stats.negativePivots = id->sym != 0 ? id->infog[11] : 0;
   stats.analysisMemoryKB = static_cast<std::int64_t>(id->infog[15]) * 1024;
   stats.factorMemoryKB = static_cast<std::int64_t>(id->infog[16]) * 1024;
   stats.solverMemoryKB = static_cast<std::int64_t>(id->infog[21]) * 1024;
@@ -209,13 +210,13 @@ int MumpsToPardisoCode(int status) {
   }
 }
 
-int MumpsRawSolveReal(bool symmetric, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
+int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
                       const double* ax, const double* b, double* x) {
   std::vector<MUMPS_INT> irn, jcn;
   std::vector<double> a;
   for (std::int32_t j = 0; j < n; ++j)
     for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
-      if (symmetric && ai[k] < j) continue;
+      if (sym != 0 && ai[k] < j) continue;
       irn.push_back(ai[k] + 1);
       jcn.push_back(j + 1);
       a.push_back(ax[k]);
@@ -224,11 +225,13 @@ int MumpsRawSolveReal(bool symmetric, std::int32_t n, const std::int32_t* ap, co
   DMUMPS_STRUC_C id{};
   id.job = -1;
   id.par = 1;
-  id.sym = symmetric ? 2 : 0;
+  id.sym = sym;
   id.comm_fortran = UseCommWorld;
   dmumps_c(&id);
   id.icntl[0] = id.icntl[1] = id.icntl[2] = -1;
   id.icntl[3] = 0;
+  id.icntl[6] = ordering;
+  id.icntl[13] = 40;
   id.n = n;
   id.nnz = static_cast<MUMPS_INT8>(irn.size());
   id.irn = irn.data();

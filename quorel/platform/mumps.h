@@ -32,6 +32,8 @@ struct TMumpsOptions {
 /// What the library reported about the last analysis and factorisation.
 struct TMumpsStats {
   std::int64_t perturbedPivots = 0;
+  /// Negative pivots of a symmetric factorisation (a "definite" matrix that is not).
+  std::int64_t negativePivots = 0;
   std::int64_t analysisMemoryKB = 0;
   std::int64_t factorMemoryKB = 0;
   std::int64_t solverMemoryKB = 0;
@@ -72,8 +74,9 @@ class TMumpsSolver {
 /// -5 internal).
 int MumpsToPardisoCode(int status);
 
-/// Analysis + factorisation + solve with the library alone (benchmark reference; real).
-int MumpsRawSolveReal(bool symmetric, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
+/// Analysis + factorisation + solve with the library alone (benchmark reference; real). `sym` and
+/// `ordering` are the library's own codes (0/1/2; 0 AMD, 5 METIS, 7 automatic).
+int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
                       const double* ax, const double* b, double* x);
 
 }  // namespace quorel::detail

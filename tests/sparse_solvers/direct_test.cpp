@@ -169,6 +169,10 @@ TEST(SparseTaucs, OutOfCoreUsesTheWorkingFolder) {
   QuorelWorkingDir = "/nonexistent/quorel/";
   TaucsSolve(s, a, 9, &code, b);
   EXPECT_NE(code, 0);
+  QuorelWorkingDir = dir.string() + "/";
+  const Csc<double> ind = Grid<double>(8, -2.0, true);
+  TaucsSolve(s, ind, 9, &code, Rhs<double>(ind.n));
+  EXPECT_EQ(code, -4);
   QuorelWorkingDir = saved;
   fs::remove_all(dir);
 }
@@ -242,6 +246,10 @@ TEST(SparsePardiso, FailuresAndMessages) {
   EXPECT_NE(PardisoSolveRaw(s, empty.Raw(), 11, 1, b.data(), x.data(), nullptr), 0);
   EXPECT_EQ(PardisoSolveRaw(s, rank1.Raw(), 11, 1, b.data(), x.data(), nullptr), -4);
   EXPECT_EQ(s.ErrorText(), "zero pivot, numerical factorization problem");
+  // The definite type on an indefinite matrix is refused, not solved by luck.
+  const Csc<double> ind = Grid<double>(6, -2.0, true);
+  std::vector<double> b36 = Rhs<double>(36), x36(36);
+  EXPECT_EQ(PardisoSolveRaw(s, ind.Raw(), 2, 1, b36.data(), x36.data(), nullptr), -4);
   // A type that does not match the values' complexity is inconsistent input.
   EXPECT_EQ(PardisoSolveRaw(s, rank1.Raw(), 13, 1, b.data(), x.data(), nullptr), -1);
   EXPECT_EQ(s.ErrorText(), "input inconsistent");

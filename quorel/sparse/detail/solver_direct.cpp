@@ -123,6 +123,7 @@ int TaucsOutOfCore(TTaucsSettings& s, const TRawSparse& a, std::int32_t nrhs, co
   // The instance (and with it the factor files) is terminated before returning.
   TMumpsSolver solver;
   int status = solver.Factorise(o, a.complex, a.n, a.ap, a.ai, a.ax);
+  if (status >= 0 && solver.Stats().negativePivots > 0) return -4;
   if (status >= 0) status = solver.Solve(nrhs, b, x);
   if (status >= 0) return 0;
   switch (MumpsToPardisoCode(status)) {
@@ -187,6 +188,9 @@ int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype
   o.refinementSteps = s.IterativeStep == piNone ? 0 : (s.Iparm[7] > 0 ? static_cast<std::int32_t>(s.Iparm[7]) : 2);
   TMumpsSolver& solver = s.Solver();
   int status = solver.Factorise(o, a.complex, a.n, a.ap, a.ai, a.ax);
+  // The definite type factorises without pivoting; a negative pivot means it was not definite.
+  const bool indefinite = status >= 0 && mtype == 2 && solver.Stats().negativePivots > 0;
+  if (indefinite) status = -10;
   if (status >= 0 && nrhs > 0) status = solver.Solve(nrhs, b, x);
   const TMumpsStats& st = solver.Stats();
   s.Iparm[6] = st.refinementSteps;
