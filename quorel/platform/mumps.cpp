@@ -130,6 +130,12 @@ int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUM
     id->icntl[6] = 7;
     Call(id);
   }
+  // Delayed pivots can outgrow the estimated workspace: factorise again with more room.
+  for (int retry = 0; retry < 4 && (id->infog[0] == -8 || id->infog[0] == -9); ++retry) {
+    id->icntl[13] *= 2;
+    id->job = 2;
+    Call(id);
+  }
   detail = id->infog[1];
   stats = {};
   stats.perturbedPivots = id->infog[24];
@@ -242,6 +248,11 @@ int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t*
   id.lrhs = n;
   id.job = 6;  // analysis + factorisation + solve
   dmumps_c(&id);
+  for (int retry = 0; retry < 4 && (id.infog[0] == -8 || id.infog[0] == -9); ++retry) {
+    id.icntl[13] *= 2;
+    std::memcpy(x, b, sizeof(double) * n);
+    dmumps_c(&id);
+  }
   const int status = id.infog[0];
   id.job = -2;
   dmumps_c(&id);
