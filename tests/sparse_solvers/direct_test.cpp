@@ -168,7 +168,8 @@ TEST(SparseTaucs, OutOfCoreUsesTheWorkingFolder) {
   EXPECT_LT(RelResidual(h, bz, xz, true), 1e-14);
   QuorelWorkingDir = "/nonexistent/quorel/";
   TaucsSolve(s, a, 9, &code, b);
-  EXPECT_NE(code, 0);
+  EXPECT_EQ(code, -3);
+  EXPECT_EQ(s.ErrorText(), "The parameters passed to the routine are invalid.");
   QuorelWorkingDir = dir.string() + "/";
   const Csc<double> ind = Grid<double>(8, -2.0, true);
   TaucsSolve(s, ind, 9, &code, Rhs<double>(ind.n));

@@ -1,6 +1,7 @@
 #include "quorel/sparse/detail/solver_direct.h"
 
 #include <cmath>
+#include <cstdio>
 #include <complex>
 #include <filesystem>
 #include <span>
@@ -120,6 +121,15 @@ int TaucsOutOfCore(TTaucsSettings& s, const TRawSparse& a, std::int32_t nrhs, co
   o.oocDir = QuorelWorkingDir.empty() ? std::string("/tmp/") : QuorelWorkingDir;
   o.oocPrefix = std::filesystem::path(s.OutOfCoreFileName).filename().string();
   if (o.oocPrefix.empty()) o.oocPrefix = "TaucsFactor.file";
+  // A folder that cannot take the factor is an invalid setting; checked here because the
+  // library's own failure path for it does not release its file records.
+  {
+    const std::filesystem::path probe = std::filesystem::path(o.oocDir) / (o.oocPrefix + ".probe");
+    std::FILE* f = std::fopen(probe.c_str(), "wb");
+    if (!f) return -3;
+    std::fclose(f);
+    std::remove(probe.c_str());
+  }
   // The instance (and with it the factor files) is terminated before returning.
   TMumpsSolver solver;
   int status = solver.Factorise(o, a.complex, a.n, a.ap, a.ai, a.ax);
