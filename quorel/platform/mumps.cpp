@@ -1,0 +1,262 @@
+#include "quorel/platform/mumps.h"
+
+#include <dmumps_c.h>
+#include <zmumps_c.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "quorel/platform/foreign_handle.h"
+
+namespace quorel::detail {
+namespace {
+
+constexpr MUMPS_INT UseCommWorld = -987654;
+
+// One entry point per arithmetic, chosen by the instance type.
+void Call(DMUMPS_STRUC_C* id) { dmumps_c(id); }
+void Call(ZMUMPS_STRUC_C* id) { zmumps_c(id); }
+
+template <class Id>
+void Terminate(Id* id) {
+  id->job = -2;
+  Call(id);
+  delete id;
+}
+using RealHolder = ForeignHandle<DMUMPS_STRUC_C*, &Terminate<DMUMPS_STRUC_C>>;
+using CplxHolder = ForeignHandle<ZMUMPS_STRUC_C*, &Terminate<ZMUMPS_STRUC_C>>;
+
+template <class Id>
+Id* Start(MUMPS_INT sym) {
+  Id* id = new Id{};
+  id->job = -1;
+  id->par = 1;
+  id->sym = sym;
+  id->comm_fortran = UseCommWorld;
+  Call(id);
+  // No printed output: status words are read instead.
+  id->icntl[0] = -1;
+  id->icntl[1] = -1;
+  id->icntl[2] = -1;
+  id->icntl[3] = 0;
+  return id;
+}
+
+MUMPS_INT SymOf(TMumpsSymmetry s) {
+  switch (s) {
+    case TMumpsSymmetry::PosDefinite: return 1;
+    case TMumpsSymmetry::Symmetric: return 2;
+    default: return 0;
+  }
+}
+
+void CopyText(char* dst, std::size_t cap, const std::string& src) {
+  const std::size_t len = std::min(cap - 1, src.size());
+  std::memcpy(dst, src.data(), len);
+  dst[len] = '\0';
+}
+
+}  // namespace
+
+struct TMumpsSolver::Impl {
+  RealHolder real;
+  CplxHolder cplx;
+  bool complex = false;
+  MUMPS_INT sym = -1;
+  std::int32_t n = 0;
+  std::vector<MUMPS_INT> irn, jcn;
+  std::vector<double> values;  // coordinate values (interleaved when complex)
+
+  // Coordinates from compressed columns: a symmetric type keeps the lower triangle, a Hermitian
+  // one adds the conjugate of each strictly lower entry above the diagonal.
+  void Gather(TMumpsSymmetry s, const std::int32_t* ap, const std::int32_t* ai, const double* ax) {
+    const std::size_t w = complex ? 2 : 1;
+    const bool lower = s != TMumpsSymmetry::Unsymmetric;
+    const bool mirror = s == TMumpsSymmetry::HermitianLower;
+    irn.clear();
+    jcn.clear();
+    values.clear();
+    for (std::int32_t j = 0; j < n; ++j)
+      for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
+        const std::int32_t i = ai[k];
+        if (lower && i < j) continue;
+        irn.push_back(i + 1);
+        jcn.push_back(j + 1);
+        values.insert(values.end(), ax + w * k, ax + w * k + w);
+        if (mirror && i != j) {
+          irn.push_back(j + 1);
+          jcn.push_back(i + 1);
+          values.push_back(ax[2 * k]);
+          values.push_back(-ax[2 * k + 1]);
+        }
+      }
+  }
+};
+
+TMumpsSolver::TMumpsSolver() : impl_(std::make_unique<Impl>()) {}
+TMumpsSolver::~TMumpsSolver() = default;
+
+int TMumpsSolver::Free() {
+  impl_->real.Reset();
+  impl_->cplx.Reset();
+  impl_->sym = -1;
+  factored_ = false;
+  return 0;
+}
+
+namespace {
+
+template <class Id>
+int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUMPS_INT>& irn,
+                 std::vector<MUMPS_INT>& jcn, double* values, TMumpsStats& stats, std::int32_t& detail) {
+  id->n = n;
+  id->nnz = static_cast<MUMPS_INT8>(irn.size());
+  id->nz = static_cast<MUMPS_INT>(irn.size());
+  id->irn = irn.data();
+  id->jcn = jcn.data();
+  id->a = reinterpret_cast<decltype(id->a)>(values);
+  id->icntl[6] = o.ordering == TMumpsOrdering::Amd ? 0 : o.ordering == TMumpsOrdering::Metis ? 5 : 7;
+  id->icntl[9] = o.refinementSteps;
+  id->icntl[13] = 40;  // working-space relaxation (percent)
+  id->icntl[21] = o.outOfCore ? 1 : 0;
+  if (o.outOfCore) {
+    CopyText(id->ooc_tmpdir, sizeof id->ooc_tmpdir, o.oocDir);
+    CopyText(id->ooc_prefix, sizeof id->ooc_prefix, o.oocPrefix);
+  }
+  id->job = 4;  // analysis + factorisation
+  Call(id);
+  // A metis-less build refuses ordering 5: fall back to the automatic choice.
+  if (id->infog[0] < 0 && o.ordering == TMumpsOrdering::Metis && id->icntl[6] == 5 && id->infog[0] != -10) {
+    id->icntl[6] = 7;
+    Call(id);
+  }
+  // Delayed pivots can outgrow the estimated workspace: factorise again with more room.
+  for (int retry = 0; retry < 4 && (id->infog[0] == -8 || id->infog[0] == -9); ++retry) {
+    id->icntl[13] *= 2;
+    id->job = 2;
+    Call(id);
+  }
+  detail = id->infog[1];
+  stats = {};
+  stats.perturbedPivots = id->infog[24];
+  stats.negativePivots = id->sym != 0 ? id->infog[11] : 0;
+  stats.analysisMemoryKB = static_cast<std::int64_t>(id->infog[15]) * 1024;
+  stats.factorMemoryKB = static_cast<std::int64_t>(id->infog[16]) * 1024;
+  stats.solverMemoryKB = static_cast<std::int64_t>(id->infog[21]) * 1024;
+  stats.factorEntries = id->infog[28] >= 0 ? id->infog[28] : -static_cast<std::int64_t>(id->infog[28]) * 1000000;
+  stats.mflops = id->rinfog[2] / 1e6;
+  return id->infog[0];
+}
+
+template <class Id>
+int RunSolve(Id* id, std::int32_t n, std::int32_t nrhs, double* x, TMumpsStats& stats, std::int32_t& detail) {
+  id->rhs = reinterpret_cast<decltype(id->rhs)>(x);
+  id->nrhs = nrhs;
+  id->lrhs = n;
+  id->job = 3;
+  Call(id);
+  detail = id->infog[1];
+  stats.refinementSteps = id->infog[14];
+  return id->infog[0];
+}
+
+}  // namespace
+
+int TMumpsSolver::Factorise(const TMumpsOptions& options, bool complex, std::int32_t n, const std::int32_t* ap,
+                            const std::int32_t* ai, const double* ax) {
+  factored_ = false;
+  if (n < 1 || !ap || !ai || !ax) return -16;
+  const MUMPS_INT sym = SymOf(options.symmetry);
+  if (complex && sym == 1) return -3;  // the complex arithmetic has no definite mode
+  // The symmetry is fixed when an instance starts: a new kind needs a new instance.
+  if (sym != impl_->sym || complex != impl_->complex) {
+    Free();
+    impl_->complex = complex;
+    impl_->sym = sym;
+    if (complex)
+      impl_->cplx.Reset(Start<ZMUMPS_STRUC_C>(sym));
+    else
+      impl_->real.Reset(Start<DMUMPS_STRUC_C>(sym));
+  }
+  impl_->n = n;
+  impl_->Gather(options.symmetry, ap, ai, ax);
+  const int status = complex ? RunFactorise(impl_->cplx.Get(), options, n, impl_->irn, impl_->jcn,
+                                            impl_->values.data(), stats_, detail_)
+                             : RunFactorise(impl_->real.Get(), options, n, impl_->irn, impl_->jcn,
+                                            impl_->values.data(), stats_, detail_);
+  factored_ = status >= 0;
+  return status;
+}
+
+int TMumpsSolver::Solve(std::int32_t nrhs, const double* b, double* x) {
+  if (!factored_) return -3;
+  const std::size_t count = static_cast<std::size_t>(impl_->n) * nrhs * (impl_->complex ? 2 : 1);
+  if (x != b) std::memmove(x, b, count * sizeof(double));
+  return impl_->complex ? RunSolve(impl_->cplx.Get(), impl_->n, nrhs, x, stats_, detail_)
+                        : RunSolve(impl_->real.Get(), impl_->n, nrhs, x, stats_, detail_);
+}
+
+int MumpsToPardisoCode(int status) {
+  if (status >= 0) return 0;
+  switch (status) {
+    case -5:
+    case -7:
+    case -8:
+    case -9:
+    case -13:
+    case -19: return -2;  // memory
+    case -6:
+    case -10: return -4;  // (numerically) singular
+    case -1:
+    case -2:
+    case -3:
+    case -4:
+    case -16: return -1;  // input
+    default: return -5;
+  }
+}
+
+int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
+                      const double* ax, const double* b, double* x) {
+  std::vector<MUMPS_INT> irn, jcn;
+  std::vector<double> a;
+  for (std::int32_t j = 0; j < n; ++j)
+    for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
+      if (sym != 0 && ai[k] < j) continue;
+      irn.push_back(ai[k] + 1);
+      jcn.push_back(j + 1);
+      a.push_back(ax[k]);
+    }
+  std::memcpy(x, b, sizeof(double) * n);
+  DMUMPS_STRUC_C id{};
+  id.job = -1;
+  id.par = 1;
+  id.sym = sym;
+  id.comm_fortran = UseCommWorld;
+  dmumps_c(&id);
+  id.icntl[0] = id.icntl[1] = id.icntl[2] = -1;
+  id.icntl[3] = 0;
+  id.icntl[6] = ordering;
+  id.icntl[13] = 40;
+  id.n = n;
+  id.nnz = static_cast<MUMPS_INT8>(irn.size());
+  id.irn = irn.data();
+  id.jcn = jcn.data();
+  id.a = a.data();
+  id.rhs = x;
+  id.nrhs = 1;
+  id.lrhs = n;
+  id.job = 6;  // analysis + factorisation + solve
+  dmumps_c(&id);
+  for (int retry = 0; retry < 4 && (id.infog[0] == -8 || id.infog[0] == -9); ++retry) {
+    id.icntl[13] *= 2;
+    std::memcpy(x, b, sizeof(double) * n);
+    dmumps_c(&id);
+  }
+  const int status = id.infog[0];
+  id.job = -2;
+  dmumps_c(&id);
+  return status;
+}
+
+}  // namespace quorel::detail

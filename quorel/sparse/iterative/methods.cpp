@@ -1,0 +1,413 @@
+// The nine iterative methods. Each keeps the true residual r = b - A x up to date so either
+// stopping test can be applied: 1 uses ||r||/||b||, 2 uses ||M^-1 r||/||M^-1 b||.
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "quorel/sparse/detail/solver_iterative.h"
+#include "quorel/sparse/iterative/csr.h"
+
+namespace quorel::detail {
+namespace {
+
+using slap::Csr;
+using slap::PrecKind;
+using slap::Preconditioner;
+using Vec = std::vector<double>;
+
+enum Err { errOk = 0, errStorage = 1, errNoConv = 2, errInput = 3, errTolReset = 4, errRZ = 5, errPAP = 6, errFudged = 7 };
+
+double Dot(const Vec& a, const Vec& b) {
+  double s = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) s += a[i] * b[i];
+  return s;
+}
+double Nrm(const Vec& a) { return std::sqrt(Dot(a, a)); }
+void Axpy(double alpha, const Vec& x, Vec& y) {
+  for (std::size_t i = 0; i < x.size(); ++i) y[i] += alpha * x[i];
+}
+
+/// State shared by all methods: the operator, preconditioner, residual and stopping test.
+struct Run {
+  const Csr& a;
+  const Preconditioner& m;
+  const TSlapOptions& opt;
+  double tol;
+  double* x;
+  Vec b;         // right-hand side
+  Vec r, z;      // true residual and M^-1 r
+  double bnorm;  // ||b|| or ||M^-1 b||
+  double err = 0;
+  std::int32_t iters = 0;
+
+  Run(const Csr& a_, const Preconditioner& m_, const TSlapOptions& o, double t, const double* b_, double* x_)
+      : a(a_), m(m_), opt(o), tol(t), x(x_), b(b_, b_ + a_.n), r(a_.n), z(a_.n) {
+    if (opt.check == slapNorm2) {
+      bnorm = Nrm(b);
+    } else {
+      m.Solve(b.data(), z.data());
+      bnorm = Nrm(z);
+    }
+    Recompute();
+  }
+  /// r = b - A x and z = M^-1 r from scratch.
+  void Recompute() {
+    a.Mul(x, r.data());
+    for (std::int32_t i = 0; i < a.n; ++i) r[i] = b[i] - r[i];
+    m.Solve(r.data(), z.data());
+  }
+  /// Applies the stopping test to r (and z = M^-1 r, which must be current for test 2).
+  bool Done() {
+    const double num = opt.check == slapNorm2 ? Nrm(r) : Nrm(z);
+    err = bnorm > 0 ? num / bnorm : num;
+    return err <= tol;
+  }
+  /// Out of steps, or diverged past the range of doubles (more steps cannot help).
+  bool Exhausted() const { return iters >= opt.maxIters || !std::isfinite(err); }
+};
+
+// x += M^-1 r until done: Gauss-Seidel, Jacobi and ILU refinement.
+int Refine(Run& s) {
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    for (std::int32_t i = 0; i < s.a.n; ++i) s.x[i] += s.z[i];
+    ++s.iters;
+    s.Recompute();
+  }
+  return errOk;
+}
+
+int Cg(Run& s) {
+  const std::int32_t n = s.a.n;
+  Vec p = s.z, q(n);
+  double rz = Dot(s.r, s.z);
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    if (rz < 0) return errRZ;
+    s.a.Mul(p.data(), q.data());
+    const double pq = Dot(p, q);
+    if (!(pq > 0)) return errPAP;
+    const double alpha = rz / pq;
+    for (std::int32_t i = 0; i < n; ++i) {
+      s.x[i] += alpha * p[i];
+      s.r[i] -= alpha * q[i];
+    }
+    ++s.iters;
+    s.m.Solve(s.r.data(), s.z.data());
+    const double rzNew = Dot(s.r, s.z);
+    const double beta = rzNew / rz;
+    rz = rzNew;
+    for (std::int32_t i = 0; i < n; ++i) p[i] = s.z[i] + beta * p[i];
+  }
+  return errOk;
+}
+
+constexpr double Tiny = std::numeric_limits<double>::min() / std::numeric_limits<double>::epsilon();
+
+int BiCg(Run& s) {
+  const std::int32_t n = s.a.n;
+  Vec rt = s.r, zt(n), q(n), qt(n);
+  s.m.SolveT(rt.data(), zt.data());
+  Vec p = s.z, pt = zt;
+  double rho = Dot(s.z, rt);
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    if (std::abs(rho) <= Tiny) return errRZ;
+    s.a.Mul(p.data(), q.data());
+    s.a.MulT(pt.data(), qt.data());
+    const double sigma = Dot(pt, q);
+    if (std::abs(sigma) <= Tiny) return errPAP;
+    const double alpha = rho / sigma;
+    for (std::int32_t i = 0; i < n; ++i) {
+      s.x[i] += alpha * p[i];
+      s.r[i] -= alpha * q[i];
+      rt[i] -= alpha * qt[i];
+    }
+    ++s.iters;
+    s.m.Solve(s.r.data(), s.z.data());
+    s.m.SolveT(rt.data(), zt.data());
+    const double rhoNew = Dot(s.z, rt);
+    const double beta = rhoNew / rho;
+    rho = rhoNew;
+    for (std::int32_t i = 0; i < n; ++i) {
+      p[i] = s.z[i] + beta * p[i];
+      pt[i] = zt[i] + beta * pt[i];
+    }
+  }
+  return errOk;
+}
+
+// CG on the normal equations of M^-1 A: minimises ||M^-1 (b - A x)||.
+int CgNormal(Run& s) {
+  const std::int32_t n = s.a.n;
+  Vec w(n), g(n), ap(n), q(n);
+  auto gradient = [&] {  // g = A' M^-T z
+    s.m.SolveT(s.z.data(), w.data());
+    s.a.MulT(w.data(), g.data());
+  };
+  gradient();
+  Vec p = g;
+  double gamma = Dot(g, g);
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    s.a.Mul(p.data(), ap.data());
+    s.m.Solve(ap.data(), q.data());
+    const double qq = Dot(q, q);
+    if (!(qq > Tiny)) return errPAP;
+    const double alpha = gamma / qq;
+    for (std::int32_t i = 0; i < n; ++i) {
+      s.x[i] += alpha * p[i];
+      s.r[i] -= alpha * ap[i];
+      s.z[i] -= alpha * q[i];
+    }
+    ++s.iters;
+    gradient();
+    const double gammaNew = Dot(g, g);
+    const double beta = gammaNew / gamma;
+    gamma = gammaNew;
+    for (std::int32_t i = 0; i < n; ++i) p[i] = g[i] + beta * p[i];
+  }
+  return errOk;
+}
+
+// Conjugate gradient squared on M^-1 A x = M^-1 b (z is the preconditioned residual).
+int Cgs(Run& s) {
+  const std::int32_t n = s.a.n;
+  const Vec rtld = s.z;
+  Vec u(n), p(n), q(n), w(n), v(n), aw(n), maw(n);
+  double rhoOld = 1;
+  bool first = true;
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    const double rho = Dot(rtld, s.z);
+    if (std::abs(rho) <= Tiny) return errRZ;
+    if (first) {
+      u = s.z;
+      p = u;
+      first = false;
+    } else {
+      const double beta = rho / rhoOld;
+      for (std::int32_t i = 0; i < n; ++i) {
+        u[i] = s.z[i] + beta * q[i];
+        p[i] = u[i] + beta * (q[i] + beta * p[i]);
+      }
+    }
+    s.a.Mul(p.data(), aw.data());
+    s.m.Solve(aw.data(), v.data());
+    const double sigma = Dot(rtld, v);
+    if (std::abs(sigma) <= Tiny) return errPAP;
+    const double alpha = rho / sigma;
+    for (std::int32_t i = 0; i < n; ++i) {
+      q[i] = u[i] - alpha * v[i];
+      w[i] = u[i] + q[i];
+    }
+    s.a.Mul(w.data(), aw.data());
+    s.m.Solve(aw.data(), maw.data());
+    for (std::int32_t i = 0; i < n; ++i) {
+      s.x[i] += alpha * w[i];
+      s.r[i] -= alpha * aw[i];
+      s.z[i] -= alpha * maw[i];
+    }
+    rhoOld = rho;
+    ++s.iters;
+  }
+  return errOk;
+}
+
+// Restarted GMRES. Test 1 uses right preconditioning (its least-squares residual is ||r||), test
+// 2 left preconditioning (the residual is M^-1 r).
+int Gmres(Run& s) {
+  const std::int32_t n = s.a.n;
+  const std::int32_t m = std::max<std::int32_t>(1, s.opt.gmresRestart);
+  const bool left = s.opt.check == slapNorm2InvM;
+  std::vector<Vec> v(m + 1, Vec(n));
+  Vec h((m + 1) * m), cs(m), sn(m), g(m + 1), t(n), t2(n), y(m);
+  double lastCycle = std::numeric_limits<double>::infinity();
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    const Vec& r0 = left ? s.z : s.r;
+    const double beta = Nrm(r0);
+    // A whole cycle without progress: another one would repeat it.
+    if (!(beta < lastCycle * (1 - 1e-12))) return errNoConv;
+    lastCycle = beta;
+    for (std::int32_t i = 0; i < n; ++i) v[0][i] = r0[i] / beta;
+    std::fill(g.begin(), g.end(), 0.0);
+    g[0] = beta;
+    std::int32_t k = 0;
+    for (; k < m && s.iters < s.opt.maxIters; ++k) {
+      // w = op(v_k)
+      if (left) {
+        s.a.Mul(v[k].data(), t.data());
+        s.m.Solve(t.data(), v[k + 1].data());
+      } else {
+        s.m.Solve(v[k].data(), t.data());
+        s.a.Mul(t.data(), v[k + 1].data());
+      }
+      for (std::int32_t j = 0; j <= k; ++j) {  // modified Gram-Schmidt
+        const double hjk = Dot(v[k + 1], v[j]);
+        h[j * m + k] = hjk;
+        Axpy(-hjk, v[j], v[k + 1]);
+      }
+      const double hk1 = Nrm(v[k + 1]);
+      h[(k + 1) * m + k] = hk1;
+      if (hk1 > 0)
+        for (auto& e : v[k + 1]) e /= hk1;
+      for (std::int32_t j = 0; j < k; ++j) {  // earlier rotations
+        const double a = h[j * m + k], b = h[(j + 1) * m + k];
+        h[j * m + k] = cs[j] * a + sn[j] * b;
+        h[(j + 1) * m + k] = -sn[j] * a + cs[j] * b;
+      }
+      const double a = h[k * m + k], b = hk1;
+      const double d = std::hypot(a, b);
+      cs[k] = d > 0 ? a / d : 1;
+      sn[k] = d > 0 ? b / d : 0;
+      h[k * m + k] = d;
+      g[k + 1] = -sn[k] * g[k];
+      g[k] = cs[k] * g[k];
+      ++s.iters;
+      if (std::abs(g[k + 1]) <= s.tol * s.bnorm || hk1 == 0) {
+        ++k;
+        break;
+      }
+    }
+    for (std::int32_t i = k - 1; i >= 0; --i) {  // back substitution
+      double sum = g[i];
+      for (std::int32_t j = i + 1; j < k; ++j) sum -= h[i * m + j] * y[j];
+      y[i] = sum / h[i * m + i];
+    }
+    std::fill(t.begin(), t.end(), 0.0);
+    for (std::int32_t j = 0; j < k; ++j) Axpy(y[j], v[j], t);
+    if (!left) {
+      s.m.Solve(t.data(), t2.data());
+      t.swap(t2);
+    }
+    for (std::int32_t i = 0; i < n; ++i) s.x[i] += t[i];
+    // The residual is recomputed at each restart so the test sees the true one.
+    s.Recompute();
+  }
+  return errOk;
+}
+
+// Orthomin(k) on M^-1 A: each direction is made A-orthogonal (in the preconditioned sense) to the
+// last k ones.
+int Orthomin(Run& s) {
+  const std::int32_t n = s.a.n;
+  const std::int32_t k = std::max<std::int32_t>(1, s.opt.orthominSave);
+  std::vector<Vec> p(k, Vec(n)), apTrue(k, Vec(n)), apPrec(k, Vec(n));
+  Vec norms(k), az(n), maz(n);
+  std::int32_t count = 0;  // directions made so far
+  auto addDirection = [&]() -> bool {
+    s.a.Mul(s.z.data(), az.data());
+    s.m.Solve(az.data(), maz.data());
+    const std::int32_t slot = count % k;
+    Vec& pn = p[slot];
+    Vec& at = apTrue[slot];
+    Vec& am = apPrec[slot];
+    pn = s.z;
+    at = az;
+    am = maz;
+    for (std::int32_t j = std::max<std::int32_t>(0, count - k); j < count; ++j) {
+      const std::int32_t sj = j % k;
+      if (sj == slot) continue;
+      const double beta = Dot(maz, apPrec[sj]) / norms[sj];
+      Axpy(-beta, p[sj], pn);
+      Axpy(-beta, apTrue[sj], at);
+      Axpy(-beta, apPrec[sj], am);
+    }
+    norms[slot] = Dot(am, am);
+    ++count;
+    return norms[slot] > Tiny;
+  };
+  while (!s.Done()) {
+    if (s.Exhausted()) return errNoConv;
+    if (!addDirection()) return errPAP;
+    const std::int32_t slot = (count - 1) % k;
+    const double alpha = Dot(s.z, apPrec[slot]) / norms[slot];
+    for (std::int32_t i = 0; i < n; ++i) {
+      s.x[i] += alpha * p[slot][i];
+      s.r[i] -= alpha * apTrue[slot][i];
+      s.z[i] -= alpha * apPrec[slot][i];
+    }
+    ++s.iters;
+  }
+  return errOk;
+}
+
+}  // namespace
+
+bool IsLowerTriangleOnly(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai) {
+  for (std::int32_t j = 0; j < n; ++j)
+    for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k)
+      if (ai[k] < j) return false;
+  return true;
+}
+
+TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const double* b, double* x) {
+  TSlapResult res;
+  if (a.n < 1 || options.maxIters < 0 || !(options.tolerance >= 0) || options.method > slapLUOM ||
+      options.check > slapNorm2InvM) {
+    res.ierr = errInput;
+    return res;
+  }
+  // Tighter than roundoff allows: run at 500 eps and say so.
+  const double floorTol = 500 * std::numeric_limits<double>::epsilon();
+  const bool tolReset = options.tolerance < floorTol;
+  const double tol = tolReset ? floorTol : options.tolerance;
+
+  const Csr csr = slap::ToCsr(a);
+  PrecKind kind = PrecKind::Ilu;
+  if (options.method == slapSGS) kind = PrecKind::Lower;
+  if (options.method == slapJAC) kind = PrecKind::Diagonal;
+  Preconditioner m;
+  const bool clean = m.Build(csr, kind, options.method == slapICCG);
+  if (kind != PrecKind::Ilu && m.HasZeroDiagonal()) {
+    res.ierr = errInput;
+    return res;
+  }
+  Run run(csr, m, options, tol, b, x);
+  int ierr = errOk;
+  switch (options.method) {
+    case slapSGS:
+    case slapJAC:
+    case slapILUR: ierr = Refine(run); break;
+    case slapICCG: ierr = Cg(run); break;
+    case slapLUBC: ierr = BiCg(run); break;
+    case slapSLUCN: ierr = CgNormal(run); break;
+    case slapLUCS: ierr = Cgs(run); break;
+    case slapLUGMRES: ierr = Gmres(run); break;
+    case slapLUOM: ierr = Orthomin(run); break;
+  }
+  if (ierr == errOk && !clean) ierr = errFudged;
+  if (ierr == errOk && tolReset) ierr = errTolReset;
+  res.ierr = ierr;
+  res.iters = run.iters;
+  res.error = run.err;
+  return res;
+}
+
+const char* SlapErrorText(TSlapMethod method, int ierr) {
+  const bool gmres = method == slapLUGMRES;
+  switch (ierr) {
+    case 0: return "";
+    case 1: return gmres ? "Insufficient internal storage allocated." : "Insufficient internal storage allocated";
+    case 2:
+      return gmres ? "Routine DPIGMR failed to reduce the norm of the current residual on its last call, and so the "
+                     "iteration has stalled.  In this case, X equals the last computed approximation.  The user "
+                     "must either increase MAXL, or choose a different initial guess."
+                   : "Method failed to converge in ITMAX steps";
+    case 3: return "Error in user input. Check input value of N, ITOL";
+    case 4: return "User error tolerance set too tight. Reset to 500.0*D1MACH(3). Iteration proceeded.";
+    case 5: return "Preconditioning matrix, M, is notPositive Definite.  $(r,z) < 0.0$.";
+    case 6: return "A is not Positive Definite $(p,Ap) < 0.0$.";
+    case 7:
+      return "Incomplete factorization broke down and was fudged. Resulting preconditioning may be less than the "
+             "best.";
+    case -1: return "Insufficient length for RGWK array.";
+    case -2: return "Inconsistent ITOL and JPRE values.";
+    default: return "";
+  }
+}
+
+}  // namespace quorel::detail

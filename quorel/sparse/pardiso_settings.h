@@ -1,0 +1,54 @@
+#pragma once
+// Settings of the direct sparse LDL'/LU back end with symmetric and unsymmetric pivoting, its
+// parameter array, the instance it keeps between solves and its report.
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorel {
+
+enum TPardisoReordering : std::uint8_t { prMinimumDegree, prMETIS };
+enum TPardisoIterative : std::uint8_t { piNone, piCG, piCGS };
+
+namespace detail {
+class TMumpsSolver;
+}
+
+class TPardisoSettings {
+ public:
+  TPardisoSettings();
+  ~TPardisoSettings();
+  TPardisoSettings(const TPardisoSettings&) = delete;
+  TPardisoSettings& operator=(const TPardisoSettings&) = delete;
+
+  std::int32_t CpuCount = 1;
+  std::int32_t MatrixNumber = 1;
+  std::int32_t MaxFactorizedMatrices = 1;
+  TPardisoReordering Reordering = prMETIS;
+  TPardisoIterative IterativeStep = piNone;
+
+  /// Parameter array (64 entries, zeroed at construction; 1-based in messages). After a solve it
+  /// holds the outputs: [6] iterative steps, [13] perturbed pivots, [14]-[16] memory in KB,
+  /// [17] factor entries, [18] MFlops, [19] CG/CGS outcome.
+  std::array<std::int64_t, 64> Iparm{};
+
+  /// Sets ErrorText from a return code (0 clears it); returns the code.
+  int CheckError(int code);
+  const std::string& ErrorText() const { return errorText_; }
+  /// The report lines of the last solve.
+  std::vector<std::string> ReportLines() const;
+  /// Releases the retained instance (and its factors).
+  void FreeMemory();
+
+  detail::TMumpsSolver& Solver();
+  bool HasSolver() const { return bool(solver_); }
+
+ private:
+  std::string errorText_;
+  std::unique_ptr<detail::TMumpsSolver> solver_;
+};
+
+}  // namespace quorel

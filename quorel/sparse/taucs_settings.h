@@ -1,0 +1,68 @@
+#pragma once
+// Settings of the direct sparse Cholesky/LDL' back end, the option strings they produce, and the
+// factor it keeps between solves.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quorel {
+
+enum TTaucsFactorization : std::uint8_t { tfCholesky, tfLU, tfLDL, tfMultiFrontal, tfLeftLooking };
+enum TTaucsReordering : std::uint8_t { tpMMD, tpAMD, tpMD, tpMETIS, tpGENMMD, tpCOLAMD, tpRANDOM, tpTREE, tpIdentity };
+enum TTaucsIterative : std::uint8_t { tiNone, tiCG, tiMinRes };
+
+namespace detail {
+class TCholmodFactor;
+}
+
+class TTaucsSettings {
+ public:
+  /// Size of the option table.
+  static constexpr int OptionSlots = 50;
+
+  TTaucsSettings();
+  ~TTaucsSettings();
+  TTaucsSettings(const TTaucsSettings&) = delete;
+  TTaucsSettings& operator=(const TTaucsSettings&) = delete;
+
+  TTaucsFactorization Factor = tfCholesky;
+  TTaucsReordering Reordering = tpMETIS;
+  TTaucsIterative IterativeStep = tiNone;
+  bool Amwb = false;
+  std::int32_t AmwbSubGraphs = 300;
+  std::int32_t AmwbRandomSeed = 0;
+  /// Factor through a file in the working folder instead of memory.
+  bool OutOfCore = false;
+  std::string OutOfCoreFileName;
+  bool InCoreMemoryAuto = true;
+  std::int64_t InCoreMemorySize = 1000000000;
+
+  /// Sets ErrorText from a return code (0 clears it); returns the code.
+  int CheckError(int code);
+  const std::string& ErrorText() const { return errorText_; }
+
+  /// Stores a copy of `text` in the next free slot (an empty text is not stored).
+  void AppendOption(const std::string& text);
+  void ClearOption();
+  /// The stored options, in order.
+  const std::vector<std::string>& Options() const { return options_; }
+  /// Clears the table and appends one option per setting, in the fixed order.
+  void BuildOptions(std::int32_t maxIters, double tolerance);
+
+  /// True when the factorisation is LU (solved by the sparse LU back end, not by Cholesky).
+  bool UsesLU() const { return Factor == tfLU; }
+  /// Releases the retained factor.
+  void FreeTaucs();
+  /// The retained factor (created on first use).
+  detail::TCholmodFactor& Factorization();
+  bool HasFactor() const;
+
+ private:
+  std::string errorText_;
+  std::vector<std::string> options_;
+  std::unique_ptr<detail::TCholmodFactor> factor_;
+};
+
+}  // namespace quorel
