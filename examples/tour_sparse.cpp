@@ -11,7 +11,7 @@
 using namespace quorel;
 
 void TourSparse() {
-  const auto file = std::filesystem::path(__FILE__).parent_path() / ".." / "tests" / "data" / "matrices" / "west0067.mtx";
+  const auto file = std::filesystem::path(QUOREL_TOUR_DATA_DIR) / "matrices" / "west0067.mtx";
   TSparseMtx a;
   a.LoadFromMatrixMarketFile(file.string());
   std::printf("Sparse matrices:\n  %s: %d x %d, %d stored entries\n", file.filename().c_str(), a.Rows(), a.Cols(),
