@@ -185,9 +185,20 @@ using CothK = Then<TanhK, InvK>;
 using ArcSechK = Then<InvK, ArcCoshF>;
 using ArcCschK = Then<InvK, ArcSinhF>;
 using ArcCothK = Then<InvK, ArcTanhF>;
-using Exp2K = Then<ScaleBy<LN2>, ExpK>;
-using Exp10K = Then<ScaleBy<LN10>, ExpK>;
-using Log2K = Then<LnF, ScaleBy<INVLN2>>;
+
+/// Real data through the direct kernel K (one rounding, not a scaled exp or ln), complex data
+/// through the complex composition C.
+template <class K, class C>
+struct RealDirect {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { K{}(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { C{}(x, r, n); }
+};
+QUOREL_KERNEL(Exp2RealK, kern::Exp2)
+QUOREL_KERNEL(Exp10RealK, kern::Exp10)
+QUOREL_KERNEL(Log2RealK, kern::Log2)
+using Exp2K = RealDirect<Exp2RealK, Then<ScaleBy<LN2>, ExpK>>;
+using Exp10K = RealDirect<Exp10RealK, Then<ScaleBy<LN10>, ExpK>>;
+using Log2K = RealDirect<Log2RealK, Then<LnF, ScaleBy<INVLN2>>>;
 
 // --- operations -----------------------------------------------------------------------------------------
 
