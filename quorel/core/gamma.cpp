@@ -6,7 +6,7 @@
 
 #include "quorel/core/constants.h"
 #include "quorel/core/detail/x87.h"
-#include "quorel/core/detail/x87_kernels.h"
+#include "quorel/core/detail/x87_math.h"
 
 namespace quorel {
 
@@ -80,15 +80,15 @@ double Gamma(double x) {
     for (int k = 2; k < x; ++k) f *= k;
     return static_cast<double>(f);
   }
-  if (x >= kStirlingFrom) return static_cast<double>(detail::kernels::ExpL(StirlingLnGamma(x)));
+  if (x >= kStirlingFrom) return static_cast<double>(detail::x87::ExpL(StirlingLnGamma(x)));
   if (x >= kReflectBelow) {
     L shifted;
     L p = RisingProduct(x, shifted);
-    return static_cast<double>(detail::kernels::ExpL(StirlingLnGamma(shifted)) / p);
+    return static_cast<double>(detail::x87::ExpL(StirlingLnGamma(shifted)) / p);
   }
   // Gamma(x) = pi / (sin(pi x) Gamma(1 - x)); far left it is below every double.
   if (x < -200) return std::copysign(0.0, SgnGamma(x));
-  L g = detail::kernels::ExpL(StirlingLnGamma(1 - L(x)));
+  L g = detail::x87::ExpL(StirlingLnGamma(1 - L(x)));
   return static_cast<double>(detail::kPiL / (SinPi(x) * g));
 }
 

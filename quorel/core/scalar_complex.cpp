@@ -5,7 +5,7 @@
 
 #include "quorel/core/scalar_util.h"
 #include "quorel/core/detail/x87.h"
-#include "quorel/core/detail/x87_kernels.h"
+#include "quorel/core/detail/x87_math.h"
 
 namespace quorel {
 
@@ -28,7 +28,7 @@ LCplx LnL(const LCplx& z) { return std::log(z); }
 // r * (cos a, sin a).
 TCplx Polar(L r, L a) {
   L s, c;
-  detail::kernels::SinCosL(a, s, c);
+  detail::x87::SinCosL(a, s, c);
   return header_detail::Round(r * c, r * s);
 }
 
@@ -39,7 +39,7 @@ TCplx PowerL(const TCplx& base, const LCplx& exponent) {
   if (exponent.real() == 0 && exponent.imag() == 0) return C_ONE;
   if (IsZero(base)) return C_ZERO;
   LCplx w = exponent * LnL(Widen(base));
-  return Polar(detail::kernels::ExpL(w.real()), w.imag());
+  return Polar(detail::x87::ExpL(w.real()), w.imag());
 }
 }  // namespace
 

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "quorel/core/detail/x87.h"
-#include "quorel/core/detail/x87_kernels.h"
+#include "quorel/core/detail/x87_math.h"
 
 namespace quorel {
 
@@ -59,7 +59,7 @@ double LogN(double base, double x) { return D(Fyl2x(x, 1.0L) / Fyl2x(base, 1.0L)
 
 double Exp(double x) { return std::exp(x); }
 double Exp2(double x) { return std::exp2(x); }
-double Exp10(double x) { return D(detail::kernels::Exp10L(x)); }
+double Exp10(double x) { return D(detail::x87::Exp10L(x)); }
 double Power(double base, double exponent) { return std::pow(base, exponent); }
 double IntPower(double base, int n) {
   L r = 1, b = base;
@@ -89,17 +89,17 @@ double ArcTanh(double x) { return D(std::atanh(L(x))); }
 
 double Sec(double x) {
   L s, c;
-  detail::kernels::SinCosL(x, s, c);
+  detail::x87::SinCosL(x, s, c);
   return D(1 / c);
 }
 double Csc(double x) {
   L s, c;
-  detail::kernels::SinCosL(x, s, c);
+  detail::x87::SinCosL(x, s, c);
   return D(1 / s);
 }
 double Cot(double x) {
   L s, c;
-  detail::kernels::SinCosL(x, s, c);
+  detail::x87::SinCosL(x, s, c);
   return D(c / s);
 }
 double Sech(double x) { return D(1 / std::cosh(L(x))); }

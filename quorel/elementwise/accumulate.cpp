@@ -243,23 +243,4 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
   return *this;
 }
 
-namespace {
-auto ClampedInverse(double threshold) {
-  return detail::MakeOp<detail::Rule::Both>({"Inv: X = Self", "Inv: Self.Complex <> X.Complex"},
-                                          [threshold](auto x, auto r, std::ptrdiff_t n) { kern::LTInv(x, threshold, r, n); });
-}
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::Inv(double threshold) { return detail::Unary(*this, ClampedInverse(threshold)); }
-TDenseQuorel& TDenseQuorel::Inv(double threshold, std::int32_t index, std::int32_t len) {
-  return detail::Unary(*this, ClampedInverse(threshold), index, len);
-}
-TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold) {
-  return detail::Unary(*this, ClampedInverse(threshold), x);
-}
-TDenseQuorel& TDenseQuorel::Inv(const TDenseQuorel& x, double threshold, std::int32_t xIndex, std::int32_t index,
-                                std::int32_t len) {
-  return detail::Unary(*this, ClampedInverse(threshold), x, xIndex, index, len);
-}
-
 }  // namespace quorel

@@ -1,6 +1,6 @@
 // Element-wise functions whose shapes are their own: powers with an array exponent or a complex
-// parameter, integer powers, ArcTan2, SinCos, SinhCosh, Expj, Rem, Sgn and TruncAndFrac. Functions
-// with plain scalar parameters are lines of elementwise_methods.inc.
+// parameter, integer powers, ArcTan2, Expj, Rem, Sgn and TruncAndFrac. Functions with plain scalar
+// parameters and the two-output SinCos and SinhCosh are lines of elementwise_methods.inc.
 #include <cmath>
 
 #include "quorel/core/detail/checks.h"
@@ -188,73 +188,7 @@ TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, double value, std::int32_
   return *this;
 }
 
-// --- two outputs: SinCos, SinhCosh, TruncAndFrac --------------------------------------------------------------------
-
-namespace {
-// Self real into two real outputs sized like Self; `k(x, a, b, n)`.
-template <class K>
-void TwoOutputs(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, K&& k, const char* selfComplex,
-                const char* aIsSelf, const char* bIsSelf) {
-  Require(!self.Complex(), selfComplex);
-  if (self.ConditionCheck()) {
-    Require(!Same(self, a), aIsSelf);
-    Require(!Same(self, b), bIsSelf);
-  }
-  a.Size(self, false);
-  b.Size(self, false);
-  if (self.Length() > 0) k(R(self), R(a), R(b), self.Length());
-}
-
-template <class K>
-void TwoOutputsRange(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, std::int32_t ai, std::int32_t bi,
-                     std::int32_t index, std::int32_t len, K&& k, const char* selfComplex, const char* aIsSelf,
-                     const char* bIsSelf, const char* aKind, const char* bKind) {
-  a.ValidateParams2(self, index, ai, len);
-  b.ValidateParams2(self, index, bi, len);
-  Require(!self.Complex(), selfComplex);
-  if (self.ConditionCheck()) {
-    Require(!Same(self, a), aIsSelf);
-    Require(!Same(self, b), bIsSelf);
-    Require(!a.Complex(), aKind);
-    Require(!b.Complex(), bKind);
-  }
-  if (len > 0) k(R(self, index), R(a, ai), R(b, bi), len);
-}
-
-constexpr auto kSinCos = [](const double* x, double* s, double* c, std::ptrdiff_t n) { kern::SinCos(x, s, c, n); };
-constexpr auto kSinhCosh = [](const double* x, double* s, double* c, std::ptrdiff_t n) {
-  kern::SinhCosh(x, s, c, n);
-};
-constexpr auto kTruncFrac = [](const double* x, double* t, double* f, std::ptrdiff_t n) {
-  kern::TruncAndFrac(x, t, f, n);
-};
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::SinCos(TDenseQuorel& sinX, TDenseQuorel& cosX) {
-  TwoOutputs(*this, sinX, cosX, kSinCos, "TQuorel.SinCos: Complex = True", "TQuorel.SinCos: Sinx = Self",
-             "TVec.SinCos: Cosx = Self");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::SinCos(TDenseQuorel& sinX, TDenseQuorel& cosX, std::int32_t sinIndex,
-                                   std::int32_t cosIndex, std::int32_t index, std::int32_t len) {
-  TwoOutputsRange(*this, sinX, cosX, sinIndex, cosIndex, index, len, kSinCos, "TQuorel.SinCos: Complex = True",
-                  "TQuorel.SinCos: Sinx = Self", "TVec.SinCos: Cosx = Self", "TVec.SinCos: Complex <> SinX.Complex",
-                  "TVec.SinCos: Complex <> CosX.Complex");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::SinhCosh(TDenseQuorel& sinhX, TDenseQuorel& coshX) {
-  TwoOutputs(*this, sinhX, coshX, kSinhCosh, "TQuorel.SinhCosh: Complex = True", "TQuorel.SinhCosh: SinhX = Self",
-             "TQuorel.SinhCosh: CoshX = Self");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::SinhCosh(TDenseQuorel& sinhX, TDenseQuorel& coshX, std::int32_t sinhIndex,
-                                     std::int32_t coshIndex, std::int32_t index, std::int32_t len) {
-  TwoOutputsRange(*this, sinhX, coshX, sinhIndex, coshIndex, index, len, kSinhCosh,
-                  "TQuorel.SinhCosh: Complex = True", "TQuorel.SinhCosh: SinhX = Self",
-                  "TQuorel.SinhCosh: CoshX = Self", "TVec.SinhCosh: SinhX.Complex = True",
-                  "TVec.SinhCosh: CoshX.Complex = True");
-  return *this;
-}
+// --- TruncAndFrac: two outputs of the source's kind --------------------------------------------------------------
 
 TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& fracDst) {
   if (fConditionCheck) {

@@ -1,5 +1,5 @@
-// Complex parts of element-wise data: splitting and joining real and imaginary parts, polar forms
-// and spectra.
+// Complex parts of element-wise data: the spectra and the real and imaginary parts of a complex
+// source. Splitting into two outputs and joining two real sources are lines of elementwise_methods.inc.
 #include <algorithm>
 
 #include "quorel/core/detail/checks.h"
@@ -79,119 +79,6 @@ TDenseQuorel& TDenseQuorel::ImagPart(const TDenseQuorel& vec, std::int32_t vecIn
                                      std::int32_t len) {
   return ComplexToRealRange(*this, vec, vecIndex, index, len, kImagPart, "ImagPart: X = Self",
                             "TQuorel.RealPart: Vec must be complex");
-}
-
-// Self complex; the two outputs receive real and imaginary parts (or modulus and phase).
-namespace {
-template <class K>
-void SplitComplex(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, K&& k, const char* selfMsg) {
-  Require(self.Complex(), "Complex = False");
-  if (self.ConditionCheck()) Require(!Same(self, a) && !Same(self, b), selfMsg);
-  a.Size(self, false);
-  b.Size(self, false);
-  if (self.Length() > 0) k(C(self), R(a), R(b), self.Length());
-}
-
-template <class K>
-void SplitComplexRange(const TDenseQuorel& self, TDenseQuorel& a, TDenseQuorel& b, std::int32_t ai,
-                       std::int32_t bi, std::int32_t index, std::int32_t len, K&& k, const char* aMsg,
-                       const char* bMsg) {
-  a.ValidateParams2(self, index, ai, len);
-  b.ValidateParams2(self, index, bi, len);
-  Require(self.Complex(), "Complex = False");
-  Require(!a.Complex(), aMsg);
-  Require(!b.Complex(), bMsg);
-  if (len > 0) k(C(self, index), R(a, ai), R(b, bi), len);
-}
-
-constexpr auto kSplitParts = [](const TCplx* x, double* re, double* im, std::ptrdiff_t n) {
-  kern::CplxToReal(x, re, im, n);
-};
-constexpr auto kSplitPolar = [](const TCplx* x, double* m, double* p, std::ptrdiff_t n) {
-  kern::CartToPolar(x, m, p, n);
-};
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::CplxToReal(TDenseQuorel& reVec, TDenseQuorel& imVec) {
-  SplitComplex(*this, reVec, imVec, kSplitParts, "(Self = ReVec) or (Self = ImVec)");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::CplxToReal(TDenseQuorel& reVec, TDenseQuorel& imVec, std::int32_t reIndex,
-                                       std::int32_t imIndex, std::int32_t index, std::int32_t len) {
-  SplitComplexRange(*this, reVec, imVec, reIndex, imIndex, index, len, kSplitParts, "ReVec.Complex = True",
-                    "ImVec.Complex = True");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::CartToPolar(TDenseQuorel& amplt, TDenseQuorel& phase) {
-  SplitComplex(*this, amplt, phase, kSplitPolar, "(Self = AmpltVec) or (Self = PhaseVec)");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::CartToPolar(TDenseQuorel& amplt, TDenseQuorel& phase, std::int32_t amplIndex,
-                                        std::int32_t phaseIndex, std::int32_t index, std::int32_t len) {
-  SplitComplexRange(*this, amplt, phase, amplIndex, phaseIndex, index, len, kSplitPolar,
-                    "AmplTQuorel.Complex = True", "PhaseVec.Complex = True");
-  return *this;
-}
-
-// Two real sources into a complex Self: parts, or modulus and phase.
-namespace {
-template <class K>
-void JoinReal(TDenseQuorel& self, const TDenseQuorel& a, const TDenseQuorel& b, K&& k, const char* selfMsg,
-              const char* aMsg, const char* bMsg, const char* lenMsg) {
-  if (self.ConditionCheck()) {
-    Require(!Same(self, a) && !Same(self, b), selfMsg);
-    Require(!a.Complex(), aMsg);
-    Require(!b.Complex(), bMsg);
-    Require(a.Length() == b.Length(), lenMsg);
-  }
-  self.Size(a, true);
-  const std::int32_t n = std::min(a.Length(), b.Length());
-  if (n > 0) k(R(a), R(b), C(self), n);
-}
-
-template <class K>
-void JoinRealRange(TDenseQuorel& self, const TDenseQuorel& a, const TDenseQuorel& b, std::int32_t ai,
-                   std::int32_t bi, std::int32_t index, std::int32_t len, K&& k, const char* aMsg,
-                   const char* bMsg) {
-  self.ValidateParams(a, b, ai, bi, index, len);
-  if (self.ConditionCheck()) {
-    Require(!a.Complex(), aMsg);
-    Require(!b.Complex(), bMsg);
-    Require(self.Complex(), "Complex = False");
-  }
-  if (len > 0) k(R(a, ai), R(b, bi), C(self, index), len);
-}
-
-constexpr auto kJoinParts = [](const double* re, const double* im, TCplx* r, std::ptrdiff_t n) {
-  kern::RealToCplx(re, im, r, n);
-};
-constexpr auto kJoinPolar = [](const double* m, const double* p, TCplx* r, std::ptrdiff_t n) {
-  kern::PolarToCart(m, p, r, n);
-};
-}  // namespace
-
-TDenseQuorel& TDenseQuorel::RealToCplx(const TDenseQuorel& reVec, const TDenseQuorel& imVec) {
-  JoinReal(*this, reVec, imVec, kJoinParts, "(Self = ReVec) or (Self = ImVec)", "ReVec.Complex = True",
-           "ImVec.Complex = True", "ReVec.Length <> ImVec.Length");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::RealToCplx(const TDenseQuorel& reVec, const TDenseQuorel& imVec, std::int32_t reIndex,
-                                       std::int32_t imIndex, std::int32_t index, std::int32_t len) {
-  JoinRealRange(*this, reVec, imVec, reIndex, imIndex, index, len, kJoinParts, "ReVec.Complex = True",
-                "ImVec.Complex = True");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::PolarToCart(const TDenseQuorel& amplt, const TDenseQuorel& phase) {
-  JoinReal(*this, amplt, phase, kJoinPolar, "(Self = AmpltVec) or (Self = PhaseVec)", "AmpltVec.Complex = True",
-           "PhaseVec.Complex = True", "AmpltVec.Length <> PhaseVec.Length");
-  return *this;
-}
-TDenseQuorel& TDenseQuorel::PolarToCart(const TDenseQuorel& amplt, const TDenseQuorel& phase,
-                                        std::int32_t amplIndex, std::int32_t phaseIndex, std::int32_t index,
-                                        std::int32_t len) {
-  JoinRealRange(*this, amplt, phase, amplIndex, phaseIndex, index, len, kJoinPolar, "AmpltVec.Complex = True",
-                "PhaseVec.Complex = True");
-  return *this;
 }
 
 }  // namespace quorel

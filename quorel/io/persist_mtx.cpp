@@ -2,6 +2,7 @@
 #include <array>
 
 #include "quorel/io/detail/persist_format.h"
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/io/persist.h"
@@ -56,12 +57,12 @@ void TMtx::WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding) c
 
 TPrecision TMtx::ReadHeader(TQuorelStream& stream) {
   THeader h{};
-  if (!detail::ReadHeaderFields(stream, h)) ERaise("TMtx: Error reading stream!");
+  detail::RequireState(detail::ReadHeaderFields(stream, h), "TMtx: Error reading stream!");
   const std::int32_t version = aRound(h[hVersion]);
   std::int32_t tag = fTag;
   std::string caption = fCaption;
   if (version > QuorelLastOldVersion) {
-    if (aRound(h[hFileCode]) != QuorelFileCode) EInvalidArgumentRaise("Wrong file format!");
+    detail::Require(aRound(h[hFileCode]) == QuorelFileCode, "Wrong file format!");
     tag = aRound(h[hTag]);
     caption = ReadShortString(stream);
   }

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <thread>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/memory.h"
 #include "quorel/objects/mtx.h"
@@ -148,7 +149,7 @@ void TQuorelController::FreeItx(header_detail::TPool<T>& pool, T*& object) {
     return;
   }
   auto& e = pool.Entries[static_cast<std::size_t>(index)];
-  if (!e.Used || e.Object != object) ERaise("FreeIt: object is not in use");
+  detail::RequireState(e.Used && e.Object == object, "FreeIt: object is not in use");
   object->Reset();
   e.Used = false;
   if (index == pool.Next - 1) --pool.Next;
@@ -198,12 +199,12 @@ void TQuorelController::DetachPool(header_detail::TPool<T>& pool) {
 }
 
 void TQuorelController::SetVecCacheSize(std::int32_t count, std::int32_t elements) {
-  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetVecCacheSize: negative argument");
+  detail::Require(count >= 0 && elements >= 0, "SetVecCacheSize: negative argument");
   SetCacheSize(vecs_, count, elements);
 }
 
 void TQuorelController::SetMtxCacheSize(std::int32_t count, std::int32_t elements) {
-  if (count < 0 || elements < 0) EInvalidArgumentRaise("SetMtxCacheSize: negative argument");
+  detail::Require(count >= 0 && elements >= 0, "SetMtxCacheSize: negative argument");
   SetCacheSize(mtxs_, count, elements);
 }
 
@@ -351,7 +352,7 @@ void Enlist(TMtx& mtx, std::vector<std::span<double>>& rows) {
 }
 
 void Enlist(TMtx& mtx, std::vector<std::span<TCplx>>& rows) {
-  if (!mtx.Complex()) ERaise("Matrix.Complex = false!");
+  detail::RequireState(mtx.Complex(), "Matrix.Complex = false!");
   EnlistRows(mtx, rows, mtx.PCValues1D(0), mtx.LeadingCols(), static_cast<std::size_t>(mtx.Cols()));
 }
 

@@ -37,6 +37,8 @@ TEST(Accuracy, RealMembersWithinOneUlp) {
       {"kernels_sinh.txt", &TVec::Sinh, 1},     {"kernels_cosh.txt", &TVec::Cosh, 1},
       {"kernels_tanh.txt", &TVec::Tanh, 1},     {"kernels_tan.txt", &TVec::Tan, 1},
       {"kernels_exp.txt", &TVec::Exp, 1},       {"kernels_ln.txt", &TVec::Ln, 1},
+      {"kernels_exp2.txt", &TVec::Exp2, 1},     {"kernels_exp10.txt", &TVec::Exp10, 1},
+      {"kernels_log2.txt", &TVec::Log2, 1},
       {"kernels_log10.txt", &TVec::Log10, 1},   {"kernels_cbrt.txt", &TVec::Cbrt, 1},
       {"kernels_invsqrt.txt", &TVec::InvSqrt, 1}, {"kernels_invcbrt.txt", &TVec::InvCbrt, 1},
       {"kernels_sincos.txt", &TVec::Sin, 1},    {"kernels_sincos.txt", &TVec::Cos, 2},

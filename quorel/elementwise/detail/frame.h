@@ -297,6 +297,108 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
   return self;
 }
 
+// --- one source to two outputs ------------------------------------------------------------------
+
+/// Messages of a method that splits Self into two real outputs.
+struct SplitMessages {
+  const char* selfKind;  // Self of the wrong kind, checked always
+  const char* aIsSelf;   // an output is Self (the same text twice for one shared message)
+  const char* bIsSelf;
+  const char* aKind;     // range form: an output that is complex
+  const char* bKind;
+  // Range form: true makes the Self and output checks only under ConditionCheck; false makes the
+  // output checks always and no Self check.
+  bool rangeChecked;
+};
+
+/// Self (complex when `ComplexSource`, else real) into two real outputs: K(x, a, b, n).
+template <class K, bool ComplexSource>
+struct SplitOp {
+  static constexpr bool kComplexSource = ComplexSource;
+  using Source = std::conditional_t<ComplexSource, TCplx, double>;
+  SplitMessages msgs;
+  void operator()(const Source* x, double* a, double* b, std::ptrdiff_t n) const { K{}(x, a, b, n); }
+};
+
+/// F(A, B): both outputs sized like Self.
+template <class Op>
+TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuorel& b) {
+  Require(self.Complex() == Op::kComplexSource, op.msgs.selfKind);
+  if (self.ConditionCheck()) {
+    Require(!Same(self, a), op.msgs.aIsSelf);
+    Require(!Same(self, b), op.msgs.bIsSelf);
+  }
+  a.Size(self, false);
+  b.Size(self, false);
+  if (self.Length() > 0) op(In<typename Op::Source>(self), R(a), R(b), self.Length());
+  return self;
+}
+
+/// F(A, B, AIndex, BIndex, Index, Len): ranges, the outputs not resized.
+template <class Op>
+TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuorel& b, Index ai, Index bi,
+                    Index index, Index len) {
+  a.ValidateParams2(self, index, ai, len);
+  b.ValidateParams2(self, index, bi, len);
+  Require(self.Complex() == Op::kComplexSource, op.msgs.selfKind);
+  if (!op.msgs.rangeChecked || self.ConditionCheck()) {
+    if (op.msgs.rangeChecked) {
+      Require(!Same(self, a), op.msgs.aIsSelf);
+      Require(!Same(self, b), op.msgs.bIsSelf);
+    }
+    Require(!a.Complex(), op.msgs.aKind);
+    Require(!b.Complex(), op.msgs.bKind);
+  }
+  if (len > 0) op(In<typename Op::Source>(self, index), R(a, ai), R(b, bi), len);
+  return self;
+}
+
+// --- two real sources to one complex ---------------------------------------------------------------
+
+/// Messages of a method that joins two real sources into a complex Self.
+struct JoinMessages {
+  const char* sourceIsSelf;  // "(Self = ReVec) or (Self = ImVec)"
+  const char* aKind;         // a source that is complex
+  const char* bKind;
+  const char* lengths;       // sources of different lengths
+};
+
+/// Two real sources into complex Self: K(a, b, r, n).
+template <class K>
+struct JoinOp {
+  JoinMessages msgs;
+  void operator()(const double* a, const double* b, TCplx* r, std::ptrdiff_t n) const { K{}(a, b, r, n); }
+};
+
+/// F(A, B): Self complex, sized like A.
+template <class Op>
+TDenseQuorel& Join(TDenseQuorel& self, const Op& op, const TDenseQuorel& a, const TDenseQuorel& b) {
+  if (self.ConditionCheck()) {
+    Require(!Same(self, a) && !Same(self, b), op.msgs.sourceIsSelf);
+    Require(!a.Complex(), op.msgs.aKind);
+    Require(!b.Complex(), op.msgs.bKind);
+    Require(a.Length() == b.Length(), op.msgs.lengths);
+  }
+  self.Size(a, true);
+  const Index n = std::min(a.Length(), b.Length());
+  if (n > 0) op(R(a), R(b), C(self), n);
+  return self;
+}
+
+/// F(A, B, AIndex, BIndex, Index, Len): ranges into a complex Self, not resized.
+template <class Op>
+TDenseQuorel& Join(TDenseQuorel& self, const Op& op, const TDenseQuorel& a, const TDenseQuorel& b, Index ai,
+                   Index bi, Index index, Index len) {
+  self.ValidateParams(a, b, ai, bi, index, len);
+  if (self.ConditionCheck()) {
+    Require(!a.Complex(), op.msgs.aKind);
+    Require(!b.Complex(), op.msgs.bKind);
+    RequireComplex(self);
+  }
+  if (len > 0) op(R(a, ai), R(b, bi), C(self, index), len);
+  return self;
+}
+
 // --- one entry point for the generated method bodies ------------------------------------------------
 // The methods listed in elementwise_methods.inc forward their arguments here unchanged; the
 // argument types choose the shape and the operation's kind (unary or binary) the template.

@@ -17,6 +17,7 @@
 #include "quorel/platform/kernels/move.h"
 #include "quorel/platform/kernels/convert.h"
 #include "quorel/platform/kernels/round.h"
+#include "quorel/platform/kernels/threshold.h"
 
 namespace quorel::detail::ops {
 
@@ -172,6 +173,79 @@ struct PowxK {
   }
 };
 
+/// 1/x, limited in modulus to 1/threshold (values below the threshold give 1/threshold).
+struct ClampedInvK {
+  double threshold;
+  explicit ClampedInvK(double t) : threshold(t) {}
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const { kern::LTInv(x, threshold, r, n); }
+};
+
+// Thresholds: values beyond a level replaced by the level or by a given value; complex data is
+// limited by modulus with the phase kept.
+struct ThreshBottomK {
+  double value;
+  explicit ThreshBottomK(double v) : value(v) {}
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const { kern::ThresholdLT(x, value, r, n); }
+};
+struct ThreshTopK {
+  double value;
+  explicit ThreshTopK(double v) : value(v) {}
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const { kern::ThresholdGT(x, value, r, n); }
+};
+/// Values beyond `level` replaced by `value` (a real value for complex data has no imaginary part).
+template <bool Below>
+struct ThresholdValK {
+  double level;
+  double value;
+  ThresholdValK(double l, double v) : level(l), value(v) {}
+  template <class X>
+  void operator()(const X* x, X* r, ptrdiff_t n) const {
+    X v;
+    if constexpr (std::is_same_v<X, double>) v = value;
+    else v = TCplx{value, 0.0};
+    if constexpr (Below) kern::ThresholdLTVal(x, level, v, r, n);
+    else kern::ThresholdGTVal(x, level, v, r, n);
+  }
+};
+using ThresholdLTK = ThresholdValK<true>;
+using ThresholdGTK = ThresholdValK<false>;
+/// The complex-valued forms: complex data only.
+template <bool Below>
+struct ThresholdCplxK {
+  double level;
+  TCplx value;
+  ThresholdCplxK(double l, const TCplx& v) : level(l), value(v) {}
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    if constexpr (Below) kern::ThresholdLTVal(x, level, value, r, n);
+    else kern::ThresholdGTVal(x, level, value, r, n);
+  }
+};
+using ThresholdLTCplxK = ThresholdCplxK<true>;
+using ThresholdGTCplxK = ThresholdCplxK<false>;
+/// Both limits at once; the level order is checked only under ConditionCheck.
+struct ThresholdGTLTK {
+  double ltLevel, ltValue, gtLevel, gtValue;
+  ThresholdGTLTK(const TDenseQuorel& self, double ltLevel_, double ltValue_, double gtLevel_, double gtValue_)
+      : ltLevel(ltLevel_), ltValue(ltValue_), gtLevel(gtLevel_), gtValue(gtValue_) {
+    // Equal levels are allowed; only a lower level above the upper one is refused.
+    RequireChecked(self, !(ltLevel > gtLevel), "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  }
+  void operator()(const double* x, double* r, ptrdiff_t n) const {
+    kern::ThresholdLTValGTVal(x, ltLevel, ltValue, gtLevel, gtValue, r, n);
+  }
+};
+
+// Kernels of the methods with two outputs, and of those joining two real sources.
+QUOREL_KERNEL(CplxToRealK, kern::CplxToReal)
+QUOREL_KERNEL(CartToPolarK, kern::CartToPolar)
+QUOREL_KERNEL(SinCosK, kern::SinCos)
+QUOREL_KERNEL(SinhCoshK, kern::SinhCosh)
+QUOREL_KERNEL(RealToCplxK, kern::RealToCplx)
+QUOREL_KERNEL(PolarToCartK, kern::PolarToCart)
+
 // Kernels of the functions whose composition needs a name of its own in the operation table.
 using SecK = Then<CosK, InvK>;
 using CscK = Then<SinK, InvK>;
@@ -185,9 +259,20 @@ using CothK = Then<TanhK, InvK>;
 using ArcSechK = Then<InvK, ArcCoshF>;
 using ArcCschK = Then<InvK, ArcSinhF>;
 using ArcCothK = Then<InvK, ArcTanhF>;
-using Exp2K = Then<ScaleBy<LN2>, ExpK>;
-using Exp10K = Then<ScaleBy<LN10>, ExpK>;
-using Log2K = Then<LnF, ScaleBy<INVLN2>>;
+
+/// Real data through the direct kernel K (one rounding, not a scaled exp or ln), complex data
+/// through the complex composition C.
+template <class K, class C>
+struct RealDirect {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { K{}(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { C{}(x, r, n); }
+};
+QUOREL_KERNEL(Exp2RealK, kern::Exp2)
+QUOREL_KERNEL(Exp10RealK, kern::Exp10)
+QUOREL_KERNEL(Log2RealK, kern::Log2)
+using Exp2K = RealDirect<Exp2RealK, Then<ScaleBy<LN2>, ExpK>>;
+using Exp10K = RealDirect<Exp10RealK, Then<ScaleBy<LN10>, ExpK>>;
+using Log2K = RealDirect<Log2RealK, Then<LnF, ScaleBy<INVLN2>>>;
 
 // --- operations -----------------------------------------------------------------------------------------
 
@@ -208,12 +293,16 @@ struct ParamMessages {
   detail::UnaryMessages unary;
 };
 
-/// A function with scalar parameters: Bind(p...) gives the operation the frame runs.
+/// A function with scalar parameters: Bind(self, p...) gives the operation the frame runs. A
+/// kernel whose parameter checks depend on Self (ConditionCheck) is constructed from it too.
 template <class K, Rule R>
 struct ParamUnaryOp {
   ParamMessages msgs;
   template <class... P>
-  ParamOp<R, K> Bind(P... p) const { return {msgs.unary, K(p...)}; }
+  ParamOp<R, K> Bind(const TDenseQuorel& self, P... p) const {
+    if constexpr (std::is_constructible_v<K, const TDenseQuorel&, P...>) return {msgs.unary, K(self, p...)};
+    else return {msgs.unary, K(p...)};
+  }
 };
 
 /// An arithmetic operation: VecK on two arrays, ScalarK on an array and a value.
@@ -244,6 +333,10 @@ struct SubValueK {
     else kern::AddValue(x, TCplx{-v.Re, -v.Im}, r, n);
   }
 };
+/// Kind of the source of a method with two outputs.
+inline constexpr bool RealSource = false;
+inline constexpr bool ComplexSource = true;
+
 /// Placeholder for an operation without array (or without scalar) forms; never called.
 struct NoKernel {};
 

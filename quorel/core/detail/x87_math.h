@@ -1,5 +1,5 @@
 #pragma once
-// Table-driven exponential and sine/cosine kernels in extended precision, inline for the
+// Table-driven exponential and sine/cosine evaluation in extended precision, inline for the
 // library's own .cpp files. The C library's long double versions are exact to the last bit but
 // several times slower. Constants are doubles or double pairs: on some x86 cores every 80-bit
 // memory load costs as much as a dozen multiplications, and none of these needs one.
@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace quorel::detail::kernels {
+namespace quorel::detail::x87 {
 
 // 2^(j/256), j = 0 .. 255, as double pairs hi + lo.
 inline constexpr double kExp2Table[][2] = {
@@ -450,4 +450,4 @@ inline void SinCosL(L x, L& s, L& c) {
   c = ct + (ct * cr_m1 - st * sr);
 }
 
-}  // namespace quorel::detail::kernels
+}  // namespace quorel::detail::x87

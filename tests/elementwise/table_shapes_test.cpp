@@ -1,0 +1,77 @@
+// The two-output, two-source and parameter-after-source lines of the element-wise table: which
+// check runs first, which runs only under ConditionCheck, and that nothing is written on refusal.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "quorel/core/errors.h"
+#include "support/support.h"
+
+namespace quorel {
+namespace {
+
+using test::Cplx;
+using test::MessageOf;
+using test::Real;
+using E = EQuorelInvalidArgument;
+
+TEST(TableShapes, TwoOutputsCheckOrder) {
+  TVec x = Real({0.5, 1});
+  TVec s = Real({7, 7}), c = Real({7, 7}), z = Cplx({{1, 1}, {2, 2}});
+  // Real source: the Self checks and the output kinds of the range form follow ConditionCheck.
+  EXPECT_EQ(MessageOf<E>([&] { x.SinCos(x, c); }), "TQuorel.SinCos: Sinx = Self");
+  EXPECT_EQ(MessageOf<E>([&] { x.SinCos(s, x); }), "TVec.SinCos: Cosx = Self");
+  EXPECT_EQ(MessageOf<E>([&] { z.SinhCosh(s, c); }), "TQuorel.SinhCosh: Complex = True");
+  EXPECT_EQ(MessageOf<E>([&] { x.SinhCosh(s, z, 0, 0, 0, 2); }), "TVec.SinhCosh: CoshX.Complex = True");
+  EXPECT_TRUE(s.IsEqual(Real({7, 7})));
+  x.SetConditionCheck(false);
+  x.SinCos(s, c, 1, 0, 0, 1);  // unchecked range form writes into what it is given
+  EXPECT_DOUBLE_EQ(s[1], std::sin(0.5));
+  EXPECT_DOUBLE_EQ(c[0], std::cos(0.5));
+  // Complex source: the output kinds of the range form are checked whatever ConditionCheck says,
+  // and the range form has no Self check.
+  TVec re = Real({0, 0}), im = Real({0, 0});
+  z.SetConditionCheck(false);
+  EXPECT_EQ(MessageOf<E>([&] { z.CartToPolar(re, z, 0, 0, 0, 2); }), "PhaseVec.Complex = True");
+  EXPECT_EQ(MessageOf<E>([&] { z.CplxToReal(z, im, 0, 0, 0, 2); }), "ReVec.Complex = True");
+  z.SetConditionCheck(true);
+  EXPECT_EQ(MessageOf<E>([&] { z.CplxToReal(re, z); }), "(Self = ReVec) or (Self = ImVec)");
+  z.CplxToReal(re, im, 1, 0, 1, 1);
+  EXPECT_TRUE(re.IsEqual(Real({0, 2})));
+  EXPECT_TRUE(im.IsEqual(Real({2, 0})));
+}
+
+TEST(TableShapes, TwoRealSourcesToComplex) {
+  TVec r = Real({1, 2}), i = Real({3, 4});
+  TVec out = Cplx({{9, 9}, {9, 9}, {9, 9}});
+  EXPECT_EQ(MessageOf<E>([&] { r.RealToCplx(r, i); }), "(Self = ReVec) or (Self = ImVec)");
+  TVec realOut = Real({0, 0});
+  EXPECT_EQ(MessageOf<E>([&] { realOut.PolarToCart(r, i, 0, 0, 0, 2); }), "Complex = False");
+  out.RealToCplx(r, i, 1, 0, 2, 1);
+  EXPECT_TRUE(out.IsEqual(Cplx({{9, 9}, {9, 9}, {2, 3}})));
+  out.PolarToCart(Real({2}), Real({0}));
+  EXPECT_TRUE(out.IsEqual(Cplx({{2, 0}})));
+}
+
+TEST(TableShapes, ParameterAfterSource) {
+  TVec a = Real({0.5, -4, 8});
+  TVec r;
+  r.Inv(a, 1.0);  // |x| below the threshold gives 1/threshold with the sign kept
+  EXPECT_TRUE(r.IsEqual(Real({1, -0.25, 0.125})));
+  r.Inv(Real({2, 4}), 1.0, 1, 0, 1);
+  EXPECT_DOUBLE_EQ(r[0], 0.25);
+  EXPECT_EQ(MessageOf<E>([&] { r.Inv(r, 1.0); }), "Inv: X = Self");
+  // The complex-valued threshold refuses real data; its Self check comes first.
+  TVec c = Cplx({{3, 4}});
+  EXPECT_EQ(MessageOf<E>([&] { c.ThresholdGT(c, 1.0, TCplx{0, 1}); }), "TQuorel.ThresholdGT: Vec = Self");
+  EXPECT_EQ(MessageOf<E>([&] { a.ThresholdLT(1.0, TCplx{0, 1}); }), "TQuorel.ThresholdLT: Self is not Complex");
+  EXPECT_EQ(MessageOf<E>([&] { c.ThresholdLT(a, 1.0, TCplx{0, 1}); }), "TQuorel.ThresholdLT: Vec is not Complex");
+  c.ThresholdGT(1.0, TCplx{0, 1});
+  EXPECT_TRUE(c.IsEqual(Cplx({{0, 1}})));
+  // The level order is checked before the range.
+  EXPECT_EQ(MessageOf<E>([&] { a.ThresholdGT_LT(1, 0, 0, 0, 5, 5); }), "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  EXPECT_TRUE(a.IsEqual(Real({0.5, -4, 8})));
+}
+
+}  // namespace
+}  // namespace quorel
