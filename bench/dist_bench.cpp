@@ -30,17 +30,7 @@ struct Points {
 };
 
 template <class F>
-void Run(benchmark::State& state, F&& body) {
-  body();
-  const long before = bench::allocations.load();
-  for (auto _ : state) {
-    body();
-    benchmark::ClobberMemory();
-  }
-  state.counters["allocs"] =
-      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
-  state.SetItemsProcessed(state.iterations() * kPoints);
-}
+void Run(benchmark::State& state, F&& body) { bench::RunCounted(state, body, kPoints); }
 
 // One pair of benchmarks: the vector overload and the scalar loop, on points in [lo, hi].
 #define DIST_BENCH(NAME, LO, HI, ...)                                                          \

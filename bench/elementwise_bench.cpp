@@ -64,19 +64,8 @@ Data& DataFor(int n) {
   return *d;
 }
 
-// Runs one body per iteration and records allocations per call after a warm-up call.
 template <class F>
-void Run(benchmark::State& state, F&& body) {
-  body();
-  const long before = bench::allocations.load();
-  for (auto _ : state) {
-    body();
-    benchmark::ClobberMemory();
-  }
-  state.counters["allocs"] =
-      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+void Run(benchmark::State& state, F&& body) { bench::RunCounted(state, body, state.range(0)); }
 
 #define QUOREL_BENCH(op, impl, ...)                                  \
   void BM_##op##_##impl(benchmark::State& state) {                   \

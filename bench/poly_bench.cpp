@@ -36,16 +36,7 @@ const TVec& PolyOf(int n) {
 }
 
 template <class F>
-void Run(benchmark::State& state, F&& body) {
-  body();
-  const long before = bench::allocations.load();
-  for (auto _ : state) {
-    body();
-    benchmark::ClobberMemory();
-  }
-  state.counters["allocs"] =
-      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
-}
+void Run(benchmark::State& state, F&& body) { bench::RunCounted(state, body); }
 
 void PolyRootsQuorel(benchmark::State& state) {
   const TVec& p = PolyOf(static_cast<int>(state.range(0)));

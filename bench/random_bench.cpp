@@ -16,17 +16,7 @@ using namespace quorel;
 namespace {
 
 template <class F>
-void Run(benchmark::State& state, F&& body) {
-  body();
-  const long before = bench::allocations.load();
-  for (auto _ : state) {
-    body();
-    benchmark::ClobberMemory();
-  }
-  state.counters["allocs"] =
-      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+void Run(benchmark::State& state, F&& body) { bench::RunCounted(state, body, state.range(0)); }
 
 // A stream fill into a vector of n values.
 template <class F>

@@ -3,21 +3,14 @@
 #include <ctime>
 
 #include "quorel/objects/mtx.h"
+#include "quorel/io/detail/short_date.h"
 #include "quorel/io/text_values.h"
 
 namespace quorel {
 
-namespace {
-// Today in the locale's short date form.
-std::string ShortDate() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  char text[64];
-  const std::size_t n = std::strftime(text, sizeof text, "%x", &local);
-  return std::string(text, n);
-}
+using detail::ShortDate;
 
+namespace {
 // Element (i, j) as the file writes it: a real value, or the real and imaginary part.
 std::string ElementLine(const TMtx& mtx, std::int32_t i, std::int32_t j) {
   const TValueFormat exact = TValueFormat::Shortest();

@@ -12,22 +12,16 @@
 #include "quorel/core/errors.h"
 #include "quorel/core/text.h"
 #include "quorel/io/matrix_market.h"
+#include "quorel/io/detail/short_date.h"
 #include "quorel/io/text_values.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/sparse/sparse.h"
 
 namespace quorel {
 
-namespace {
+using detail::ShortDate;
 
-std::string ShortDate() {
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  char text[64];
-  const std::size_t n = std::strftime(text, sizeof text, "%x", &local);
-  return std::string(text, n);
-}
+namespace {
 
 std::string Lower(std::string s) {
   std::transform(s.begin(), s.end(), s.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
