@@ -77,6 +77,10 @@ cholmod_sparse View(bool complex, std::int32_t n, const std::int32_t* ap, const 
 }
 
 }  // namespace
+}  // namespace quorel::detail
+
+namespace quorel::header_detail {
+using namespace detail;  // the helpers above
 
 struct TCholmodFactor::Impl {
   CommonHolder common = StartCommon();
@@ -174,6 +178,9 @@ int TCholmodFactor::Solve(std::int32_t nrhs, const double* b, double* x) {
 
 double TCholmodFactor::FactorEntries() const { return impl_->common.Get()->lnz; }
 double TCholmodFactor::Flops() const { return impl_->common.Get()->fl; }
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
 
 int CholmodRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax,
                         const double* b, double* x) {

@@ -20,6 +20,13 @@ enum class TCholmodOrdering : std::uint8_t { Amd, Metis, Colamd, Natural };
 /// -3 invalid arguments, -4 not positive definite.
 enum TCholmodCode : int { chOk = 0, chUnknown = -1, chNoMemory = -2, chInvalid = -3, chNotPosDef = -4 };
 
+}  // namespace quorel::detail
+
+// Named by the public settings header, so it lives where public headers keep their internals.
+namespace quorel::header_detail {
+using detail::TCholmodKind;
+using detail::TCholmodOrdering;
+
 /// A factorisation with its workspace: common and factor freed on every path.
 class TCholmodFactor {
  public:
@@ -48,6 +55,10 @@ class TCholmodFactor {
   std::unique_ptr<Impl> impl_;
   std::int32_t failedColumn_ = -1;
 };
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+using header_detail::TCholmodFactor;
 
 /// Analyse + factorise + solve with the library alone (benchmark reference; real, LL', AMD).
 int CholmodRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax,

@@ -57,6 +57,10 @@ void CopyText(char* dst, std::size_t cap, const std::string& src) {
 }
 
 }  // namespace
+}  // namespace quorel::detail
+
+namespace quorel::header_detail {
+using namespace detail;  // the helpers above
 
 struct TMumpsSolver::Impl {
   RealHolder real;
@@ -195,6 +199,9 @@ int TMumpsSolver::Solve(std::int32_t nrhs, const double* b, double* x) {
   return impl_->complex ? RunSolve(impl_->cplx.Get(), impl_->n, nrhs, x, stats_, detail_)
                         : RunSolve(impl_->real.Get(), impl_->n, nrhs, x, stats_, detail_);
 }
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
 
 int MumpsToPardisoCode(int status) {
   if (status >= 0) return 0;

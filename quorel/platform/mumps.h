@@ -42,6 +42,13 @@ struct TMumpsStats {
   std::int32_t refinementSteps = 0;
 };
 
+}  // namespace quorel::detail
+
+// Named by the public settings header, so it lives where public headers keep their internals.
+namespace quorel::header_detail {
+using detail::TMumpsOptions;
+using detail::TMumpsStats;
+
 /// One instance (real or complex), terminated on every path.
 class TMumpsSolver {
  public:
@@ -69,6 +76,10 @@ class TMumpsSolver {
   TMumpsStats stats_;
   std::int32_t detail_ = 0;
 };
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+using header_detail::TMumpsSolver;
 
 /// Library status -> the parameter-array error vocabulary (-1 input, -2 memory, -4 zero pivot,
 /// -5 internal).

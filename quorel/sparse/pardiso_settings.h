@@ -13,7 +13,7 @@ namespace quorel {
 enum TPardisoReordering : std::uint8_t { prMinimumDegree, prMETIS };
 enum TPardisoIterative : std::uint8_t { piNone, piCG, piCGS };
 
-namespace detail {
+namespace header_detail {
 class TMumpsSolver;
 }
 
@@ -43,12 +43,12 @@ class TPardisoSettings {
   /// Releases the retained instance (and its factors).
   void FreeMemory();
 
-  detail::TMumpsSolver& Solver();
+  header_detail::TMumpsSolver& Solver();
   bool HasSolver() const { return bool(solver_); }
 
  private:
   std::string errorText_;
-  std::unique_ptr<detail::TMumpsSolver> solver_;
+  std::unique_ptr<header_detail::TMumpsSolver> solver_;
 };
 
 }  // namespace quorel

@@ -1,6 +1,7 @@
 // Sparse solves: the dispatch over the back ends, the direct LU back end, residuals and the
 // matrix-type codes of the other back ends.
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -10,6 +11,8 @@
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/platform/umfpack.h"
+#include "quorel/sparse/detail/solver_direct.h"
+#include "quorel/sparse/detail/solver_iterative.h"
 #include "quorel/sparse/detail/sparse_kernels.h"
 #include "quorel/sparse/sparse.h"
 
@@ -72,13 +75,188 @@ void TSparseMtx::Solve(const TMtx& b, TMtx& x, TMtxType mtxType) {
   }
 }
 
-// The other back ends arrive as overrides of these; until then they refuse plainly.
-void TSparseMtx::SolveIterative(const TVec&, TVec&, bool) { ERaise("SolveIterative: back end not available"); }
-void TSparseMtx::SolvePardiso(const TVec&, TVec&, TMtxType) { ERaise("SolvePardiso: back end not available"); }
-void TSparseMtx::SolveTaucs(const TVec&, TVec&, TMtxType) { ERaise("SolveTaucs: back end not available"); }
-void TSparseMtx::SolveIterative(const TMtx&, TMtx&, bool) { ERaise("SolveIterative: back end not available"); }
-void TSparseMtx::SolvePardiso(const TMtx&, TMtx&, TMtxType) { ERaise("SolvePardiso: back end not available"); }
-void TSparseMtx::SolveTaucs(const TMtx&, TMtx&, TMtxType) { ERaise("SolveTaucs: back end not available"); }
+// --- shared by the three bound back ends ------------------------------------------------------------
+
+void TSparseMtx::ReportFailure(const std::string& text) {
+  if (!text.empty() && ReportLevel >= prlErrorsOnly) fReport.push_back(text + "\n");
+}
+
+namespace {
+
+/// The direct back ends read an n x n matrix from Ap (n + 1 pointers).
+void RequireSquare(std::int32_t rows, std::int32_t cols) {
+  if (rows != cols) ERaise("Rows <> Cols");
+}
+
+/// Copies `count` doubles.
+void CopyDoubles(const double* src, double* dst, std::int64_t count) {
+  if (count > 0) std::memcpy(dst, src, static_cast<std::size_t>(count) * sizeof(double));
+}
+
+
+/// Copies a solution of n (complex: 2n) doubles into X, sized to n elements.
+void TakeSolution(const TVec& work, TVec& x, std::int32_t n, bool complex) {
+  x.Size(n, complex);
+  CopyDoubles(work.PValues1D(0), x.PValues1D(0), work.Length());
+}
+
+/// Columns stored one after the other (count x n) into X as n x count.
+void TakeSolution(const TVec& work, TMtx& x, std::int32_t n, std::int32_t count, bool complex) {
+  TWorkMtx xt;
+  xt->Size(count, n, complex);
+  CopyDoubles(work.PValues1D(0), xt->PValues1D(0), work.Length());
+  x.Transp(*xt);
+}
+}  // namespace
+
+// --- iterative ---------------------------------------------------------------------------------------------
+
+void TSparseMtx::SolveIterativeColumns(const double* b, double* x, std::int32_t count, bool symmetric) {
+  if (AutoClearReport) fReport.clear();
+  const detail::TSlapMatrix a{fCols, fAp.data(), fAi.data(), fValues, symmetric};
+  detail::TSlapOptions o;
+  o.method = static_cast<detail::TSlapMethod>(IterativeMethod);
+  o.check = static_cast<detail::TSlapCheck>(ConvergenceCheck);
+  o.maxIters = MaxIters;
+  o.tolerance = Tolerance;
+  fActualIters = 0;
+  fBackError = 0;
+  fErrorText.clear();
+  // Several right-hand sides: the most iterations, the worst error and the first failure.
+  for (std::int32_t c = 0; c < count; ++c) {
+    const std::int64_t off = static_cast<std::int64_t>(c) * fCols;
+    const detail::TSlapResult r = detail::SlapSolve(a, o, b + off, x + off);
+    fActualIters = std::max(fActualIters, r.iters);
+    fBackError = std::max(fBackError, r.error);
+    if (r.ierr != 0 && fErrorText.empty()) {
+      fErrorText = detail::SlapErrorText(o.method, r.ierr);
+      ReportFailure(fErrorText);
+    }
+  }
+}
+
+static void CheckIterativeMatrix(std::int32_t rows, std::int32_t cols, const std::vector<std::int32_t>& ap,
+                                 const std::vector<std::int32_t>& ai, bool symmetric) {
+  RequireSquare(rows, cols);
+  if (symmetric && !detail::IsLowerTriangleOnly(cols, ap.data(), ai.data()))
+    ERaise("Iterative solve: Symmetric matrix must contain only lower triangle!");
+}
+
+void TSparseMtx::SolveIterative(const TVec& b, TVec& x, bool symmetric) {
+  RequireFlushed();
+  if (b.Length() != x.Length()) ERaise("B.Length <> X.Length");
+  if (b.Complex() || x.Complex()) ERaise("B.Complex or X.Complex");
+  if (fCols != b.Length()) ERaise("FCols <> B.Length");
+  if (fComplex) ERaise("B.Complex or X.Complex");
+  CheckIterativeMatrix(fRows, fCols, fAp, fAi, symmetric);
+  if (&b == &x) {
+    // The start guess is B itself; the solver must still read the right-hand side unchanged.
+    TWorkVec copy;
+    copy->Size(b.Length(), false);
+    CopyDoubles(b.PValues1D(0), copy->PValues1D(0), b.Length());
+    SolveIterativeColumns(copy->PValues1D(0), x.PValues1D(0), 1, symmetric);
+    return;
+  }
+  SolveIterativeColumns(b.PValues1D(0), x.PValues1D(0), 1, symmetric);
+}
+
+void TSparseMtx::SolveIterative(const TMtx& b, TMtx& x, bool symmetric) {
+  RequireFlushed();
+  if (b.Rows() != x.Rows() || b.Cols() != x.Cols()) ERaise("B.Length <> X.Length");
+  if (b.Complex() || x.Complex()) ERaise("B.Complex or X.Complex");
+  if (fCols != b.Rows()) ERaise("FCols <> B.Rows");
+  if (fComplex) ERaise("B.Complex or X.Complex");
+  CheckIterativeMatrix(fRows, fCols, fAp, fAi, symmetric);
+  // Column by column: the columns of B and of the start guess become rows of work copies.
+  TWorkMtx bt, xt;
+  bt->Transp(b);
+  xt->Transp(x);
+  SolveIterativeColumns(bt->PValues1D(0), xt->PValues1D(0), b.Cols(), symmetric);
+  x.Transp(*xt);
+}
+
+// --- direct LDL'/LU back end -----------------------------------------------------------------------------
+
+bool TSparseMtx::SolvePardisoColumns(const double* b, TVec& x, std::int32_t count, std::int32_t mtype) {
+  if (AutoClearReport) fReport.clear();
+  const detail::TRawSparse a{fComplex, fRows, fAp.data(), fAi.data(), fValues};
+  x.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
+  std::vector<std::string> lines;
+  const int code = detail::PardisoSolveRaw(*fPardiso, a, mtype, count, b, x.PValues1D(0), &lines);
+  fErrorText = fPardiso->ErrorText();
+  if (code != 0) {
+    ReportFailure(fErrorText);
+    return false;
+  }
+  if (ReportLevel >= prlBasic)
+    for (std::string& line : lines) fReport.push_back(std::move(line));
+  return true;
+}
+
+void TSparseMtx::SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType) {
+  RequireFlushed();
+  if (b.Length() != fRows) ERaise("B.Length <> Rows");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  RequireSquare(fRows, fCols);
+  const std::int32_t mtype = MtxTypePardiso(mtxType);
+  TWorkVec work;
+  if (SolvePardisoColumns(b.PValues1D(0), *work, 1, mtype)) TakeSolution(*work, x, fRows, fComplex);
+}
+
+void TSparseMtx::SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType) {
+  RequireFlushed();
+  if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  RequireSquare(fRows, fCols);
+  const std::int32_t mtype = MtxTypePardiso(mtxType);
+  TWorkMtx bt;
+  bt->Transp(b);
+  TWorkVec work;
+  if (SolvePardisoColumns(bt->PValues1D(0), *work, b.Cols(), mtype)) TakeSolution(*work, x, fRows, b.Cols(), fComplex);
+}
+
+// --- direct Cholesky back end ------------------------------------------------------------------------------
+
+bool TSparseMtx::SolveTaucsColumns(const double* b, TVec& x, std::int32_t count, std::int32_t flags) {
+  if (AutoClearReport) fReport.clear();
+  const detail::TRawSparse a{fComplex, fRows, fAp.data(), fAi.data(), fValues};
+  x.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
+  const int code = detail::TaucsSolveRaw(*fTaucs, a, flags, count, b, x.PValues1D(0), MaxIters, Tolerance);
+  fErrorText = fTaucs->ErrorText();
+  if (code != 0) ReportFailure(fErrorText);
+  return code == 0;
+}
+
+
+void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
+  RequireFlushed();
+  const std::int32_t flags = MtxTypeTaucs(mtxType);
+  if (fTaucs->UsesLU()) {
+    SolveUmfPack(b, x);
+    return;
+  }
+  if (b.Length() != fRows) ERaise("B.Length <> Rows");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  RequireSquare(fRows, fCols);
+  TWorkVec work;
+  if (SolveTaucsColumns(b.PValues1D(0), *work, 1, flags)) TakeSolution(*work, x, fRows, fComplex);
+}
+
+void TSparseMtx::SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType) {
+  RequireFlushed();
+  const std::int32_t flags = MtxTypeTaucs(mtxType);
+  if (fTaucs->UsesLU()) {
+    SolveUmfPack(b, x);
+    return;
+  }
+  if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
+  if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
+  RequireSquare(fRows, fCols);
+  TWorkMtx bt;
+  bt->Transp(b);
+  TWorkVec work;
+  if (SolveTaucsColumns(bt->PValues1D(0), *work, b.Cols(), flags)) TakeSolution(*work, x, fRows, b.Cols(), fComplex);
+}
 
 // --- UMFPACK ---------------------------------------------------------------------------------------------
 

@@ -12,6 +12,8 @@
 #include "quorel/core/types.h"
 #include "quorel/objects/mtx_types.h"
 #include "quorel/objects/quorel_object.h"
+#include "quorel/sparse/pardiso_settings.h"
+#include "quorel/sparse/taucs_settings.h"
 
 namespace quorel {
 
@@ -178,6 +180,11 @@ class TSparseMtx : public TQuorel {
   std::int32_t RefinmentIters = 0;   // from the UMFPACK defaults at construction
   std::int32_t SparseBlockSize = 0;  // from the UMFPACK defaults at construction
   std::int32_t VectorCount = 0;
+  /// Settings of the LDL'/LU back end and of the Cholesky back end (owned by the matrix).
+  TPardisoSettings& Pardiso() { return *fPardiso; }
+  const TPardisoSettings& Pardiso() const { return *fPardiso; }
+  TTaucsSettings& Taucs() { return *fTaucs; }
+  const TTaucsSettings& Taucs() const { return *fTaucs; }
   /// Iterations and error estimate of the last iterative solve.
   std::int32_t ActualIters() const { return fActualIters; }
   double BackError() const { return fBackError; }
@@ -216,7 +223,7 @@ class TSparseMtx : public TQuorel {
   /// Converts the values (real <-> complex) instead of reinterpreting them.
   void DoSetComplex() override;
 
-  /// Back ends not yet available: raise.
+  /// The back ends behind Solve (overridable).
   virtual void SolveIterative(const TVec& b, TVec& x, bool symmetric);
   virtual void SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType);
   virtual void SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType);
@@ -239,6 +246,14 @@ class TSparseMtx : public TQuorel {
   void StorageChanged();
   void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);
   void SolveUmfColumns(const double* b, double* x, std::int32_t count);
+  /// Iterative solve of `count` real right-hand sides of n values each; x holds the start guesses.
+  void SolveIterativeColumns(const double* b, double* x, std::int32_t count, bool symmetric);
+  /// Direct solves of `count` right-hand sides stored one after the other, into a work vector
+  /// (so that X stays unchanged when the library fails); false on failure.
+  bool SolvePardisoColumns(const double* b, TVec& work, std::int32_t count, std::int32_t mtype);
+  bool SolveTaucsColumns(const double* b, TVec& work, std::int32_t count, std::int32_t flags);
+  /// A library failure: the error text into the report (no raise; the text stays readable).
+  void ReportFailure(const std::string& text);
 
   std::int32_t fRows = 0;
   std::int32_t fCols = 0;
@@ -259,6 +274,8 @@ class TSparseMtx : public TQuorel {
   std::vector<double> fUmfControl;
   std::vector<double> fUmfInfo;
   std::unique_ptr<header_detail::TUmfFactors> fUmf;
+  std::unique_ptr<TPardisoSettings> fPardiso;
+  std::unique_ptr<TTaucsSettings> fTaucs;
 };
 
 }  // namespace quorel

@@ -25,7 +25,10 @@ using detail::Rebuild;
 
 // --- construction and storage ------------------------------------------------------------------
 
-TSparseMtx::TSparseMtx() : fUmf(std::make_unique<detail::TUmfFactors>()) {
+TSparseMtx::TSparseMtx()
+    : fUmf(std::make_unique<detail::TUmfFactors>()),
+      fPardiso(std::make_unique<TPardisoSettings>()),
+      fTaucs(std::make_unique<TTaucsSettings>()) {
   fUmfControl.assign(detail::UmfControlSize, 0.0);
   fUmfInfo.assign(detail::UmfInfoSize, 0.0);
   detail::UmfDefaults(fUmfControl.data());

@@ -13,7 +13,7 @@ enum TTaucsFactorization : std::uint8_t { tfCholesky, tfLU, tfLDL, tfMultiFronta
 enum TTaucsReordering : std::uint8_t { tpMMD, tpAMD, tpMD, tpMETIS, tpGENMMD, tpCOLAMD, tpRANDOM, tpTREE, tpIdentity };
 enum TTaucsIterative : std::uint8_t { tiNone, tiCG, tiMinRes };
 
-namespace detail {
+namespace header_detail {
 class TCholmodFactor;
 }
 
@@ -56,13 +56,13 @@ class TTaucsSettings {
   /// Releases the retained factor.
   void FreeTaucs();
   /// The retained factor (created on first use).
-  detail::TCholmodFactor& Factorization();
+  header_detail::TCholmodFactor& Factorization();
   bool HasFactor() const;
 
  private:
   std::string errorText_;
   std::vector<std::string> options_;
-  std::unique_ptr<detail::TCholmodFactor> factor_;
+  std::unique_ptr<header_detail::TCholmodFactor> factor_;
 };
 
 }  // namespace quorel

@@ -1,0 +1,266 @@
+// Solve through the iterative, LDL'/LU and Cholesky back ends, bound to the matrix.
+
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+/// Poisson-like with a convection term: unsymmetric, diagonally dominant.
+void Convection2D(TSparseMtx& a, std::int32_t m) {
+  TIntegerArray r, c;
+  TDoubleArray v;
+  auto add = [&](int i, int j, double x) {
+    r.push_back(i);
+    c.push_back(j);
+    v.push_back(x);
+  };
+  for (int y = 0; y < m; ++y)
+    for (int x = 0; x < m; ++x) {
+      const int k = y * m + x;
+      add(k, k, 5);
+      if (x > 0) add(k, k - 1, -1.5);
+      if (x < m - 1) add(k, k + 1, -0.5);
+      if (y > 0) add(k, k - m, -1);
+      if (y < m - 1) add(k, k + m, -1);
+    }
+  a.TripletsToSparse(m * m, m * m, r, c, std::span<const double>(v));
+}
+
+double Norm2(const TVec& x) {
+  double s = 0;
+  for (double v : x.Values()) s += v * v;
+  return std::sqrt(s);
+}
+
+double FrobeniusNorm(const TSparseMtx& a) {
+  double s = 0;
+  for (double x : a.Values()) s += x * x;
+  return std::sqrt(s);
+}
+
+/// B := A * xTrue for a varied xTrue; X := zeros (the iterative start guess).
+void KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
+  b.Size(a.Cols(), false);
+  for (std::int32_t i = 0; i < a.Cols(); ++i) b[i] = 1.0 + 0.1 * (i % 7);
+  a.MulRight(b);
+  x.Size(a.Cols(), false);
+  std::fill(x.Values().begin(), x.Values().end(), 0.0);
+}
+
+/// Two right-hand sides as columns, and a zero start guess.
+void KnownRhs(const TSparseMtx& a, TMtx& b, TMtx& x) {
+  b.Size(a.Cols(), 2, false);
+  for (std::int32_t i = 0; i < a.Cols(); ++i) {
+    b.Values(i, 0) = std::cos(i);
+    b.Values(i, 1) = 1.0 + i % 3;
+  }
+  x.Size(a.Cols(), 2, false);
+  std::fill(x.Values().begin(), x.Values().end(), 0.0);
+}
+
+/// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
+double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
+  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x));
+}
+
+double RelativeResidual(const TSparseMtx& full, const TMtx& b, const TMtx& x) {
+  double xn = 0;
+  for (double v : x.Values()) xn = std::max(xn, std::abs(v));
+  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * xn);
+}
+
+class SolveBackEnds : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Poisson2D(poisson, 8);
+    lower.LowerTriangle(poisson);
+    Convection2D(convection, 7);
+  }
+  TSparseMtx poisson, lower, convection;
+};
+
+TEST_F(SolveBackEnds, DefaultIterativeSolveOnLowerTriangleStorage) {
+  TSparseMtx a;
+  a.Copy(lower);
+  ASSERT_EQ(a.SparseSolver, ssIterative);
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  a.Solve(b, x, mtSymmPosDef);
+  EXPECT_EQ(a.ErrorText(), "");
+  EXPECT_GT(a.ActualIters(), 1);
+  EXPECT_LE(a.ActualIters(), a.MaxIters);
+  EXPECT_LE(a.BackError(), a.Tolerance);
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-11);
+
+  // Preconditioned CG needs far fewer steps than Gauss-Seidel on the same system.
+  const std::int32_t sgsIters = a.ActualIters();
+  a.IterativeMethod = itmICCG;
+  std::fill(x.Values().begin(), x.Values().end(), 0.0);
+  a.Solve(b, x, mtSymmPosDef);
+  EXPECT_EQ(a.ErrorText(), "");
+  EXPECT_LT(a.ActualIters(), sgsIters / 4);
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-11);
+
+  // The start guess is used: starting from the solution takes no real work.
+  a.Solve(b, x, mtSymmPosDef);
+  EXPECT_LE(a.ActualIters(), 1);
+}
+
+TEST_F(SolveBackEnds, IterativeUnsymmetricVectorAndMatrix) {
+  for (TIterativeMethod m : {itmLUGMRES, itmLUBC, itmLUCS, itmLUOM}) {
+    convection.IterativeMethod = m;
+    TVec b, x;
+    KnownRhs(convection, b, x);
+    convection.Solve(b, x, mtGeneral);
+    EXPECT_EQ(convection.ErrorText(), "") << int(m);
+    EXPECT_LT(RelativeResidual(convection, b, x), 1e-11) << int(m);
+  }
+  convection.IterativeMethod = itmLUGMRES;
+  TMtx b, x;
+  KnownRhs(convection, b, x);
+  convection.Solve(b, x, mtGeneral);
+  ASSERT_EQ(x.Rows(), convection.Rows());
+  ASSERT_EQ(x.Cols(), 2);
+  EXPECT_LT(RelativeResidual(convection, b, x), 1e-11);
+}
+
+TEST_F(SolveBackEnds, IterativeFailureIsReportedNotRaised) {
+  convection.IterativeMethod = itmJAC;
+  convection.MaxIters = 3;
+  TVec b, x;
+  KnownRhs(convection, b, x);
+  convection.Solve(b, x, mtGeneral);
+  EXPECT_EQ(convection.ErrorText(), "Method failed to converge in ITMAX steps");
+  EXPECT_EQ(convection.ActualIters(), 3);
+  ASSERT_FALSE(convection.Report().empty());
+  EXPECT_EQ(convection.Report().back(), "Method failed to converge in ITMAX steps\n");
+}
+
+TEST_F(SolveBackEnds, IterativeArgumentMessagesLeaveXUnchanged) {
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  x[0] = 42;
+  x.Size(63);
+  EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> X.Length");
+  b.Size(63);
+  EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "FCols <> B.Length");
+  b.Size(64);
+  x.Size(64);
+  EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef), "Iterative solve: Symmetric matrix must contain only lower triangle!");
+  EXPECT_EQ(x[0], 42);
+  TVec c;
+  c.Size(64, true);
+  EXPECT_RAISES(poisson.Solve(c, c, mtGeneral), "B.Complex or X.Complex");
+  TMtx bm, xm;
+  KnownRhs(poisson, bm, xm);
+  xm.Size(64, 3);
+  EXPECT_RAISES(poisson.Solve(bm, xm, mtGeneral), "B.Length <> X.Length");
+}
+
+TEST_F(SolveBackEnds, PardisoSymmetricAndGeneral) {
+  for (TSparseMtx* a : {&poisson, &convection}) {
+    a->SparseSolver = ssPardiso;
+    const TMtxType t = a == &poisson ? mtSymmPosDef : mtGeneral;
+    TVec b, x;
+    KnownRhs(*a, b, x);
+    a->Solve(b, x, t);
+    EXPECT_EQ(a->ErrorText(), "");
+    EXPECT_LT(RelativeResidual(*a, b, x), 1e-14);
+    TMtx bm, xm;
+    KnownRhs(*a, bm, xm);
+    a->Solve(bm, xm, t);
+    ASSERT_EQ(xm.Cols(), 2);
+    EXPECT_LT(RelativeResidual(*a, bm, xm), 1e-14);
+  }
+  // The basic report names the solver's outputs.
+  ASSERT_FALSE(convection.Report().empty());
+  EXPECT_EQ(convection.Report()[0].rfind("Number of perturbed pivots during the elimination process ", 0), 0u);
+  EXPECT_GT(convection.Pardiso().Iparm[17], 0);  // factor entries
+  convection.ReportLevel = prlNone;
+  TVec b, x;
+  KnownRhs(convection, b, x);
+  convection.Solve(b, x, mtGeneral);
+  EXPECT_TRUE(convection.Report().empty());
+}
+
+TEST_F(SolveBackEnds, PardisoMessagesAndIndefiniteFailure) {
+  poisson.SparseSolver = ssPardiso;
+  TVec b, x;
+  b.Size(63);
+  EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> Rows");
+  TMtx bm, xm;
+  bm.Size(63, 2);
+  EXPECT_RAISES(poisson.Solve(bm, xm, mtGeneral), "B.Rows <> Rows");
+  b.Size(64);
+  EXPECT_RAISES(poisson.Solve(b, x, mtHermPosDef), "Not supported");
+
+  // -Poisson declared definite: a library failure, reported; X keeps its contents.
+  TSparseMtx neg;
+  neg.Copy(poisson);
+  for (double& v : neg.Values()) v = -v;
+  neg.SparseSolver = ssPardiso;
+  KnownRhs(neg, b, x);
+  x[0] = 42;
+  EXPECT_NO_THROW(neg.Solve(b, x, mtSymmPosDef));
+  EXPECT_EQ(neg.ErrorText(), "zero pivot, numerical factorization problem");
+  EXPECT_EQ(x[0], 42);
+  ASSERT_FALSE(neg.Report().empty());
+  EXPECT_EQ(neg.Report().back(), "zero pivot, numerical factorization problem\n");
+  // A later good solve clears the text.
+  neg.Solve(b, x, mtSymmetric);
+  EXPECT_EQ(neg.ErrorText(), "");
+  EXPECT_LT(RelativeResidual(neg, b, x), 1e-14);
+}
+
+TEST_F(SolveBackEnds, TaucsCholeskyAndLU) {
+  lower.SparseSolver = ssTaucs;
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  lower.Solve(b, x, mtSymmPosDef);
+  EXPECT_EQ(lower.ErrorText(), "");
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-14);
+  TMtx bm, xm;
+  KnownRhs(poisson, bm, xm);
+  lower.Solve(bm, xm, mtSymmPosDef);
+  ASSERT_EQ(xm.Cols(), 2);
+  EXPECT_LT(RelativeResidual(poisson, bm, xm), 1e-14);
+
+  // LU goes to the sparse LU back end and accepts a general matrix.
+  convection.SparseSolver = ssTaucs;
+  convection.Taucs().Factor = tfLU;
+  KnownRhs(convection, b, x);
+  convection.Solve(b, x, mtGeneral);
+  EXPECT_EQ(convection.ErrorText(), "");
+  EXPECT_LT(RelativeResidual(convection, b, x), 1e-14);
+}
+
+TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
+  poisson.SparseSolver = ssTaucs;
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef), "Symmetric matrix must contain only lower triangle!");
+  EXPECT_RAISES(poisson.Solve(b, x, mtSymmetric),
+                "Taucs does not support symmetric matrices which are not positive definite!");
+  TVec c;
+  c.Size(64, true);
+  EXPECT_RAISES(poisson.Solve(c, x, mtGeneral), "B.Complex <> Complex");
+  b.Size(63);
+  EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> Rows");
+
+  // Cholesky of a general matrix, and of an indefinite one: reported, X unchanged, no raise.
+  KnownRhs(poisson, b, x);
+  x[0] = 42;
+  poisson.Solve(b, x, mtGeneral);
+  EXPECT_EQ(poisson.ErrorText(), "The parameters passed to the routine are invalid.");
+  EXPECT_EQ(poisson.ErrorText(), poisson.Taucs().ErrorText());
+  TSparseMtx neg;
+  neg.Copy(lower);
+  neg.Values()[0] = -4;
+  neg.SparseSolver = ssTaucs;
+  neg.Solve(b, x, mtSymmPosDef);
+  EXPECT_EQ(neg.ErrorText(), "Input matrix is not positive definite.");
+  EXPECT_EQ(x[0], 42);
+}
+
+}  // namespace
+}  // namespace quorel::test
