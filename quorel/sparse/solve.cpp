@@ -93,7 +93,6 @@ void CopyDoubles(const double* src, double* dst, std::int64_t count) {
   if (count > 0) std::memcpy(dst, src, static_cast<std::size_t>(count) * sizeof(double));
 }
 
-
 /// Copies a solution of n (complex: 2n) doubles into X, sized to n elements.
 void TakeSolution(const TVec& work, TVec& x, std::int32_t n, bool complex) {
   x.Size(n, complex);
@@ -107,6 +106,14 @@ void TakeSolution(const TVec& work, TMtx& x, std::int32_t n, std::int32_t count,
   CopyDoubles(work.PValues1D(0), xt->PValues1D(0), work.Length());
   x.Transp(*xt);
 }
+
+void CheckIterativeMatrix(std::int32_t rows, std::int32_t cols, const std::vector<std::int32_t>& ap,
+                          const std::vector<std::int32_t>& ai, bool symmetric) {
+  RequireSquare(rows, cols);
+  if (symmetric && !detail::IsLowerTriangleOnly(cols, ap.data(), ai.data()))
+    ERaise("Iterative solve: Symmetric matrix must contain only lower triangle!");
+}
+
 }  // namespace
 
 // --- iterative ---------------------------------------------------------------------------------------------
@@ -133,13 +140,6 @@ void TSparseMtx::SolveIterativeColumns(const double* b, double* x, std::int32_t 
       ReportFailure(fErrorText);
     }
   }
-}
-
-static void CheckIterativeMatrix(std::int32_t rows, std::int32_t cols, const std::vector<std::int32_t>& ap,
-                                 const std::vector<std::int32_t>& ai, bool symmetric) {
-  RequireSquare(rows, cols);
-  if (symmetric && !detail::IsLowerTriangleOnly(cols, ap.data(), ai.data()))
-    ERaise("Iterative solve: Symmetric matrix must contain only lower triangle!");
 }
 
 void TSparseMtx::SolveIterative(const TVec& b, TVec& x, bool symmetric) {

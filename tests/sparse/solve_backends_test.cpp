@@ -5,39 +5,6 @@
 namespace quorel::test {
 namespace {
 
-/// Poisson-like with a convection term: unsymmetric, diagonally dominant.
-void Convection2D(TSparseMtx& a, std::int32_t m) {
-  TIntegerArray r, c;
-  TDoubleArray v;
-  auto add = [&](int i, int j, double x) {
-    r.push_back(i);
-    c.push_back(j);
-    v.push_back(x);
-  };
-  for (int y = 0; y < m; ++y)
-    for (int x = 0; x < m; ++x) {
-      const int k = y * m + x;
-      add(k, k, 5);
-      if (x > 0) add(k, k - 1, -1.5);
-      if (x < m - 1) add(k, k + 1, -0.5);
-      if (y > 0) add(k, k - m, -1);
-      if (y < m - 1) add(k, k + m, -1);
-    }
-  a.TripletsToSparse(m * m, m * m, r, c, std::span<const double>(v));
-}
-
-double Norm2(const TVec& x) {
-  double s = 0;
-  for (double v : x.Values()) s += v * v;
-  return std::sqrt(s);
-}
-
-double FrobeniusNorm(const TSparseMtx& a) {
-  double s = 0;
-  for (double x : a.Values()) s += x * x;
-  return std::sqrt(s);
-}
-
 /// B := A * xTrue for a varied xTrue; X := zeros (the iterative start guess).
 void KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
   b.Size(a.Cols(), false);
@@ -74,7 +41,7 @@ class SolveBackEnds : public ::testing::Test {
   void SetUp() override {
     Poisson2D(poisson, 8);
     lower.LowerTriangle(poisson);
-    Convection2D(convection, 7);
+    Stencil2D(convection, 7, 5, -1.5, -0.5, -1, -1);  // convection: unsymmetric
   }
   TSparseMtx poisson, lower, convection;
 };

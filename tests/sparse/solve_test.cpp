@@ -5,18 +5,6 @@ namespace {
 
 constexpr int kScaleIndex = 16;  // the library's row-scaling switch in Control
 
-double FrobeniusNorm(const TSparseMtx& a) {
-  double s = 0;
-  for (double x : a.Values()) s += x * x;
-  return std::sqrt(s);
-}
-
-double Norm2(const TVec& x) {
-  double s = 0;
-  for (double v : x.Values()) s += v * v;
-  return std::sqrt(s);
-}
-
 /// B := A * (1, 2, 3, ...), the right-hand side of a known solution.
 void KnownRhs(const TSparseMtx& a, TVec& b, TVec& xTrue) {
   xTrue.Size(a.Cols(), a.Complex());

@@ -55,8 +55,8 @@ inline void RandomPattern(TSparseMtx& a, std::int32_t rows, std::int32_t cols, d
   }
 }
 
-/// 5-point Laplacian on an m x m grid (n = m^2 unknowns), SPD.
-inline void Poisson2D(TSparseMtx& a, std::int32_t m) {
+/// 5-point stencil on an m x m grid (n = m^2 unknowns): diagonal, west, east, south, north.
+inline void Stencil2D(TSparseMtx& a, std::int32_t m, double d, double w, double e, double s, double n) {
   TIntegerArray r, c;
   TDoubleArray v;
   auto add = [&](int i, int j, double x) {
@@ -67,13 +67,28 @@ inline void Poisson2D(TSparseMtx& a, std::int32_t m) {
   for (int y = 0; y < m; ++y)
     for (int x = 0; x < m; ++x) {
       const int k = y * m + x;
-      add(k, k, 4);
-      if (x > 0) add(k, k - 1, -1);
-      if (x < m - 1) add(k, k + 1, -1);
-      if (y > 0) add(k, k - m, -1);
-      if (y < m - 1) add(k, k + m, -1);
+      add(k, k, d);
+      if (x > 0) add(k, k - 1, w);
+      if (x < m - 1) add(k, k + 1, e);
+      if (y > 0) add(k, k - m, s);
+      if (y < m - 1) add(k, k + m, n);
     }
   a.TripletsToSparse(m * m, m * m, r, c, std::span<const double>(v));
+}
+
+/// 5-point Laplacian on an m x m grid, SPD.
+inline void Poisson2D(TSparseMtx& a, std::int32_t m) { Stencil2D(a, m, 4, -1, -1, -1, -1); }
+
+inline double FrobeniusNorm(const TSparseMtx& a) {
+  double s = 0;
+  for (double x : a.Values()) s += x * x;
+  return std::sqrt(s);
+}
+
+inline double Norm2(const TVec& x) {
+  double s = 0;
+  for (double v : x.Values()) s += v * v;
+  return std::sqrt(s);
 }
 
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {
