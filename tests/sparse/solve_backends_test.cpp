@@ -106,13 +106,13 @@ TEST_F(SolveBackEnds, IterativeFailureIsReportedNotRaised) {
 TEST_F(SolveBackEnds, IterativeArgumentMessagesLeaveXUnchanged) {
   TVec b, x;
   KnownRhs(poisson, b, x);
-  x[0] = 42;
   x.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> X.Length");
   b.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "FCols <> B.Length");
   b.Size(64);
   x.Size(64);
+  x[0] = 42;  // after the resizes: a re-sized block keeps no values
   EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef), "Iterative solve: Symmetric matrix must contain only lower triangle!");
   EXPECT_EQ(x[0], 42);
   TVec c;
