@@ -35,5 +35,14 @@ void TourSparse() {
                   at.ResidualNorm(b, x) / std::sqrt(xNorm));
     }
   }
+  // The same system through the second direct back end.
+  a.SparseSystem = spsA;
+  a.SparseSolver = ssPardiso;
+  TVec y;
+  a.Solve(b, y, mtGeneral);
+  double yNorm = 0;
+  for (double v : y.Values()) yNorm += v * v;
+  std::printf("  Ax=b again, ssPardiso (MUMPS): ||b - Ax|| / ||x|| = %.3g%s\n",
+              a.ResidualNorm(b, y) / std::sqrt(yNorm), a.ErrorText().empty() ? "" : (" (" + a.ErrorText() + ")").c_str());
   std::printf("\n");
 }
