@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstring>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/io/stream.h"
 #include "quorel/objects/vec.h"
@@ -193,6 +194,15 @@ void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields) {
 bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields) {
   const auto bytes = static_cast<std::int64_t>(fields.size_bytes());
   return stream.ReadFully(fields.data(), bytes) == bytes;
+}
+
+void ReadHeaderTail(TQuorelStream& stream, float version, float fileCode, float tagField, std::int32_t& tag,
+                    std::string& caption) {
+  if (aRound(version) <= QuorelLastOldVersion) return;
+  Require(aRound(fileCode) == QuorelFileCode, "Wrong file format!");
+  const std::int32_t storedTag = aRound(tagField);
+  caption = ReadShortString(stream);
+  tag = storedTag;
 }
 
 std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append) {

@@ -58,14 +58,9 @@ void TMtx::WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding) c
 TPrecision TMtx::ReadHeader(TQuorelStream& stream) {
   THeader h{};
   detail::RequireState(detail::ReadHeaderFields(stream, h), "TMtx: Error reading stream!");
-  const std::int32_t version = aRound(h[hVersion]);
   std::int32_t tag = fTag;
   std::string caption = fCaption;
-  if (version > QuorelLastOldVersion) {
-    detail::Require(aRound(h[hFileCode]) == QuorelFileCode, "Wrong file format!");
-    tag = aRound(h[hTag]);
-    caption = ReadShortString(stream);
-  }
+  detail::ReadHeaderTail(stream, h[hVersion], h[hFileCode], h[hTag], tag, caption);
   // Sizing is the last step that can refuse; nothing has changed before it.
   Size(aRound(h[hRows]), aRound(h[hCols]), aRound(h[hComplex]) != 0);
   fTag = tag;
@@ -82,7 +77,7 @@ TPrecision TMtx::ReadHeader(TQuorelStream& stream) {
   if (const std::int32_t d = aRound(h[hSubDiag]); d >= 0) fSettings.SubDiag = d;
   TPrecision precision = detail::kUnknownPrecision;
   if (detail::PrecisionFromOrdinal(aRound(h[hPrecision]), precision)) fPrecision = precision;
-  QuorelTVecVer = version;
+  QuorelTVecVer = aRound(h[hVersion]);
   return precision;
 }
 

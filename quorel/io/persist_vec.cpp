@@ -33,14 +33,9 @@ void TVec::WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding) c
 TPrecision TVec::ReadHeader(TQuorelStream& stream) {
   THeader h{};
   detail::RequireState(detail::ReadHeaderFields(stream, h), "Error reading stream!");
-  const std::int32_t version = aRound(h[hVersion]);
   std::int32_t tag = fTag;
   std::string caption = fCaption;
-  if (version > QuorelLastOldVersion) {
-    detail::Require(aRound(h[hFileCode]) == QuorelFileCode, "Wrong file format!");
-    tag = aRound(h[hTag]);
-    caption = ReadShortString(stream);
-  }
+  detail::ReadHeaderTail(stream, h[hVersion], h[hFileCode], h[hTag], tag, caption);
   // Sizing is the last step that can refuse; nothing has changed before it.
   Size(aRound(h[hLength]), aRound(h[hComplex]) != 0);
   fTag = tag;
@@ -48,7 +43,7 @@ TPrecision TVec::ReadHeader(TQuorelStream& stream) {
   fConditionCheck = aRound(h[hConditionCheck]) != 0;
   TPrecision precision = detail::kUnknownPrecision;
   if (detail::PrecisionFromOrdinal(aRound(h[hPrecision]), precision)) fPrecision = precision;
-  QuorelTVecVer = version;
+  QuorelTVecVer = aRound(h[hVersion]);
   return precision;
 }
 

@@ -20,6 +20,11 @@ bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision);
 void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields);
 /// Reads a header of singles; false when the stream holds fewer bytes.
 bool ReadHeaderFields(TQuorelStream& stream, std::span<float> fields);
+/// The tag and caption that headers newer than the old format versions carry: checks the file
+/// code, then reads the caption that follows the header. Older versions leave both as given, so
+/// the object keeps its own. Raises before anything is assigned.
+void ReadHeaderTail(TQuorelStream& stream, float version, float fileCode, float tagField, std::int32_t& tag,
+                    std::string& caption);
 /// The file to save into: created (or truncated), or with append the existing file at its end.
 std::unique_ptr<TQuorelFileStream> OpenForSave(const std::string& fileName, bool append);
 
