@@ -2,33 +2,12 @@
 """NumPy/SciPy timings of the work bench/fft_bench.cpp does, as one JSON object on stdout:
 {"<Operation>/<args>": {"numpy" or "scipy": median nanoseconds per call}}."""
 import json
-import statistics
-import time
 
 import numpy as np
 import scipy.signal
+from peer_timing import median_ns
 
 SIZES = [64, 1000, 1024, 4096, 65536, 1 << 20]
-
-
-def median_ns(fn, min_time=0.2, repeats=7):
-    fn()  # warm-up: plans, caches
-    calls = 1
-    while True:
-        t0 = time.perf_counter_ns()
-        for _ in range(calls):
-            fn()
-        dt = time.perf_counter_ns() - t0
-        if dt >= min_time * 1e9 / repeats or calls >= 1 << 20:
-            break
-        calls *= 2
-    samples = []
-    for _ in range(repeats):
-        t0 = time.perf_counter_ns()
-        for _ in range(calls):
-            fn()
-        samples.append((time.perf_counter_ns() - t0) / calls)
-    return statistics.median(samples)
 
 
 def main():

@@ -2,31 +2,10 @@
 """NumPy/SciPy timings of the work bench/poly_bench.cpp does, as one JSON object on stdout:
 {"<Operation>/<args>": {"numpy" or "scipy": median nanoseconds per call}}."""
 import json
-import statistics
-import time
 
 import numpy as np
 from scipy.interpolate import CubicSpline
-
-
-def median_ns(fn, min_time=0.5, repeats=7):
-    fn()
-    calls = 1
-    while True:
-        t0 = time.perf_counter_ns()
-        for _ in range(calls):
-            fn()
-        dt = time.perf_counter_ns() - t0
-        if dt >= min_time * 1e9 / repeats or calls >= 1 << 20:
-            break
-        calls *= 2
-    samples = []
-    for _ in range(repeats):
-        t0 = time.perf_counter_ns()
-        for _ in range(calls):
-            fn()
-        samples.append((time.perf_counter_ns() - t0) / calls)
-    return statistics.median(samples)
+from peer_timing import median_ns
 
 
 def main():
@@ -35,17 +14,17 @@ def main():
     for n in (20, 100, 500):
         p = rng.uniform(-1, 1, n + 1)
         p[0] = 1
-        out[f"PolyRoots/{n}"] = {"numpy": median_ns(lambda: np.roots(p))}
+        out[f"PolyRoots/{n}"] = {"numpy": median_ns(lambda: np.roots(p), min_time=0.5)}
     n = 1000000
     x = np.arange(n) + 0.5 * rng.uniform(0, 1, n)
     y = np.sin(0.01 * np.arange(n)) + 0.1 * rng.uniform(0, 1, n)
     # not-a-knot is CubicSpline's default end condition, as in the C++ benchmark
-    out[f"Spline1DBuild/{n}"] = {"scipy": median_ns(lambda: CubicSpline(x, y), repeats=5)}
+    out[f"Spline1DBuild/{n}"] = {"scipy": median_ns(lambda: CubicSpline(x, y), repeats=5, min_time=0.5)}
     cs = CubicSpline(x, y)
     xs = (n - 1.0) * np.arange(n) / n
     xr = (n - 1) * rng.uniform(0, 1, n)
-    out[f"Spline1DEval/{n}"] = {"scipy": median_ns(lambda: cs(xs), repeats=5)}
-    out[f"Spline1DEvalRandom/{n}"] = {"scipy": median_ns(lambda: cs(xr), repeats=5)}
+    out[f"Spline1DEval/{n}"] = {"scipy": median_ns(lambda: cs(xs), repeats=5, min_time=0.5)}
+    out[f"Spline1DEvalRandom/{n}"] = {"scipy": median_ns(lambda: cs(xr), repeats=5, min_time=0.5)}
     print(json.dumps(out))
 
 
