@@ -7,7 +7,7 @@ TEST_DIR      := $(BUILD_DIR)/test
 SANITIZE_DIR  := $(BUILD_DIR)/sanitize
 PREFIX        ?= /usr/local
 
-.PHONY: all deps demo test bench bench-deps sanitize fuzz install clean
+.PHONY: all deps demo test docs bench bench-deps sanitize fuzz install clean
 
 all: demo
 
@@ -31,6 +31,10 @@ demo: deps $(RELEASE_DIR)/build.ninja
 test: deps $(TEST_DIR)/build.ninja
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# API reference (Doxygen) in $(BUILD_DIR)/docs/html; fails on any Doxygen warning.
+docs: deps
+	python3 docs/doxygen/reference.py $(BUILD_DIR)/docs
 
 # Benchmarks need Eigen, NumPy and SciPy besides the build dependencies. A bench/peers/<name>_peers.py
 # script times the same work in NumPy/SciPy; its JSON reaches <name>_bench through QUOREL_PEERS and

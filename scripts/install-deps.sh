@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config
+  g++ cmake ninja-build pkg-config python3 doxygen
   libgtest-dev libgmock-dev libbenchmark-dev
   libsleef-dev libeigen3-dev
   libopenblas-dev liblapacke-dev libfftw3-dev libsuitesparse-dev libmumps-seq-dev libflint-arb-dev

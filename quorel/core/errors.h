@@ -9,12 +9,14 @@ namespace quorel {
 /// Base of every exception the library raises; carries only its message.
 class Exception : public std::runtime_error {
  public:
+  /// An exception carrying msg.
   explicit Exception(const std::string& msg) : std::runtime_error(msg) {}
 };
 
 /// State errors and failures of the numeric back ends.
 class EQuorelException : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 
@@ -33,12 +35,14 @@ class EQuorelInvalidArgument : public EQuorelException {
 /// A text that is not a number.
 class EConvertError : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 
 /// Allocation failure.
 class EOutOfMemory : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 

@@ -10,8 +10,11 @@ namespace quorel {
 
 /// Complex double, `Re` then `Im`; layout-compatible with std::complex<double>.
 struct TCplx {
+  /// Real part.
   double Re;
+  /// Imaginary part.
   double Im;
+  /// Both parts equal (a NaN part is never equal).
   friend constexpr bool operator==(const TCplx&, const TCplx&) = default;
 };
 
@@ -20,8 +23,11 @@ using TDCplx = TCplx;
 
 /// Single-precision complex, `Re` then `Im`; layout-compatible with std::complex<float>.
 struct TSCplx {
+  /// Real part.
   float Re;
+  /// Imaginary part.
   float Im;
+  /// Both parts equal (a NaN part is never equal).
   friend constexpr bool operator==(const TSCplx&, const TSCplx&) = default;
 };
 

@@ -30,15 +30,20 @@ class TObjectList {
   void Delete(std::int32_t i);
   /// Destroys every item, last first.
   void Clear();
+  /// Number of items.
   std::int32_t Count() const { return static_cast<std::int32_t>(items_.size()); }
+  /// Same as Count.
   std::int32_t GetCount() const { return Count(); }
   /// Appends empty objects or deletes items from the end until Count is value.
   void SetCount(std::int32_t value);
   /// The owned item i; an index outside the list raises EQuorelRangeError.
   T& Items(std::int32_t i) { return *items_[Checked(i)]; }
   const T& Items(std::int32_t i) const { return *items_[Checked(i)]; }
+  /// Same as Items(i).
   T& GetItems(std::int32_t i) { return Items(i); }
+  /// Same as Items(i).
   T& operator[](std::int32_t i) { return Items(i); }
+  /// Same as Items(i).
   const T& operator[](std::int32_t i) const { return Items(i); }
   /// Copies src into item i (Assign); the item itself is kept.
   void SetItems(std::int32_t i, const T& src) { Items(i).Assign(src); }

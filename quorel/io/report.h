@@ -29,12 +29,15 @@ class TQuorelReport : public std::ostringstream {
 
   /// Pattern of real values and real parts (default " 0.0000;-0.0000").
   const std::string& ReFormat() const { return fReFormat; }
+  /// Pattern of real values and real parts.
   void SetReFormat(std::string value) { fReFormat = std::move(value); }
   /// Pattern of imaginary parts, sign and unit included (default "+0.0000i;-0.0000i").
   const std::string& ImFormat() const { return fImFormat; }
+  /// Pattern of imaginary parts.
   void SetImFormat(std::string value) { fImFormat = std::move(value); }
   /// Text between the columns of a matrix row (default a tab).
   const std::string& Delimiter() const { return fDelimiter; }
+  /// Text between the columns of a matrix row.
   void SetDelimiter(std::string value) { fDelimiter = std::move(value); }
 
   /// The text accumulated so far.
@@ -66,6 +69,7 @@ class TQuorelReport : public std::ostringstream {
   virtual void Print(const std::vector<const TQuorel*>& objects, const TStringList& names = {});
   /// A header line (Name, or "Array (1xN)"), an empty line, one value per line, an empty line.
   virtual void PrintSampleArray(const TDoubleArray& values, const std::string& name = {});
+  /// As PrintSampleArray for complex values.
   virtual void PrintCplxArray(const TCplxArray& values, const std::string& name = {});
 
  protected:

@@ -17,18 +17,21 @@ namespace quorel {
 /// A file that cannot be created or opened.
 class EFOpenError : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 
 /// A stream that delivers fewer bytes than a caller demanded ("Stream read error").
 class EReadError : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 
 /// A stream that accepts fewer bytes than a caller demanded ("Stream write error").
 class EWriteError : public Exception {
  public:
+  /// An exception carrying msg.
   using Exception::Exception;
 };
 
@@ -92,6 +95,7 @@ class TQuorelFileStream final : public TQuorelStream {
   std::int64_t Seek(std::int64_t offset, TSeekOrigin origin) override;
   std::int64_t Position() override { return pos_; }
   std::int64_t Size() override { return size_; }
+  /// Name the stream was opened with.
   const std::string& FileName() const { return fileName_; }
 
  private:
@@ -113,6 +117,7 @@ class TQuorelMemoryStream final : public TQuorelStream {
   explicit TQuorelMemoryStream(std::span<const std::uint8_t> bytes);
   /// The moved-from stream is left empty.
   TQuorelMemoryStream(TQuorelMemoryStream&& other) noexcept;
+  /// Takes over other's bytes and position; other is left empty.
   TQuorelMemoryStream& operator=(TQuorelMemoryStream&& other) noexcept;
 
   std::int64_t Read(void* buffer, std::int64_t count) override;

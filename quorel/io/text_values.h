@@ -15,8 +15,11 @@ class TVec;
 /// How one element becomes text: by the pattern pair of FormatSample/FormatCplx, or, when
 /// Exact, as the shortest text that reads back to the same double.
 struct TValueFormat {
+  /// Pattern of real values and real parts.
   std::string Re;
+  /// Pattern of imaginary parts.
   std::string Im;
+  /// Shortest round-trip text instead of the patterns.
   bool Exact = false;
 
   /// Patterns for real values (and real parts) and for imaginary parts.

@@ -47,10 +47,13 @@ struct TPool {
 /// thread to sleep and waking it. Meets BasicLockable (std::lock_guard, std::unique_lock).
 class TCacheLock {
  public:
+  /// Takes the lock, spinning (and yielding) while another thread holds it.
   void lock() noexcept {
     while (held_.exchange(true, std::memory_order_acquire)) Wait();
   }
+  /// Takes the lock if it is free; never waits.
   bool try_lock() noexcept { return !held_.load(std::memory_order_relaxed) && !held_.exchange(true, std::memory_order_acquire); }
+  /// Releases the lock.
   void unlock() noexcept { held_.store(false, std::memory_order_release); }
 
  private:
@@ -93,27 +96,47 @@ class TQuorelController {
   /// Releases back-end caches (the FFT descriptor cache, LAPACK buffers): runs every release hook.
   void FreeMKLMemory();
 
+  /// Number of vectors the vector pool holds.
   std::int32_t VecCacheSize() const { return static_cast<std::int32_t>(vecs_.Entries.size()); }
+  /// Pool vectors handed out now.
   std::int32_t VecCacheUsed() const { return vecs_.Used; }
+  /// True when every pool vector is handed out.
   bool VecCacheFull() const { return vecs_.Full; }
+  /// Elements each pool vector can hold without allocating.
   std::int32_t VecCacheElements() const { return vecs_.Elements; }
+  /// Vectors alive now, in and outside the pool.
   std::int32_t VecCount() const;
+  /// Number of matrices the matrix pool holds.
   std::int32_t MtxCacheSize() const { return static_cast<std::int32_t>(mtxs_.Entries.size()); }
+  /// Pool matrices handed out now.
   std::int32_t MtxCacheUsed() const { return mtxs_.Used; }
+  /// True when every pool matrix is handed out.
   bool MtxCacheFull() const { return mtxs_.Full; }
+  /// Elements each pool matrix can hold without allocating.
   std::int32_t MtxCacheElements() const { return mtxs_.Elements; }
+  /// Matrices alive now, in and outside the pool.
   std::int32_t MtxCount() const;
 
   // Read-only to users: these setters deliberately do nothing.
+  /// Read-only properties: these setters do nothing.
   void SetVecCacheUsed(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetVecCacheFull(bool) {}
+  /// Does nothing (read-only property).
   void SetVecCount(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetMtxCacheUsed(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetMtxCacheFull(bool) {}
+  /// Does nothing (read-only property).
   void SetMtxCount(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetVecCacheElements(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetMtxCacheElements(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetGlobalVecCount(std::int32_t) {}
+  /// Does nothing (read-only property).
   void SetGlobalMtxCount(std::int32_t) {}
 
   /// Cache memory of vector slot `slot`.
@@ -247,8 +270,11 @@ class TWorkObject {
   ~TWorkObject() { FreeIt(object_); }
   TWorkObject(const TWorkObject&) = delete;
   TWorkObject& operator=(const TWorkObject&) = delete;
+  /// The work object.
   T* operator->() const { return object_; }
+  /// The work object.
   T& operator*() const { return *object_; }
+  /// The work object.
   T* get() const { return object_; }
 
  private:

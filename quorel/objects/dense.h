@@ -44,6 +44,7 @@ class TDenseQuorel : public TQuorel {
   void LoadFromFile(const std::string& fileName);
   /// Same as SaveToStream / LoadFromStream (the "DataValues" property).
   void SaveBinaryStream(TQuorelStream& stream) const { SaveToStream(stream); }
+  /// Same as LoadFromStream.
   void LoadBinaryStream(TQuorelStream& stream) { LoadFromStream(stream); }
 
   // --- conversions to and from 32-bit integers ----------------------------------------------------
@@ -68,6 +69,7 @@ class TDenseQuorel : public TQuorel {
   /// Sum of a complex object.
   TCplx Sumc() const;
   TCplx Sumc(std::int32_t index, std::int32_t len) const;
+  /// Sum of a complex object into result.
   void Sum(TCplx& result) const { result = Sumc(); }
   void Sum(TCplx& result, std::int32_t index, std::int32_t len) const { result = Sumc(index, len); }
   /// Arithmetic mean of a real object.
@@ -77,6 +79,7 @@ class TDenseQuorel : public TQuorel {
   /// Mean of a complex object.
   TCplx Meanc() const;
   TCplx Meanc(std::int32_t index, std::int32_t len) const;
+  /// Mean of a complex object into result.
   void Mean(TCplx& result) const { result = Meanc(); }
   void Mean(TCplx& result, std::int32_t index, std::int32_t len) const { result = Meanc(index, len); }
   /// Sample standard deviation (divisor n - 1); NaN for fewer than two elements.
@@ -94,11 +97,13 @@ class TDenseQuorel : public TQuorel {
   /// Largest and smallest value of a real object.
   double Max() const;
   double Max(std::int32_t index, std::int32_t len) const;
+  /// Smallest value of a real object.
   double Min() const;
   double Min(std::int32_t index, std::int32_t len) const;
   /// Extreme value and its first position.
   void Max(double& value, std::int32_t& idx) const;
   void Max(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  /// Smallest value and its first position.
   void Min(double& value, std::int32_t& idx) const;
   void Min(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
   /// Both extremes in one pass.
@@ -110,10 +115,13 @@ class TDenseQuorel : public TQuorel {
   /// Complex element of largest (smallest) modulus, ties broken by phase.
   TCplx Maxc() const;
   TCplx Maxc(std::int32_t index, std::int32_t len) const;
+  /// Complex element of smallest modulus, ties broken by phase.
   TCplx Minc() const;
   TCplx Minc(std::int32_t index, std::int32_t len) const;
+  /// Complex element of largest modulus and its first position.
   void Max(TCplx& value, std::int32_t& idx) const;
   void Max(TCplx& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
+  /// Complex element of smallest modulus and its first position.
   void Min(TCplx& value, std::int32_t& idx) const;
   void Min(TCplx& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const;
   /// Median of a real object; Self keeps its order.
@@ -131,25 +139,31 @@ class TDenseQuorel : public TQuorel {
   /// Infinity, L1 and L2 norms (complex: of the moduli).
   double NormC() const;
   double NormC(std::int32_t index, std::int32_t len) const;
+  /// L1 norm: sum of the moduli.
   double NormL1() const;
   double NormL1(std::int32_t index, std::int32_t len) const;
+  /// L2 norm: square root of the sum of squared moduli.
   double NormL2() const;
   double NormL2(std::int32_t index, std::int32_t len) const;
   /// Norm of Self - Vec over min(Length, Vec.Length) elements, relative to the norm of Self.
   double NormC(const TDenseQuorel& vec, bool relativeError) const;
   double NormC(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
                bool relativeError) const;
+  /// L1 norm of Self - Vec, relative to the L1 norm of Self when relativeError.
   double NormL1(const TDenseQuorel& vec, bool relativeError) const;
   double NormL1(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
                 bool relativeError) const;
+  /// L2 norm of Self - Vec, relative to the L2 norm of Self when relativeError.
   double NormL2(const TDenseQuorel& vec, bool relativeError) const;
   double NormL2(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
                 bool relativeError) const;
   /// Product of all elements.
   double Product() const;
   double Product(std::int32_t index, std::int32_t len) const;
+  /// Product of all elements of a complex object.
   TCplx Productc() const;
   TCplx Productc(std::int32_t index, std::int32_t len) const;
+  /// Product of all elements into result.
   void Product(double& result) const { result = Product(); }
   void Product(TCplx& result) const { result = Productc(); }
   /// Sum of Self[i] * Vec[i], real only.
@@ -163,8 +177,11 @@ class TDenseQuorel : public TQuorel {
                  std::int32_t len) const;
   /// First and last element.
   double First() const;
+  /// Last element.
   double Last() const;
+  /// First element of a complex object.
   TCplx Firstc() const;
+  /// Last element of a complex object.
   TCplx Lastc() const;
   /// Index of the first element equal to value (NaN finds NaN, INF any infinity), -1 if none.
   std::int32_t Find(double value) const;

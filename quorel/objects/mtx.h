@@ -35,9 +35,11 @@ class TMtx final : public TDenseOf<TMtx> {
   ~TMtx() override;
   /// Copies shape, Complex, IsInteger, settings and values.
   TMtx(const TMtx& other);
+  /// Copies shape, Complex, IsInteger, settings and values.
   TMtx& operator=(const TMtx& other);
   /// Takes over the storage of an ordinary matrix; cached or sub-ranged sources are copied.
   TMtx(TMtx&& other) noexcept;
+  /// Takes over the storage of an ordinary matrix; cached or sub-ranged sources are copied.
   TMtx& operator=(TMtx&& other) noexcept;
 
   using TQuorel::CValues;
@@ -52,6 +54,7 @@ class TMtx final : public TDenseOf<TMtx> {
   std::int32_t Cols() const { return fCols; }
   /// Distance in elements between the starts of consecutive rows (= Cols after sizing).
   std::int32_t LeadingCols() const { return fLeadingCols; }
+  /// Same as LeadingCols.
   std::int32_t GetLeadingCols() const { return fLeadingCols; }
   /// Overrides the row stride; the caller keeps LeadingCols x Rows within the storage.
   void SetLeadingCols(std::int32_t value) { fLeadingCols = value; }
@@ -219,6 +222,7 @@ class TMtx final : public TDenseOf<TMtx> {
   TMtx& SetCol(const TDenseQuorel* vec, std::int32_t vecIndex, std::int32_t row, std::int32_t col, std::int32_t len);
   /// Writes vecs[k] into row k (column k), each from column (row) 0.
   TMtx& SetRows(std::span<const TDenseQuorel* const> vecs);
+  /// Writes vecs[k] into column k, each from row 0.
   TMtx& SetCols(std::span<const TDenseQuorel* const> vecs);
   /// Writes vec onto diagonal k (k > 0 above the main diagonal, k < 0 below), from its start.
   TMtx& Diag(const TDenseQuorel& vec, std::int32_t k);
@@ -231,6 +235,7 @@ class TMtx final : public TDenseOf<TMtx> {
   /// Self := the upper (lower) triangle of mtx, with its diagonal when `diagonal`. The other
   /// triangle is zeroed when zeroOther; otherwise it keeps Self's values (Self already mtx's shape).
   TMtx& UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal);
+  /// Self := the lower triangle of mtx, as UpperTriangle does for the upper one.
   TMtx& LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal);
   /// Self := mtx transposed (Cols x Rows).
   TMtx& Transp(const TMtx& mtx);
@@ -255,6 +260,7 @@ class TMtx final : public TDenseOf<TMtx> {
   /// Sorts every column ascending (descending), independently; complex values in the library's
   /// complex order (modulus, then phase).
   TMtx& SortAscend();
+  /// Sorts every column descending, independently.
   TMtx& SortDescend();
 
   // --- products and generated matrices ---------------------------------------------------------------
@@ -276,9 +282,11 @@ class TMtx final : public TDenseOf<TMtx> {
   // --- reductions along rows and columns ---------------------------------------------------------------
   /// dst[i] = sum (mean) of row i.
   void SumRows(TVec& dst) const;
+  /// dst[i] = mean of row i.
   void MeanRows(TVec& dst) const;
   /// dst[j] = sum (mean) of column j.
   void SumCols(TVec& dst) const;
+  /// dst[j] = mean of column j.
   void MeanCols(TVec& dst) const;
   /// Sum of the main diagonal (real; "Complex = True" otherwise).
   double Trace() const;

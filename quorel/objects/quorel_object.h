@@ -45,14 +45,19 @@ class TQuorel {
   std::int32_t CacheIndex() const { return fCacheIndex; }
   /// Index of the cache memory this object uses (fixed for its life); -1 outside the pool.
   std::int32_t CacheSlot() const { return fCacheSlot; }
+  /// Free text saved with the object.
   const std::string& Caption() const { return fCaption; }
   void SetCaption(std::string value) { fCaption = std::move(value); }
+  /// Free integer for the caller's use, saved with the object.
   std::int32_t Tag() const { return fTag; }
   void SetTag(std::int32_t value) { fTag = value; }
+  /// Free flag for the caller's use (not set by the library).
   bool Dirty() const { return fDirty; }
   void SetDirty(bool value) { fDirty = value; }
+  /// Precision of the values when saved (SaveToStream, SaveToFile).
   TPrecision Precision() const { return fPrecision; }
   void SetPrecision(TPrecision value) { fPrecision = value; }
+  /// Rounding used when saving in a lower precision.
   TRounding Rounding() const { return fRounding; }
   void SetRounding(TRounding value) { fRounding = value; }
   /// Magnitudes below this count as zero in relative comparisons.
@@ -72,6 +77,7 @@ class TQuorel {
   /// The real signal behind a CCS spectrum had odd length (set by FromReal, read by ToReal).
   bool FFTOddLength() const { return fFFTOddLength; }
   void SetFFTOddLength(bool value) { fFFTOddLength = value; }
+  /// True while a sub-range is active.
   bool IsSubRange() const { return fIsSubRange; }
   /// Called after every change of size or of `Complex`.
   TNotifyEvent OnSetSize;
@@ -92,7 +98,9 @@ class TQuorel {
   double& DefaultArray(std::int32_t i) { return fValues[i]; }
   /// Address of real element i, complex element i, integer element i.
   double* PValues1D(std::int32_t i) const { return fValues + i; }
+  /// Address of complex element i.
   TCplx* PCValues1D(std::int32_t i) const { return reinterpret_cast<TCplx*>(fValues) + i; }
+  /// Address of integer element i.
   std::int32_t* PIValues1D(std::int32_t i) const { return reinterpret_cast<std::int32_t*>(fValues) + i; }
   /// The block's 32-byte aligned data start (the data base when no sub-range is active).
   double* AllignedAPoint() const;
@@ -109,18 +117,25 @@ class TQuorel {
   /// Views elements Index .. Index+Len-1 of the own storage; Len = -1 means to the end.
   virtual void SetSubRange(std::int32_t index, std::int32_t len);
   void SetSubRange() { SetFullRange(); }
+  /// Views elements beginIndex .. endIndex of the own storage.
   void SetSubIndex(std::int32_t beginIndex, std::int32_t endIndex) { SetSubRange(beginIndex, endIndex - beginIndex + 1); }
+  /// Same as SetSubRange(index, len).
   void Select(std::int32_t index, std::int32_t len) { SetSubRange(index, len); }
+  /// Same as SetFullRange.
   void Select() { SetFullRange(); }
+  /// Same as SetFullRange.
   void SelectAll() { SetFullRange(); }
   /// Restores the full range and allows sub-ranges again.
   virtual void SetFullRange();
+  /// Allows sub-ranges.
   void EnableSubrange() { fSubRangeAllowed = true; }
+  /// Forbids sub-ranges.
   void DisableSubrange() { fSubRangeAllowed = false; }
   /// Forbids sub-ranges (the mirror of its name, kept so deliberately).
   void EnableSelect() { fSubRangeAllowed = false; }
   /// Allows sub-ranges (the mirror of its name, kept so deliberately).
   void DisableSelect() { fSubRangeAllowed = true; }
+  /// True when sub-ranges are allowed.
   bool SubRangeAllowed() const { return fSubRangeAllowed; }
 
   // --- block-wise processing -------------------------------------------------------------------
@@ -132,16 +147,24 @@ class TQuorel {
   void BlockNext();
   /// True when block-wise processing has finished.
   bool BlockEnd() const { return fBlockLevel < 1 || fBlockEnd; }
+  /// Nesting depth of block-wise processing (0 outside it).
   std::int32_t BlockLevel() const { return fBlockLevel; }
 
   // --- argument checks --------------------------------------------------------------------------
+  /// Checks Index and Len against Length; a Len past the end is cut to fit.
   void ValidateParams(std::int32_t index, std::int32_t& len) const;
+  /// Checks the ranges of x (from xIndex) and Self (from index) for len elements.
   void ValidateParams(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const;
+  /// As ValidateParams(x, ...), with Len cut to the shorter range.
   void ValidateParams2(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const;
+  /// Checks the ranges of x1, x2 and Self for len elements.
   void ValidateParams(const TQuorel& x1, const TQuorel& x2, std::int32_t xIndex1, std::int32_t xIndex2,
                       std::int32_t index, std::int32_t& len) const;
+  /// Checks that realSrcLen real values fit into Self from index.
   void ValidateRealIndexLen(std::int32_t index, std::int32_t realSrcLen) const;
+  /// Checks a copy of len reals from an array of srcLen into Self.
   void ValidateRealArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
+  /// Checks a copy of len complex values from an array of srcLen into Self.
   void ValidateCplxArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
   /// Saves ConditionCheck and switches it off (one level).
   void CondDisable();
@@ -149,9 +172,13 @@ class TQuorel {
   void CondEnable();
 
   // --- reference counts (cached objects return to the cache at zero) ---------------------------
+  /// Counts one more user of this object.
   void AddRefUsage() { ++fUsageRefs; }
+  /// Counts one more view of this object.
   void AddRefSubrange() { ++fSubRangeRefs; }
+  /// Counts one user less; a cached object returns to the cache at zero.
   void ReleaseUsage();
+  /// Counts one view less.
   void ReleaseSubrange();
 
   /// Returns the object to default state (length 0, real, full range).

@@ -24,13 +24,16 @@ class TVec final : public TDenseOf<TVec> {
   ~TVec() override;
   /// Copies size, Complex, IsInteger and values.
   TVec(const TVec& other);
+  /// Copies size, Complex, IsInteger and values.
   TVec& operator=(const TVec& other);
   /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
   TVec(TVec&& other) noexcept;
+  /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
   TVec& operator=(TVec&& other) noexcept;
 
   using TQuorel::Size;
   using TQuorel::SetSubRange;
+  /// Views elements beginIndex .. endIndex of Self's own storage.
   using TQuorel::SetSubIndex;
   using TDenseOf<TVec>::SetCplx;
   using TDenseOf<TVec>::SetIt;
@@ -177,9 +180,11 @@ class TVec final : public TDenseOf<TVec> {
   /// Sorts Self in place. NaNs (complex: either part) go last in both directions; complex values
   /// follow the complex ordering.
   TVec& SortAscend();
+  /// Sorts Self descending in place (NaNs last).
   TVec& SortDescend();
   /// Same, stable; IndexVec receives each element's original position.
   TVec& SortAscend(TVec* indexVec);
+  /// Sorts descending, stable; indexVec receives each element's original position.
   TVec& SortDescend(TVec* indexVec);
   /// Self = the primes up to N, ascending, as real values (empty when N < 2).
   TVec& PrimeNumbers(std::int32_t n);
@@ -187,10 +192,15 @@ class TVec final : public TDenseOf<TVec> {
   TVec& NotMask();
 
   // --- element access -------------------------------------------------------------------------
+  /// Element i (real data).
   double& operator[](std::int32_t i) { return fValues[i]; }
+  /// Element i (real data).
   double operator[](std::int32_t i) const { return fValues[i]; }
+  /// Address of real element i.
   double* PValues(std::int32_t i) const { return PValues1D(i); }
+  /// Address of complex element i.
   TCplx* PCValues(std::int32_t i) const { return PCValues1D(i); }
+  /// Address of integer element i.
   std::int32_t* PIValues(std::int32_t i) const { return PIValues1D(i); }
   // --- matrix members ------------------------------------------------------------------------
   /// Copies len consecutive storage elements of mtx from (row, col) into Self from index; Self

@@ -26,16 +26,21 @@ class TPiecePoly {
   /// Sets breaks (n + 1, strictly increasing, n >= 1) and coefficients (n rows, at least one
   /// column), both real. Raises EQuorelInvalidArgument "TPiecePoly: ..." naming the failed rule.
   TPiecePoly(const TVec& breaks, const TMtx& coeffs) { Assign(breaks, coeffs); }
+  /// Sets breaks and coefficients, checked as by the constructor.
   void Assign(const TVec& breaks, const TMtx& coeffs);
 
+  /// The n + 1 breaks.
   const TVec& Breaks() const { return fBreaks; }
+  /// The coefficients, one row per piece in descending powers.
   const TMtx& Coeffs() const { return fCoeffs; }
+  /// Number of pieces.
   std::int32_t Pieces() const { return fCoeffs.Rows(); }
   /// Degree of the pieces (Coeffs.Cols - 1); -1 when empty.
   std::int32_t Order() const { return fCoeffs.Cols() - 1; }
 
   /// The piece holding x (clamped to the first and last piece).
   std::int32_t Locate(double x) const;
+  /// Value at x.
   double Evaluate(double x) const;
   /// y[i] := the value at x[i]. Consecutive increasing points are located in O(1) each.
   void Evaluate(const TVec& x, TVec& y) const;

@@ -23,27 +23,35 @@ enum TCacheEntryFlag : std::uint8_t {
 class TCacheEntryFlags {
  public:
   constexpr TCacheEntryFlags() = default;
+  /// The set holding the given flags.
   constexpr TCacheEntryFlags(std::initializer_list<TCacheEntryFlag> flags) {
     for (auto f : flags) Include(f);
   }
+  /// The set whose bit i is flag i (bits above the last flag are dropped).
   static constexpr TCacheEntryFlags FromBits(std::uint16_t bits) {
     TCacheEntryFlags r;
     r.bits_ = bits & 0x1FF;
     return r;
   }
+  /// One bit per flag, bit i for ordinal i.
   constexpr std::uint16_t Bits() const { return bits_; }
+  /// True when f is in the set.
   constexpr bool Has(TCacheEntryFlag f) const { return (bits_ >> f) & 1u; }
+  /// Adds f.
   constexpr TCacheEntryFlags& Include(TCacheEntryFlag f) {
     bits_ = static_cast<std::uint16_t>(bits_ | (1u << f));
     return *this;
   }
+  /// Removes f.
   constexpr TCacheEntryFlags& Exclude(TCacheEntryFlag f) {
     bits_ = static_cast<std::uint16_t>(bits_ & ~(1u << f));
     return *this;
   }
+  /// Adds f when on, removes it otherwise.
   constexpr TCacheEntryFlags& Set(TCacheEntryFlag f, bool on) { return on ? Include(f) : Exclude(f); }
   /// The flags also in `mask`.
   constexpr TCacheEntryFlags operator*(TCacheEntryFlags mask) const { return FromBits(bits_ & mask.bits_); }
+  /// Same flags.
   constexpr bool operator==(const TCacheEntryFlags&) const = default;
 
  private:
@@ -57,10 +65,15 @@ using TDftiHandle = TDftiDescriptor*;
 /// One cached descriptor; entries form a singly linked chain, most recently used first.
 class TCacheEntry {
  public:
+  /// The committed descriptor.
   TDftiHandle Descriptor = nullptr;
+  /// First length of the transform.
   std::int32_t Length1 = 0;
+  /// Second length: 0 for a plain 1-D transform, else the row length or column count.
   std::int32_t Length2 = 0;
+  /// Flags the descriptor was made with.
   TCacheEntryFlags Flags;
+  /// Next entry of the chain (less recently used), or null.
   TCacheEntry* Next = nullptr;
 };
 
@@ -75,7 +88,9 @@ class TDFTIDescriptorCache {
   /// The committed descriptor for the shape and flags, from the cache or newly made at its head.
   /// Length2 is 0 for a plain 1-D transform, else the row length (batch) or column count (2-D).
   TDftiHandle FindOrCreateDscr(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags);
+  /// The descriptor of a 1-D transform of the given length.
   TDftiHandle GetDesc(std::int32_t length, TCacheEntryFlags flags) { return FindOrCreateDscr(length, 0, flags); }
+  /// The descriptor of a 2-D or batched transform.
   TDftiHandle GetDesc(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
     return FindOrCreateDscr(length1, length2, flags);
   }
@@ -85,12 +100,14 @@ class TDFTIDescriptorCache {
   void RemoveDscr(TDftiHandle descriptor);
   /// Empties the cache.
   void Reset() { RemoveChain(Chain); }
+  /// Largest number of entries kept.
   std::int32_t MaxCacheSize() const { return fMaxCacheSize; }
   /// Keeps at most `value` (>= 1) entries, the most recently used ones.
   void SetMaxCacheSize(std::int32_t value);
   /// Number of entries in the chain.
   std::int32_t Count() const;
 
+  /// Head of the chain (most recently used entry), or null when empty.
   TCacheEntry* Chain = nullptr;
 
  private:

@@ -17,6 +17,7 @@ namespace header_detail {
 class TMumpsSolver;
 }
 
+/// Settings of the direct LDL'/LU sparse back end, and the solver instance it keeps between solves.
 class TPardisoSettings {
  public:
   TPardisoSettings();
@@ -24,10 +25,15 @@ class TPardisoSettings {
   TPardisoSettings(const TPardisoSettings&) = delete;
   TPardisoSettings& operator=(const TPardisoSettings&) = delete;
 
+  /// Processors the back end may use.
   std::int32_t CpuCount = 1;
+  /// Which of the retained factorisations a solve uses (1-based).
   std::int32_t MatrixNumber = 1;
+  /// Number of factorisations retained at once.
   std::int32_t MaxFactorizedMatrices = 1;
+  /// Fill-reducing ordering.
   TPardisoReordering Reordering = prMETIS;
+  /// Iterative step after the factorisation: none, CG or CGS.
   TPardisoIterative IterativeStep = piNone;
 
   /// Parameter array (64 entries, zeroed at construction; 1-based in messages). After a solve it
@@ -37,13 +43,16 @@ class TPardisoSettings {
 
   /// Sets ErrorText from a return code (0 clears it); returns the code.
   int CheckError(int code);
+  /// Message of the last failing return code ("" after a success).
   const std::string& ErrorText() const { return errorText_; }
   /// The report lines of the last solve.
   std::vector<std::string> ReportLines() const;
   /// Releases the retained instance (and its factors).
   void FreeMemory();
 
+  /// The retained solver instance (created on first use; the library's own type).
   header_detail::TMumpsSolver& Solver();
+  /// True when a solver instance is retained.
   bool HasSolver() const { return bool(solver_); }
 
  private:

@@ -42,13 +42,16 @@ namespace header_detail {
 class TUmfFactors;
 }
 
+/// Real or complex sparse matrix in compressed-column storage, with direct and iterative solvers.
 class TSparseMtx : public TQuorel {
  public:
   TSparseMtx();
   ~TSparseMtx() override;
 
   // --- shape and storage --------------------------------------------------------------------
+  /// Number of rows.
   std::int32_t Rows() const { return fRows; }
+  /// Number of columns.
   std::int32_t Cols() const { return fCols; }
   /// Stored entries (= Length).
   std::int32_t NonZeros() const { return fLength; }
@@ -75,16 +78,20 @@ class TSparseMtx : public TQuorel {
   bool Equal(const TSparseMtx& b, double tolerance) const;
 
   // --- triplets --------------------------------------------------------------------------------
+  /// Builds the matrix from (row, column, value) triplets; duplicates are summed, entries at or below zeroThreshold dropped.
   TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                                std::span<const std::int32_t> column, std::span<const double> values,
                                double zeroThreshold = 0);
+  /// Complex triplets, as above.
   TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                                std::span<const std::int32_t> column, std::span<const TCplx> values,
                                double zeroThreshold = 0);
   /// Triplets as a 3-row matrix (row indices, column indices, values; complex: values complex).
   TSparseMtx& TripletsToSparse(std::int32_t rowCount, std::int32_t colCount, const TMtx& triplets,
                                double zeroThreshold = 0);
+  /// The stored entries as (row, column, value) triplets.
   void SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TDoubleArray& values) const;
+  /// The stored entries as complex triplets.
   void SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TCplxArray& values) const;
   /// 3 x NonZeros (real or complex), or 4 x NonZeros real (row, column, re, im) with splitComplex.
   void SparseToTriplets(TMtx& triplets, bool splitComplex) const;
@@ -92,19 +99,25 @@ class TSparseMtx : public TQuorel {
   // --- element access ----------------------------------------------------------------------------
   /// Buffers a write; the matrix changes at TripletsToSparseAndFlush.
   void SetValue(std::int32_t aRow, std::int32_t aCol, double value);
+  /// Buffers a complex write, as SetValue.
   void SetMtxCValue(std::int32_t aRow, std::int32_t aCol, const TCplx& value);
   /// Rebuilds from the buffered writes; the size becomes the extents written.
   TSparseMtx& TripletsToSparseAndFlush();
   /// Triplets written but not yet flushed.
   std::int32_t PendingCount() const { return fPendingCount; }
+  /// Element (aRow, aCol): the stored value or 0.
   double GetValue(std::int32_t aRow, std::int32_t aCol) const;
+  /// Complex element (aRow, aCol): the stored value or 0.
   TCplx GetMtxCValue(std::int32_t aRow, std::int32_t aCol) const;
 
   // --- dense and banded conversions ------------------------------------------------------------
+  /// Sparse copy of a dense matrix, dropping entries at or below zeroThreshold.
   TSparseMtx& DenseToSparse(const TMtx& src, double zeroThreshold = 0);
+  /// Dense copy into dst; raises when it would exceed maxElemCount elements.
   void SparseToDense(TMtx& dst, std::int32_t maxElemCount = 0x7FFFFFFF) const;
   /// Src holds a band as TMtx::DenseToBanded writes it (SuperDiag, SubDiag set).
   TSparseMtx& BandedToSparse(const TMtx& src, double zeroThreshold = 0);
+  /// Banded copy into dst, as TMtx::DenseToBanded writes it.
   void SparseToBanded(TMtx& dst, std::int32_t maxElemCount = 0x7FFFFFFF) const;
   /// Rebuilds through triplets, dropping off-diagonal entries at or below the threshold.
   TSparseMtx& ZeroThresh(double threshold);
@@ -117,6 +130,7 @@ class TSparseMtx : public TQuorel {
   void Diag(TVec& dst) const;
   /// Self := the upper (j >= i) or lower (i >= j) triangle of A, diagonal included.
   TSparseMtx& UpperTriangle(const TSparseMtx& a);
+  /// Self := the lower (i >= j) triangle of A, diagonal included.
   TSparseMtx& LowerTriangle(const TSparseMtx& a);
   /// Makes the pattern symmetric (A + A' pattern) by adding explicit zeros; values unchanged.
   TSparseMtx& StructurizeSymmetric();
@@ -151,62 +165,95 @@ class TSparseMtx : public TQuorel {
   void Add(TMtx& y) const;
 
   // --- reductions (the implicit zeros count) ---------------------------------------------------------
+  /// Largest value, the implicit zeros included.
   double Max() const;
+  /// Smallest value, the implicit zeros included.
   double Min() const;
+  /// Mean over all Rows x Cols elements.
   double Mean() const;
+  /// Root mean square over all Rows x Cols elements.
   double RMS() const;
+  /// Complex element of largest modulus, the implicit zeros included.
   TCplx Maxc() const;
+  /// Complex element of smallest modulus, the implicit zeros included.
   TCplx Minc() const;
+  /// Complex mean over all Rows x Cols elements.
   TCplx Meanc() const;
 
   // --- text and files ------------------------------------------------------------------------------
+  /// The matrix as text lines in the given format.
   void ValuesToStrings(TStringList& strings, TSparseFormat format) const;
+  /// Reads the matrix from text lines in the given format.
   void StringsToValues(const TStringList& strings, TSparseFormat format);
+  /// Writes the matrix as a Matrix Market coordinate file.
   void SaveToMatrixMarketFile(const std::string& fileName) const;
+  /// Reads a Matrix Market coordinate file.
   void LoadFromMatrixMarketFile(const std::string& fileName);
   /// Kept as placeholders: write an empty file / read and discard.
   void SaveToHarwellBoeingFile(const std::string& fileName) const;
+  /// Placeholder: reads the file and discards it.
   void LoadFromHarwellBoeingFile(const std::string& fileName);
 
   // --- solver settings --------------------------------------------------------------------------------
+  /// Back end used by Solve.
   TSparseSolver SparseSolver = ssIterative;
+  /// System solved: A x = b or a transposed form.
   TSparseSystem SparseSystem = spsA;
+  /// Method of the iterative solver.
   TIterativeMethod IterativeMethod = itmSGS;
+  /// Stopping test of the iterative solver.
   TConvergenceCheck ConvergenceCheck = cvcNorm2;
+  /// Tolerance of the iterative solver's stopping test.
   double Tolerance = 1.1102230246251565e-13;
+  /// Iteration limit of the iterative solver.
   std::int32_t MaxIters = 500;
+  /// How much the solvers write to Report.
   TReportLevel ReportLevel = prlBasic;
+  /// Report is cleared before each solve.
   bool AutoClearReport = true;
+  /// Iterative refinement steps of the sparse LU solver.
   std::int32_t RefinmentIters = 0;   // from the UMFPACK defaults at construction
+  /// Block size of the sparse LU solver.
   std::int32_t SparseBlockSize = 0;  // from the UMFPACK defaults at construction
+  /// Stored with the other settings; the solvers do not read it.
   std::int32_t VectorCount = 0;
   /// Settings of the LDL'/LU back end and of the Cholesky back end (owned by the matrix).
   TPardisoSettings& Pardiso() { return *fPardiso; }
   const TPardisoSettings& Pardiso() const { return *fPardiso; }
+  /// Settings of the Cholesky back end.
   TTaucsSettings& Taucs() { return *fTaucs; }
+  /// Settings of the Cholesky back end.
   const TTaucsSettings& Taucs() const { return *fTaucs; }
   /// Iterations and error estimate of the last iterative solve.
   std::int32_t ActualIters() const { return fActualIters; }
+  /// Error estimate of the last iterative solve.
   double BackError() const { return fBackError; }
   /// Text of the last solver failure ("" after a success).
   const std::string& ErrorText() const { return fErrorText; }
   /// Lines written by the solvers (cleared before each solve when AutoClearReport).
   const TStringList& Report() const { return fReport; }
+  /// What changed since the last factorisation (sppNone: everything).
   TSparsePattern SparsePattern() const { return fPattern; }
   /// Declares the numeric values (sppSymbolic) or everything (sppNone) changed since the last
   /// factorisation; builders reset it to sppNone themselves.
   void SetSparsePattern(TSparsePattern value) { fPattern = value; }
   /// UMFPACK Control (20) and Info (90) arrays.
   std::span<double> UmfControl() { return fUmfControl; }
+  /// UMFPACK Info array (90 entries) of the last solve.
   std::span<const double> UmfInfo() const { return fUmfInfo; }
 
   // --- solvers -----------------------------------------------------------------------------------------
+  /// Solves Self * x = b (or the form SparseSystem names) with SparseSolver; mtxType describes Self.
   void Solve(const TVec& b, TVec& x, TMtxType mtxType);
+  /// Solves for every column of b.
   void Solve(const TMtx& b, TMtx& x, TMtxType mtxType);
+  /// Solves with the sparse LU back end.
   void SolveUmfPack(const TVec& b, TVec& x);
+  /// Solves for every column of b with the sparse LU back end.
   void SolveUmfPack(const TMtx& b, TMtx& x);
   /// Releases the retained UMFPACK factorisation objects.
   void FreeSymbolic();
+  /// Releases the retained numeric factorisation.
   void FreeNumeric();
   /// ||B - A X||_2 (vector) or the largest column 2-norm (matrix).
   double ResidualNorm(const TVec& b, const TVec& x) const;

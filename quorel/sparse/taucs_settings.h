@@ -17,6 +17,7 @@ namespace header_detail {
 class TCholmodFactor;
 }
 
+/// Settings of the direct sparse Cholesky/LDL' back end, its option strings and the factor it keeps.
 class TTaucsSettings {
  public:
   /// Size of the option table.
@@ -27,24 +28,35 @@ class TTaucsSettings {
   TTaucsSettings(const TTaucsSettings&) = delete;
   TTaucsSettings& operator=(const TTaucsSettings&) = delete;
 
+  /// Factorisation kind.
   TTaucsFactorization Factor = tfCholesky;
+  /// Fill-reducing ordering.
   TTaucsReordering Reordering = tpMETIS;
+  /// Iterative step after the factorisation: none, CG or MinRes.
   TTaucsIterative IterativeStep = tiNone;
+  /// Use a support-graph preconditioner.
   bool Amwb = false;
+  /// Number of subgraphs of the support-graph preconditioner.
   std::int32_t AmwbSubGraphs = 300;
+  /// Random seed of the support-graph preconditioner.
   std::int32_t AmwbRandomSeed = 0;
   /// Factor through a file in the working folder instead of memory.
   bool OutOfCore = false;
+  /// File used by the out-of-core factorisation.
   std::string OutOfCoreFileName;
+  /// The in-core memory size is chosen automatically.
   bool InCoreMemoryAuto = true;
+  /// In-core memory in bytes when not chosen automatically.
   std::int64_t InCoreMemorySize = 1000000000;
 
   /// Sets ErrorText from a return code (0 clears it); returns the code.
   int CheckError(int code);
+  /// Message of the last failing return code ("" after a success).
   const std::string& ErrorText() const { return errorText_; }
 
   /// Stores a copy of `text` in the next free slot (an empty text is not stored).
   void AppendOption(const std::string& text);
+  /// Empties the option table.
   void ClearOption();
   /// The stored options, in order.
   const std::vector<std::string>& Options() const { return options_; }
@@ -57,6 +69,7 @@ class TTaucsSettings {
   void FreeTaucs();
   /// The retained factor (created on first use).
   header_detail::TCholmodFactor& Factorization();
+  /// True when a factor is retained.
   bool HasFactor() const;
 
  private:

@@ -35,6 +35,7 @@ class TRngStream {
   std::int32_t NewStream(std::int32_t brng, std::uint32_t seed);
   /// Deletes the stream (the object stays, without a stream).
   void DeleteStream();
+  /// True while the object holds a stream.
   bool HasStream() const { return fStream != nullptr; }
   /// From now on the stream yields values k, k + n, k + 2n, ... of its sequence.
   std::int32_t LeapfrogStream(std::int32_t k, std::int32_t nstreams);
@@ -67,9 +68,11 @@ class TRngStream {
   std::int32_t RandomGumbel(TVec& dst, double a, double beta);
 
   // --- integer laws ------------------------------------------------------------------------------
+  /// 1 with probability p, else 0.
   std::int32_t RandomBernoulli(TVec& dst, double p);
   /// P(k) = p (1 - p)^k, k >= 0; p in (0, 1].
   std::int32_t RandomGeometric(TVec& dst, double p);
+  /// Number of successes in ntrial trials of probability p.
   std::int32_t RandomBinomial(TVec& dst, std::int32_t ntrial, double p);
   /// P(k) = C(marked, k) C(lot - marked, sample - k) / C(lot, sample).
   std::int32_t RandomHypergeometric(TVec& dst, std::int32_t lot, std::int32_t sample, std::int32_t marked);
@@ -106,21 +109,27 @@ class TRandomGenerator {
   /// Streams whose generator cannot leapfrog or skip stay at the start of the sequence.
   void Init(TBasicRandomGenerator basicGenerator, std::uint32_t seed);
 
+  /// Number of streams.
   std::int32_t StreamCount() const { return static_cast<std::int32_t>(fStreams.size()); }
   /// A different count frees all streams, creates N new ones and calls Init with the stored
   /// generator and seed; the same count keeps the streams as they are. N < 0 counts as 0.
   void SetStreamCount(std::int32_t n);
+  /// How the streams are made independent.
   TRngStreamIndependence StreamIndependence() const { return fStreamIndependence; }
   /// Takes effect at the next Init or count change.
   void SetStreamIndependence(TRngStreamIndependence value) { fStreamIndependence = value; }
+  /// Values between the starts of consecutive streams under block splitting.
   std::int32_t BlockStep() const { return fBlockStep; }
   /// Takes effect at the next Init or count change.
   void SetBlockStep(std::int32_t value) { fBlockStep = value; }
+  /// Seed of the last Init.
   std::uint32_t Seed() const { return fSeed; }
+  /// Basic generator of the last Init.
   TBasicRandomGenerator BasicGenerator() const { return fBasicGenerator; }
 
   /// Stream Index; "Stream index out of bounds!" (EQuorelException) past the last one.
   TRngStream& Streams(std::int32_t index) { return GetStream(index); }
+  /// Same as Streams(index).
   TRngStream& GetStream(std::int32_t index);
   /// Ignores its arguments, deliberately: the streams cannot be replaced from outside.
   void SetStream(std::int32_t /*index*/, TRngStream* /*value*/) {}
