@@ -1,184 +1,191 @@
-// A short tour of the library; `make demo` builds and runs it.
+// A tour of the library in the order a user meets it: create data, compute with it, analyse it,
+// transform it, solve with it, save and load it. `make demo` builds and runs it. Each line shows
+// a result and, in parentheses, what it should be.
+#include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <string>
 
 #include "quorel/quorel.h"
 #include "tour_sections.h"
 
 using namespace quorel;
 
+void SectionTitle(const char* title) { std::printf("\n-- %s\n", title); }
+
 namespace {
 
-void Show(const char* label, const TCplx& z) { std::printf("  %-26s (%.17g, %.17g)\n", label, z.Re, z.Im); }
-
-void Scalars() {
-  std::printf("Scalars (extended precision inside, one rounding to double):\n");
-  std::printf("  Ln(10)                     %.17g\n", Ln(10));
-  std::printf("  Ln1(1e-12)                 %.17g\n", Ln1(1e-12));
-  std::printf("  Gamma(0.5)^2               %.17g (pi)\n", Gamma(0.5) * Gamma(0.5));
-  std::printf("  Fact(20)                   %.17g\n", Fact(20));
-  std::printf("  BesselJ0(2.404825557695773) %.3g (next to the first zero)\n\n", BesselJ0(2.404825557695773));
-
-  std::printf("Complex arithmetic:\n");
-  TCplx a = Cplx(1, 2), b = Cplx(3, 4);
-  Show("a * b", CMul(a, b));
-  Show("a / b", CDiv(a, b));
-  Show("CSqrt(-4)", CSqrt(Cplx(-4)));
-  Show("Power(i, i)", Power(C_I, C_I));
-  Show("Root(8, k = 1, n = 3)", Root(Cplx(8), 1, 3));
-  Show("ArcSin(2 + 0i)", ArcSin(Cplx(2, 0)));
-  Show("ArcSin(2 - 0i)", ArcSin(Cplx(2, -0.0)));
-  std::printf("\n");
-
-  std::printf("Comparisons:\n");
-  std::printf("  Equal(0.1 + 0.2, 0.3)          %d\n", Equal(0.1 + 0.2, 0.3));
-  std::printf("  Equal(0.1 + 0.2, 0.3, 1e-15)   %d\n", Equal(0.1 + 0.2, 0.3, 1e-15));
-  std::printf("  Equal(INF, -INF)               %d (infinities compare by class)\n", Equal(INF, -INF));
-  std::printf("  Bigger(2, 1, 1)                %d (needs more than the tolerance)\n", Bigger(2.0, 1.0, 1.0));
-  std::printf("  Bigger(i, 1)                   %d (equal modulus: larger phase wins)\n", Bigger(C_I, C_ONE));
-  std::printf("  Max(1 + 2i, 2 + 1i)            (%g, %g)\n\n", Max(a, Cplx(2, 1)).Re, Max(a, Cplx(2, 1)).Im);
-
+void Stage(const char* title) {
+  std::printf("\n%s\n%s\n", title, std::string(std::char_traits<char>::length(title), '=').c_str());
 }
 
-void Text() {
-  std::printf("Text form:\n");
-  std::printf("  CplxToStr(2 - 3i)          %s\n", CplxToStr(Cplx(2, -3), 0).c_str());
-  TCplx z = StrToCplx("1e-3+2i");
-  std::printf("  StrToCplx(\"1e-3+2i\")      (%g, %g)\n", z.Re, z.Im);
-  std::printf("  FormatSample(\"#,##0.00\")   %s\n", FormatSample("#,##0.00", 1234567.891).c_str());
-  std::string line = "1+i;;2";
-  int pos = 1;
-  TCplx first = ExtractCplx(line, pos, ";");
-  TCplx second = ExtractCplx(line, pos, ";");
-  std::printf("  ExtractCplx over \"1+i;;2\"  (%g, %g) then (%g, %g)\n", first.Re, first.Im, second.Re, second.Im);
+std::string Text(double x) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%.6g", x);
+  return buf;
 }
 
-void Print(const char* label, const TVec& v) {
-  std::printf("  %-28s", label);
-  if (v.Complex()) {
-    for (const TCplx& z : v.CValues()) std::printf(" (%g, %g)", z.Re, z.Im);
-  } else {
-    for (double x : v.Values()) std::printf(" %g", x);
+std::string Text(const TCplx& z) { return Text(z.Re) + (z.Im < 0 ? "-" : "+") + Text(z.Im < 0 ? -z.Im : z.Im) + "i"; }
+
+// One row of values, [a, b, c], starting at element `first`.
+std::string Row(const TDenseQuorel& v, std::int32_t first, std::int32_t count) {
+  std::string s = "[";
+  for (std::int32_t i = 0; i < count; ++i) {
+    if (i) s += ", ";
+    s += v.Complex() ? Text(v.CValues()[static_cast<std::size_t>(first + i)])
+                     : Text(v.Values()[static_cast<std::size_t>(first + i)]);
   }
-  std::printf("   [Length %d%s]\n", v.Length(), v.Complex() ? ", complex" : "");
+  return s + "]";
 }
 
-void Vectors() {
-  std::printf("\nVectors\n-------\n");
-  TVec v;
-  v.SetIt(false, {1, 2, 3, 4, 5, 6});
-  Print("a real vector:", v);
+void Show(const char* label, const TVec& v, const char* expected = nullptr) {
+  std::printf("  %-34s %s", label, Row(v, 0, v.Length()).c_str());
+  if (expected) std::printf("   (%s)", expected);
+  std::printf("\n");
+}
 
-  // Sub-ranges: every method sees only the selected elements.
-  v.SetSubRange(2, 3);
+void Show(const char* label, const TMtx& m, const char* expected = nullptr) {
+  std::string s = "[";
+  for (std::int32_t r = 0; r < m.Rows(); ++r) s += (r ? ", " : "") + Row(m, r * m.Cols(), m.Cols());
+  std::printf("  %-34s %s]", label, s.c_str());
+  if (expected) std::printf("   (%s)", expected);
+  std::printf("\n");
+}
+
+void Create() {
+  SectionTitle("Vectors and matrices");
+  TVec v;
+  v.SetIt(false, {1, 2, 3, 4});
+  Show("from values:", v);
+  TVec r;
+  r.Size(5, false).Ramp(0, 0.25);  // methods return the object, so calls chain
+  Show("Size(5) then Ramp(0, 0.25):", r, "0 to 1 in steps of 0.25");
+  TVec z;
+  z.SetCplx({{1, 2}, {3, -4}});
+  Show("complex:", z);
+  TMtx m;
+  m.SetIt(2, 3, false, {1, 2, 3, 4, 5, 6});
+  Show("2 x 3 matrix, row by row:", m);
+  TMtx eye(3, 3);
+  eye.Eye();
+  Show("Eye (3 x 3):", eye);
+
+  // A sub-range makes every method see only part of the object.
+  v.SetSubRange(1, 2);
   v.SetVal(0);
   v.SetFullRange();
-  Print("after zeroing elements 2..4:", v);
+  Show("elements 1..2 set to 0:", v, "expected [1, 0, 0, 4]");
 
-  // Real and complex share storage: six doubles are three complex numbers.
-  v.set_Complex(true);
-  Print("the same doubles as complex:", v);
-  v.set_Complex(false);
-
-  // Work vectors come from a pre-allocated cache and go back at the end of the scope.
-  {
-    TWorkVec w;
-    w->SetCplx({{1, 2}, {3, -4}});
-    Print("a cached work vector:", *w);
-    std::printf("  cache: %d of %d vectors in use, %d doubles each\n", Controller->VecCacheUsed(),
-                Controller->VecCacheSize(), Controller->VecCacheElements());
-  }
-  std::printf("  after the scope: %d in use\n", Controller->VecCacheUsed());
-
-  // Block-wise processing walks a long vector in pieces of QuorelBlockSize elements.
-  TVec longVec;
-  longVec.SetLength(2000);
-  longVec.SetVal(1.0);
-  int blocks = 0;
-  for (longVec.BlockInit(); !longVec.BlockEnd(); longVec.BlockNext()) ++blocks;
-  std::printf("  2000 elements in blocks of %d: %d blocks\n", QuorelBlockSize, blocks);
+  // Scratch objects come from a pre-allocated cache and go back at the end of the scope.
+  TWorkVec w;
+  w->Size(3, false).SetVal(7);
+  Show("a work vector from the cache:", *w);
 }
 
-void ElementWise() {
-  std::printf("\nElement-wise math and statistics\n--------------------------------\n");
-  TVec x;
+void Compute() {
+  SectionTitle("Element-wise math");
+  TVec x, r;
   x.SetIt(false, {1, 4, 9, 16});
-  TVec r;
   r.Sqrt(x);
-  Print("Sqrt of 1 4 9 16:", r);
-  r.Add(x, 0.5).Scale(2.0);  // calls chain and stay TVec
-  Print("(x + 0.5) * 2:", r);
+  Show("Sqrt of [1, 4, 9, 16]:", r, "expected [1, 2, 3, 4]");
+  r.Add(x, 0.5).Scale(2);
+  Show("(x + 0.5) * 2:", r, "expected [3, 9, 19, 33]");
   r.Copy(x);
-  r.Add(TCplx{0, 1});  // a complex value makes a real vector complex
-  Print("x + i:", r);
+  r.Add(TCplx{0, 1});  // a complex operand makes the result complex
+  Show("x + i:", r);
   r.Abs();
-  Print("|x + i|:", r);
+  Show("|x + i|:", r, "sqrt(x^2 + 1)");
   TVec z;
   z.SetCplx({{0, 1}});
   z.Sin();
-  Print("Sin(i) = (0, sinh 1):", z);
-  std::printf("  Mean %g, StdDev %.6g, Median %g, NormL2 %.6g\n", x.Mean(), x.StdDev(), x.Median(), x.NormL2());
+  Show("Sin(i):", z, "expected i sinh(1) = 1.1752i");
+
+  SectionTitle("Matrices and scalars");
+  TMtx a, p, t;
+  a.SetIt(2, 2, false, {1, 2, 3, 4});
+  p.Mul(a, a);  // element-wise methods work on matrices unchanged
+  Show("a .* a for a = [[1, 2], [3, 4]]:", p, "expected [[1, 4], [9, 16]]");
+  t.Transp(a);
+  Show("transpose of a:", t, "expected [[1, 3], [2, 4]]");
+  std::printf("  %-34s %s   (expected 0.44+0.08i)\n", "(1 + 2i) / (3 + 4i):", Text(CDiv(Cplx(1, 2), Cplx(3, 4))).c_str());
+  std::printf("  %-34s %.15g   (expected pi = %.15g)\n", "Gamma(0.5)^2:", Gamma(0.5) * Gamma(0.5), PI);
+}
+
+void Statistics() {
+  SectionTitle("Statistics");
+  TVec x;
+  x.SetIt(false, {2, 4, 4, 4, 5, 5, 7, 9});
+  Show("data:", x);
+  std::printf("  %-34s %g / %g   (expected 5 / 4.5)\n", "mean / median:", x.Mean(), x.Median());
+  std::printf("  %-34s %.6f   (expected sqrt(32/7) = %.6f)\n", "sample standard deviation:", x.StdDev(),
+              std::sqrt(32.0 / 7));
   double top;
   std::int32_t at;
   x.Max(top, at);
-  std::printf("  Max %g at index %d\n", top, at);
+  std::printf("  %-34s %g at index %d   (expected 9 at 7)\n", "largest:", top, at);
 }
 
-void Matrices() {
-  std::printf("\nMatrices and the report\n-----------------------\n");
-  TMtx a;
-  a.SetIt(2, 3, false, {1, 2, 3, 4, 5, 6});
-  TMtx t;
-  t.Transp(a);  // cache-blocked transposition
-  TMtx p;
-  p.Mul(a, a);  // element-wise methods work on matrices unchanged
-  std::printf("  a is %dx%d, its transpose %dx%d; Sum(a .* a) = %g\n", a.Rows(), a.Cols(), t.Rows(), t.Cols(),
-              p.Sum());
-  Report->Clear();
-  Report->PrintMtx({&a, &t}, {"a", "t"});
-  std::printf("  the report (CRLF line ends, tab-separated columns):\n");
-  std::string text = Report->DataString();
-  for (char& c : text)
-    if (c == '\r') c = ' ';
-  std::printf("%s", text.c_str());
-}
+void SaveAndLoad() {
+  SectionTitle("Files and streams");
+  const auto dir = std::filesystem::temp_directory_path();
+  const std::string binFile = (dir / "quorel_tour.bin").string();
+  const std::string mmFile = (dir / "quorel_tour.mtx").string();
+  TMtx m;
+  m.SetIt(2, 2, false, {1.5, -2, 1e-10, 4});
+  m.SetCaption("calibration");
+  m.SaveToFile(binFile);
+  TMtx back;
+  back.LoadFromFile(binFile);
+  std::printf("  %-34s %lld bytes\n", "saved 2 x 2 matrix:", static_cast<long long>(std::filesystem::file_size(binFile)));
+  std::printf("  %-34s \"%s\", %d x %d, %s   (expected equal)\n", "loaded back:", back.Caption().c_str(), back.Rows(),
+              back.Cols(), back.IsEqual(m) ? "equal" : "DIFFERENT");
 
-void Persistence() {
-  std::printf("\nBinary round trip\n-----------------\n");
-  TVec v;
+  // Saving in a lower precision rounds and saturates: 16-bit integers here.
+  TVec v, w;
   v.SetIt(false, {1.25, -3.5, 40000, 7});
-  v.SetCaption("samples");
-  v.SetPrecision(prSmallInt);  // stored as 16-bit integers: rounded and saturated
+  v.SetPrecision(prSmallInt);
   v.SetRounding(rnRound);
   TQuorelMemoryStream stream;
   v.SaveToStream(stream);
-  std::printf("  4 values as prSmallInt take %lld bytes with header and caption\n",
-              static_cast<long long>(stream.Size()));
   stream.Seek(0, soBeginning);
-  TVec back;
-  back.LoadFromStream(stream);
-  Print(("read back (\"" + back.Caption() + "\"):").c_str(), back);
+  w.LoadFromStream(stream);
+  Show("[1.25, -3.5, 40000, 7] as int16:", w, "expected [1, -4, 32767, 7]");
+
+  // A text copy other tools read; its first line names the format.
+  SaveToMatrixMarketFile(m, mmFile);
+  std::printf("  %-34s %zu lines, the first \"%s\"\n", "Matrix Market text file:", MatrixMarketArrayLines(m).size(),
+              MatrixMarketArrayLines(m).front().c_str());
+  std::filesystem::remove(binFile);
+  std::filesystem::remove(mmFile);
 }
 
 }  // namespace
 
 int main() {
-  double start = Now();
-  std::printf("Quorel tour\n===========\n\n");
-  std::printf("Constants: PI = %.17g, MACHEP = %.17g\n\n", PI, MACHEP);
-  Scalars();
-  Text();
-  Vectors();
-  ElementWise();
-  Matrices();
-  Persistence();
-  TourSignal();
-  TourDense();
-  TourSparse();
+  const auto start = std::chrono::steady_clock::now();
+  std::printf("Quorel tour\n");
+
+  Stage("1. Create");
+  Create();
+  Stage("2. Compute");
+  Compute();
+  Stage("3. Analyse");
+  Statistics();
   TourProbabilities();
   TourRandom();
   TourSpecial();
+  Stage("4. Transform");
+  TourSignal();
   TourPoly();
+  Stage("5. Solve");
+  TourDense();
+  TourSparse();
   TourOptim();
-  std::printf("\nElapsed: %s\n", ClockIt(start).c_str());
+  Stage("6. Save and load");
+  SaveAndLoad();
+
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+  std::printf("\nTour finished in %.2f s\n", took.count());
   return 0;
 }

@@ -10,7 +10,7 @@
 using namespace quorel;
 
 void TourSignal() {
-  std::printf("Signal processing:\n");
+  SectionTitle("Signal processing: a 50 Hz sine in as much noise");
   // 1000 samples at 1 kHz of a 50 Hz sine buried in noise of the same size.
   const int n = 1000;
   const double rate = 1000, freq = 50;
@@ -28,11 +28,12 @@ void TourSignal() {
   double peak;
   std::int32_t bin;
   power.Max(peak, bin);
-  std::printf("  peak bin                   %d (%.1f Hz; the sine is at %.0f Hz)\n", bin, bin * rate / n, freq);
+  std::printf("  peak of the spectrum       bin %d = %.1f Hz   (expected bin 50: the sine is at %.0f Hz)\n", bin,
+              bin * rate / n, freq);
   // The same bin by Goertzel, without the whole spectrum.
   x.GoertzInit(bin / static_cast<double>(n));
   const TCplx g = x.Goertz();
-  std::printf("  |bin| by FFT / Goertzel    %.6f / %.6f\n", std::sqrt(peak), std::hypot(g.Re, g.Im));
+  std::printf("  |bin| by FFT / Goertzel    %.6f / %.6f   (expected equal)\n", std::sqrt(peak), std::hypot(g.Re, g.Im));
 
   // A 51-tap Hamming-windowed sinc low-pass at 80 Hz, applied by convolution.
   const int taps = 51;
@@ -54,5 +55,5 @@ void TourSignal() {
     err += d * d;
     ref += s * s;
   }
-  std::printf("  filtered: error / signal   %.3f (noise / signal before: about 1.4)\n\n", std::sqrt(err / ref));
+  std::printf("  low-pass filtered: error / signal %.3f   (was about 1.4 before filtering)\n", std::sqrt(err / ref));
 }

@@ -14,8 +14,8 @@ void TourSparse() {
   const auto file = std::filesystem::path(QUOREL_TOUR_DATA_DIR) / "matrices" / "west0067.mtx";
   TSparseMtx a;
   a.LoadFromMatrixMarketFile(file.string());
-  std::printf("Sparse matrices:\n  %s: %d x %d, %d stored entries\n", file.filename().c_str(), a.Rows(), a.Cols(),
-              a.NonZeros());
+  SectionTitle("Sparse matrices: a 67 x 67 system from a Matrix Market file, residuals at round-off (about 1e-16)");
+  std::printf("  %s: %d x %d, %d stored entries\n", file.filename().c_str(), a.Rows(), a.Cols(), a.NonZeros());
   TVec b, x;
   b.Size(a.Rows());
   for (int i = 0; i < a.Rows(); ++i) b[i] = 1.0 + i % 5;
@@ -44,5 +44,4 @@ void TourSparse() {
   for (double v : y.Values()) yNorm += v * v;
   std::printf("  Ax=b again, ssPardiso (MUMPS): ||b - Ax|| / ||x|| = %.3g%s\n",
               a.ResidualNorm(b, y) / std::sqrt(yNorm), a.ErrorText().empty() ? "" : (" (" + a.ErrorText() + ")").c_str());
-  std::printf("\n");
 }

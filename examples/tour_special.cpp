@@ -9,10 +9,10 @@
 using namespace quorel;
 
 void TourSpecial() {
-  std::printf("Special functions (each part correctly rounded):\n");
+  SectionTitle("Special functions (each part correctly rounded)");
   TCplx j = Besj(0.5, Cplx(2, 1));
   std::printf("  Besj(0.5, 2 + i)               (%.17g, %.17g)\n", j.Re, j.Im);
-  std::printf("  Besk(0, 1)                     %.17g\n", Besk(0, 1.0).Re);
+  std::printf("  Besk(0, 1)                     %.17g   (expected 0.42102443824070834)\n", Besk(0, 1.0).Re);
   std::printf("  Besi(0, 1000)                  %g, scaled %.17g\n", Besi(0, 1000.0).Re, Besi(0, 1000.0, true).Re);
   std::int32_t ierr;
   TCplx ai = Airy(Cplx(-2, 0.5), false, false, ierr);
@@ -21,6 +21,7 @@ void TourSpecial() {
   std::printf("  Biry(200)                      %g, Ierr %d (overflow)\n", bi, ierr);
   double e;
   std::printf("  EllipComplete(0.5)             K %.17g", EllipComplete(0.5, 0x1p-52, e));
-  std::printf(", E %.17g\n", e);
-  std::printf("  LegendreP(3, 1, 0.5)           %.17g\n\n", LegendreP(3, 1, 0.5));
+  std::printf(", E %.17g   (expected K 1.854074677301372, E 1.350643881047675)\n", e);
+  std::printf("  LegendreP(3, 1, 0.5)           %.17g   (expected -(3/2)(5 x^2 - 1) sqrt(1 - x^2) = -0.32476)\n",
+              LegendreP(3, 1, 0.5));
 }
