@@ -167,9 +167,18 @@ def expand_fragment(rel, directives):
   source = "\n".join(directives) + "\n" + read_fragment(rel) + "\n"
   cmd = [CXX, "-E", "-P", "-x", "c++", "-std=c++20", "-nostdinc", "-I", ROOT, "-"]
   out = subprocess.run(cmd, input=source, capture_output=True, text=True, check=True).stdout
+  items = split_statements(out)
+  # Every table line must have become declarations: a name lost here would leave no warning.
+  fragment = re.sub(r"^[ \t]*#[ \t]*define(?:[^\n]*\\\n)*[^\n]*", "", read_fragment(rel), flags=re.M)
+  tabled = set(re.findall(r"^\s*QUOREL_[A-Z_]+\((\w+)\s*,", fragment, re.M))
+  tabled |= set(re.findall(r"^\s*QUOREL_[A-Z_]+_SHAPES\((\w+)\)", fragment, re.M))
+  declared = {decl_name(value) for kind, value in items if kind == "stmt"}
+  lost = sorted(tabled - declared)
+  if lost:
+    sys.exit("api reference: %s: table lines that expanded to nothing: %s" % (rel, ", ".join(lost)))
   carrier = DocCarrier()
   parts = []
-  for kind, value in split_statements(out):
+  for kind, value in items:
     if kind == "doc":
       carrier.doc(value)
     elif kind == "end":
