@@ -71,7 +71,9 @@ class TCacheEntry {
 /// The process-wide cache of committed descriptors (see DftiCache). Not thread-safe.
 class TDFTIDescriptorCache {
  public:
+  /// An empty chain of at most 15 entries, and the scratch vector.
   TDFTIDescriptorCache();
+  /// Frees the scratch vector, then every descriptor.
   ~TDFTIDescriptorCache();
   TDFTIDescriptorCache(const TDFTIDescriptorCache&) = delete;
   TDFTIDescriptorCache& operator=(const TDFTIDescriptorCache&) = delete;
@@ -131,7 +133,9 @@ class TDFTIDescriptorCache {
 };
 
 namespace header_detail {
+/// The one cache, or null until first use and after FreeDftiCache.
 extern TDFTIDescriptorCache* dfti_cache;
+/// Makes the one cache (DftiCache's slow path).
 TDFTIDescriptorCache& CreateDftiCache();
 }  // namespace header_detail
 
