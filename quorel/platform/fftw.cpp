@@ -21,6 +21,7 @@ namespace {
 //   measured for the life of the process, so a shape evicted from the descriptor cache replans fast.
 // FFTW_DESTROY_INPUT is never given: out-of-place forward transforms keep their source.
 unsigned gPlanFlags = FFTW_ESTIMATE;
+FftwFailure gForcedFailure = FftwFailure::None;
 
 fftw_plan Raw(FftwPlanPtr p) { return reinterpret_cast<fftw_plan>(p); }
 FftwPlanPtr Wrap(fftw_plan p) { return reinterpret_cast<FftwPlanPtr>(p); }
@@ -57,9 +58,26 @@ void FftwDestroyPlan(FftwPlanPtr plan) { fftw_destroy_plan(Raw(plan)); }
 void FftwFree::operator()(void* p) const { fftw_free(p); }
 void* FftwMalloc(std::size_t bytes) { return fftw_malloc(bytes); }
 int FftwAlignment(const void* p) { return fftw_alignment_of(static_cast<double*>(const_cast<void*>(p))); }
-const char* FftwPlanFailureText() { return "FFTW could not plan the transform"; }
+void FftwFailPlans(FftwFailure failure) { gForcedFailure = failure; }
 
-FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& s, int inAlign, int outAlign) {
+const char* FftwFailureText(FftwFailure failure) {
+  switch (failure) {
+    case FftwFailure::None: return "No error";
+    case FftwFailure::NoMemory: return "Memory allocation failed";
+    case FftwFailure::NoPlan: break;
+  }
+  return "FFTW could not plan the transform";
+}
+
+FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& shape, const std::int32_t* lengths, int inAlign, int outAlign,
+                      FftwFailure* why) {
+  FftwFailure ignored;
+  FftwFailure& failure = why ? *why : ignored;
+  failure = gForcedFailure;
+  if (failure != FftwFailure::None) return {};
+  FftwShape s = shape;
+  if (lengths)
+    for (int d = 0; d < s.rank; ++d) s.n[d] = lengths[d];
   // Extent of each side in doubles: complex elements count two.
   const bool inComplex = kind == FftwKind::Forward || kind == FftwKind::Backward || kind == FftwKind::C2R;
   const bool outComplex = kind == FftwKind::Forward || kind == FftwKind::Backward || kind == FftwKind::R2C;
@@ -78,7 +96,10 @@ FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& s, int inAlign, int outAli
   ScratchArray outArr(s.inplace ? 0 : outDoubles, outAlign);
   double* in = inArr.Data();
   double* out = s.inplace ? in : outArr.Data();
-  if (in == nullptr || out == nullptr) return {};
+  if (in == nullptr || out == nullptr) {
+    failure = FftwFailure::NoMemory;
+    return {};
+  }
 
   const int inembed[2] = {s.n[0], irow};
   const int onembed[2] = {s.n[0], orow};
@@ -109,6 +130,7 @@ FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& s, int inAlign, int outAli
       break;
     }
   }
+  if (p == nullptr) failure = FftwFailure::NoPlan;
   return FftwPlan(Wrap(p));
 }
 

@@ -17,7 +17,8 @@ void FftwDestroyPlan(FftwPlanPtr plan);
 /// An owned FFTW plan.
 using FftwPlan = ForeignHandle<FftwPlanPtr, &FftwDestroyPlan>;
 
-/// How one transform is laid out: `rank` dimensions `n` (row-major), `howmany` transforms whose
+/// How one transform is laid out: `rank` dimensions (row-major, their lengths passed beside the
+/// shape, or `n` when none are), `howmany` transforms whose
 /// starts are `idist` / `odist` elements apart (elements of the input / output kind), and the
 /// distance between consecutive rows of a 2-D transform (`irow` / `orow`, 0 = packed).
 struct FftwShape {
@@ -33,9 +34,17 @@ struct FftwShape {
 
 enum class FftwKind : std::uint8_t { Forward, Backward, R2C, C2R, Dct2, Dct3 };
 
-/// Plans `kind` for `shape` with the input and output arrays at the given alignment classes
-/// (byte offsets from FFTW's SIMD alignment). Empty on failure (never a partial plan).
-FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& shape, int inAlign, int outAlign);
+/// Why a plan could not be made.
+enum class FftwFailure : std::uint8_t { None, NoMemory, NoPlan };
+
+/// Plans `kind` for `shape` (dimension lengths from `lengths` when given, else shape.n) with the
+/// input and output arrays at the given alignment classes (byte offsets from FFTW's SIMD
+/// alignment). Empty on failure (never a partial plan), with the reason in `*why` when asked.
+FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& shape, const std::int32_t* lengths, int inAlign, int outAlign,
+                      FftwFailure* why = nullptr);
+
+/// Plans made while this is not None fail that way (tests of the failure paths).
+void FftwFailPlans(FftwFailure failure);
 
 /// Plans made from now on measure candidate algorithms (true) or estimate (false, the default).
 /// Plans already made keep their rigour. For benchmarks that compare the two.
@@ -57,6 +66,6 @@ struct FftwFree {
 void* FftwMalloc(std::size_t bytes);
 
 /// Text naming a planning failure.
-const char* FftwPlanFailureText();
+const char* FftwFailureText(FftwFailure failure);
 
 }  // namespace quorel::detail

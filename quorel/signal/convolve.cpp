@@ -57,15 +57,15 @@ void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y)
                                                        : TCacheEntryFlags{cefInplace, cefUseScale});
   std::memcpy(pb, b, sizeof(T) * nb);
   std::fill(pb + per * nb, pb + doubles, 0.0);
-  DftiForward(d, pb, pb);
+  DftiForward(d, pb, pb, "TVec.Convolve: ");
   std::fill(y, y + len, T{});
   for (std::int32_t start = 0; start < na; start += block) {
     const std::int32_t count = std::min(block, na - start);
     std::memcpy(pa, a + start, sizeof(T) * count);
     std::fill(pa + per * count, pa + doubles, 0.0);
-    DftiForward(d, pa, pa);
+    DftiForward(d, pa, pa, "TVec.Convolve: ");
     MulSpectra(reinterpret_cast<TCplx*>(pa), reinterpret_cast<const TCplx*>(pb), doubles / 2);
-    DftiBackward(d, pa, pa);
+    DftiBackward(d, pa, pa, "TVec.Convolve: ");
     const T* piece = reinterpret_cast<const T*>(pa);
     T* out = y + start;
     for (std::int32_t i = 0; i < count + nb - 1; ++i) AddTo(out[i], piece[i]);
@@ -292,10 +292,10 @@ TMtx& TMtx::Convolve(const TMtx& x, const TMtx& h, bool filter) {
       for (std::int32_t i = 0; i < rh; ++i)
         std::memcpy(wb->PValues1D(i * stride), ph + std::int64_t{i} * ch, sizeof(double) * ch);
       const TDftiHandle d = DftiCache().GetDesc(nr, nc, {cefReal, cefInplace, cefUseScale});
-      detail::DftiForward(d, wa->PValues1D(0), wa->PValues1D(0));
-      detail::DftiForward(d, wb->PValues1D(0), wb->PValues1D(0));
+      detail::DftiForward(d, wa->PValues1D(0), wa->PValues1D(0), "TMtx.Convolve: ");
+      detail::DftiForward(d, wb->PValues1D(0), wb->PValues1D(0), "TMtx.Convolve: ");
       detail::MulSpectra(wa->PCValues1D(0), wb->PCValues1D(0), std::int64_t{nr} * stride / 2);
-      detail::DftiBackward(d, wa->PValues1D(0), wa->PValues1D(0));
+      detail::DftiBackward(d, wa->PValues1D(0), wa->PValues1D(0), "TMtx.Convolve: ");
       for (std::int32_t i = 0; i < rf; ++i)
         std::memcpy(y + std::int64_t{i} * cf, wa->PValues1D(i * stride), sizeof(double) * cf);
     }

@@ -46,8 +46,9 @@ detail::FftwPlanPtr DctPlanFor(std::int32_t n, detail::FftwKind kind, const doub
   detail::FftwShape s;
   s.n[0] = n;
   s.inplace = true;
-  detail::FftwPlan plan = detail::FftwMakePlan(kind, s, align, align);
-  if (!plan) ERaise(detail::FftwPlanFailureText());
+  auto failure = detail::FftwFailure::None;
+  detail::FftwPlan plan = detail::FftwMakePlan(kind, s, nullptr, align, align, &failure);
+  if (!plan) ERaise(detail::FftwFailureText(failure));
   if (plans->size() == kMaxDctPlans) plans->erase(plans->begin());
   plans->push_back({n, kind, align, std::move(plan)});
   return plans->back().Plan.Get();

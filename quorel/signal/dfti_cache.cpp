@@ -1,6 +1,8 @@
 // The descriptor cache and the transforms that run through its descriptors.
 #include <cstring>
+#include <string>
 #include <new>
+#include <utility>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/detail/release_hooks.h"
@@ -14,16 +16,6 @@ using detail::FftwKind;
 
 [[noreturn]] void DscrFail(const char* step, const char* status) {
   throw Exception(FormatMsg("TDFTIDescriptorCache.FindOrCreateDscr: %s: %s", step, status));
-}
-
-// Direction only stays in the key where it changes the layout (real out-of-place CCS batches and
-// 2-D) or the ordering.
-TCacheEntryFlags Normalise(std::int32_t length2, TCacheEntryFlags flags) {
-  if (flags.Has(cefScrambled)) return flags;
-  if (length2 == 0) return flags.Exclude(cefBackward);
-  const TCacheEntryFlags layout{cefReal, cefInplace, cefPack, cefPerm};
-  if (!(flags * layout == TCacheEntryFlags{cefReal})) flags.Exclude(cefBackward);
-  return flags;
 }
 
 // Complex values per real row of the half spectrum, and the doubles that hold them.
@@ -74,16 +66,43 @@ detail::FftwShape ShapeFor(const TDftiDescriptor& d, FftwKind kind, bool inplace
   return s;
 }
 
-detail::FftwPlanPtr PlanFor(TDftiDescriptor& d, FftwKind kind, const void* in, const void* out) {
+// Which arrays a plan was made for: their offsets within 64 bytes (a multiple of any SIMD
+// alignment FFTW asks for, so equal tags mean equal alignment classes), placement and kind.
+std::uint32_t ArrayTag(FftwKind kind, const void* in, const void* out) {
+  const auto i = reinterpret_cast<std::uintptr_t>(in), o = reinterpret_cast<std::uintptr_t>(out);
+  return static_cast<std::uint32_t>((i & 63) | (o & 63) << 6 | std::uint32_t{i == o} << 12 |
+                                    static_cast<std::uint32_t>(kind) << 13);
+}
+
+// The plan for these arrays, made now if their alignment classes are new to the descriptor; null
+// with `status` set when FFTW cannot make it.
+detail::FftwPlanPtr PlanFor(TDftiDescriptor& d, FftwKind kind, const void* in, const void* out, int& status) {
+  const std::uint32_t tag = ArrayTag(kind, in, out);
+  auto& last = d.Last[kind == FftwKind::Backward || kind == FftwKind::C2R];
+  if (last.Tag == tag) return last.P;
   const int ia = detail::FftwAlignment(in);
   const int oa = detail::FftwAlignment(out);
   const bool inplace = in == out;
-  for (auto& p : d.Plans)
-    if (p.Kind == kind && p.InAlign == ia && p.OutAlign == oa && p.Inplace == inplace) return p.P.Get();
-  detail::FftwPlan plan = detail::FftwMakePlan(kind, ShapeFor(d, kind, inplace), ia, oa);
-  if (!plan) DscrFail("Can't commit descriptor", detail::FftwPlanFailureText());
+  for (auto& p : d.Plans) {
+    if (p.Kind == kind && p.InAlign == ia && p.OutAlign == oa && p.Inplace == inplace) {
+      last = {tag, p.P.Get()};
+      return last.P;
+    }
+  }
+  // The lengths reach the planner through the cache's scratch integers.
+  detail::FftwShape shape = ShapeFor(d, kind, inplace);
+  std::int32_t* lengths = DftiCache().Scratch.PIValues1D(0);
+  lengths[0] = d.Shape.n[0];
+  lengths[1] = d.Shape.n[1];
+  auto failure = detail::FftwFailure::None;
+  detail::FftwPlan plan = detail::FftwMakePlan(kind, shape, lengths, ia, oa, &failure);
+  if (!plan) {
+    status = static_cast<int>(failure);
+    return nullptr;
+  }
   d.Plans.push_back({kind, ia, oa, inplace, std::move(plan)});
-  return d.Plans.back().P.Get();
+  last = {tag, d.Plans.back().P.Get()};
+  return last.P;
 }
 
 void Scale(double* p, std::int64_t count, double s) {
@@ -95,7 +114,7 @@ void Scale(double* p, std::int64_t count, double s) {
 std::unique_ptr<TDftiDescriptor> Configure(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
   const bool use1D = flags.Has(cefUse1D);
   if (length1 < 1 || length2 < 0 || (use1D && length2 < 1))
-    DscrFail("Can't create descriptor", "Inconsistent configuration parameters");
+    DscrFail("Can't create descriptor", detail::DftiErrorMessage(detail::kDftiBadLengths));
   auto d = std::make_unique<TDftiDescriptor>();
   d->Length1 = length1;
   d->Length2 = length2;
@@ -124,7 +143,7 @@ std::unique_ptr<TDftiDescriptor> Configure(std::int32_t length1, std::int32_t le
       d->RealDistIn = d->RealDistOut = n;
       const std::size_t bytes = static_cast<std::size_t>(RealRows(*d)) * 2 * Half(n) * sizeof(double);
       d->Scratch.reset(static_cast<double*>(detail::FftwMalloc(bytes)));
-      if (!d->Scratch) DscrFail("Can't create descriptor", "Memory allocation failed");
+      if (!d->Scratch) DscrFail("Can't create descriptor", detail::DftiErrorMessage(detail::kDftiNoMemory));
     } else if (flags.Has(cefInplace)) {
       d->RealDistIn = d->RealDistOut = n + pad;
     } else {
@@ -141,26 +160,47 @@ void Commit(TDftiDescriptor& d, bool backward) {
   const void* aligned = probe;
   const bool inplace = d.Flags.Has(cefInplace);
   const void* out = inplace ? aligned : static_cast<const void*>(probe + 4);
+  int status = 0;
+  detail::FftwPlanPtr plan;
   if (!d.Real) {
-    PlanFor(d, backward ? FftwKind::Backward : FftwKind::Forward, aligned, out);
+    plan = PlanFor(d, backward ? FftwKind::Backward : FftwKind::Forward, aligned, out, status);
   } else if (d.Format != fsfCCS) {
-    if (backward) PlanFor(d, FftwKind::C2R, d.Scratch.get(), aligned);
-    else PlanFor(d, FftwKind::R2C, aligned, d.Scratch.get());
-  } else if (backward) {
-    PlanFor(d, FftwKind::C2R, aligned, aligned);
+    plan = backward ? PlanFor(d, FftwKind::C2R, d.Scratch.get(), aligned, status)
+                    : PlanFor(d, FftwKind::R2C, aligned, d.Scratch.get(), status);
   } else {
-    PlanFor(d, FftwKind::R2C, aligned, out);
+    plan = backward ? PlanFor(d, FftwKind::C2R, aligned, aligned, status) : PlanFor(d, FftwKind::R2C, aligned, out, status);
   }
+  if (!plan) DscrFail("Can't commit descriptor", detail::DftiErrorMessage(status));
 }
-
-TDFTIDescriptorCache* gCache = nullptr;  // never destroyed by the runtime: freed by FreeDftiCache
 
 }  // namespace
 
+namespace header_detail {
+TDFTIDescriptorCache* dfti_cache = nullptr;  // not a static object: FreeDftiCache frees it
+
+TDFTIDescriptorCache& CreateDftiCache() {
+  // Freed at shut-down before the controller (made earlier, destroyed later) counts live vectors.
+  static const struct Finaliser {
+    ~Finaliser() { FreeDftiCache(); }
+  } finaliser;
+  static const bool hooked = (detail::RegisterReleaseHook(&FreeDftiCache), true);
+  (void)hooked;
+  dfti_cache = new TDFTIDescriptorCache;
+  return *dfti_cache;
+}
+}  // namespace header_detail
+
 // --- the cache ---------------------------------------------------------------------------------
 
-TDFTIDescriptorCache::TDFTIDescriptorCache() = default;
-TDFTIDescriptorCache::~TDFTIDescriptorCache() { RemoveChain(Chain); }
+TDFTIDescriptorCache::TDFTIDescriptorCache() {
+  Scratch.Size(3, false);
+  Scratch.SetIsInteger(true);
+}
+
+TDFTIDescriptorCache::~TDFTIDescriptorCache() {
+  Scratch.Size(0, false);
+  RemoveChain(Chain);
+}
 
 std::int32_t TDFTIDescriptorCache::Count() const {
   std::int32_t n = 0;
@@ -168,9 +208,10 @@ std::int32_t TDFTIDescriptorCache::Count() const {
   return n;
 }
 
-TDftiHandle TDFTIDescriptorCache::FindOrCreateDscr(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
+TDftiHandle TDFTIDescriptorCache::FindOrCreateBehindHead(std::int32_t length1, std::int32_t length2,
+                                                         TCacheEntryFlags flags) {
   const bool backward = flags.Has(cefBackward);
-  flags = Normalise(length2, flags);
+  flags = NormalisedFlags(length2, flags);
   std::int32_t count = 0;
   TCacheEntry* prev = nullptr;
   TCacheEntry* beforeLast = nullptr;
@@ -242,17 +283,8 @@ void TDFTIDescriptorCache::SetMaxCacheSize(std::int32_t value) {
   RemoveChain(*link);
 }
 
-TDFTIDescriptorCache& DftiCache() {
-  if (!gCache) {
-    detail::RegisterReleaseHook(&FreeDftiCache);
-    gCache = new TDFTIDescriptorCache;
-  }
-  return *gCache;
-}
-
 void FreeDftiCache() {
-  delete gCache;
-  gCache = nullptr;
+  delete std::exchange(header_detail::dfti_cache, nullptr);
 }
 
 // --- transforms through a descriptor --------------------------------------------------------------
@@ -284,51 +316,89 @@ void PackedToCcs(const double* src, double* ccs, std::int32_t n, TFFTStorageForm
   if (n % 2 == 0) ccs[n + 1] = 0.0;
 }
 
-FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void* out) {
-  if (!d->Real) return PlanFor(*d, backward ? FftwKind::Backward : FftwKind::Forward, in, out);
-  if (d->Format != fsfCCS)
-    return backward ? PlanFor(*d, FftwKind::C2R, d->Scratch.get(), out) : PlanFor(*d, FftwKind::R2C, in, d->Scratch.get());
-  return backward ? PlanFor(*d, FftwKind::C2R, out, out) : PlanFor(*d, FftwKind::R2C, in, out);
+const char* DftiErrorMessage(int status) {
+  switch (status) {
+    case kDftiOk: return "No error";
+    case kDftiBadLengths: return "Inconsistent configuration parameters";
+    default: return FftwFailureText(static_cast<FftwFailure>(status));
+  }
 }
 
-void DftiForward(TDftiHandle d, void* in, void* out) {
+void RaiseComputeFailure(const char* method, int status) { throw Exception(std::string(method) + DftiErrorMessage(status)); }
+
+FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void* out) {
+  int status = 0;
+  FftwPlanPtr plan;
+  if (!d->Real) plan = PlanFor(*d, backward ? FftwKind::Backward : FftwKind::Forward, in, out, status);
+  else if (d->Format != fsfCCS)
+    plan = backward ? PlanFor(*d, FftwKind::C2R, d->Scratch.get(), out, status)
+                    : PlanFor(*d, FftwKind::R2C, in, d->Scratch.get(), status);
+  else plan = backward ? PlanFor(*d, FftwKind::C2R, out, out, status) : PlanFor(*d, FftwKind::R2C, in, out, status);
+  if (!plan) RaiseComputeFailure("DftiPlanFor: ", status);
+  return plan;
+}
+
+double* DftiScratch(TDftiHandle d) {
+  if (!d->Scratch) {
+    const std::int32_t n = RealLength(*d);
+    const std::size_t doubles = static_cast<std::size_t>(RealRows(*d)) * 2 * Half(n);
+    d->Scratch.reset(static_cast<double*>(FftwMalloc(doubles * sizeof(double))));
+  }
+  return d->Scratch.get();
+}
+
+int DftiForward(TDftiHandle d, void* in, void* out) {
+  int status = 0;
   if (!d->Real) {
-    FftwExecDft(PlanFor(*d, FftwKind::Forward, in, out), static_cast<TCplx*>(in), static_cast<TCplx*>(out));
-    return;
+    const FftwPlanPtr plan = PlanFor(*d, FftwKind::Forward, in, out, status);
+    if (plan) FftwExecDft(plan, static_cast<TCplx*>(in), static_cast<TCplx*>(out));
+    return status;
   }
   if (d->Format == fsfCCS) {
-    FftwExecR2C(PlanFor(*d, FftwKind::R2C, in, out), static_cast<double*>(in), static_cast<TCplx*>(out));
-    return;
+    const FftwPlanPtr plan = PlanFor(*d, FftwKind::R2C, in, out, status);
+    if (plan) FftwExecR2C(plan, static_cast<double*>(in), static_cast<TCplx*>(out));
+    return status;
   }
   double* s = d->Scratch.get();
-  FftwExecR2C(PlanFor(*d, FftwKind::R2C, in, s), static_cast<double*>(in), reinterpret_cast<TCplx*>(s));
+  const FftwPlanPtr plan = PlanFor(*d, FftwKind::R2C, in, s, status);
+  if (!plan) return status;
+  FftwExecR2C(plan, static_cast<double*>(in), reinterpret_cast<TCplx*>(s));
   const std::int32_t n = RealLength(*d);
   for (std::int32_t r = 0; r < RealRows(*d); ++r)
     CcsToPacked(s + std::int64_t{r} * 2 * Half(n), static_cast<double*>(out) + std::int64_t{r} * n, n, d->Format);
+  return kDftiOk;
 }
 
-void DftiBackward(TDftiHandle d, const void* in, void* out) {
+int DftiBackward(TDftiHandle d, const void* in, void* out) {
   auto* o = static_cast<double*>(out);
+  int status = 0;
   if (!d->Real) {
     auto* ci = const_cast<TCplx*>(static_cast<const TCplx*>(in));
-    FftwExecDft(PlanFor(*d, FftwKind::Backward, ci, out), ci, static_cast<TCplx*>(out));
+    const FftwPlanPtr plan = PlanFor(*d, FftwKind::Backward, ci, out, status);
+    if (!plan) return status;
+    FftwExecDft(plan, ci, static_cast<TCplx*>(out));
     Scale(o, 2 * d->Count * d->Shape.howmany, d->BackwardScale);
-    return;
+    return kDftiOk;
   }
   const std::int32_t n = RealLength(*d);
   const std::int64_t padded = 2 * Half(n);
   if (d->Format == fsfCCS) {
+    const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, o, o, status);
+    if (!plan) return status;
     const std::int64_t extent = RealRows(*d) * padded;
     if (in != out) std::memcpy(o, in, static_cast<std::size_t>(extent) * sizeof(double));
-    FftwExecC2R(PlanFor(*d, FftwKind::C2R, o, o), reinterpret_cast<TCplx*>(o), o);
+    FftwExecC2R(plan, reinterpret_cast<TCplx*>(o), o);
     Scale(o, extent, d->BackwardScale);
-    return;
+    return kDftiOk;
   }
   double* s = d->Scratch.get();
+  const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, s, o, status);
+  if (!plan) return status;
   const auto* src = static_cast<const double*>(in);
   for (std::int32_t r = 0; r < RealRows(*d); ++r) PackedToCcs(src + std::int64_t{r} * n, s + r * padded, n, d->Format);
-  FftwExecC2R(PlanFor(*d, FftwKind::C2R, s, o), reinterpret_cast<TCplx*>(s), o);
+  FftwExecC2R(plan, reinterpret_cast<TCplx*>(s), o);
   Scale(o, std::int64_t{RealRows(*d)} * n, d->BackwardScale);
+  return kDftiOk;
 }
 
 }  // namespace detail

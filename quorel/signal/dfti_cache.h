@@ -3,7 +3,11 @@
 // used first, so that repeated transforms of one shape plan once.
 
 #include <cstdint>
+#include <cstddef>
+#include <cstring>
 #include <initializer_list>
+
+#include "quorel/objects/vec.h"
 
 namespace quorel {
 
@@ -80,14 +84,21 @@ class TCacheEntry {
 /// The process-wide cache of committed descriptors (see DftiCache). Not thread-safe.
 class TDFTIDescriptorCache {
  public:
+  /// An empty chain of at most 15 entries, and the scratch vector.
   TDFTIDescriptorCache();
+  /// Frees the scratch vector, then every descriptor.
   ~TDFTIDescriptorCache();
   TDFTIDescriptorCache(const TDFTIDescriptorCache&) = delete;
   TDFTIDescriptorCache& operator=(const TDFTIDescriptorCache&) = delete;
 
   /// The committed descriptor for the shape and flags, from the cache or newly made at its head.
   /// Length2 is 0 for a plain 1-D transform, else the row length (batch) or column count (2-D).
-  TDftiHandle FindOrCreateDscr(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags);
+  TDftiHandle FindOrCreateDscr(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
+    // Repeated transforms of one shape hit the head: one 8-byte and one 2-byte compare.
+    if (Chain != nullptr && Chain->Flags == NormalisedFlags(length2, flags) && SameLengths(*Chain, length1, length2))
+      return Chain->Descriptor;
+    return FindOrCreateBehindHead(length1, length2, flags);
+  }
   /// The descriptor of a 1-D transform of the given length.
   TDftiHandle GetDesc(std::int32_t length, TCacheEntryFlags flags) { return FindOrCreateDscr(length, 0, flags); }
   /// The descriptor of a 2-D or batched transform.
@@ -106,16 +117,45 @@ class TDFTIDescriptorCache {
   void SetMaxCacheSize(std::int32_t value);
   /// Number of entries in the chain.
   std::int32_t Count() const;
+  /// The flags a key is stored under: the direction stays only where it changes the layout (real
+  /// out-of-place CCS batches and 2-D) or the ordering.
+  static constexpr TCacheEntryFlags NormalisedFlags(std::int32_t length2, TCacheEntryFlags flags) {
+    if (flags.Has(cefScrambled)) return flags;
+    if (length2 != 0 && flags * TCacheEntryFlags{cefReal, cefInplace, cefPack, cefPerm} == TCacheEntryFlags{cefReal})
+      return flags;
+    return flags.Exclude(cefBackward);
+  }
 
   /// Head of the chain (most recently used entry), or null when empty.
   TCacheEntry* Chain = nullptr;
+  /// Three integers through which a descriptor's lengths reach the planner.
+  TVec Scratch;
 
  private:
+  static bool SameLengths(const TCacheEntry& e, std::int32_t length1, std::int32_t length2) {
+    static_assert(offsetof(TCacheEntry, Length2) == offsetof(TCacheEntry, Length1) + sizeof(std::int32_t));
+    std::uint64_t stored, wanted;
+    const std::int32_t key[2] = {length1, length2};
+    std::memcpy(&stored, &e.Length1, sizeof stored);
+    std::memcpy(&wanted, key, sizeof wanted);
+    return stored == wanted;
+  }
+  TDftiHandle FindOrCreateBehindHead(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags);
+
   std::int32_t fMaxCacheSize = 15;
 };
 
+namespace header_detail {
+/// The one cache, or null until first use and after FreeDftiCache.
+extern TDFTIDescriptorCache* dfti_cache;
+/// Makes the one cache (DftiCache's slow path).
+TDFTIDescriptorCache& CreateDftiCache();
+}  // namespace header_detail
+
 /// The one cache, created on first use.
-TDFTIDescriptorCache& DftiCache();
+inline TDFTIDescriptorCache& DftiCache() {
+  return header_detail::dfti_cache ? *header_detail::dfti_cache : header_detail::CreateDftiCache();
+}
 /// Frees the cache and all its descriptors; the next DftiCache() builds a fresh one.
 void FreeDftiCache();
 

@@ -51,8 +51,8 @@ TMtx& TMtx::FFT1D() {
     src->Assign(*this);
     return FFT1D(*src);
   }
-  detail::DftiForward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, {cefInplace, cefUse1D, cefUseScale})), C(*this),
-                      C(*this));
+  detail::DftiForward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, {cefInplace, cefUse1D, cefUseScale})),
+                      C(*this), C(*this), "TMtx.FFT1D: ");
   return *this;
 }
 
@@ -62,13 +62,14 @@ TMtx& TMtx::FFT1D(const TMtx& mtx) {
   Size(rows, cols, true);
   if (Empty(mtx)) return *this;
   if (mtx.Complex()) {
-    detail::DftiForward(DftiCache().GetDesc(rows, cols, WithOrder(*this, {cefUse1D, cefUseScale})), C(mtx), C(*this));
+    detail::DftiForward(DftiCache().GetDesc(rows, cols, WithOrder(*this, {cefUse1D, cefUseScale})), C(mtx), C(*this),
+                        "TMtx.FFT1D: ");
     return *this;
   }
   // Each row's half spectrum lands at the start of its complex row, then the rest is filled.
   detail::DftiForward(
       DftiCache().GetDesc(rows, cols, WithOrder(*this, {cefReal, cefUse1D, cefUseScale, cefDoubleDistance})), D(mtx),
-      C(*this));
+      C(*this), "TMtx.FFT1D: ");
   for (std::int32_t r = 0; r < rows; ++r) detail::ConjugateExtend(C(*this) + std::int64_t{r} * cols, cols);
   return *this;
 }
@@ -79,12 +80,12 @@ TMtx& TMtx::FFT1DFromReal() {
   if (Empty(*this)) return *this;
   const TCacheEntryFlags flags = RealFlags(*this, {cefReal, cefInplace, cefUse1D, cefUseScale});
   if (fFFTStorageFormat != fsfCCS) {
-    detail::DftiForward(DftiCache().GetDesc(fRows, fCols, flags), D(*this), D(*this));
+    detail::DftiForward(DftiCache().GetDesc(fRows, fCols, flags), D(*this), D(*this), "TMtx.FFT1D: ");
     return *this;
   }
   const std::int32_t n = PaddedLength(fCols, fFFTOddLength);
   detail::Require(fCols % 2 == 0 && n >= 1, FormatMsg("TMtx.FFT1DFromReal: Invalid Cols: %d", fCols));
-  detail::DftiForward(DftiCache().GetDesc(fRows, n, flags), D(*this), D(*this));
+  detail::DftiForward(DftiCache().GetDesc(fRows, n, flags), D(*this), D(*this), "TMtx.FFT1D: ");
   set_Complex(true);
   return *this;
 }
@@ -98,7 +99,7 @@ TMtx& TMtx::FFT1DFromReal(const TMtx& mtx) {
   if (ccs) fFFTOddLength = cols & 1;
   if (rows == 0 || cols == 0) return *this;
   detail::DftiForward(DftiCache().GetDesc(rows, cols, RealFlags(*this, {cefReal, cefUse1D, cefUseScale})), D(mtx),
-                      D(*this));
+                      D(*this), "TMtx.FFT1D: ");
   return *this;
 }
 
@@ -107,7 +108,7 @@ TMtx& TMtx::IFFT1D(bool noScale) {
   if (!fComplex) set_Complex(true);
   if (Empty(*this)) return *this;
   detail::DftiBackward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, Inverse({cefInplace, cefUse1D}, noScale))),
-                       C(*this), C(*this));
+                       C(*this), C(*this), "TMtx.IFFT1D: ");
   return *this;
 }
 
@@ -117,7 +118,8 @@ TMtx& TMtx::IFFT1D(const TMtx& mtx, bool noScale) {
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Size(rows, cols, true);
   if (Empty(*this)) return *this;
-  detail::DftiBackward(DftiCache().GetDesc(rows, cols, WithOrder(*this, Inverse({cefUse1D}, noScale))), C(mtx), C(*this));
+  detail::DftiBackward(DftiCache().GetDesc(rows, cols, WithOrder(*this, Inverse({cefUse1D}, noScale))), C(mtx),
+                       C(*this), "TMtx.IFFT1D: ");
   return *this;
 }
 
@@ -126,14 +128,16 @@ TMtx& TMtx::IFFT1DToReal(bool noScale) {
   if (fFFTStorageFormat != fsfCCS) {
     detail::RequireChecked(*this, !fComplex, "TMtx.IFFT1DToReal: Self is Complex");
     if (fComplex) set_Complex(false);
-    if (!Empty(*this)) detail::DftiBackward(DftiCache().GetDesc(fRows, fCols, flags), D(*this), D(*this));
+    if (!Empty(*this))
+      detail::DftiBackward(DftiCache().GetDesc(fRows, fCols, flags), D(*this), D(*this), "TMtx.IFFT1D: ");
     return *this;
   }
   detail::RequireChecked(*this, fComplex, "TMtx.IFFT1DToReal: Self is not Compelx");
   if (!fComplex) set_Complex(true);
   const std::int32_t n = detail::CcsRealLength(fCols, fFFTOddLength);
   set_Complex(false);
-  if (fRows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(fRows, n, flags), D(*this), D(*this));
+  if (fRows > 0 && n > 0)
+    detail::DftiBackward(DftiCache().GetDesc(fRows, n, flags), D(*this), D(*this), "TMtx.IFFT1D: ");
   return *this;
 }
 
@@ -145,14 +149,14 @@ TMtx& TMtx::IFFT1DToReal(const TMtx& mtx, bool noScale) {
     detail::RequireChecked(*this, !mtx.Complex(), "TMtx.IFFT1DToReal: Mtx is Complex");
     const std::int32_t n = mtx.Complex() ? 2 * mtx.Cols() : mtx.Cols();
     Size(rows, n, false);
-    if (rows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(rows, n, flags), D(mtx), D(*this));
+    if (rows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(rows, n, flags), D(mtx), D(*this), "TMtx.IFFT1D: ");
     return *this;
   }
   detail::RequireChecked(*this, mtx.Complex(), "TMtx.IFFT1DToReal: Mtx is not Compelx");
   const std::int32_t m = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   const std::int32_t n = detail::CcsRealLength(m, mtx.FFTOddLength());
   Size(rows, 2 * m, false);
-  if (rows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(rows, n, flags), D(mtx), D(*this));
+  if (rows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(rows, n, flags), D(mtx), D(*this), "TMtx.IFFT1D: ");
   return *this;
 }
 
@@ -161,20 +165,22 @@ TMtx& TMtx::IFFT1DToReal(const TMtx& mtx, bool noScale) {
 TMtx& TMtx::FFT2D() {
   if (!fComplex) ExtendToComplex(true);
   if (Empty(*this)) return *this;
-  detail::DftiForward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, {cefInplace, cefUseScale})), C(*this), C(*this));
+  detail::DftiForward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, {cefInplace, cefUseScale})), C(*this),
+                      C(*this), "TMtx.FFT2D: ");
   return *this;
 }
 
 TMtx& TMtx::FFT2D(const TMtx& mtx) {
   if (Is(mtx)) return FFT2D();
-  const TDftiHandle d = Empty(mtx) ? nullptr : DftiCache().GetDesc(mtx.Rows(), mtx.Cols(), WithOrder(*this, {cefUseScale}));
+  const TDftiHandle d =
+      Empty(mtx) ? nullptr : DftiCache().GetDesc(mtx.Rows(), mtx.Cols(), WithOrder(*this, {cefUseScale}));
   if (mtx.Complex()) {
     Size(mtx.Rows(), mtx.Cols(), true);
-    if (d) detail::DftiForward(d, C(mtx), C(*this));
+    if (d) detail::DftiForward(d, C(mtx), C(*this), "TMtx.FFT2D: ");
   } else {
     // A real source is widened into Self and transformed there.
     ExtendToComplex(mtx, true);
-    if (d) detail::DftiForward(d, C(*this), C(*this));
+    if (d) detail::DftiForward(d, C(*this), C(*this), "TMtx.FFT2D: ");
   }
   return *this;
 }
@@ -187,7 +193,7 @@ TMtx& TMtx::FFT2DFromReal() {
   const std::int32_t n = PaddedLength(fCols, fFFTOddLength);
   if (fRows < 3 || n < 1 || fCols % 2) return *this;
   detail::DftiForward(DftiCache().GetDesc(fRows - 2, n, RealFlags(*this, {cefReal, cefInplace, cefUseScale})), D(*this),
-                      D(*this));
+                      D(*this), "TMtx.FFT2D: ");
   set_Complex(true);
   ZeroLastRows(*this);
   return *this;
@@ -201,7 +207,8 @@ TMtx& TMtx::FFT2DFromReal(const TMtx& mtx) {
   fFFTOddLength = cols & 1;
   ZeroLastRows(*this);
   if (rows == 0 || cols == 0) return *this;
-  detail::DftiForward(DftiCache().GetDesc(rows, cols, RealFlags(*this, {cefReal, cefUseScale})), D(mtx), C(*this));
+  detail::DftiForward(DftiCache().GetDesc(rows, cols, RealFlags(*this, {cefReal, cefUseScale})), D(mtx), C(*this),
+                      "TMtx.FFT2D: ");
   return *this;
 }
 
@@ -210,7 +217,7 @@ TMtx& TMtx::IFFT2D(bool noScale) {
   if (!fComplex) set_Complex(true);
   if (Empty(*this)) return *this;
   detail::DftiBackward(DftiCache().GetDesc(fRows, fCols, WithOrder(*this, Inverse({cefInplace}, noScale))), C(*this),
-                       C(*this));
+                       C(*this), "TMtx.IFFT2D: ");
   return *this;
 }
 
@@ -220,7 +227,8 @@ TMtx& TMtx::IFFT2D(const TMtx& mtx, bool noScale) {
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Size(rows, cols, true);
   if (Empty(*this)) return *this;
-  detail::DftiBackward(DftiCache().GetDesc(rows, cols, WithOrder(*this, Inverse({}, noScale))), C(mtx), C(*this));
+  detail::DftiBackward(DftiCache().GetDesc(rows, cols, WithOrder(*this, Inverse({}, noScale))), C(mtx), C(*this),
+                       "TMtx.IFFT2D: ");
   return *this;
 }
 
@@ -233,7 +241,7 @@ TMtx& TMtx::IFFT2DToReal(bool noScale) {
   set_Complex(false);
   if (fRows < 3 || n < 1) return *this;
   detail::DftiBackward(DftiCache().GetDesc(fRows - 2, n, RealFlags(*this, Inverse({cefReal, cefInplace}, noScale))),
-                       D(*this), D(*this));
+                       D(*this), D(*this), "TMtx.IFFT2D: ");
   ZeroLastRows(*this);
   return *this;
 }
@@ -248,7 +256,7 @@ TMtx& TMtx::IFFT2DToReal(const TMtx& mtx, bool noScale) {
   Size(mtx.Rows(), 2 * m, false);
   if (fRows >= 3 && n >= 1)
     detail::DftiBackward(DftiCache().GetDesc(fRows - 2, n, RealFlags(*this, Inverse({cefReal}, noScale))), D(mtx),
-                         D(*this));
+                         D(*this), "TMtx.IFFT2D: ");
   ZeroLastRows(*this);
   return *this;
 }

@@ -2,7 +2,6 @@
 #include <cstring>
 
 #include "quorel/core/detail/checks.h"
-#include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
 #include "quorel/signal/detail/dfti.h"
 #include "quorel/signal/detail/fft_flags.h"
@@ -18,10 +17,25 @@ namespace {
 double* D(const TQuorel& x, std::int32_t i = 0) { return x.PValues1D(i); }
 TCplx* C(const TQuorel& x, std::int32_t i = 0) { return x.PCValues1D(i); }
 
-// Grows a real vector to `doubles` reals keeping its values, then reads them as complex pairs.
-void RealToPairs(TVec& v, std::int32_t doubles) {
-  v.Resize(doubles, false);
-  v.set_Complex(true);
+// Self already has this shape: sizing it again would only repeat its checks.
+void Fit(TVec& v, std::int32_t len, bool complex) {
+  if (v.Length() != len || v.Complex() != complex) v.Size(len, complex);
+}
+
+// The CCS half spectrum of v's n reals, in v as `doubles` reals. Only a pooled vector grows within
+// its block; any other gets a new one, and keeping its values across that would cost a work vector
+// and a second copy: the transform writes to the descriptor's scratch, copied into the new block.
+void RealToHalfSpectrum(TVec& v, TDftiHandle d, std::int32_t n, std::int32_t doubles, const char* method) {
+  if (v.CacheIndex() >= 0 && v.ActualSize() >= doubles) {
+    v.Resize(doubles, false);
+    detail::DftiForward(d, D(v), D(v), method);
+    return;
+  }
+  double* scratch = detail::DftiScratch(d);
+  if (!scratch) detail::RaiseComputeFailure(method, detail::kDftiNoMemory);
+  detail::DftiForward(d, D(v), scratch, method);
+  v.Size(doubles, false);
+  std::memcpy(D(v), scratch, static_cast<std::size_t>(2 * (n / 2 + 1)) * sizeof(double));
 }
 
 }  // namespace
@@ -29,15 +43,15 @@ void RealToPairs(TVec& v, std::int32_t doubles) {
 TVec& TVec::FFT(bool conjugateExtend) {
   const std::int32_t n = fLength;
   if (fComplex) {
-    if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefInplace, cefUseScale})), C(*this), C(*this));
+    if (n > 0)
+      detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefInplace, cefUseScale})), C(*this), C(*this),
+                          "TVec.FFT: ");
     return *this;
   }
   if (!conjugateExtend) return FFTFromReal();
-  RealToPairs(*this, 2 * n);
-  if (n > 0) {
-    detail::DftiForward(DftiCache().GetDesc(n, {cefReal, cefInplace}), D(*this), C(*this));
-    detail::ConjugateExtend(C(*this), n);
-  }
+  if (n > 0) RealToHalfSpectrum(*this, DftiCache().GetDesc(n, {cefReal, cefInplace}), n, 2 * n, "TVec.FFT: ");
+  set_Complex(true);
+  detail::ConjugateExtend(C(*this), n);
   return *this;
 }
 
@@ -45,14 +59,15 @@ TVec& TVec::FFT(const TVec& vec, bool conjugateExtend) {
   detail::RequireNotSelf(*this, vec, "TVec.FFT: Self = Vec");
   const std::int32_t n = vec.Length();
   if (vec.Complex()) {
-    Size(n, true);
-    if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefUseScale})), C(vec), C(*this));
+    Fit(*this, n, true);
+    if (n > 0)
+      detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefUseScale})), C(vec), C(*this), "TVec.FFT: ");
     return *this;
   }
   if (!conjugateExtend) return FFTFromReal(vec);
-  Size(n, true);
+  Fit(*this, n, true);
   if (n > 0) {
-    detail::DftiForward(DftiCache().GetDesc(n, {cefReal}), D(vec), C(*this));
+    detail::DftiForward(DftiCache().GetDesc(n, {cefReal}), D(vec), C(*this), "TVec.FFT: ");
     detail::ConjugateExtend(C(*this), n);
   }
   return *this;
@@ -65,12 +80,12 @@ TVec& TVec::FFTFromReal() {
   if (n == 0) return *this;
   const TCacheEntryFlags flags = RealFlags(*this, {cefReal, cefInplace, cefUseScale});
   if (fFFTStorageFormat != fsfCCS) {
-    detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), D(*this));
+    detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), D(*this), "TVec.FFT: ");
     return *this;
   }
+  RealToHalfSpectrum(*this, DftiCache().GetDesc(n, flags), n, 2 * (n / 2 + 1), "TVec.FFT: ");
   fFFTOddLength = n & 1;
-  RealToPairs(*this, 2 * (n / 2 + 1));
-  detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), C(*this));
+  set_Complex(true);
   return *this;
 }
 
@@ -79,9 +94,11 @@ TVec& TVec::FFTFromReal(const TVec& vec) {
   detail::RequireChecked(*this, !vec.Complex(), "FFTFromReal: Vec is Complex");
   const std::int32_t n = vec.Complex() ? 2 * vec.Length() : vec.Length();
   const bool ccs = fFFTStorageFormat == fsfCCS;
-  Size(ccs ? (n > 0 ? n / 2 + 1 : 0) : n, ccs);
+  Fit(*this, ccs ? (n > 0 ? n / 2 + 1 : 0) : n, ccs);
   if (ccs) fFFTOddLength = n & 1;
-  if (n > 0) detail::DftiForward(DftiCache().GetDesc(n, RealFlags(*this, {cefReal, cefUseScale})), D(vec), D(*this));
+  if (n > 0)
+    detail::DftiForward(DftiCache().GetDesc(n, RealFlags(*this, {cefReal, cefUseScale})), D(vec), D(*this),
+                        "TVec.FFT: ");
   return *this;
 }
 
@@ -89,7 +106,8 @@ TVec& TVec::IFFT(bool noScale) {
   detail::RequireChecked(*this, fComplex, "TVec.IFFT: Self is not Complex");
   if (!fComplex) set_Complex(true);
   if (fLength > 0)
-    detail::DftiBackward(DftiCache().GetDesc(fLength, WithOrder(*this, Inverse({cefInplace}, noScale))), C(*this), C(*this));
+    detail::DftiBackward(DftiCache().GetDesc(fLength, WithOrder(*this, Inverse({cefInplace}, noScale))), C(*this),
+                         C(*this), "TVec.IFFT: ");
   return *this;
 }
 
@@ -97,8 +115,10 @@ TVec& TVec::IFFT(const TVec& vec, bool noScale) {
   if (Is(vec)) return IFFT(noScale);
   detail::RequireChecked(*this, vec.Complex(), "TVec.IFFT: Vec is not Complex");
   const std::int32_t n = vec.Complex() ? vec.Length() : vec.Length() / 2;
-  Size(n, true);
-  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, WithOrder(*this, Inverse({}, noScale))), C(vec), C(*this));
+  Fit(*this, n, true);
+  if (n > 0)
+    detail::DftiBackward(DftiCache().GetDesc(n, WithOrder(*this, Inverse({}, noScale))), C(vec), C(*this),
+                         "TVec.IFFT: ");
   return *this;
 }
 
@@ -107,13 +127,13 @@ TVec& TVec::IFFTToReal(bool noScale) {
   if (fFFTStorageFormat != fsfCCS) {
     detail::RequireChecked(*this, !fComplex, "TVec.IFFTToReal: Self is Complex");
     if (fComplex) set_Complex(false);
-    if (fLength > 0) detail::DftiBackward(DftiCache().GetDesc(fLength, flags), D(*this), D(*this));
+    if (fLength > 0) detail::DftiBackward(DftiCache().GetDesc(fLength, flags), D(*this), D(*this), "TVec.IFFTToReal: ");
     return *this;
   }
   detail::RequireChecked(*this, fComplex, "TVec.IFFTToReal: Self is not Complex");
   if (!fComplex) set_Complex(true);
   const std::int32_t n = detail::CcsRealLength(fLength, fFFTOddLength);
-  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), C(*this), D(*this));
+  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), C(*this), D(*this), "TVec.IFFTToReal: ");
   set_Complex(false);
   return *this;
 }
@@ -124,30 +144,31 @@ TVec& TVec::IFFTToReal(const TVec& vec, bool noScale) {
   if (fFFTStorageFormat != fsfCCS) {
     detail::RequireChecked(*this, !vec.Complex(), "TVec.IFFTToReal: Vec is Complex");
     const std::int32_t n = vec.Complex() ? 2 * vec.Length() : vec.Length();
-    Size(n, false);
-    if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this));
+    Fit(*this, n, false);
+    if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this), "TVec.IFFTToReal: ");
     return *this;
   }
   detail::RequireChecked(*this, vec.Complex(), "TVec.IFFTToReal: Vec is not Complex");
   const std::int32_t m = vec.Complex() ? vec.Length() : vec.Length() / 2;
   const std::int32_t n = detail::CcsRealLength(m, vec.FFTOddLength());
-  Size(2 * m, false);
-  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this));
+  Fit(*this, 2 * m, false);
+  if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this), "TVec.IFFTToReal: ");
   return *this;
 }
 
 // --- range forms ---------------------------------------------------------------------------------
 
-TDenseQuorel& TDenseQuorel::FFT(const TDenseQuorel& vec, bool conjugateExtend, std::int32_t vecIndex, std::int32_t index,
-                                std::int32_t len) {
+TDenseQuorel& TDenseQuorel::FFT(const TDenseQuorel& vec, bool conjugateExtend, std::int32_t vecIndex,
+                                std::int32_t index, std::int32_t len) {
   if (!vec.Complex() && !conjugateExtend) return FFTFromReal(vec, vecIndex, index, len);
   ValidateParams(vec, vecIndex, index, len);
   detail::RequireChecked(*this, fComplex, "TDenseQuorel.FFT: Self is not Complex");
   if (len <= 0 || !fComplex) return *this;
   if (vec.Complex()) {
-    detail::DftiForward(DftiCache().GetDesc(len, WithOrder(*this, {cefUseScale})), C(vec, vecIndex), C(*this, index));
+    detail::DftiForward(DftiCache().GetDesc(len, WithOrder(*this, {cefUseScale})), C(vec, vecIndex), C(*this, index),
+                        "TDenseQuorel.FFT: ");
   } else {
-    detail::DftiForward(DftiCache().GetDesc(len, {cefReal}), D(vec, vecIndex), C(*this, index));
+    detail::DftiForward(DftiCache().GetDesc(len, {cefReal}), D(vec, vecIndex), C(*this, index), "TDenseQuorel.FFT: ");
     detail::ConjugateExtend(C(*this, index), len);
   }
   return *this;
@@ -159,7 +180,8 @@ TDenseQuorel& TDenseQuorel::IFFT(const TDenseQuorel& vec, std::int32_t vecIndex,
   detail::RequireChecked(*this, vec.Complex(), "TDenseQuorel.IFFT: Vec is not Complex");
   ValidateParams(vec, vecIndex, index, len);
   if (len <= 0 || !fComplex || !vec.Complex()) return *this;
-  detail::DftiBackward(DftiCache().GetDesc(len, WithOrder(*this, Inverse({}, noScale))), C(vec, vecIndex), C(*this, index));
+  detail::DftiBackward(DftiCache().GetDesc(len, WithOrder(*this, Inverse({}, noScale))), C(vec, vecIndex),
+                       C(*this, index), "TDenseQuorel.IFFT: ");
   return *this;
 }
 
@@ -169,11 +191,11 @@ namespace {
 void CheckRealRanges(const TQuorel& self, const TQuorel& vec, std::int32_t vecIndex, std::int32_t srcLen,
                      std::int32_t index, std::int32_t dstLen) {
   if (vecIndex < 0 || srcLen < 0 || std::int64_t{vecIndex} + srcLen > vec.Length())
-    ERangeErrorRaise(FormatMsg("Vec params out of range: VecIndex: %d, SrcLen: %d, Vec.Length: %d", vecIndex, srcLen,
-                               vec.Length()));
+    ERangeErrorRaise(
+        FormatMsg("Vec params out of range: VecIndex: %d, SrcLen: %d, Vec.Length: %d", vecIndex, srcLen, vec.Length()));
   if (index < 0 || dstLen < 0 || std::int64_t{index} + dstLen > self.Length())
-    ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, DstLen: %d, Length: %d", index, dstLen,
-                               self.Length()));
+    ERangeErrorRaise(
+        FormatMsg("Self params out of range: Index: %d, DstLen: %d, Length: %d", index, dstLen, self.Length()));
 }
 
 std::int32_t HalfLen(std::int32_t n, bool ccs) { return ccs ? (n > 0 ? n / 2 + 1 : 0) : n; }
@@ -186,15 +208,17 @@ TDenseQuorel& TDenseQuorel::FFTFromReal(const TDenseQuorel& vec, std::int32_t ve
   if (fConditionCheck) {
     detail::Require(!Is(vec), "TDenseQuorel.FFTFromReal: Vec is equal to Self");
     detail::Require(!vec.Complex(), "TDenseQuorel.FFTFromReal: Vec is Complex");
-    if (ccs) detail::Require(fComplex, "TDenseQuorel.FFTToReal: Self is not Complex");
-    else detail::Require(!fComplex, "TDenseQuorel.FFTToReal: Self is Complex");
+    if (ccs)
+      detail::Require(fComplex, "TDenseQuorel.FFTToReal: Self is not Complex");
+    else
+      detail::Require(!fComplex, "TDenseQuorel.FFTToReal: Self is Complex");
   }
   if (len == -1) len = vec.Length() - vecIndex;
   CheckRealRanges(*this, vec, vecIndex, len, index, HalfLen(len, ccs));
   if (len <= 0 || vec.Complex() || fComplex != ccs) return *this;
   if (ccs) fFFTOddLength = len & 1;
   detail::DftiForward(DftiCache().GetDesc(len, RealFlags(*this, {cefReal, cefUseScale})), D(vec, vecIndex),
-                      ccs ? static_cast<void*>(C(*this, index)) : D(*this, index));
+                      ccs ? static_cast<void*>(C(*this, index)) : D(*this, index), "TDenseQuorel.FFT: ");
   return *this;
 }
 
@@ -211,14 +235,14 @@ TDenseQuorel& TDenseQuorel::IFFTToReal(const TDenseQuorel& vec, std::int32_t vec
   if (len <= 0 || vec.Complex() != ccs || fComplex) return *this;
   const TDftiHandle d = DftiCache().GetDesc(len, RealFlags(*this, Inverse({cefReal}, noScale)));
   if (!ccs) {
-    detail::DftiBackward(d, D(vec, vecIndex), D(*this, index));
+    detail::DftiBackward(d, D(vec, vecIndex), D(*this, index), "TDenseQuorel.IFFTToReal: ");
     return *this;
   }
-  // The inverse needs room for the padded half spectrum: run it in a work vector.
-  TWorkVec work;
-  work->Size(2 * (len / 2 + 1), false);
-  detail::DftiBackward(d, C(vec, vecIndex), D(*work));
-  std::memcpy(D(*this, index), D(*work), static_cast<std::size_t>(len) * sizeof(double));
+  // The inverse needs room for the padded half spectrum: the descriptor's scratch has it.
+  double* scratch = detail::DftiScratch(d);
+  if (!scratch) detail::RaiseComputeFailure("TDenseQuorel.IFFTToReal: ", detail::kDftiNoMemory);
+  detail::DftiBackward(d, C(vec, vecIndex), scratch, "TDenseQuorel.IFFTToReal: ");
+  std::memcpy(D(*this, index), scratch, static_cast<std::size_t>(len) * sizeof(double));
   return *this;
 }
 

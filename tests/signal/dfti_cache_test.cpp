@@ -1,5 +1,7 @@
 // The descriptor cache: key normalisation, most-recently-used order, recycling and messages.
 #include "quorel/objects/controller.h"
+#include "quorel/objects/mtx.h"
+#include "quorel/platform/fftw.h"
 #include "quorel/signal/dfti_cache.h"
 #include "signal_util.h"
 
@@ -79,6 +81,48 @@ TEST_F(DftiCacheTest, RemovalAndRelease) {
   // The controller's release frees the cache; the next use builds a fresh one.
   Controller->FreeMKLMemory();
   EXPECT_EQ(DftiCache().Count(), 0);
+}
+
+// FFTW failing to plan: at commit it is the cache's error; for arrays a committed descriptor has not
+// run on yet (here: the other direction) it is the method's, and nothing is written.
+TEST_F(DftiCacheTest, PlanningFailuresAreReportedByTheirCaller) {
+  // Each shape is committed for one direction only.
+  TVec x = CplxVec(Noise(12, 1), Noise(12, 2)), y, a = CplxVec(Noise(10, 1), Noise(10, 2)), b;
+  TVec r = RealVec(Noise(12, 3)), s, back, spectrum = CplxVec(Noise(7, 4), Noise(7, 5)), signal = RealVec(Noise(12, 6));
+  TMtx m, out;
+  m.Size(3, 4, true);
+  TWorkVec half;
+  half->Size(8, true);
+  TVec sink;
+  sink.Size(14, false);
+  y.IFFT(x);
+  b.FFT(a);
+  s.FFTFromReal(r);
+  spectrum.IFFTToReal();
+  out.IFFT1D(m);
+  sink.IFFTToReal(*half, 0, 0, 14, false);
+  const std::int32_t entries = DftiCache().Count();
+  const auto yBefore = Doubles(y), signalBefore = Doubles(signal);
+  const std::string why = "FFTW could not plan the transform";
+  detail::FftwFailPlans(detail::FftwFailure::NoPlan);
+  ExpectMessages<Exception>({
+      {[&] { DftiCache().GetDesc(13, {}); }, "TDFTIDescriptorCache.FindOrCreateDscr: Can't commit descriptor: " + why},
+      {[&] { y.FFT(x); }, "TVec.FFT: " + why},
+      {[&] { signal.FFTFromReal(); }, "TVec.FFT: " + why},
+      {[&] { b.IFFT(a); }, "TVec.IFFT: " + why},
+      {[&] { back.IFFTToReal(s); }, "TVec.IFFTToReal: " + why},
+      {[&] { out.FFT1D(m); }, "TMtx.FFT1D: " + why},
+      {[&] { half->FFTFromReal(sink, 0, 0, 14); }, "TDenseQuorel.FFT: " + why},
+  });
+  detail::FftwFailPlans(detail::FftwFailure::None);
+  EXPECT_EQ(DftiCache().Count(), entries);
+  EXPECT_EQ(Doubles(y), yBefore);
+  EXPECT_EQ(Doubles(signal), signalBefore);
+  EXPECT_FALSE(signal.Complex());
+  // Once FFTW plans again the same calls run.
+  y.FFT(x);
+  signal.FFTFromReal();
+  EXPECT_EQ(signal.Length(), 7);
 }
 
 }  // namespace

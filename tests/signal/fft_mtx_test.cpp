@@ -10,14 +10,9 @@ using LMtx = std::vector<std::vector<LCplx>>;
 LMtx AsRows(const TMtx& m) {
   LMtx r(m.Rows());
   for (std::int32_t i = 0; i < m.Rows(); ++i)
-    for (std::int32_t j = 0; j < m.Cols(); ++j) {
-      if (m.Complex()) {
-        const TCplx c = m.PCValues1D(0)[i * m.Cols() + j];
-        r[i].emplace_back(c.Re, c.Im);
-      } else {
-        r[i].emplace_back(m.PValues1D(0)[i * m.Cols() + j], 0);
-      }
-    }
+    for (std::int32_t j = 0; j < m.Cols(); ++j)
+      r[i].push_back(m.Complex() ? LCplx(m.PCValues1D(i * m.Cols() + j)->Re, m.PCValues1D(i * m.Cols() + j)->Im)
+                                 : LCplx(*m.PValues1D(i * m.Cols() + j)));
   return r;
 }
 
@@ -34,12 +29,22 @@ LMtx Dft2(LMtx x, int sign) {
 
 double ErrEps2(const LMtx& got, const LMtx& want, std::size_t rows, std::size_t cols) {
   std::vector<LCplx> g, w;
-  for (std::size_t i = 0; i < rows; ++i)
-    for (std::size_t j = 0; j < cols; ++j) {
-      g.push_back(got[i][j]);
-      w.push_back(want[i][j]);
-    }
+  for (std::size_t i = 0; i < rows; ++i) {
+    g.insert(g.end(), got[i].begin(), got[i].begin() + cols);
+    w.insert(w.end(), want[i].begin(), want[i].begin() + cols);
+  }
   return ErrEps(g, w);
+}
+
+// x's values at the top left of a zeroed real rows by width matrix.
+TMtx Padded(const TMtx& x, std::int32_t rows, std::int32_t width) {
+  TMtx p;
+  p.Size(rows, width, false);
+  p.SetZero();
+  for (std::int32_t r = 0; r < x.Rows(); ++r)
+    std::copy_n(x.PValues1D(r * x.Cols()), x.Cols(), p.PValues1D(r * width));
+  p.SetFFTOddLength(x.Cols() % 2 == 1);
+  return p;
 }
 
 TMtx RandomMtx(std::int32_t rows, std::int32_t cols, bool complex, unsigned seed) {
@@ -109,14 +114,8 @@ TEST(FftMtx, RealRowTransformsInEveryFormatRoundTrip) {
       back.IFFT1DToReal(s);
       EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
       // In place: CCS rows padded to 2 * (cols div 2 + 1) reals.
-      TMtx p;
+      TMtx p = Padded(x, rows, format == fsfCCS ? 2 * (cols / 2 + 1) : cols);
       p.SetFFTStorageFormat(format);
-      const std::int32_t width = format == fsfCCS ? 2 * (cols / 2 + 1) : cols;
-      p.Size(rows, width, false);
-      p.SetZero();
-      for (std::int32_t r = 0; r < rows; ++r)
-        for (std::int32_t c = 0; c < cols; ++c) p.PValues1D(0)[r * width + c] = x.PValues1D(0)[r * cols + c];
-      p.SetFFTOddLength(cols % 2 == 1);
       p.FFT1DFromReal();
       EXPECT_LE(ErrEps2(AsRows(p), AsRows(s), rows, s.Cols()), tol);
       p.IFFT1DToReal();
@@ -147,12 +146,7 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
     ASSERT_EQ(back.Cols(), 2 * (cols / 2 + 1));
     EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
     // In place on the padded real matrix: the same spectrum, and back.
-    TMtx p;
-    p.Size(rows + 2, 2 * (cols / 2 + 1), false);
-    p.SetZero();
-    for (std::int32_t r = 0; r < rows; ++r)
-      for (std::int32_t c = 0; c < cols; ++c) p.PValues1D(0)[r * p.Cols() + c] = x.PValues1D(0)[r * cols + c];
-    p.SetFFTOddLength(cols % 2 == 1);
+    TMtx p = Padded(x, rows + 2, 2 * (cols / 2 + 1));
     p.FFT2DFromReal();
     ASSERT_TRUE(p.Complex());
     EXPECT_LE(ErrEps2(AsRows(p), want, rows, cols / 2 + 1), tol);

@@ -40,20 +40,50 @@ struct TDftiDescriptor {
     detail::FftwPlan P;
   };
   std::vector<Plan> Plans;
-  std::unique_ptr<double, detail::FftwFree> Scratch;  // Pack/Perm staging
+  // The plan each direction ran last and the arrays it ran on (see ArrayTag in dfti_cache.cpp).
+  struct LastPlan {
+    std::uint32_t Tag = ~0u;
+    detail::FftwPlanPtr P = nullptr;
+  } Last[2];
+  std::unique_ptr<double, detail::FftwFree> Scratch;  // CCS rows: Pack/Perm staging, growing in place
 };
 
 namespace detail {
 
+/// Status of a transform: kDftiOk, or why it could not run (a plan FFTW could not make for new
+/// arrays: the FftwFailure values), as text through DftiErrorMessage.
+enum : int { kDftiOk = 0, kDftiNoMemory = 1, kDftiBadLengths = 16 };
+static_assert(static_cast<int>(FftwFailure::None) == kDftiOk && static_cast<int>(FftwFailure::NoMemory) == kDftiNoMemory);
+/// Text of a status.
+const char* DftiErrorMessage(int status);
+/// Raises the runtime's base exception with `method` (such as "TVec.FFT: ") and the status text.
+[[noreturn]] void RaiseComputeFailure(const char* method, int status);
+/// Raises unless the transform ran.
+inline void CheckCompute(int status, const char* method) {
+  if (status != kDftiOk) [[unlikely]]
+    RaiseComputeFailure(method, status);
+}
+
 /// Forward transform through a committed descriptor. Complex: in/out are TCplx arrays; real: in is
-/// real, out is complex (CCS) or real (Pack/Perm). in == out for an in-place transform.
-void DftiForward(TDftiHandle d, void* in, void* out);
+/// real, out is complex (CCS) or real (Pack/Perm). in == out for an in-place transform. Nothing is
+/// written unless the status is kDftiOk.
+[[nodiscard]] int DftiForward(TDftiHandle d, void* in, void* out);
 /// Backward transform, scaled when the descriptor says so. Complex: TCplx arrays; real: in is
 /// complex (CCS) or real (Pack/Perm), out real. A real CCS source is not modified unless in == out.
-void DftiBackward(TDftiHandle d, const void* in, void* out);
+[[nodiscard]] int DftiBackward(TDftiHandle d, const void* in, void* out);
+/// The same, raising with `method` (such as "TVec.FFT: ") and the status text unless it ran.
+inline void DftiForward(TDftiHandle d, void* in, void* out, const char* method) {
+  CheckCompute(DftiForward(d, in, out), method);
+}
+inline void DftiBackward(TDftiHandle d, const void* in, void* out, const char* method) {
+  CheckCompute(DftiBackward(d, in, out), method);
+}
 /// The FFTW plan a transform with these arrays would run (planned now if need be), for the
 /// benchmark's raw-call comparison.
 FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void* out);
+/// The descriptor's aligned scratch for its real rows as CCS (2 * (n div 2 + 1) doubles a row),
+/// made on first use and kept with the descriptor; null when it cannot be allocated.
+double* DftiScratch(TDftiHandle d);
 
 /// The CCS half spectrum (n div 2 + 1 complex values) to Pack or Perm (n reals); dst may equal src.
 void CcsToPacked(const double* ccs, double* dst, std::int32_t n, TFFTStorageFormat format);
