@@ -46,20 +46,26 @@ class TBorrowedVec {
     vec_.SetFullRange();
     vec_.Disown();
   }
+  /// Not copyable: one owner of the loan.
   TBorrowedVec(const TBorrowedVec&) = delete;
+  /// Not assignable.
   TBorrowedVec& operator=(const TBorrowedVec&) = delete;
 
   /// The vector, for every library method: view->Add(a, b), Sum(*view).
   TVec& Vec() { return vec_; }
+  /// The vector, read-only.
   const TVec& Vec() const { return vec_; }
   /// Same as Vec().
   TVec& operator*() { return vec_; }
+  /// Same as Vec(), read-only.
   const TVec& operator*() const { return vec_; }
   /// Same as &Vec().
   TVec* operator->() { return &vec_; }
+  /// Same as &Vec(), read-only.
   const TVec* operator->() const { return &vec_; }
   /// The vector, where a TVec& or a const TDenseQuorel& is expected.
   operator TVec&() { return vec_; }
+  /// The vector, where a const TVec& is expected.
   operator const TVec&() const { return vec_; }
   /// The borrowed buffer.
   double* Data() const { return data_; }

@@ -112,20 +112,25 @@ class TMtx final : public TDenseOf<TMtx> {
   TCplx* PCValues(std::int32_t i, std::int32_t j) const { return reinterpret_cast<TCplx*>(fValues) + Offset(i, j); }
   /// Real element (i, j), unchecked like Values(i, j): m(i, j) = 1.
   double& operator()(std::int32_t i, std::int32_t j) { return *PValues(i, j); }
+  /// Real element (i, j) of a const matrix, unchecked.
   double operator()(std::int32_t i, std::int32_t j) const { return *PValues(i, j); }
   /// Real element (i, j), checked: EQuorelRangeError outside the matrix, EQuorelInvalidArgument
   /// when it is complex.
   double& at(std::int32_t i, std::int32_t j) { return *PValues(i, CheckedCol(i, j, false)); }
+  /// Real element (i, j) of a const matrix, checked alike.
   double at(std::int32_t i, std::int32_t j) const { return *PValues(i, CheckedCol(i, j, false)); }
   /// Complex element (i, j), checked alike (EQuorelInvalidArgument when the matrix is real).
   TCplx& atc(std::int32_t i, std::int32_t j) { return *PCValues(i, CheckedCol(i, j, true)); }
+  /// Complex element (i, j) of a const matrix, checked alike.
   const TCplx& atc(std::int32_t i, std::int32_t j) const { return *PCValues(i, CheckedCol(i, j, true)); }
   /// The real elements of the current range row after row, for range-for and <algorithm>; a
   /// complex matrix raises EQuorelInvalidArgument here (iterate CValues() instead).
   double* begin() { return RealRangeStart("TMtx.begin"); }
+  /// Same, read-only.
   const double* begin() const { return RealRangeStart("TMtx.begin"); }
   /// One past the last real element of the current range.
   double* end() { return RealRangeStart("TMtx.end") + fLength; }
+  /// Same, read-only.
   const double* end() const { return RealRangeStart("TMtx.end") + fLength; }
 
   // --- settings used by the linear-algebra methods --------------------------------------------------

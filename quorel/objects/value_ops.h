@@ -25,56 +25,38 @@ namespace quorel {
 template <class T>
 concept DenseValue = std::same_as<T, TVec> || std::same_as<T, TMtx>;
 
+namespace header_detail {
+/// A new object filled by one method call.
+template <class T, class Fill>
+T Made(Fill&& fill) {
+  T r;
+  fill(r);
+  return r;
+}
+}  // namespace header_detail
+
 /// r.Add(a, b).
 template <DenseValue T>
-T operator+(const T& a, const T& b) {
-  T r;
-  r.Add(a, b);
-  return r;
-}
+T operator+(const T& a, const T& b) { return header_detail::Made<T>([&](T& r) { r.Add(a, b); }); }
 /// r.Sub(a, b).
 template <DenseValue T>
-T operator-(const T& a, const T& b) {
-  T r;
-  r.Sub(a, b);
-  return r;
-}
+T operator-(const T& a, const T& b) { return header_detail::Made<T>([&](T& r) { r.Sub(a, b); }); }
 /// Element-wise product, r.Mul(a, b).
 template <DenseValue T>
-T operator*(const T& a, const T& b) {
-  T r;
-  r.Mul(a, b);
-  return r;
-}
+T operator*(const T& a, const T& b) { return header_detail::Made<T>([&](T& r) { r.Mul(a, b); }); }
 /// Element-wise quotient, r.Divide(a, b).
 template <DenseValue T>
-T operator/(const T& a, const T& b) {
-  T r;
-  r.Divide(a, b);
-  return r;
-}
+T operator/(const T& a, const T& b) { return header_detail::Made<T>([&](T& r) { r.Divide(a, b); }); }
 /// r.Mul(a, -1).
 template <DenseValue T>
-T operator-(const T& a) {
-  T r;
-  r.Mul(a, -1.0);
-  return r;
-}
+T operator-(const T& a) { return header_detail::Made<T>([&](T& r) { r.Mul(a, -1.0); }); }
 
 /// r.Add(a, s); s is double or TCplx (std::complex<double> converts).
 template <DenseValue T>
-T operator+(const T& a, double s) {
-  T r;
-  r.Add(a, s);
-  return r;
-}
+T operator+(const T& a, double s) { return header_detail::Made<T>([&](T& r) { r.Add(a, s); }); }
 /// r.Add(a, s).
 template <DenseValue T>
-T operator+(const T& a, const TCplx& s) {
-  T r;
-  r.Add(a, s);
-  return r;
-}
+T operator+(const T& a, const TCplx& s) { return header_detail::Made<T>([&](T& r) { r.Add(a, s); }); }
 /// r.Add(a, s).
 template <DenseValue T>
 T operator+(double s, const T& a) { return a + s; }
@@ -83,46 +65,22 @@ template <DenseValue T>
 T operator+(const TCplx& s, const T& a) { return a + s; }
 /// r.Sub(a, s).
 template <DenseValue T>
-T operator-(const T& a, double s) {
-  T r;
-  r.Sub(a, s);
-  return r;
-}
+T operator-(const T& a, double s) { return header_detail::Made<T>([&](T& r) { r.Sub(a, s); }); }
 /// r.Sub(a, s).
 template <DenseValue T>
-T operator-(const T& a, const TCplx& s) {
-  T r;
-  r.Sub(a, s);
-  return r;
-}
+T operator-(const T& a, const TCplx& s) { return header_detail::Made<T>([&](T& r) { r.Sub(a, s); }); }
 /// r.SubFrom(s, a): s minus each element.
 template <DenseValue T>
-T operator-(double s, const T& a) {
-  T r;
-  r.SubFrom(s, a);
-  return r;
-}
+T operator-(double s, const T& a) { return header_detail::Made<T>([&](T& r) { r.SubFrom(s, a); }); }
 /// r.SubFrom(s, a).
 template <DenseValue T>
-T operator-(const TCplx& s, const T& a) {
-  T r;
-  r.SubFrom(s, a);
-  return r;
-}
+T operator-(const TCplx& s, const T& a) { return header_detail::Made<T>([&](T& r) { r.SubFrom(s, a); }); }
 /// r.Mul(a, s).
 template <DenseValue T>
-T operator*(const T& a, double s) {
-  T r;
-  r.Mul(a, s);
-  return r;
-}
+T operator*(const T& a, double s) { return header_detail::Made<T>([&](T& r) { r.Mul(a, s); }); }
 /// r.Mul(a, s).
 template <DenseValue T>
-T operator*(const T& a, const TCplx& s) {
-  T r;
-  r.Mul(a, s);
-  return r;
-}
+T operator*(const T& a, const TCplx& s) { return header_detail::Made<T>([&](T& r) { r.Mul(a, s); }); }
 /// r.Mul(a, s).
 template <DenseValue T>
 T operator*(double s, const T& a) { return a * s; }
@@ -137,18 +95,10 @@ template <DenseValue T>
 T operator/(const T& a, const TCplx& s) { return a * CDiv(1.0, s); }
 /// r.DivideBy(s, a): s divided by each element.
 template <DenseValue T>
-T operator/(double s, const T& a) {
-  T r;
-  r.DivideBy(s, a);
-  return r;
-}
+T operator/(double s, const T& a) { return header_detail::Made<T>([&](T& r) { r.DivideBy(s, a); }); }
 /// r.DivideBy(s, a).
 template <DenseValue T>
-T operator/(const TCplx& s, const T& a) {
-  T r;
-  r.DivideBy(s, a);
-  return r;
-}
+T operator/(const TCplx& s, const T& a) { return header_detail::Made<T>([&](T& r) { r.DivideBy(s, a); }); }
 
 /// a.Add(b).
 template <DenseValue T>

@@ -199,16 +199,20 @@ class TVec final : public TDenseOf<TVec> {
   /// Real element i, checked: EQuorelRangeError outside 0 .. Length - 1, EQuorelInvalidArgument
   /// when the vector is complex.
   double& at(std::int32_t i) { return *PValues1D(CheckedIndex(i, false)); }
+  /// Real element i of a const vector, checked alike.
   double at(std::int32_t i) const { return *PValues1D(CheckedIndex(i, false)); }
   /// Complex element i, checked alike (EQuorelInvalidArgument when the vector is real).
   TCplx& atc(std::int32_t i) { return *PCValues1D(CheckedIndex(i, true)); }
+  /// Complex element i of a const vector, checked alike.
   const TCplx& atc(std::int32_t i) const { return *PCValues1D(CheckedIndex(i, true)); }
   /// The real elements of the current range, for range-for and <algorithm>; a complex vector
   /// raises EQuorelInvalidArgument here (iterate CValues() instead).
   double* begin() { return RealRangeStart("TVec.begin"); }
+  /// Same, read-only.
   const double* begin() const { return RealRangeStart("TVec.begin"); }
   /// One past the last real element of the current range.
   double* end() { return RealRangeStart("TVec.end") + fLength; }
+  /// Same, read-only.
   const double* end() const { return RealRangeStart("TVec.end") + fLength; }
   double* PValues(std::int32_t i) const { return PValues1D(i); }
   TCplx* PCValues(std::int32_t i) const { return PCValues1D(i); }

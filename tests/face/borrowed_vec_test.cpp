@@ -1,11 +1,10 @@
-// TBorrowedVec: methods work in the caller's buffer, which is never freed or replaced. Run under
-// the sanitizer build, a free of the caller's memory or a leak of the vector's own shows there.
+// TBorrowedVec: methods work in the caller's buffer, which is never freed or replaced (a free of
+// the caller's memory, or a leak of the vector's own, shows under the sanitizers or valgrind).
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <complex>
-#include <memory>
+#include <functional>
 #include <vector>
 
 #include "quorel/objects/borrowed_vec.h"
@@ -25,95 +24,47 @@ TEST(FaceBorrowed, MethodsWorkInTheCallersBuffer) {
   {
     TBorrowedVec v(data);
     EXPECT_EQ(v->PValues1D(0), data.data());
-    v->Mul(2.0).Add(TVec{1, 1, 1, 1});
-    EXPECT_DOUBLE_EQ(v->Sum(), 24);
-    // A two-source result of the view's own size is written into the buffer.
-    TVec a{1, 1, 1, 1};
-    v->Sub(a, TVec{0, 1, 2, 3});
-    // Sub-ranges of the buffer.
+    v->Sub(TVec{3, 5, 7, 9}, TVec{2, 4, 6, 8});  // a two-source result of the buffer's size lands in it
     v->SetSubRange(2, 2);
     v->Scale(10.0);
     v->SetFullRange();
+    TVec diff;
+    diff.Sub(v, TVec{0, 0, 0, 0});  // passes where the methods take a vector
+    EXPECT_THAT(Doubles(diff), ElementsAre(1, 1, 10, 10));
   }
-  EXPECT_THAT(data, ElementsAre(1, 0, -10, -20));
-}
-
-TEST(FaceBorrowed, ComplexBuffersAndRawPointers) {
+  EXPECT_THAT(data, ElementsAre(1, 1, 10, 10));
   std::vector<std::complex<double>> z{{1, 2}, {3, -4}};
   {
-    TBorrowedVec v(z);
-    EXPECT_TRUE(v->Complex());
-    EXPECT_EQ(v->Length(), 2);
-    v->Conj();
+    TBorrowedVec c(z);
+    EXPECT_EQ(c->Length(), 2);
+    c->Conj();
+    c->set_Complex(false);  // the same doubles seen as real stay in the buffer
+    *c += TVec{1, 1, 1, 1};
   }
-  EXPECT_EQ(z[1], std::complex<double>(3, 4));
-  std::array<double, 4> raw{1, 0, 0, 1};
-  {
-    TBorrowedVec v(raw.data(), 2, true);
-    v->Mul(TCplx(0, 1));
-    // The same doubles seen as real: a switch of Complex stays in the buffer.
-    v->set_Complex(false);
-    EXPECT_EQ(v->Length(), 4);
-  }
-  EXPECT_THAT(raw, ElementsAre(0, 1, -1, 0));
-  std::vector<TCplx> t{TCplx(2, 0)};
-  { TBorrowedVec(std::span<TCplx>(t))->Sqr(); }
-  EXPECT_EQ(t[0], TCplx(4, 0));
+  EXPECT_EQ(z[1], std::complex<double>(4, 5));
 }
 
-TEST(FaceBorrowed, ResizingRaisesAndKeepsTheBuffer) {
-  auto data = std::make_unique<double[]>(3);
-  std::fill_n(data.get(), 3, 5.0);
-  {
-    TBorrowedVec v(data.get(), 3, false);
-    const TVec longer{1, 2, 3, 4};
-    struct Case {
-      const char* what;
-      std::function<void()> call;
-    };
-    const Case cases[] = {
-        {"Size", [&] { v->Size(4); }},
-        {"Resize", [&] { v->Resize(10, true); }},
-        {"Clear", [&] { v->Clear(); }},
-        {"Copy of another length", [&] { v->Copy(longer); }},
-        {"two sources of another length", [&] { v->Add(longer, longer); }},
-        {"value promoted to complex", [&] { v->SetVal(TCplx(1, 1)); }},
-        {"assignment", [&] { *v = longer; }},
-    };
-    for (const Case& c : cases) {
-      SCOPED_TRACE(c.what);
-      EXPECT_EQ(MessageOf<EQuorelException>(c.call), kResized);
-      EXPECT_EQ(v->PValues1D(0), data.get());
-      EXPECT_EQ(v->Length(), 3);
-      EXPECT_FALSE(v->Complex());
-    }
-    // Still usable afterwards.
-    v->Add(1.0);
+TEST(FaceBorrowed, ResizingRaisesAndRestoresTheBorrowedShape) {
+  std::vector<double> data(3, 5.0);
+  TBorrowedVec v(data.data(), 3, false);
+  const TVec longer{1, 2, 3, 4};
+  const std::function<void()> calls[] = {
+      [&] { v->Size(4); },          [&] { v->Resize(10, true); }, [&] { v->Clear(); },
+      [&] { v->Copy(longer); },     [&] { v->Add(longer, longer); },
+      [&] { v->SetVal(TCplx(1, 1)); },  // real made complex of the same length
+      [&] { *v = longer; },
+      [&] { v->set_Complex(true); v->Size(3); },  // restored to the kind it was borrowed with
+  };
+  for (const auto& call : calls) {
+    EXPECT_EQ(MessageOf<EQuorelException>(call), kResized);
+    EXPECT_EQ(v->PValues1D(0), data.data());
+    EXPECT_EQ(v->Length(), 3);
+    EXPECT_FALSE(v->Complex());
   }
-  EXPECT_THAT(std::vector<double>(data.get(), data.get() + 3), ElementsAre(6, 6, 6));
-}
-
-TEST(FaceBorrowed, ARefusalRestoresTheBorrowedShape) {
-  std::vector<double> data{1, 2, 3, 4};
-  TBorrowedVec v(data);
-  v->set_Complex(true);
-  EXPECT_EQ(MessageOf<EQuorelException>([&] { v->Size(3); }), kResized);
-  EXPECT_FALSE(v->Complex());
-  EXPECT_EQ(v->Length(), 4);
-  EXPECT_EQ(v->PValues1D(0), data.data());
-}
-
-TEST(FaceBorrowed, ValueOperatorsReadTheBufferAndAssignBackInPlace) {
-  std::vector<double> a{1, 2}, b{10, 20};
-  TBorrowedVec va(a), vb(b);
-  const TVec sum = *va + *vb;
-  EXPECT_THAT(Doubles(sum), ElementsAre(11, 22));
-  *va += *vb;
-  EXPECT_THAT(a, ElementsAre(11, 22));
-  // An empty buffer is a valid, empty vector.
+  v->Add(1.0);
+  EXPECT_THAT(data, ElementsAre(6, 6, 6));
   std::vector<double> none;
   TBorrowedVec empty(none);
-  EXPECT_EQ(empty->Length(), 0);
   EXPECT_EQ(MessageOf<EQuorelException>([&] { empty->Size(1); }), kResized);
 }
 
