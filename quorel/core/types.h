@@ -2,18 +2,31 @@
 // Scalar records, array aliases and enumerations shared by every module.
 
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace quorel {
 
-/// Complex double, `Re` then `Im`; layout-compatible with std::complex<double>.
+/// Complex double, `Re` then `Im`; layout-compatible with std::complex<double>, and converts to
+/// and from it implicitly at no cost (arithmetic operators: quorel/core/complex_ops.h).
 struct TCplx {
   /// Real part.
   double Re;
   /// Imaginary part.
   double Im;
+  /// Uninitialised, like a double.
+  TCplx() = default;
+  /// (re, im).
+  constexpr TCplx(double re, double im) : Re(re), Im(im) {}
+  /// (re, 0); explicit, so a double never turns into a TCplx behind an overload's back.
+  constexpr explicit TCplx(double re) : Re(re), Im(0.0) {}
+  /// From std::complex<double>.
+  constexpr TCplx(const std::complex<double>& z) : Re(z.real()), Im(z.imag()) {}
+  /// To std::complex<double>.
+  constexpr operator std::complex<double>() const { return {Re, Im}; }
   /// Both parts equal (a NaN part is never equal).
   friend constexpr bool operator==(const TCplx&, const TCplx&) = default;
 };
@@ -31,7 +44,10 @@ struct TSCplx {
   friend constexpr bool operator==(const TSCplx&, const TSCplx&) = default;
 };
 
+// TCplx arrays and std::complex<double> arrays are the same bytes: spans of one are cast to the other.
 static_assert(sizeof(TCplx) == sizeof(std::complex<double>) && alignof(TCplx) == alignof(std::complex<double>));
+static_assert(std::is_trivially_copyable_v<TCplx> && std::is_standard_layout_v<TCplx>);
+static_assert(offsetof(TCplx, Re) == 0 && offsetof(TCplx, Im) == sizeof(double));
 static_assert(sizeof(TSCplx) == sizeof(std::complex<float>));
 
 using TDoubleArray = std::vector<double>;

@@ -26,7 +26,7 @@ TMtx::TMtx() {
   header_detail::mtx_count.fetch_add(1, std::memory_order_relaxed);
 }
 
-TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(rows, cols, complex); }
+TMtx::TMtx(std::int32_t rows, std::int32_t cols, bool complex) : TMtx() { Size(rows, cols, complex).SetZero(); }
 
 TMtx::~TMtx() {
   SetFullRange();

@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 
+#include "quorel/core/errors.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/dense.h"
 #include "quorel/objects/mtx_types.h"
@@ -30,8 +31,17 @@ class TMtx final : public TDenseOf<TMtx> {
  public:
   /// An empty real 0 x 0 matrix.
   TMtx();
-  /// A rows x cols matrix (contents undefined).
+  /// A rows x cols matrix of zeros, real or complex: TMtx m(3, 4).
   TMtx(std::int32_t rows, std::int32_t cols, bool complex = false);
+  /// A real matrix from its rows: TMtx m{{1, 2}, {3, 4}}. Rows of different lengths raise
+  /// "TMtx.CopyFromArray: rows of different length".
+  TMtx(std::initializer_list<std::initializer_list<double>> rows) : TMtx() {
+    CopyFromArray(T2DSampleArray(rows.begin(), rows.end()));
+  }
+  /// A complex matrix from its rows: TMtx m{{TCplx(1, 2), TCplx(0, 1)}}.
+  TMtx(std::initializer_list<std::initializer_list<TCplx>> rows) : TMtx() {
+    CopyFromArray(T2DCplxArray(rows.begin(), rows.end()));
+  }
   ~TMtx() override;
   /// Copies shape, Complex, IsInteger, settings and values.
   TMtx(const TMtx& other);
@@ -103,6 +113,28 @@ class TMtx final : public TDenseOf<TMtx> {
   double* PValues(std::int32_t i, std::int32_t j) const { return fValues + Offset(i, j); }
   /// Address of complex element (i, j).
   TCplx* PCValues(std::int32_t i, std::int32_t j) const { return reinterpret_cast<TCplx*>(fValues) + Offset(i, j); }
+  /// Real element (i, j), unchecked like Values(i, j): m(i, j) = 1.
+  double& operator()(std::int32_t i, std::int32_t j) { return *PValues(i, j); }
+  /// Real element (i, j) of a const matrix, unchecked.
+  double operator()(std::int32_t i, std::int32_t j) const { return *PValues(i, j); }
+  /// Real element (i, j), checked: EQuorelRangeError outside the matrix, EQuorelInvalidArgument
+  /// when it is complex.
+  double& at(std::int32_t i, std::int32_t j) { return *PValues(i, CheckedCol(i, j, false)); }
+  /// Real element (i, j) of a const matrix, checked alike.
+  double at(std::int32_t i, std::int32_t j) const { return *PValues(i, CheckedCol(i, j, false)); }
+  /// Complex element (i, j), checked alike (EQuorelInvalidArgument when the matrix is real).
+  TCplx& atc(std::int32_t i, std::int32_t j) { return *PCValues(i, CheckedCol(i, j, true)); }
+  /// Complex element (i, j) of a const matrix, checked alike.
+  const TCplx& atc(std::int32_t i, std::int32_t j) const { return *PCValues(i, CheckedCol(i, j, true)); }
+  /// The real elements of the current range row after row, for range-for and <algorithm>; a
+  /// complex matrix raises EQuorelInvalidArgument here (iterate CValues() instead).
+  double* begin() { return RealRangeStart("TMtx.begin"); }
+  /// Same, read-only.
+  const double* begin() const { return RealRangeStart("TMtx.begin"); }
+  /// One past the last real element of the current range.
+  double* end() { return RealRangeStart("TMtx.end") + fLength; }
+  /// Same, read-only.
+  const double* end() const { return RealRangeStart("TMtx.end") + fLength; }
 
   // --- settings used by the linear-algebra methods --------------------------------------------------
   /// Iterative refinement after a solve (default false).
@@ -336,6 +368,18 @@ class TMtx final : public TDenseOf<TMtx> {
 
  private:
   std::int64_t Offset(std::int32_t i, std::int32_t j) const { return std::int64_t{i} * fLeadingCols + j; }
+  std::int32_t CheckedCol(std::int32_t i, std::int32_t j, bool complex) const {
+    if (fComplex != complex) [[unlikely]]
+      EInvalidArgumentRaise(complex ? "TMtx.atc: Complex = False" : "TMtx.at: Complex = True");
+    if (i < 0 || i >= fRows || j < 0 || j >= fCols) [[unlikely]]
+      ERangeErrorRaise(FormatMsg("TMtx.at: Index out of range: Row: %d, Col: %d, Rows: %d, Cols: %d", i, j, fRows, fCols));
+    return j;
+  }
+  double* RealRangeStart(const char* method) const {
+    if (fComplex) [[unlikely]]
+      EInvalidArgumentRaise(std::string(method) + ": Complex = True (iterate CValues())");
+    return fValues;
+  }
   /// Stores the shape with LeadingCols = Cols and Quadratic recomputed.
   void SetShape(std::int32_t rows, std::int32_t cols);
   static std::span<const TMtx* const> Span(std::initializer_list<const TMtx*> list) {

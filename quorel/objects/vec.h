@@ -9,6 +9,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "quorel/core/errors.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/dense.h"
 #include "quorel/objects/mtx_types.h"
@@ -30,6 +31,12 @@ class TVec final : public TDenseOf<TVec> {
   TVec(TVec&& other) noexcept;
   /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
   TVec& operator=(TVec&& other) noexcept;
+  /// A vector of len zeros, real or complex: TVec v(5). (Braces list values: TVec v{5} is one 5.)
+  explicit TVec(std::int32_t len, bool complex = false) : TVec() { Size(len, complex).SetZero(); }
+  /// A real vector holding the values: TVec v{1, 2, 3}.
+  TVec(std::initializer_list<double> values) : TVec() { SetDouble(std::span<const double>(values.begin(), values.size())); }
+  /// A complex vector holding the values: TVec v{TCplx(1, 2), TCplx(3, 0)}.
+  TVec(std::initializer_list<TCplx> values) : TVec() { SetCplx(values); }
 
   using TQuorel::Size;
   using TQuorel::SetSubRange;
@@ -196,6 +203,24 @@ class TVec final : public TDenseOf<TVec> {
   double& operator[](std::int32_t i) { return fValues[i]; }
   /// Element i (real data).
   double operator[](std::int32_t i) const { return fValues[i]; }
+  /// Real element i, checked: EQuorelRangeError outside 0 .. Length - 1, EQuorelInvalidArgument
+  /// when the vector is complex.
+  double& at(std::int32_t i) { return *PValues1D(CheckedIndex(i, false)); }
+  /// Real element i of a const vector, checked alike.
+  double at(std::int32_t i) const { return *PValues1D(CheckedIndex(i, false)); }
+  /// Complex element i, checked alike (EQuorelInvalidArgument when the vector is real).
+  TCplx& atc(std::int32_t i) { return *PCValues1D(CheckedIndex(i, true)); }
+  /// Complex element i of a const vector, checked alike.
+  const TCplx& atc(std::int32_t i) const { return *PCValues1D(CheckedIndex(i, true)); }
+  /// The real elements of the current range, for range-for and <algorithm>; a complex vector
+  /// raises EQuorelInvalidArgument here (iterate CValues() instead).
+  double* begin() { return RealRangeStart("TVec.begin"); }
+  /// Same, read-only.
+  const double* begin() const { return RealRangeStart("TVec.begin"); }
+  /// One past the last real element of the current range.
+  double* end() { return RealRangeStart("TVec.end") + fLength; }
+  /// Same, read-only.
+  const double* end() const { return RealRangeStart("TVec.end") + fLength; }
   /// Address of real element i.
   double* PValues(std::int32_t i) const { return PValues1D(i); }
   /// Address of complex element i.
@@ -246,6 +271,18 @@ class TVec final : public TDenseOf<TVec> {
 
  private:
   void MoveFrom(TVec& other) noexcept;
+  std::int32_t CheckedIndex(std::int32_t i, bool complex) const {
+    if (fComplex != complex) [[unlikely]]
+      EInvalidArgumentRaise(complex ? "TVec.atc: Complex = False" : "TVec.at: Complex = True");
+    if (i < 0 || i >= fLength) [[unlikely]]
+      ERangeErrorRaise(FormatMsg("TVec.at: Index out of range: Index: %d, Length: %d", i, fLength));
+    return i;
+  }
+  double* RealRangeStart(const char* method) const {
+    if (fComplex) [[unlikely]]
+      EInvalidArgumentRaise(std::string(method) + ": Complex = True (iterate CValues())");
+    return fValues;
+  }
 
   std::int32_t fComplexSwitches = 0;
   bool fAdopted = false;

@@ -30,7 +30,7 @@ if(rc OR NOT out MATCHES "consumer ok")
   message(FATAL_ERROR "consumer run failed: ${rc} ${out}")
 endif()
 
-find_program(PKG_CONFIG pkg-config)
+find_program(PKG_CONFIG pkg-config REQUIRED)
 if(PKG_CONFIG)
   set(ENV{PKG_CONFIG_PATH} ${prefix}/lib/pkgconfig:${prefix}/lib/x86_64-linux-gnu/pkgconfig)
   execute_process(COMMAND ${PKG_CONFIG} --cflags --libs quorel OUTPUT_VARIABLE flags
@@ -39,13 +39,13 @@ if(PKG_CONFIG)
     message(FATAL_ERROR "pkg-config does not know quorel")
   endif()
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  execute_process(COMMAND c++ -Wall -Wextra -Werror ${CONSUMER_DIR}/consumer.cpp ${flags} -o ${WORK_DIR}/consumer_pc RESULT_VARIABLE rc)
+  execute_process(COMMAND c++ -Wall -Wextra -Wpedantic -Werror ${CONSUMER_DIR}/consumer.cpp ${flags}
+                          -o ${WORK_DIR}/consumer_pc RESULT_VARIABLE rc)
   if(rc)
     message(FATAL_ERROR "pkg-config build failed: ${rc}")
   endif()
-  file(GLOB libdirs ${prefix}/lib ${prefix}/lib/*-linux-gnu)
-  string(REPLACE ";" ":" libpath "${libdirs}")
-  execute_process(COMMAND ${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${libpath} ${WORK_DIR}/consumer_pc
+  # No LD_LIBRARY_PATH: the run-time path that pkg-config's link flags carry must find the library.
+  execute_process(COMMAND ${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH ${WORK_DIR}/consumer_pc
                   RESULT_VARIABLE rc OUTPUT_VARIABLE out)
   if(rc OR NOT out MATCHES "consumer ok")
     message(FATAL_ERROR "pkg-config consumer run failed: ${rc} ${out}")

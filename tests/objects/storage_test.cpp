@@ -60,7 +60,8 @@ TEST(Storage, SizingAndResizing) {
   EXPECT_EQ(c.CValues()[3999], (TCplx{0, 0}));
 }
 
-TEST(Storage, CopyMoveAdopt) {
+// Adopt and Disown are exercised through TBorrowedVec (tests/face).
+TEST(Storage, CopyAndMove) {
   TVec a;
   a.SetIt(true, {1, 2, 3, 4});
   TVec b = a;
@@ -70,16 +71,6 @@ TEST(Storage, CopyMoveAdopt) {
   TVec c = std::move(a);
   EXPECT_EQ(c.PValues1D(0), data);  // the block moved, nothing copied
   EXPECT_EQ(a.Length(), 0);
-
-  double external[6] = {1, 2, 3, 4, 5, 6};
-  TVec d;
-  d.Adopt(external, 3, true);
-  EXPECT_EQ(d.CValues()[2], (TCplx{5, 6}));
-  d.CValues()[0].Re = 9;
-  EXPECT_EQ(external[0], 9);
-  d.Disown();
-  EXPECT_EQ(d.Length(), 0);
-  EXPECT_EQ(external[5], 6);
 }
 
 TEST(Storage, SetValAndSetZeroCheckRanges) {
