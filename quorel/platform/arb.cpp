@@ -8,6 +8,7 @@
 #include <acb_hypgeom.h>
 #include <arb.h>
 #include <arb_hypgeom.h>
+#include <arb_poly.h>
 
 #include <cmath>
 #include <limits>
@@ -36,6 +37,16 @@ using Arf = Holder<arf_struct, arf_init, arf_clear>;
 using Arb = Holder<arb_struct, arb_init, arb_clear>;
 using Acb = Holder<acb_struct, acb_init, acb_clear>;
 using Fmpz = Holder<fmpz, fmpz_init, fmpz_clear>;
+
+// A vector of balls, cleared on every path.
+struct ArbVec {
+  arb_ptr v;
+  slong n;
+  explicit ArbVec(slong len) : v(_arb_vec_init(len)), n(len) {}
+  ~ArbVec() { _arb_vec_clear(v, n); }
+  ArbVec(const ArbVec&) = delete;
+  ArbVec& operator=(const ArbVec&) = delete;
+};
 
 // Round to nearest, ties to even. Below the normal range the double grid is 2^-1074: round on it
 // in one step so no second rounding happens.
@@ -303,6 +314,22 @@ TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr) {
     }
   };
   return Certified(eval, ierr);
+}
+
+void RgammaTaylor(int n, double* hi, double* lo) {
+  const slong prec = 192;
+  ArbVec hv(2), cv(n);
+  arb_ptr h = hv.v, c = cv.v;
+  arb_one(h);
+  arb_one(h + 1);
+  _arb_poly_rgamma_series(c, h, 2, n, prec);
+  Arf rest;
+  for (int k = 0; k < n; ++k) {
+    hi[k] = arf_get_d(arb_midref(c + k), ARF_RND_NEAR);
+    arf_set_d(rest.v, hi[k]);
+    arf_sub(rest.v, arb_midref(c + k), rest.v, prec, ARF_RND_NEAR);
+    lo[k] = arf_get_d(rest.v, ARF_RND_NEAR);
+  }
 }
 
 }  // namespace quorel::detail

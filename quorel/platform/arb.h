@@ -42,6 +42,10 @@ TCplx ArbBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, int& i
 /// e^{-|Re zeta|} (Bi), zeta = (2/3) z^{3/2}; correctly rounded as ArbBessel.
 TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr);
 
+/// The first n Taylor coefficients of 1/Gamma(1 + x) about x = 0, each as an unevaluated sum
+/// hi[k] + lo[k] of two doubles.
+void RgammaTaylor(int n, double* hi, double* lo);
+
 /// Working precision in bits at which the evaluations stop trying (results are then flagged).
 inline constexpr long kArbPrecisionCap = 4096;
 
