@@ -332,4 +332,40 @@ void RgammaTaylor(int n, double* hi, double* lo) {
   }
 }
 
+void ErfcChebyshev(double k, int n, double* c) {
+  const slong prec = 160;
+  ArbVec h(n);
+  Arb t, a, num, den, e, angle, kk;
+  arb_set_d(kk.v, k);
+  for (int m = 0; m < n; ++m) {
+    arb_set_si(angle.v, 2 * m + 1);
+    arb_div_si(angle.v, angle.v, 2 * n, prec);  // node t_m = cos(pi (m + 1/2) / n)
+    arb_cos_pi(t.v, angle.v, prec);
+    arb_add_si(num.v, t.v, 1, prec);
+    arb_sub_si(den.v, t.v, 1, prec);
+    arb_neg(den.v, den.v);
+    arb_div(a.v, num.v, den.v, prec);
+    arb_mul(a.v, a.v, kk.v, prec);  // a = k (1 + t) / (1 - t)
+    arb_hypgeom_erfc(h.v + m, a.v, prec);
+    arb_sqr(e.v, a.v, prec);
+    arb_exp(e.v, e.v, prec);
+    arb_mul(h.v + m, h.v + m, e.v, prec);
+    arb_add(e.v, a.v, kk.v, prec);
+    arb_mul(h.v + m, h.v + m, e.v, prec);
+  }
+  Arb sum, term;
+  for (int j = 0; j < n; ++j) {
+    arb_zero(sum.v);
+    for (int m = 0; m < n; ++m) {
+      arb_set_si(angle.v, j * (2 * m + 1));
+      arb_div_si(angle.v, angle.v, 2 * n, prec);
+      arb_cos_pi(term.v, angle.v, prec);
+      arb_addmul(sum.v, term.v, h.v + m, prec);
+    }
+    arb_mul_2exp_si(sum.v, sum.v, 1);
+    arb_div_si(sum.v, sum.v, n, prec);
+    c[j] = arf_get_d(arb_midref(sum.v), ARF_RND_NEAR);
+  }
+}
+
 }  // namespace quorel::detail

@@ -46,6 +46,11 @@ TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr);
 /// hi[k] + lo[k] of two doubles.
 void RgammaTaylor(int n, double* hi, double* lo);
 
+/// Chebyshev interpolation coefficients c[0..n) on n nodes of H(t) = (a + k) e^{a^2} erfc(a),
+/// a = k (1 + t) / (1 - t), so that erfc(a) = e^{-a^2} H(t) / (a + k) for a >= 0 with
+/// H(t) = c[0]/2 + sum c[j] T_j(t). Each coefficient is rounded to double.
+void ErfcChebyshev(double k, int n, double* c);
+
 /// Working precision in bits at which the evaluations stop trying (results are then flagged).
 inline constexpr long kArbPrecisionCap = 4096;
 
