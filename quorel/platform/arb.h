@@ -52,6 +52,8 @@ void RgammaTaylor(int n, double* hi, double* lo);
 void ErfcChebyshev(double k, int n, double* c);
 
 /// Working precision in bits at which the evaluations stop trying (results are then flagged).
-inline constexpr long kArbPrecisionCap = 4096;
+/// Large enough for the turning point nu = |z| up to nu ~ 2e4, where the series cancels through
+/// about 0.8 nu bits; a hopeless evaluation stops after a few seconds at most.
+inline constexpr long kArbPrecisionCap = 32768;
 
 }  // namespace quorel::detail
