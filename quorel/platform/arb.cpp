@@ -8,6 +8,7 @@
 #include <acb_hypgeom.h>
 #include <arb.h>
 #include <arb_hypgeom.h>
+#include <arb_poly.h>
 
 #include <cmath>
 #include <limits>
@@ -36,6 +37,16 @@ using Arf = Holder<arf_struct, arf_init, arf_clear>;
 using Arb = Holder<arb_struct, arb_init, arb_clear>;
 using Acb = Holder<acb_struct, acb_init, acb_clear>;
 using Fmpz = Holder<fmpz, fmpz_init, fmpz_clear>;
+
+// A vector of balls, cleared on every path.
+struct ArbVec {
+  arb_ptr v;
+  slong n;
+  explicit ArbVec(slong len) : v(_arb_vec_init(len)), n(len) {}
+  ~ArbVec() { _arb_vec_clear(v, n); }
+  ArbVec(const ArbVec&) = delete;
+  ArbVec& operator=(const ArbVec&) = delete;
+};
 
 // Round to nearest, ties to even. Below the normal range the double grid is 2^-1074: round on it
 // in one step so no second rounding happens.
@@ -303,6 +314,58 @@ TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr) {
     }
   };
   return Certified(eval, ierr);
+}
+
+void RgammaTaylor(int n, double* hi, double* lo) {
+  const slong prec = 192;
+  ArbVec hv(2), cv(n);
+  arb_ptr h = hv.v, c = cv.v;
+  arb_one(h);
+  arb_one(h + 1);
+  _arb_poly_rgamma_series(c, h, 2, n, prec);
+  Arf rest;
+  for (int k = 0; k < n; ++k) {
+    hi[k] = arf_get_d(arb_midref(c + k), ARF_RND_NEAR);
+    arf_set_d(rest.v, hi[k]);
+    arf_sub(rest.v, arb_midref(c + k), rest.v, prec, ARF_RND_NEAR);
+    lo[k] = arf_get_d(rest.v, ARF_RND_NEAR);
+  }
+}
+
+void ErfcChebyshev(double k, int n, double* c) {
+  const slong prec = 160;
+  ArbVec h(n);
+  Arb t, a, num, den, e, angle, kk;
+  arb_set_d(kk.v, k);
+  for (int m = 0; m < n; ++m) {
+    arb_set_si(angle.v, 2 * m + 1);
+    arb_div_si(angle.v, angle.v, 2 * n, prec);  // node t_m = cos(pi (m + 1/2) / n)
+    arb_cos_pi(t.v, angle.v, prec);
+    arb_add_si(num.v, t.v, 1, prec);
+    arb_sub_si(den.v, t.v, 1, prec);
+    arb_neg(den.v, den.v);
+    arb_div(a.v, num.v, den.v, prec);
+    arb_mul(a.v, a.v, kk.v, prec);  // a = k (1 + t) / (1 - t)
+    arb_hypgeom_erfc(h.v + m, a.v, prec);
+    arb_sqr(e.v, a.v, prec);
+    arb_exp(e.v, e.v, prec);
+    arb_mul(h.v + m, h.v + m, e.v, prec);
+    arb_add(e.v, a.v, kk.v, prec);
+    arb_mul(h.v + m, h.v + m, e.v, prec);
+  }
+  Arb sum, term;
+  for (int j = 0; j < n; ++j) {
+    arb_zero(sum.v);
+    for (int m = 0; m < n; ++m) {
+      arb_set_si(angle.v, j * (2 * m + 1));
+      arb_div_si(angle.v, angle.v, 2 * n, prec);
+      arb_cos_pi(term.v, angle.v, prec);
+      arb_addmul(sum.v, term.v, h.v + m, prec);
+    }
+    arb_mul_2exp_si(sum.v, sum.v, 1);
+    arb_div_si(sum.v, sum.v, n, prec);
+    c[j] = arf_get_d(arb_midref(sum.v), ARF_RND_NEAR);
+  }
 }
 
 }  // namespace quorel::detail

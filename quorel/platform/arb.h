@@ -42,7 +42,18 @@ TCplx ArbBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, int& i
 /// e^{-|Re zeta|} (Bi), zeta = (2/3) z^{3/2}; correctly rounded as ArbBessel.
 TCplx ArbAiry(bool bi, bool derivative, TCplx z, bool scaled, int& ierr);
 
+/// The first n Taylor coefficients of 1/Gamma(1 + x) about x = 0, each as an unevaluated sum
+/// hi[k] + lo[k] of two doubles.
+void RgammaTaylor(int n, double* hi, double* lo);
+
+/// Chebyshev interpolation coefficients c[0..n) on n nodes of H(t) = (a + k) e^{a^2} erfc(a),
+/// a = k (1 + t) / (1 - t), so that erfc(a) = e^{-a^2} H(t) / (a + k) for a >= 0 with
+/// H(t) = c[0]/2 + sum c[j] T_j(t). Each coefficient is rounded to double.
+void ErfcChebyshev(double k, int n, double* c);
+
 /// Working precision in bits at which the evaluations stop trying (results are then flagged).
-inline constexpr long kArbPrecisionCap = 4096;
+/// Large enough for the turning point nu = |z| up to nu ~ 2e4, where the series cancels through
+/// about 0.8 nu bits; a hopeless evaluation stops after a few seconds at most.
+inline constexpr long kArbPrecisionCap = 32768;
 
 }  // namespace quorel::detail

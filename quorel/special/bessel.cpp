@@ -8,6 +8,7 @@
 #include "quorel/core/constants.h"
 #include "quorel/core/scalar_complex.h"
 #include "quorel/platform/arb.h"
+#include "quorel/special/detail/fast_bessel.h"
 #include "quorel/special/special_funcs.h"
 
 namespace quorel {
@@ -34,6 +35,8 @@ void CosSinPi(double v, double& c, double& s) {
 }
 
 TCplx Eval(TBesselKind kind, double nu, const TCplx& z, TBesselScale scale) {
+  TCplx fast;
+  if (detail::FastBessel(kind, nu, z, scale, fast)) return fast;
   int ierr = 0;
   return detail::ArbBessel(kind, nu, z, scale, ierr);
 }

@@ -3,7 +3,10 @@
 // elliptic integrals, Jacobi elliptic functions and associated Legendre functions.
 //
 // Airy, Bessel and Hankel values are correctly rounded in each part (a part negligible against
-// the other is faithful). Scaled forms multiply the function by: J, Y: e^{-|Im z|}; I: e^{-|Re z|};
+// the other is faithful). J, Y, I and K of moderate argument (|z| <= 12, order <= 12, Y and K of
+// non-integer order) are usually settled by their power series in double-double arithmetic with
+// a proved error bound; whatever that bound cannot round is evaluated in ball arithmetic, so the
+// guarantee is the same on both paths. Scaled forms multiply the function by: J, Y: e^{-|Im z|}; I: e^{-|Re z|};
 // K: e^{z}; H1: e^{-iz}; H2: e^{iz}; Ai, Ai': e^{zeta}; Bi, Bi': e^{-|Re zeta|}, zeta = (2/3) z^{3/2};
 // the factor is applied before rounding, so a scaled value does not overflow.
 // Airy error flags: 0 normal, 1 NaN argument, 2 overflow (infinite result), 3 only about half the

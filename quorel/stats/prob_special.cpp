@@ -316,21 +316,9 @@ double ErfInv(double y) {
   detail::RequireState(std::fabs(y) <= 1.0, "abs(y) > 0");
   if (y == 1.0) return kMaxDouble;
   if (y == -1.0) return -kMaxDouble;
-  double x = 0.0;
   const double ay = std::fabs(y);
-  if (ay <= 0.7) {
-    const double z = y * y;
-    x = y * (((-0.140543331 * z + 0.914624893) * z - 1.645349621) * z + 0.886226899) /
-        ((((0.012229801 * z - 0.329097515) * z + 1.442710462) * z - 2.118377725) * z + 1.0);
-  } else {
-    const double t = std::sqrt(-std::log((1.0 - ay) / 2.0));
-    x = (((1.641345311 * t + 3.429567803) * t - 1.624906493) * t - 1.970840454) /
-        ((1.6370678 * t + 3.5438892) * t + 1.0);
-    if (y < 0.0) x = -x;
-  }
-  // two damped corrections: the derivative factor is exp(+x^2), as the library always had it
-  const double k = 2.0 / std::sqrt(PI);
-  for (int i = 0; i < 2; ++i) x -= (Erf(x) - y) / (k * std::exp(x * x));
+  double x = detail::ErfInvStart(y, ay > 0.7 ? std::log((1.0 - ay) / 2.0) : 0.0);
+  for (int i = 0; i < 2; ++i) x = detail::ErfInvStep(x, y, Erf(x), std::exp(x * x));
   return x;
 }
 

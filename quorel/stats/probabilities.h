@@ -42,7 +42,9 @@ double Binomial(std::int32_t n, std::int32_t k);
 double Erf(double x);
 /// Complementary error function through JGamma / IGamma.
 double Erfc(double x);
-/// Inverse error function: rational start and two damped corrections; +-MaxDouble at +-1.
+/// Inverse error function: rational start and two damped corrections; +-MaxDouble at +-1. The
+/// fixed algorithm keeps the start's error where the steps are damped: about 4e-7 relative as
+/// |y| nears 1 (NormalCDFInv at p = 1e-10: 2e-5).
 double ErfInv(double y);
 
 /// Riemann zeta with n terms of the accelerated alternating series.
