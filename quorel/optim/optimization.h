@@ -84,7 +84,8 @@ std::int32_t MinBrent(const TRealFunction& Fun, double Lo, double Hi, std::span<
                       std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,
                       double Tol, TStringList* Verbose);
 
-/// Quasi-Newton minimisation with a strong-Wolfe line search; Method is optBFGS or optDFP.
+/// Quasi-Newton minimisation with a Wolfe line search (weak conditions for BFGS, strong for DFP);
+/// Method is optBFGS or optDFP.
 /// Grad may be empty: forward differences then give the gradient (n evaluations each).
 /// Stops with OptResSmallGrad when max |g_i| <= GradTol, OptResSmallStep when no coordinate moves
 /// by more than Tol (|x_i| + Tol), OptResConverged when f drops by less than Tol (|f| + Tol)
