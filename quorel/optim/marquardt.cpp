@@ -18,6 +18,8 @@ namespace {
 constexpr double kLambdaStart = 1e-3;
 constexpr double kLambdaMax = 1e16;
 constexpr double kAcceptRho = 1e-4;  // smaller gains count as failures
+constexpr double kSecantRho = 0.25;  // a step that gained less than this fraction: difference J again
+constexpr int kSecantRun = 2;        // at most this many secant updates between differenced Jacobians
 
 struct TDamping {
   double Lambda = kLambdaStart, Nu = 2;
@@ -199,7 +201,22 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
   // the run is polished with central differences extrapolated once (Richardson: the five-point
   // stencil, error O(h^4), step eps^(1/5)).
   bool polish = false;
-  const auto linearise = [&] {
+  bool secant = false;  // jac holds a secant update, not differences
+  int secantRun = 0;    // secant updates in a row
+  const auto linearise = [&](bool broyden = false) {
+    secant = broyden;
+    if (broyden) {
+      // Broyden's rank-one update J += v p' / p'p, v = (r_new - r_old) - J p (in work[0, m)):
+      // the new J maps the step onto the change of the residuals, at no evaluation.
+      const double pp = detail::Dot(p, p);
+      for (std::size_t i = 0; i < m; ++i)
+        for (std::size_t j = 0; j < n; ++j) jac[i * n + j] += work[i] * p[j] / pp;
+      for (std::size_t j = 0; j < n; ++j) {
+        double norm = 0;
+        for (std::size_t i = 0; i < m; ++i) norm += jac[i * n + j] * jac[i * n + j];
+        d[j] = std::max(d[j], std::sqrt(norm));
+      }
+    } else {
     const double eps = std::numeric_limits<double>::epsilon();
     const double scale = polish ? std::pow(eps, 0.2) : std::sqrt(eps);
     const std::span<double> acc = work.subspan(0, m);
@@ -227,6 +244,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
         norm += acc[i] * acc[i];
       }
       d[j] = std::max(d[j], std::sqrt(norm));
+    }
     }
     for (double& v : d)
       if (v == 0) v = 1;
@@ -294,6 +312,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       accepted = true;
       damping.Accept(rho);
       const double fOld = f;
+      for (std::size_t i = 0; i < m; ++i) work[i] = rt[i] - r[i] - detail::Dot(jac.subspan(i * n, n), p);
       std::copy(xt.begin(), xt.end(), x.begin());
       std::copy(rt.begin(), rt.begin() + static_cast<std::ptrdiff_t>(m), r.begin());
       f = ft;
@@ -302,11 +321,20 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       // is small whenever lambda is large, which stops ill-conditioned fits early.)
       if (Tol > 0 && fOld - f <= Tol * fOld && detail::Dot(c, c) <= Tol * fOld) StopReason = OptResConverged;
       else if (Tol > 0 && stepNorm <= Tol * xNorm) StopReason = OptResSmallStep;
-      else linearise();
+      else {
+        // While the model predicts well, the forward phase updates J by secants between
+        // differenced ones; the polish always differences, for the accuracy it exists for.
+        const bool update = !polish && rho > kSecantRho && ++secantRun <= kSecantRun;
+        if (!update) secantRun = 0;
+        linearise(update);
+      }
     } else if (Tol > 0 && stepNorm <= Tol * xNorm) {
       StopReason = OptResSmallStep;
     }
-    if (!accepted) damping.Reject();
+    if (!accepted && secant && StopReason == OptResNotFound) {
+      secantRun = 0;
+      linearise();  // a failed step on a secant model: first try the differenced one
+    } else if (!accepted) damping.Reject();
     ++count;
     log.Line(count, f, damping.Lambda);
     if (StopReason != OptResNotFound && StopReason != OptResSingular && !polish && f > 0) {
