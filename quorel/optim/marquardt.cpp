@@ -179,11 +179,13 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
   const auto ni = static_cast<std::int32_t>(n);
   TWorkVec xStore, xtStore, rtStore, pStore, dStore, cStore, tauStore, workStore;
   TWorkMtx jStore, qrStore;
-  SetVecSize(ni, false, {xStore.get(), xtStore.get(), pStore.get(), dStore.get(), cStore.get(), tauStore.get()});
+  SetVecSize(ni, false, {xStore.get(), xtStore.get(), pStore.get(), dStore.get(), cStore.get()});
+  tauStore->Size(ni + 1, false);
   rtStore->Size(std::max(M, ni), false);
   workStore->Size(std::max(2 * ni * (ni + 1) + 3 * ni, M), false);
   jStore->Size(M, ni, false);
-  qrStore->Size(std::max(M, ni), ni, false);
+  const std::size_t rows = std::max(m, n);  // J padded with zero rows when m < n
+  qrStore->Size(static_cast<std::int32_t>(rows), ni + 1, false);
   const std::span<double> x = xStore->Values(), xt = xtStore->Values(), rt = rtStore->Values(), p = pStore->Values(),
                           d = dStore->Values(), c = cStore->Values(), tau = tauStore->Values(), work = workStore->Values(),
                           jac = jStore->Values(), qr = qrStore->Values();
@@ -248,13 +250,14 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
     }
     for (double& v : d)
       if (v == 0) v = 1;
+    // [J | -r] column by column for the QR; c is then the top of its last column.
     std::fill(qr.begin(), qr.end(), 0.0);
-    std::copy(jac.begin(), jac.end(), qr.begin());
-    for (std::size_t i = 0; i < std::max(m, n); ++i) rt[i] = i < m ? -r[i] : 0.0;
-    const std::size_t rows = std::max(m, n);
-    detail::HouseholderQR(qr, rows, n, tau);
-    detail::QtApply(qr, rows, n, tau, rt);
-    std::copy(rt.begin(), rt.begin() + static_cast<std::ptrdiff_t>(n), c.begin());
+    for (std::size_t i = 0; i < m; ++i) {
+      for (std::size_t j = 0; j < n; ++j) qr[j * rows + i] = jac[i * n + j];
+      qr[n * rows + i] = -r[i];
+    }
+    detail::LeastSquaresQR(qr, rows, n, tau);
+    std::copy_n(qr.begin() + static_cast<std::ptrdiff_t>(n * rows), n, c.begin());
   };
   // Largest cosine between a column of J and the residual vector.
   const auto gradientCosine = [&] {
@@ -293,7 +296,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       continue;
     }
     bool accepted = false;
-    if (!detail::DampedLeastSquaresStep(qr, c, d, damping.Lambda, n, work, p)) {
+    if (!detail::DampedLeastSquaresStep(qr, rows, c, d, damping.Lambda, n, work, p)) {
       StopReason = OptResSingular;
       break;
     }
