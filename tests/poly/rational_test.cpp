@@ -13,6 +13,13 @@ std::vector<C> Values(const TVec& v) {
   return r;
 }
 
+TVec FromStd(const std::vector<double>& v) {
+  TVec r;
+  r.Size(static_cast<int>(v.size()), false);
+  for (std::size_t i = 0; i < v.size(); ++i) *r.PValues(int(i)) = v[i];
+  return r;
+}
+
 TEST(DeConv, QuotientAndRemainder) {
   TVec q, r;
   DeConv(Real({1, 0, 0, -1}), Real({1, -1}), q, r);  // (x^3 - 1) / (x - 1)
@@ -57,8 +64,50 @@ TEST(Residues, ExtractKnownFractionsAndComposeBack) {
   EXPECT_LT(MaxRelErr(Values(b), {0.0, 0.0, 1.0}), kClose);
   EXPECT_LT(MaxRelErr(Values(a), {1.0, 0.0, 1.0, 0.0}), kClose);
 
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { ResExtract(Real({1}), Real({1, 2, 1}), r, p, k); }),
-            "ResExtract: repeated poles");
+}
+
+// Residues at repeated poles against hand expansions; the eigenvalue spread of the multiple root
+// (about 1e-5 for a triple root) is undone by the grouping.
+TEST(Residues, RepeatedPolesAndRoundTrip) {
+  constexpr double kRepeated = 1e-9;  // the group mean of a triple root is good to ~eps / spread
+  struct Case {
+    std::vector<double> b, a;
+    std::vector<C> poles, residues;  // in the order: group by group, increasing power
+  };
+  const std::vector<Case> cases{
+      {{1}, {1, 2, 1}, {-1, -1}, {0, 1}},  // 1/(s+1)^2
+      // 1/((s-1)^2 (s+1)) = -1/4 /(s-1) + 1/2 /(s-1)^2 + 1/4 /(s+1)
+      {{1}, {1, -1, -1, 1}, {1, 1, -1}, {-0.25, 0.5, 0.25}},
+      // s^2/(s-2)^3 = 1/(s-2) + 4/(s-2)^2 + 4/(s-2)^3
+      {{1, 0, 0}, {1, -6, 12, -8}, {2, 2, 2}, {1, 4, 4}},
+      // (s^2 + 2s + 3)/s^3: a triple pole at zero
+      {{1, 2, 3}, {1, 0, 0, 0}, {0, 0, 0}, {1, 2, 3}},
+  };
+  for (const Case& c : cases) {
+    TVec r, p, k, b, a;
+    ResExtract(FromStd(c.b), FromStd(c.a), r, p, k);
+    EXPECT_EQ(k.Length(), 0);
+    ASSERT_EQ(p.Length(), static_cast<int>(c.poles.size()));
+    // Groups come in eigenvalue order: find each expected group by its pole.
+    for (std::size_t i = 0; i < c.poles.size();) {
+      std::size_t m = 1;
+      while (i + m < c.poles.size() && c.poles[i + m] == c.poles[i]) ++m;
+      int at = 0;
+      while (at < p.Length() && std::abs(At(p, at) - c.poles[i]) > 1e-6) ++at;
+      ASSERT_LE(at + static_cast<int>(m), p.Length()) << "pole " << c.poles[i].real();
+      for (std::size_t j = 0; j < m; ++j) {
+        EXPECT_LT(std::abs(At(p, at + int(j)) - c.poles[i]), kRepeated);
+        EXPECT_LT(std::abs(At(r, at + int(j)) - c.residues[i + j]), kRepeated) << "power " << j + 1;
+      }
+      i += m;
+    }
+    ResCompose(r, p, k, b, a);
+    EXPECT_FALSE(b.Complex());
+    std::vector<C> wantB(c.a.size() - 1 - c.b.size(), 0.0);
+    for (double v : c.b) wantB.push_back(v);
+    EXPECT_LT(MaxRelErr(Values(b), wantB), kRepeated);
+    EXPECT_LT(MaxRelErr(Values(a), std::vector<C>(c.a.begin(), c.a.end())), kRepeated);
+  }
 }
 
 // y[n] = (sum b[j] x[n-j] - sum_{j>=1} a[j] y[n-j]) / a[0], straight from the definition.
@@ -71,13 +120,6 @@ std::vector<double> Direct(const std::vector<double>& b, const std::vector<doubl
     y[n] = s / a[0];
   }
   return y;
-}
-
-TVec FromStd(const std::vector<double>& v) {
-  TVec r;
-  r.Size(static_cast<int>(v.size()), false);
-  for (std::size_t i = 0; i < v.size(); ++i) *r.PValues(int(i)) = v[i];
-  return r;
 }
 
 TEST(IIRFilter, MatchesDifferenceEquationAndResumesFromState) {
