@@ -44,6 +44,14 @@ class TPiecePoly {
   void Derivative(TPiecePoly& dst) const;
 
  private:
+  /// The builders below write straight into the result's storage (no work copies of its size).
+  friend void Linear1D(const TVec& x, const TVec& y, TPiecePoly& pp);
+  /// (See Linear1D.)
+  friend void Spline1D(const TVec& x, const TVec& y, TPiecePoly& pp, TSplineEnd end);
+  /// Breaks := x (already checked) and Coeffs sized to Length(x) - 1 rows of `cols`; returns the
+  /// coefficient rows, stride `cols`.
+  double* Prepare(const TVec& x, std::int32_t cols);
+
   TVec fBreaks;
   TMtx fCoeffs;
 };
