@@ -1,5 +1,5 @@
-// Marquardt on the classic problems, NewMarquardt on exactly solvable fits, the damped solvers
-// against the normal equations, and the stop reasons and bad input of both methods.
+// NewMarquardt and Marquardt on exactly solvable fits, the damped solvers against the normal
+// equations, and the stop reasons and bad input of both methods.
 
 #include <gtest/gtest.h>
 
@@ -70,19 +70,6 @@ TEST(DampedSolve, QRStepMatchesNormalEquations) {
   ASSERT_TRUE(ok);
   EXPECT_NEAR(p[0], p[1], 1e-12);
   EXPECT_NEAR(p[0] + p[1], 1, 1e-3);
-}
-
-TEST(Marquardt, ClassicProblems) {
-  for (const TClassic& c : ClassicProblems()) {
-    long calls = 0;
-    std::vector<double> p = c.Start;
-    double fmin;
-    TOptStopReason reason;
-    const std::int32_t iters = Marquardt(Counted(c.Fun, calls), nullptr, p, {}, {}, fmin, reason, 2000, 1e-12, 1e-10, nullptr);
-    std::printf("Marquardt %-18s %5d iterations %7ld evaluations f = %.3g reason %d\n", c.Name, iters, calls, fmin, reason);
-    if (c.Minimiser.empty()) EXPECT_TRUE(FreudensteinRothMinimum(fmin)) << fmin;
-    else EXPECT_LT(fmin, std::string(c.Name) == "Powell singular" ? 1e-10 : 1e-14) << c.Name;
-  }
 }
 
 TEST(Marquardt, ExactFitLogAndStops) {
@@ -166,8 +153,7 @@ TEST(Marquardt, BadObjectives) {
 
   // NaN away from the start: steps into it are rejected like any increase.
   b = {2};
-  Marquardt([](std::span<const double> p, std::span<const double>, std::span<TQuorel* const>) {
-    return p[0] > 0 ? std::log(p[0]) + 1 / p[0] : NAN;
-  }, nullptr, b, {}, {}, fmin, reason, 200, 1e-14, 1e-12, nullptr);
+  Marquardt(Of([](auto p) { return p[0] > 0 ? std::log(p[0]) + 1 / p[0] : NAN; }), nullptr, b, {}, {}, fmin, reason, 200,
+            1e-14, 1e-12, nullptr);
   EXPECT_NEAR(b[0], 1, 1e-6);
 }
