@@ -200,8 +200,8 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
   // The Jacobian, the column scales D and the QR of J with c = Q'(-r). Forward differences put an
   // O(sqrt(eps)) error into J; near the solution of an ill-conditioned problem J'r is then mostly
   // that error and the iteration stalls short of the minimum. Once the forward model has converged
-  // the run is polished with central differences extrapolated once (Richardson: the five-point
-  // stencil, error O(h^4), step eps^(1/5)).
+  // the run is polished with central differences (error O(h^2), step eps^(1/3): about eps^(2/3),
+  // a thousand times below the forward error, which measured enough for the hardest NIST fits).
   bool polish = false;
   bool secant = false;  // jac holds a secant update, not differences
   int secantRun = 0;    // secant updates in a row
@@ -220,7 +220,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       }
     } else {
     const double eps = std::numeric_limits<double>::epsilon();
-    const double scale = polish ? std::pow(eps, 0.2) : std::sqrt(eps);
+    const double scale = polish ? std::cbrt(eps) : std::sqrt(eps);
     const std::span<double> acc = work.subspan(0, m);
     const auto at = [&](std::size_t j, double xj, double step, double weight) {
       x[j] = xj + step;
@@ -233,8 +233,8 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
       const double h = moved - xj;
       std::fill(acc.begin(), acc.end(), 0.0);
       if (polish) {
-        at(j, xj, h, 8), at(j, xj, -h, -8), at(j, xj, 2 * h, -1), at(j, xj, -2 * h, 1);
-        for (double& v : acc) v /= 12 * h;
+        at(j, xj, h, 1), at(j, xj, -h, -1);
+        for (double& v : acc) v /= 2 * h;
       } else {
         at(j, xj, h, 1);
         for (std::size_t i = 0; i < m; ++i) acc[i] = (acc[i] - r[i]) / h;
@@ -341,7 +341,7 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
     ++count;
     log.Line(count, f, damping.Lambda);
     if (StopReason != OptResNotFound && StopReason != OptResSingular && !polish && f > 0) {
-      // Converged on the forward-difference model: polish with the extrapolated Jacobian.
+      // Converged on the forward-difference model: polish with the central-difference Jacobian.
       polish = true;
       StopReason = OptResNotFound;
       damping.Rewind();

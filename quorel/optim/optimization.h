@@ -114,7 +114,7 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
 /// Levenberg–Marquardt for least squares: minimises the sum of squares of the M residuals written
 /// by Fun. The Jacobian comes from forward differences (n calls), between which up to two steps
 /// that gained well update it by Broyden's secant rule instead (no calls); once that model has converged,
-/// the run continues on five-point central differences (4n calls) until it converges again, which
+/// the run continues on central differences (2n calls) until it converges again, which
 /// removes the bias forward differences leave on ill-conditioned fits. Each step solves
 /// min |J p + r|^2 + lambda |D p|^2 (D the largest column norms of J seen so far) by Householder
 /// QR, so the condition number is never squared; lambda follows Nielsen's rule. Stops with
