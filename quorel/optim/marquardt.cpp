@@ -73,12 +73,12 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
   std::copy(Pars.begin(), Pars.end(), x.begin());
   std::fill(d.begin(), d.end(), 0.0);
 
-  // Gradient and Hessian at x: from the gradient procedure (Hessian by central differences of
-  // it), else Richardson for the gradient and second differences for the Hessian.
-  const auto derivatives = [&] {
+  // Gradient and Hessian at x (where f = fx): from the gradient procedure (Hessian by central
+  // differences of it), else second differences with the gradient refined by one Richardson step.
+  const auto derivatives = [&](double fx) {
     if (!Grad) {
-      NumericGradHess(Fun, x, Consts, ObjConst, *gStore, *hStore);
-      NumericGradRichardson(Fun, x, Consts, ObjConst, *gStore);
+      gStore->Size(ni, false);
+      detail::GradHess(Fun, x, Consts, ObjConst, fx, true, gStore->Values(), hStore->Values());
       return;
     }
     const auto gradient = [&](TVec& out) {
@@ -106,7 +106,7 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
     FMin = f;
     return 0;
   }
-  derivatives();
+  derivatives(f);
   TDamping damping;
   std::int64_t count = 0;
   log.Line(count, f, damping.Lambda);
@@ -137,7 +137,7 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
         std::copy(xt.begin(), xt.end(), x.begin());
         f = ft;
         if (smallStep) StopReason = OptResSmallStep;
-        else derivatives();
+        else derivatives(f);
       } else if (detail::SmallMove(x, xt, Tol)) {
         StopReason = OptResSmallStep;  // even a rejected step is below the tolerance: nothing left to gain
       }
