@@ -151,7 +151,9 @@ void TPiecePoly::Derivative(TPiecePoly& dst) const {
 }
 
 // --- interpolants ------------------------------------------------------------------------------------
-double* TPiecePoly::Prepare(const TVec& x, std::int32_t cols) {
+double* TPiecePoly::Prepare(const TVec& x, const TVec*& y, TVec& copy, std::int32_t cols) {
+  // y may be these very breaks: keep a copy before they change.
+  if (y == &fBreaks) copy.Copy(*y), y = &copy;
   if (&x != &fBreaks) fBreaks.Copy(x);
   fCoeffs.Size(x.Length() - 1, cols, false);
   return Ptr<double>(fCoeffs);
@@ -160,11 +162,9 @@ double* TPiecePoly::Prepare(const TVec& x, std::int32_t cols) {
 void Linear1D(const TVec& x, const TVec& y, TPiecePoly& pp) {
   CheckKnots("Linear1D", x, y);
   const std::int32_t n = x.Length();
-  // y may be pp's own breaks: keep a copy before they change.
   TWorkVec ys;
   const TVec* yv = &y;
-  if (&y == &pp.fBreaks) ys->Copy(y), yv = ys.get();
-  double* c = pp.Prepare(x, 2);
+  double* c = pp.Prepare(x, yv, *ys, 2);
   const double* px = Ptr<double>(pp.fBreaks);
   const double* py = Ptr<double>(*yv);
   for (std::int32_t i = 0; i + 1 < n; ++i) {
@@ -178,8 +178,7 @@ void Spline1D(const TVec& x, const TVec& y, TPiecePoly& pp, TSplineEnd end) {
   const std::int32_t n = x.Length();
   TWorkVec ys;
   const TVec* yv = &y;
-  if (&y == &pp.fBreaks) ys->Copy(y), yv = ys.get();
-  double* c = pp.Prepare(x, 4);
+  double* c = pp.Prepare(x, yv, *ys, 4);
   const double* px = Ptr<double>(pp.fBreaks);
   const double* py = Ptr<double>(*yv);
   // Slopes at the knots: row i's column 2 holds d[i], dLast the last knot's.

@@ -49,8 +49,9 @@ class TPiecePoly {
   /// (See Linear1D.)
   friend void Spline1D(const TVec& x, const TVec& y, TPiecePoly& pp, TSplineEnd end);
   /// Breaks := x (already checked) and Coeffs sized to Length(x) - 1 rows of `cols`; returns the
-  /// coefficient rows, stride `cols`.
-  double* Prepare(const TVec& x, std::int32_t cols);
+  /// coefficient rows, stride `cols`. A data vector y that is these breaks is first copied to
+  /// `copy` and y pointed there.
+  double* Prepare(const TVec& x, const TVec*& y, TVec& copy, std::int32_t cols);
 
   TVec fBreaks;
   TMtx fCoeffs;
