@@ -51,8 +51,8 @@ class TDescent final : public detail::TLineFunction {
   }
 
   /// Line search along d; on success the trial point holds the new point. False: no decrease.
-  bool Search(double alpha1, double c2) {
-    const detail::TLineResult r = detail::WolfeSearch(*this, f, detail::Dot(g, d), alpha1, 1e-4, c2, kMaxLineEvals);
+  bool Search(double alpha1, const detail::TWolfeRule& rule) {
+    const detail::TLineResult r = detail::WolfeSearch(*this, f, detail::Dot(g, d), alpha1, rule, kMaxLineEvals);
     if (r.Alpha == 0) return false;
     if (!r.Wolfe) {
       Value(r.Alpha);
@@ -90,7 +90,7 @@ class TDescent final : public detail::TLineFunction {
 // Direction rules: Init sets the first direction, Update the next one after a step from
 // (x_old, g_old) to the trial point; both may read the descent state.
 struct TQuasiNewton {
-  TQuasiNewton(std::size_t n, bool dfp) : n(n), dfp(dfp) {
+  TQuasiNewton(std::size_t n, bool dfp) : n(n), dfp(dfp), scaled(!dfp) {
     h->Size(static_cast<std::int32_t>(n), static_cast<std::int32_t>(n), false);
     SetVecSize(static_cast<std::int32_t>(n), false, {sStore.get(), yStore.get(), hyStore.get()});
     H = h->Values(), s = sStore->Values(), y = yStore->Values(), hy = hyStore->Values();
@@ -98,7 +98,7 @@ struct TQuasiNewton {
   void Reset() {
     std::fill(H.begin(), H.end(), 0.0);
     for (std::size_t i = 0; i < n; ++i) H[i * n + i] = 1;
-    scaled = false;
+    scaled = !dfp;
   }
   void Direction(TDescent& st) {
     for (std::size_t i = 0; i < n; ++i) st.d[i] = -detail::Dot(H.subspan(i * n, n), st.g);
@@ -109,7 +109,10 @@ struct TQuasiNewton {
     const double sy = detail::Dot(s, y), yy = detail::Dot(y, y);
     if (!(sy > 1e-12 * std::sqrt(detail::Dot(s, s) * yy))) return;  // no curvature information
     if (!scaled) {
-      // The first update starts from H = (s'y / y'y) I.
+      // DFP's first update starts from H = (s'y / y'y) I: DFP corrects a badly scaled H slowly.
+      // BFGS corrects it fast, and on the unscaled identity its steps along weakly curved
+      // directions are not cut to the strongest curvature seen first (fewer evaluations on the
+      // classic problems).
       for (double& v : H) v *= sy / yy;
       scaled = true;
     }
@@ -124,7 +127,7 @@ struct TQuasiNewton {
   }
   std::size_t n;
   bool dfp;
-  bool scaled = false;
+  bool scaled;
   TWorkMtx h;
   TWorkVec sStore, yStore, hyStore;
   std::span<double> H, s, y, hy;
@@ -162,10 +165,17 @@ struct TConjugate {
   double betaNext = 0;
 };
 
+// How a method searches along its directions: `first` on the first step (from the steepest
+// descent direction, with nothing known about the scale), `later` after it.
+struct TSearchPlan {
+  detail::TWolfeRule First, Later;
+  bool GuessEveryStep;  // the trial step from the previous decrease on every step, not only the first
+};
+
 // The shared loop. Rule provides Reset, Direction (steepest or model direction from g) and Update.
 template <class Rule>
 std::int32_t Descend(Rule& rule, TDescent& st, std::span<double> pars, double& fmin, TOptStopReason& reason,
-                     std::int32_t maxIter, double tol, double gradTol, detail::TOptLog& log, double c2, bool conjugate) {
+                     std::int32_t maxIter, double tol, double gradTol, detail::TOptLog& log, const TSearchPlan& plan) {
   reason = OptResNotFound;
   const bool started = st.Start();
   if (pars.empty()) reason = OptResZeroStep;  // nothing to vary: the value at the empty point
@@ -190,11 +200,11 @@ std::int32_t Descend(Rule& rule, TDescent& st, std::span<double> pars, double& f
       slope = detail::Dot(st.g, st.d);
     }
     double alpha1 = 1;
-    if (count == 0 || conjugate) {
+    if (count == 0 || plan.GuessEveryStep) {
       const double guess = 2.02 * (st.f - fPrev) / slope;
       alpha1 = guess > 0 && guess < 1 ? guess : 1;
     }
-    if (!st.Search(alpha1, c2)) {
+    if (!st.Search(alpha1, count == 0 ? plan.First : plan.Later)) {
       // No decrease along the model direction: retry once along -g, then give up.
       bool steepest = true;
       for (std::size_t i = 0; i < st.d.size() && steepest; ++i) steepest = st.d[i] == -st.g[i];
@@ -234,8 +244,20 @@ std::int32_t BFGS(const TRealFunction& Fun, const TGradProc& Grad, std::span<dou
   detail::TOptLog log(Verbose, Tol, "BFGS");
   TDescent st(Fun, Grad, Pars, Consts, ObjConst);
   TQuasiNewton rule(Pars.size(), Method == optDFP);
-  // DFP corrects a poor inverse Hessian slowly unless the line search is close to exact.
-  return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, Method == optDFP ? 0.1 : 0.9, false);
+  // BFGS keeps s'y > 0 under the weak Wolfe conditions, so a long step that overshoots the minimum
+  // along d is taken, not zoomed back; its first step, from H = I, must still get past the
+  // steepest part of the line (c2 = 0.1). DFP corrects a poor inverse Hessian slowly unless the
+  // line search is close to exact. A rejected unit step is followed by a backtrack that the
+  // three-point cubic models better than the quadratic.
+  TSearchPlan plan;
+  if (Method == optDFP) {
+    plan.First = plan.Later = detail::TWolfeRule{1e-4, 0.1, true, true};
+  } else {
+    plan.First = detail::TWolfeRule{1e-4, 0.1, false, true};
+    plan.Later = detail::TWolfeRule{1e-4, 0.9, false, true};
+  }
+  plan.GuessEveryStep = false;
+  return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, plan);
 }
 
 std::int32_t ConjGrad(const TRealFunction& Fun, const TGradProc& Grad, std::span<double> Pars, std::span<const double> Consts,
@@ -246,8 +268,11 @@ std::int32_t ConjGrad(const TRealFunction& Fun, const TGradProc& Grad, std::span
   detail::TOptLog log(Verbose, Tol, "ConjGrad");
   TDescent st(Fun, Grad, Pars, Consts, ObjConst);
   TConjugate rule(Pars.size(), Method == optConjGradFR);
-  // c2 = 0.1: Fletcher–Reeves needs c2 < 1/2 to keep every direction a descent direction.
-  return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, 0.1, true);
+  // Strong Wolfe with c2 = 0.1: Fletcher–Reeves needs c2 < 1/2 to keep every direction a descent
+  // direction. The trial steps are guesses from the previous decrease; there the plain quadratic
+  // backtrack measured better than the cubic.
+  const detail::TWolfeRule wolfe{1e-4, 0.1, true, false};
+  return Descend(rule, st, Pars, FMin, StopReason, MaxIter, Tol, GradTol, log, TSearchPlan{wolfe, wolfe, true});
 }
 
 }  // namespace quorel

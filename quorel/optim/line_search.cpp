@@ -14,10 +14,11 @@ struct TPoint {
   double A, F, D;  // step, value, slope
 };
 
-// Minimiser of the cubic matching values and slopes at lo and hi (of the quadratic matching lo's
-// value and slope and hi's value when hi has no slope), kept 10 % inside the interval; the
-// midpoint when neither model has a usable minimum.
-double Interpolate(const TPoint& lo, const TPoint& hi) {
+// Minimiser of the cubic matching values and slopes at lo and hi (when hi has no slope: of the
+// cubic matching lo's value and slope and the values at hi and `older`, or of the quadratic
+// matching lo's value and slope and hi's value), kept 10 % inside the interval; the midpoint when
+// the model has no usable minimum.
+double Interpolate(const TPoint& lo, const TPoint& hi, const TPoint* older) {
   const double left = std::min(lo.A, hi.A), right = std::max(lo.A, hi.A), width = right - left;
   const double mid = (lo.A + hi.A) / 2;
   if (!std::isfinite(hi.F)) return mid;
@@ -28,6 +29,20 @@ double Interpolate(const TPoint& lo, const TPoint& hi) {
     if (!(disc >= 0)) return mid;
     const double d2 = std::copysign(std::sqrt(disc), hi.A - lo.A);
     a = hi.A - (hi.A - lo.A) * (hi.D + d2 - d1) / (hi.D - lo.D + 2 * d2);
+  } else if (older) {
+    // phi(lo + t) = F + D t + b t^2 + c t^3 through the two rejected points.
+    const double t1 = hi.A - lo.A, t2 = older->A - lo.A;
+    const double r1 = hi.F - lo.F - lo.D * t1, r2 = older->F - lo.F - lo.D * t2;
+    const double det = t1 * t1 * t2 * t2 * (t1 - t2);
+    const double c = (t2 * t2 * r1 - t1 * t1 * r2) / det, b = (t1 * t1 * t1 * r2 - t2 * t2 * t2 * r1) / det;
+    const double disc = b * b - 3 * c * lo.D;
+    if (c == 0) {
+      if (!(b > 0)) return mid;
+      a = lo.A - lo.D / (2 * b);
+    } else {
+      if (!(disc >= 0)) return mid;
+      a = lo.A + (-b + std::sqrt(disc)) / (3 * c);
+    }
   } else {
     const double da = hi.A - lo.A, curvature = hi.F - lo.F - lo.D * da;
     if (!(curvature > 0)) return mid;
@@ -39,10 +54,12 @@ double Interpolate(const TPoint& lo, const TPoint& hi) {
 
 }  // namespace
 
-TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alpha1, double c1, double c2, int maxEvals) {
+TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alpha1, const TWolfeRule& rule, int maxEvals) {
   TLineResult result;
-  const auto decreaseOk = [&](const TPoint& p) { return p.F <= f0 + c1 * p.A * slope0; };
-  const auto curvatureOk = [&](const TPoint& p) { return std::abs(p.D) <= -c2 * slope0; };
+  const auto decreaseOk = [&](const TPoint& p) { return p.F <= f0 + rule.C1 * p.A * slope0; };
+  const auto curvatureOk = [&](const TPoint& p) {
+    return rule.Strong ? std::abs(p.D) <= -rule.C2 * slope0 : p.D >= rule.C2 * slope0;
+  };
   const auto accept = [&](const TPoint& p) {
     result.Wolfe = true;
     result.Alpha = p.A;
@@ -66,11 +83,16 @@ TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alp
 
   // Zoom between lo (sufficient decrease, lowest so far) and hi.
   const auto zoom = [&](TPoint lo, TPoint hi) {
+    TPoint older{};
+    bool haveOlder = false;  // older: the rejected point hi replaced, lo unchanged since
     while (evals < maxEvals && std::abs(hi.A - lo.A) > 1e-16 * std::max(lo.A, hi.A)) {
-      TPoint p = eval(Interpolate(lo, hi));
+      TPoint p = eval(Interpolate(lo, hi, haveOlder ? &older : nullptr));
       if (!decreaseOk(p) || p.F >= lo.F) {
+        haveOlder = rule.CubicBacktrack && std::isnan(hi.D) && std::isfinite(hi.F) && std::isfinite(p.F);
+        older = hi;
         hi = p;
       } else {
+        haveOlder = false;
         p.D = phi.Slope();
         if (curvatureOk(p)) return accept(p);
         if (p.D * (hi.A - lo.A) >= 0) hi = lo;

@@ -84,7 +84,8 @@ std::int32_t MinBrent(const TRealFunction& Fun, double Lo, double Hi, std::span<
                       std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,
                       double Tol, TStringList* Verbose);
 
-/// Quasi-Newton minimisation with a strong-Wolfe line search; Method is optBFGS or optDFP.
+/// Quasi-Newton minimisation with a Wolfe line search (weak conditions for BFGS, strong for DFP);
+/// Method is optBFGS or optDFP.
 /// Grad may be empty: forward differences then give the gradient (n evaluations each).
 /// Stops with OptResSmallGrad when max |g_i| <= GradTol, OptResSmallStep when no coordinate moves
 /// by more than Tol (|x_i| + Tol), OptResConverged when f drops by less than Tol (|f| + Tol)
@@ -111,8 +112,9 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
                        double Tol, double GradTol, TStringList* Verbose);
 
 /// Levenberg–Marquardt for least squares: minimises the sum of squares of the M residuals written
-/// by Fun. The Jacobian comes from forward differences (n calls); once that model has converged,
-/// the run continues on five-point central differences (4n calls) until it converges again, which
+/// by Fun. The Jacobian comes from forward differences (n calls), between which up to two steps
+/// that gained well update it by Broyden's secant rule instead (no calls); once that model has converged,
+/// the run continues on central differences (2n calls) until it converges again, which
 /// removes the bias forward differences leave on ill-conditioned fits. Each step solves
 /// min |J p + r|^2 + lambda |D p|^2 (D the largest column norms of J seen so far) by Householder
 /// QR, so the condition number is never squared; lambda follows Nielsen's rule. Stops with

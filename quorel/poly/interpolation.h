@@ -49,6 +49,15 @@ class TPiecePoly {
   void Derivative(TPiecePoly& dst) const;
 
  private:
+  /// The builders below write straight into the result's storage (no work copies of its size).
+  friend void Linear1D(const TVec& x, const TVec& y, TPiecePoly& pp);
+  /// (See Linear1D.)
+  friend void Spline1D(const TVec& x, const TVec& y, TPiecePoly& pp, TSplineEnd end);
+  /// Breaks := x (already checked) and Coeffs sized to Length(x) - 1 rows of `cols`; returns the
+  /// coefficient rows, stride `cols`. A data vector y that is these breaks is first copied to
+  /// `copy` and y pointed there.
+  double* Prepare(const TVec& x, const TVec*& y, TVec& copy, std::int32_t cols);
+
   TVec fBreaks;
   TMtx fCoeffs;
 };

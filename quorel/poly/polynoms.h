@@ -64,14 +64,16 @@ double PolyFit(const TVec& x, const TVec& y, std::int32_t order, TVec& coeff, co
 /// R = B. A[0] = 0 raises EQuorelInvalidArgument "DeConv: A[0] = 0"; an empty A or B raises
 /// "DeConv: empty polynomial".
 void DeConv(const TVec& b, const TVec& a, TVec& q, TVec& r);
-/// Partial fractions of B(s)/A(s) = sum r[i] / (s - p[i]) + K(s) for simple poles: P := the
-/// roots of A (complex), R := B(p)/A'(p) (complex), K := the quotient of B by A (empty when
-/// Length(B) < Length(A)). Poles must be distinct: repeated roots of A (closer than
-/// 1e-6 relative to their size) raise EQuorelInvalidArgument "ResExtract: repeated poles".
+/// Partial fractions of B(s)/A(s) = sum_i sum_{j=1..m_i} r_ij / (s - p_i)^j + K(s): P := the roots
+/// of A (complex), R := the residues (complex), K := the quotient of B by A (empty when Length(B) <
+/// Length(A)). Roots closer than 1e-3 relative to their size (at least 1) are one pole of
+/// multiplicity m, placed at their mean: it appears m times in a row in P, and the matching entries
+/// of R hold r_i1, r_i2, ..., r_im (increasing powers). A simple pole's residue is B(p)/A'(p).
 void ResExtract(const TVec& b, const TVec& a, TVec& r, TVec& p, TVec& k);
-/// The inverse of ResExtract: B, A := the rational function sum r[i]/(s - p[i]) + K(s), with A
-/// monic. Both come out real when their imaginary parts are below 1e-10 times their size (poles
-/// and residues in conjugate pairs), complex otherwise.
+/// The inverse of ResExtract: B, A := the rational function sum r[i]/(s - p[i])^j + K(s), with A
+/// monic, where a run of equal entries of P is one pole and j counts along the run (1, 2, ...).
+/// Both come out real when their imaginary parts are below 1e-10 times their size (poles and
+/// residues in conjugate pairs), complex otherwise.
 void ResCompose(const TVec& r, const TVec& p, const TVec& k, TVec& b, TVec& a);
 
 // --- IIR filtering -----------------------------------------------------------------------------------

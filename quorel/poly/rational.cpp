@@ -101,9 +101,35 @@ void DeConv(const TVec& b, const TVec& a, TVec& q, TVec& r) {
   r.Copy(*num);
 }
 
+namespace {
+// Poles closer than this, relative to their size (at least 1), are one repeated pole: the
+// eigenvalues of a root of multiplicity m spread by about eps^(1/m) around it.
+constexpr double kPoleGroupTol = 1e-3;
+
+// c (n coefficients, descending) := its Taylor coefficients at x: c[n-1-k] = c^(k)(x) / k!, k < n,
+// by repeated synthetic division. Written into t[0, m) for k < m.
+void TaylorAt(TCplx* c, std::int32_t n, TCplx x, TCplx* t, std::int32_t m) {
+  for (std::int32_t k = 0; k < m; ++k) {
+    const std::int32_t len = n - k;
+    if (len <= 0) {
+      t[k] = {0, 0};
+      continue;
+    }
+    for (std::int32_t i = 1; i < len; ++i) c[i] = CAdd(c[i], CMul(x, c[i - 1]));
+    t[k] = c[len - 1];
+  }
+}
+
+// c (length n + 1 after the call) := c (length n) times (s - x).
+void MulLinear(TCplx* c, std::int32_t n, TCplx x) {
+  c[n] = {0, 0};
+  for (std::int32_t i = n; i > 0; --i) c[i] = CSub(c[i], CMul(x, c[i - 1]));
+}
+}  // namespace
+
 void ResExtract(const TVec& b, const TVec& a, TVec& r, TVec& p, TVec& k) {
   Require(b.Length() > 0 && a.Length() > 0, "ResExtract: empty polynomial");
-  TWorkVec ta, tb, poles, num, den, quo, da;
+  TWorkVec ta, tb, poles, num, den, quo, groups;
   // Leading zeros of A would hide its degree; those of B do not matter.
   StripLeadZeros(a, *ta);
   Require(ta->Length() > 0, "ResExtract: A = 0");
@@ -126,22 +152,52 @@ void ResExtract(const TVec& b, const TVec& a, TVec& r, TVec& p, TVec& k) {
   }
   AllRoots(*den, *poles);
   const std::int32_t np = poles->Length();
-  const TCplx* pp = Ptr<TCplx>(*poles);
-  for (std::int32_t i = 0; i < np; ++i)
-    for (std::int32_t j = i + 1; j < np; ++j) {
-      const double scale = std::max(1.0, std::max(Abs(pp[i]), Abs(pp[j])));
-      Require(Abs(Sub(pp[i], pp[j])) > 1e-6 * scale, "ResExtract: repeated poles");
-    }
-  // A'(s) in descending powers.
-  da->Size(std::max(na - 1, 1), true);
-  TCplx* pd = Ptr<TCplx>(*da);
-  const TCplx* pa = Ptr<TCplx>(*den);
-  pd[0] = {0, 0};
-  for (std::int32_t j = 0; j < na - 1; ++j) pd[j] = CMul(pa[j], double(na - 1 - j));
-  TWorkVec res;
+  TCplx* pp = Ptr<TCplx>(*poles);
+
+  // Group the roots: each group's members move next to each other and take the group's mean
+  // (the mean of a perturbed multiple root is far more accurate than any member). groups[i] is
+  // the multiplicity at the first entry of a group.
+  groups->Size(np, false);
+  double* mult = Ptr<double>(*groups);
+  for (std::int32_t i = 0; i < np;) {
+    std::int32_t end = i + 1;
+    for (std::int32_t j = i + 1; j < np; ++j)
+      if (Abs(Sub(pp[j], pp[i])) <= kPoleGroupTol * std::max(1.0, Abs(pp[i]))) std::swap(pp[j], pp[end++]);
+    TCplx mean{0, 0};
+    for (std::int32_t j = i; j < end; ++j) mean = CAdd(mean, pp[j]);
+    mean = CMul(mean, 1.0 / (end - i));
+    for (std::int32_t j = i; j < end; ++j) pp[j] = mean, mult[j] = 0;
+    mult[i] = end - i;
+    i = end;
+  }
+
+  // At a pole x of multiplicity m, A = (s - x)^m Q and G = B / Q: the coefficient of
+  // 1/(s - x)^j is G^(m-j)(x) / (m-j)!, from the Taylor series of B and Q at x.
+  TWorkVec res, qs, bs, series;
   res->Size(np, true);
-  for (std::int32_t i = 0; i < np; ++i)
-    *res->PCValues(i) = CDiv(Horner(pp[i], Ptr<TCplx>(*num), nb), Horner(pp[i], pd, na - 1));
+  qs->Size(na, true);
+  bs->Size(nb, true);
+  series->Size(3 * std::max(np, 1), true);
+  TCplx* pr = Ptr<TCplx>(*res);
+  TCplx *q = Ptr<TCplx>(*qs), *bc = Ptr<TCplx>(*bs), *tq = Ptr<TCplx>(*series), *tbs = tq + np, *g = tbs + np;
+  for (std::int32_t i = 0; i < np; i += static_cast<std::int32_t>(mult[i])) {
+    const auto m = static_cast<std::int32_t>(mult[i]);
+    const TCplx x = pp[i];
+    std::int32_t nq = 1;
+    q[0] = *den->PCValues(0);
+    for (std::int32_t j = 0; j < np; j += static_cast<std::int32_t>(mult[j]))
+      if (j != i)
+        for (std::int32_t e = 0; e < static_cast<std::int32_t>(mult[j]); ++e) MulLinear(q, nq++, pp[j]);
+    std::copy(Ptr<TCplx>(*num), Ptr<TCplx>(*num) + nb, bc);
+    TaylorAt(q, nq, x, tq, m);
+    TaylorAt(bc, nb, x, tbs, m);
+    for (std::int32_t e = 0; e < m; ++e) {  // g = tb / tq as power series
+      TCplx acc = tbs[e];
+      for (std::int32_t f = 1; f <= e; ++f) acc = CSub(acc, CMul(tq[f], g[e - f]));
+      g[e] = CDiv(acc, tq[0]);
+    }
+    for (std::int32_t j = 1; j <= m; ++j) pr[i + j - 1] = g[m - j];
+  }
   r.Copy(*res);
   p.Copy(*poles);
   if (quo->Length() > 0 && !a.Complex() && !b.Complex()) CopyMaybeReal(*quo, k, 0);
@@ -151,30 +207,35 @@ void ResExtract(const TVec& b, const TVec& a, TVec& r, TVec& p, TVec& k) {
 void ResCompose(const TVec& r, const TVec& p, const TVec& k, TVec& b, TVec& a) {
   Require(r.Length() == p.Length(), "ResCompose: R.Length <> P.Length");
   const std::int32_t np = p.Length();
-  TWorkVec cp, cr, den, part, num, tmp;
+  TWorkVec cp, cr, den, num, tmp, quo;
   ToComplex(p, *cp);
   ToComplex(r, *cr);
   PolyCoeff(*cp, *den);  // monic, degree np
-  // Numerator: sum r_i prod_{j != i} (s - p_j) + K(s) A(s).
+  // Numerator: sum over the terms r / (s - x)^j of r A(s) / (s - x)^j, plus K(s) A(s).
   const std::int32_t nk = k.Length();
   const std::int32_t nn = std::max(np, np + nk);  // length of the numerator
   num->Size(nn, true);
+  quo->Size(np + 1, true);
   TCplx* pn = Ptr<TCplx>(*num);
+  TCplx* pq = Ptr<TCplx>(*quo);
+  const TCplx* pa = Ptr<TCplx>(*den);
+  const TCplx* ppole = Ptr<TCplx>(*cp);
+  const TCplx* pres = Ptr<TCplx>(*cr);
   std::fill(pn, pn + nn, TCplx{0, 0});
-  for (std::int32_t i = 0; i < np; ++i) {
-    // prod_{j != i} (s - p_j) = A(s) / (s - p_i) by synthetic division.
-    const TCplx* pa = Ptr<TCplx>(*den);
-    const TCplx pi = *cp->PCValues(i), ri = *cr->PCValues(i);
-    TCplx acc{0, 0};
-    for (std::int32_t j = 0; j < np; ++j) {
-      acc = CAdd(CMul(acc, pi), pa[j]);
-      pn[nn - np + j] = CAdd(pn[nn - np + j], CMul(ri, acc));
+  for (std::int32_t i = 0; i < np;) {
+    // A run of equal entries is one pole; its j-th entry carries the term of power j.
+    const TCplx x = ppole[i];
+    std::copy(pa, pa + np + 1, pq);
+    std::int32_t len = np + 1;
+    for (std::int32_t j = i; j < np && ppole[j].Re == x.Re && ppole[j].Im == x.Im; ++j, ++i) {
+      for (std::int32_t e = 1; e < len; ++e) pq[e] = CAdd(pq[e], CMul(x, pq[e - 1]));
+      --len;  // exact division by (s - x): the remainder pq[len] is zero
+      for (std::int32_t e = 0; e < len; ++e) pn[nn - len + e] = CAdd(pn[nn - len + e], CMul(pres[j], pq[e]));
     }
   }
   if (nk > 0) {
     ToComplex(k, *tmp);
     const TCplx* pk = Ptr<TCplx>(*tmp);
-    const TCplx* pa = Ptr<TCplx>(*den);
     for (std::int32_t i = 0; i < nk; ++i)
       for (std::int32_t j = 0; j <= np; ++j) pn[i + j] = CAdd(pn[i + j], CMul(pk[i], pa[j]));
   }

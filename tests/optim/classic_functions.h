@@ -35,35 +35,41 @@ inline std::vector<double> RosenbrockStart(std::size_t n) {
   return x;
 }
 
+/// An objective of the parameters alone.
+template <class F>
+quorel::TRealFunction Of(F f) {
+  return [f](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) -> double { return f(x); };
+}
+
 inline std::vector<TClassic> ClassicProblems() {
   return {
       {"Rosenbrock", Rosenbrock, {-1.2, 1}, {1, 1}, 0},
       {"Powell singular",
-       [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+       Of([](auto x) {
          return std::pow(x[0] + 10 * x[1], 2) + 5 * std::pow(x[2] - x[3], 2) + std::pow(x[1] - 2 * x[2], 4) +
                 10 * std::pow(x[0] - x[3], 4);
-       },
+       }),
        {3, -1, 0, 1}, {0, 0, 0, 0}, 0},
       {"Beale",
-       [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+       Of([](auto x) {
          return std::pow(1.5 - x[0] * (1 - x[1]), 2) + std::pow(2.25 - x[0] * (1 - x[1] * x[1]), 2) +
                 std::pow(2.625 - x[0] * (1 - x[1] * x[1] * x[1]), 2);
-       },
+       }),
        {1, 1}, {3, 0.5}, 0},
       {"Wood",
-       [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+       Of([](auto x) {
          return 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2) + 90 * std::pow(x[3] - x[2] * x[2], 2) +
                 std::pow(1 - x[2], 2) + 10.1 * (std::pow(x[1] - 1, 2) + std::pow(x[3] - 1, 2)) +
                 19.8 * (x[1] - 1) * (x[3] - 1);
-       },
+       }),
        {-3, -1, -3, -1}, {1, 1, 1, 1}, 0},
       // From (0.5, -2) the standard start leads to the local minimum 48.9842... at (11.41..., -0.8968...);
       // the global minimum 0 is at (5, 4). Either is a correct answer of a local method.
       {"Freudenstein-Roth",
-       [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
+       Of([](auto x) {
          return std::pow(-13 + x[0] + ((5 - x[1]) * x[1] - 2) * x[1], 2) +
                 std::pow(-29 + x[0] + ((x[1] + 1) * x[1] - 14) * x[1], 2);
-       },
+       }),
        {0.5, -2}, {}, 48.98425367924},
   };
 }

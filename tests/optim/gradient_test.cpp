@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -75,32 +76,38 @@ TEST(NumericGrad, MatchClosedForms) {
   EXPECT_LT(MaxRelErr(g.Values(), want), kHessianTol);
 }
 
-TEST(GradientMethods, ClassicProblems) {
-  // With an accurate gradient every method reaches the minimum to the gradient tolerance; with the
-  // built-in forward differences the result is as good as their sqrt(eps) accuracy allows.
-  const TGradProc richardson = NumericGradRichardson;
+// Every minimiser from the standard starts. The gradient methods run on an accurate gradient
+// (Richardson) and on their built-in forward differences, whose sqrt(eps) accuracy bounds the result.
+TEST(Minimisers, ClassicProblems) {
+  struct Run { std::string name; std::function<std::int32_t(const TRealFunction&, std::vector<double>&, double&, TOptStopReason&)> run; double fTol; };
+  std::vector<Run> runs{
+      {"Simplex", [](auto& f, auto& p, auto& fmin, auto& r) { return Simplex(f, p, {}, {}, fmin, r, 50000, 1e-10, nullptr); }, 1e-10},
+      {"Marquardt", [](auto& f, auto& p, auto& fmin, auto& r) { return Marquardt(f, nullptr, p, {}, {}, fmin, r, 2000, 1e-12, 1e-10, nullptr); }, 1e-14}};
+  for (TOptMethod m : kGradientMethods)
+    for (bool builtIn : {false, true})
+      runs.push_back({std::string(MethodName(m)) + (builtIn ? "" : "/Rich"),
+                      [m, builtIn](auto& f, auto& p, auto& fmin, auto& r) {
+                        return RunMethod(m, f, builtIn ? TGradProc() : TGradProc(NumericGradRichardson), p, fmin, r, 20000, 0,
+                                         builtIn ? 1e-5 : 1e-8);
+                      },
+                      builtIn ? 1e-7 : 1e-14});
   for (const TClassic& c : ClassicProblems()) {
-    for (TOptMethod m : kGradientMethods) {
-      for (bool builtIn : {false, true}) {
-        long calls = 0;
-        std::vector<double> p = c.Start;
-        double fmin;
-        TOptStopReason reason;
-        const std::int32_t iters = RunMethod(m, Counted(c.Fun, calls), builtIn ? TGradProc() : richardson, p, fmin,
-                                             reason, 20000, 0, builtIn ? 1e-5 : 1e-8);
-        std::printf("%-6s %-18s %-9s %6d iterations %7ld evaluations f = %.3g reason %d\n", MethodName(m), c.Name,
-                    builtIn ? "forward" : "Richardson", iters, calls, fmin, reason);
-        // Powell's function is quartic at its singular minimum: a gradient of 1e-8 leaves f near 1e-11.
-        const double fTol = builtIn ? 1e-7 : std::string(c.Name) == "Powell singular" ? 1e-10 : 1e-14;
-        if (c.Minimiser.empty()) {
-          EXPECT_TRUE(std::abs(fmin) < fTol || std::abs(fmin - c.Minimum) < 1e-7) << c.Name << " " << MethodName(m);
-        } else {
-          EXPECT_LT(fmin, fTol) << c.Name << " " << MethodName(m);
-        }
-        // At the gradient's noise level the run may also end with no descent left (ZeroStep).
-        EXPECT_TRUE(reason == OptResSmallGrad || reason == OptResConverged || reason == OptResZeroStep)
-            << c.Name << " " << MethodName(m);
-      }
+    for (const Run& run : runs) {
+      long calls = 0;
+      std::vector<double> p = c.Start;
+      double fmin;
+      TOptStopReason reason;
+      const std::int32_t iters = run.run(Counted(c.Fun, calls), p, fmin, reason);
+      std::printf("%-9s %-18s %6d iterations %7ld evaluations f = %.3g reason %d\n", run.name.c_str(), c.Name, iters, calls, fmin, reason);
+      // Powell's function is quartic at its singular minimum: a gradient of 1e-8 leaves f near 1e-11.
+      const double fTol = std::string(c.Name) == "Powell singular" ? std::max(run.fTol, 1e-10) : run.fTol;
+      if (c.Minimiser.empty()) EXPECT_TRUE(std::abs(fmin) < fTol || std::abs(fmin - c.Minimum) < 1e-7) << c.Name << " " << run.name;
+      else EXPECT_LT(fmin, fTol) << c.Name << " " << run.name;
+      // At the gradient's noise level a descent run may also end with no descent left (ZeroStep).
+      if (run.name == "Simplex") EXPECT_EQ(reason, OptResConverged) << c.Name;
+      else EXPECT_TRUE(reason == OptResSmallGrad || reason == OptResConverged || reason == OptResZeroStep ||
+                       (reason == OptResSmallStep && run.name == "Marquardt"))
+          << c.Name << " " << run.name << " " << reason;
     }
   }
 }
@@ -136,22 +143,19 @@ TEST(GradientMethods, StopReasonsAndBadInput) {
     EXPECT_EQ(reason, OptResSmallGrad);
 
     std::vector<double> none;
-    RunMethod(m, [](std::span<const double>, std::span<const double>, std::span<TQuorel* const>) { return 2.0; }, nullptr,
-              none, fmin, reason, 100, 1e-8, 1e-8);
+    RunMethod(m, Of([](auto) { return 2.0; }), nullptr, none, fmin, reason, 100, 1e-8, 1e-8);
     EXPECT_EQ(reason, OptResZeroStep);
     EXPECT_EQ(fmin, 2.0);
 
     p = {-1, 1};  // no finite value at the start
-    RunMethod(m, [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) { return std::log(x[0]); },
-              nullptr, p, fmin, reason, 100, 1e-8, 1e-8);
+    RunMethod(m, Of([](auto x) { return std::log(x[0]); }), nullptr, p, fmin, reason, 100, 1e-8, 1e-8);
     EXPECT_EQ(reason, OptResNotFound);
     EXPECT_EQ(p, (std::vector<double>{-1, 1}));
 
     // NaN outside the domain: the line search backs off; log(x) + 1/x has its minimum at 1.
     p = {10};
-    RunMethod(m, [](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) {
-      return x[0] > 0 ? std::log(x[0]) + 1 / x[0] : NAN;
-    }, NumericGradRichardson, p, fmin, reason, 200, 0, 1e-10);
+    RunMethod(m, Of([](auto x) { return x[0] > 0 ? std::log(x[0]) + 1 / x[0] : NAN; }), NumericGradRichardson, p, fmin, reason,
+              200, 0, 1e-10);
     EXPECT_TRUE(reason == OptResSmallGrad || reason == OptResConverged) << MethodName(m);
     EXPECT_NEAR(p[0], 1, 1e-7);
 

@@ -1,57 +1,17 @@
 // Least-squares polynomial fitting: argument checks, weights, and the NIST StRD linear datasets.
-#include <fstream>
-#include <sstream>
-#include <string>
-
+#include "optim/nist_problems.h"
 #include "poly/poly_util.h"
 #include "quorel/poly/polynoms.h"
 
 namespace quorel::test {
 namespace {
 
-struct NistLinear {
-  std::vector<double> certified;  // B0, B1, ... (ascending powers)
-  TVec x, y;
-};
-
-// Certified values are the lines "B<k> value sd"; the data follow the last line naming "Data:",
-// one "y x" pair a line.
-NistLinear ReadNist(const std::string& name) {
-  std::ifstream in(std::string(QUOREL_TEST_DATA_DIR) + "/nist/" + name);
-  EXPECT_TRUE(in.good()) << name;
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(in, line);) lines.push_back(line);
-  NistLinear d;
-  std::size_t dataAt = 0;
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    std::istringstream ls(lines[i]);
-    std::string tag;
-    ls >> tag;
-    if (tag.size() >= 2 && tag[0] == 'B' && std::isdigit(static_cast<unsigned char>(tag[1]))) {
-      double v;
-      if (ls >> v) d.certified.push_back(v);
-    }
-    if (lines[i].find("Data:") != std::string::npos) dataAt = i + 1;
-  }
-  std::vector<double> xs, ys;
-  for (std::size_t i = dataAt; i < lines.size(); ++i) {
-    std::istringstream ls(lines[i]);
-    double yv, xv;
-    if (ls >> yv >> xv) ys.push_back(yv), xs.push_back(xv);
-  }
-  d.x.Size(static_cast<int>(xs.size()), false);
-  d.y.Size(static_cast<int>(ys.size()), false);
-  for (std::size_t i = 0; i < xs.size(); ++i) *d.x.PValues(int(i)) = xs[i], *d.y.PValues(int(i)) = ys[i];
-  return d;
-}
-
 // Fewest correct significant digits over the coefficients (16 when exact).
 double Digits(const TVec& coeff, const std::vector<double>& certified) {
   const int n = static_cast<int>(certified.size());
   double digits = 16;
   for (int k = 0; k < n; ++k) {
-    const double got = *coeff.PValues(n - 1 - k);  // descending powers
-    const double err = std::fabs(got - certified[k]) / std::fabs(certified[k]);
+    const double err = std::fabs(*coeff.PValues(n - 1 - k) - certified[k]) / std::fabs(certified[k]);  // descending
     digits = std::min(digits, err == 0 ? 16.0 : -std::log10(err));
   }
   return digits;
@@ -61,13 +21,16 @@ double Digits(const TVec& coeff, const std::vector<double>& certified) {
 // constant terms are tiny beside the largest y, so any backward-stable fit loses digits there.
 TEST(PolyFit, NistLinearDatasetsReachCertifiedValues) {
   struct Case { const char* file; double minDigits; };
-  for (const Case& c : {Case{"Norris.dat", 12}, Case{"Wampler1.dat", 8.5}, Case{"Wampler4.dat", 8.5}, Case{"Filip.dat", 12}}) {
-    NistLinear d = ReadNist(c.file);
-    ASSERT_GT(d.x.Length(), 0) << c.file;
-    TVec coeff;
-    PolyFit(d.x, d.y, static_cast<int>(d.certified.size()) - 1, coeff);
-    ASSERT_EQ(coeff.Length(), static_cast<int>(d.certified.size()));
-    const double digits = Digits(coeff, d.certified);
+  for (const Case& c : {Case{"Norris", 12}, Case{"Wampler1", 8.5}, Case{"Wampler4", 8.5}, Case{"Filip", 12}}) {
+    const optim_test::TNistProblem d = optim_test::ReadNist(QUOREL_TEST_DATA_DIR "/nist", c.file);
+    TVec x, y, coeff;
+    x.Size(static_cast<int>(d.X.size()), false);
+    y.Size(static_cast<int>(d.Y.size()), false);
+    std::copy(d.X.begin(), d.X.end(), x.Values().begin());
+    std::copy(d.Y.begin(), d.Y.end(), y.Values().begin());
+    PolyFit(x, y, static_cast<int>(d.Certified.size()) - 1, coeff);
+    ASSERT_EQ(coeff.Length(), static_cast<int>(d.Certified.size()));
+    const double digits = Digits(coeff, d.Certified);
     std::printf("  %-13s %.1f significant digits\n", c.file, digits);
     EXPECT_GE(digits, c.minDigits) << c.file;
   }

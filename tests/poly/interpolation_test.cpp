@@ -34,6 +34,19 @@ TEST(Spline1D, NotAKnotReproducesCubicsWithDerivatives) {
   // Derivative in place: the third derivative of the cubic is the constant 3.
   d2.Derivative(d2);
   EXPECT_NEAR(d2.Evaluate(0.7), 3, 100 * kClose);
+
+  // The builders write into the result: a rebuild over the result's own breaks (as data) and an
+  // evaluation in place stay right. y = x is the line through the knots.
+  Spline1D(pp.Breaks(), pp.Breaks(), pp, seNatural);
+  Linear1D(x, pp.Breaks(), d1);
+  pp.Evaluate(xi, yi);
+  d1.Evaluate(xi, di);
+  xi.Copy(yi);
+  pp.Evaluate(xi, xi);
+  for (int i = 0; i < xi.Length(); ++i) {
+    EXPECT_NEAR(*yi.PValues(i), *di.PValues(i), 10 * kClose * (1 + std::fabs(*di.PValues(i))));
+    EXPECT_NEAR(*xi.PValues(i), *yi.PValues(i), 10 * kClose * (1 + std::fabs(*yi.PValues(i))));
+  }
 }
 
 TEST(Spline1D, ClosedFormsOfSmallSplines) {

@@ -1,6 +1,7 @@
 #pragma once
-// Line search for the gradient methods: finds a step satisfying the strong Wolfe conditions
-//   phi(a) <= phi(0) + c1 a phi'(0)  and  |phi'(a)| <= c2 |phi'(0)|
+// Line search for the gradient methods: finds a step satisfying the Wolfe conditions
+//   phi(a) <= phi(0) + c1 a phi'(0)  and  |phi'(a)| <= c2 |phi'(0)|   (strong)
+//                                     or   phi'(a) >= c2 phi'(0)       (weak)
 // by bracketing and zooming with safeguarded cubic interpolation (Nocedal and Wright, Alg. 3.5/3.6).
 
 namespace quorel::detail {
@@ -24,7 +25,17 @@ struct TLineResult {
   double F = 0;
 };
 
+/// The acceptance rule of one search.
+struct TWolfeRule {
+  double C1 = 1e-4;  // sufficient decrease
+  double C2 = 0.9;   // curvature
+  bool Strong = true;
+  // After two rejected trials, model phi by the cubic through phi(lo), phi'(lo) and both rejected
+  // values instead of the quadratic through the latest one.
+  bool CubicBacktrack = false;
+};
+
 /// Searches from the trial step `alpha1` (> 0) with at most `maxEvals` evaluations.
-TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alpha1, double c1, double c2, int maxEvals);
+TLineResult WolfeSearch(TLineFunction& phi, double f0, double slope0, double alpha1, const TWolfeRule& rule, int maxEvals);
 
 }  // namespace quorel::detail
