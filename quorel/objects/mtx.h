@@ -126,7 +126,7 @@ class TMtx final : public TDenseOf<TMtx> {
   TCplx& atc(std::int32_t i, std::int32_t j) { return *PCValues(i, CheckedCol(i, j, true)); }
   /// Complex element (i, j) of a const matrix, checked alike.
   const TCplx& atc(std::int32_t i, std::int32_t j) const { return *PCValues(i, CheckedCol(i, j, true)); }
-  /// The real elements of the current range row after row, for range-for and <algorithm>; a
+  /// The real elements of the current range row after row, for range-for and standard algorithms; a
   /// complex matrix raises EQuorelInvalidArgument here (iterate CValues() instead).
   double* begin() { return RealRangeStart("TMtx.begin"); }
   /// Same, read-only.

@@ -212,7 +212,7 @@ class TVec final : public TDenseOf<TVec> {
   TCplx& atc(std::int32_t i) { return *PCValues1D(CheckedIndex(i, true)); }
   /// Complex element i of a const vector, checked alike.
   const TCplx& atc(std::int32_t i) const { return *PCValues1D(CheckedIndex(i, true)); }
-  /// The real elements of the current range, for range-for and <algorithm>; a complex vector
+  /// The real elements of the current range, for range-for and standard algorithms; a complex vector
   /// raises EQuorelInvalidArgument here (iterate CValues() instead).
   double* begin() { return RealRangeStart("TVec.begin"); }
   /// Same, read-only.
