@@ -305,6 +305,10 @@ constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
                                   : F == kExp2  ? detail::TFastFn::Exp2
                                   : F == kExp10 ? detail::TFastFn::Exp10
                                   : F == kSinh  ? detail::TFastFn::Sinh
+                                  : F == kSin   ? detail::TFastFn::Sin
+                                  : F == kCos   ? detail::TFastFn::Cos
+                                  : F == kTanh  ? detail::TFastFn::Tanh
+                                  : F == kATan  ? detail::TFastFn::ATan
                                                 : detail::TFastFn::Cosh;
 
 template <Fn1 F>
@@ -513,17 +517,17 @@ bool SetKernelIsa(TKernelIsa isa) {
   return true;
 }
 
-void Sin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kSin>>(x, r, n); }
-void Cos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kCos>>(x, r, n); }
+void Sin(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSin>>(x, r, n); }
+void Cos(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCos>>(x, r, n); }
 void Tan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTan>>(x, r, n); }
 void SinCos(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinCosOp>(x, s, c, n); }
 void ArcSin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kASin>>(x, r, n); }
 void ArcCos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kACos>>(x, r, n); }
-void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kATan>>(x, r, n); }
+void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kATan>>(x, r, n); }
 void ArcTan2(const double* y, const double* x, double* r, ptrdiff_t n) { Run<ATan2Op>(y, x, r, n); }
 void Sinh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSinh>>(x, r, n); }
 void Cosh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCosh>>(x, r, n); }
-void Tanh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTanh>>(x, r, n); }
+void Tanh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kTanh>>(x, r, n); }
 void SinhCosh(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinhCoshOp>(x, s, c, n); }
 void ArcSinh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kASinh>>(x, r, n); }
 void ArcCosh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kACosh>>(x, r, n); }

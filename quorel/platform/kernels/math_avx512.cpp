@@ -24,6 +24,7 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <initializer_list>
 
 #ifndef __AVX512F__
 #define __AVX512F__ 1
@@ -234,9 +235,144 @@ QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
   return p + (pe + Fma(v.hi, Set(clo), v.lo * chi));
 }
 
+// a = n pi/2 + r for 0 <= a <= kTrigFastMax, r = rh + rl good to about 2^-100 relative. r1 = a - n c1
+// is exact (0 <= n < 2^20, and r1 is a multiple of 2^-53 below 1 where n > 0); rh + rl = r1 - p - pe,
+// with p + pe = n c2 exactly, is an exact two-sum even when r1 and p nearly cancel (r1 is then a
+// multiple of ulp(p)). Lanes beyond the range or NaN are flagged in out.
+constexpr double kTrigFastMax = 0x1p20;
+struct Quadrant {
+  V rh, rl;
+  I n;  // n in the low bits
+  M out;
+};
+QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V a) {
+  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
+  constexpr double kPio2A = 0x1.921fb54442d18p+0, kPio2B = 0x1.1a62633145c07p-54, kPio2C = -0x1.f1976b7ed8fbcp-110;
+  const V t = Fma(a, Set(kTwoOverPi), Set(kShifter));
+  const V n = t - kShifter;
+  const V r1 = Fma(n, Set(-kPio2A), a);
+  const V p = n * kPio2B;
+  const V rh = r1 - p;
+  const V rl = Fma(n, Set(-kPio2C), ((r1 - rh) - p) - Fma(n, Set(kPio2B), -p));
+  return {rh, rl, _mm512_castpd_si512(t), _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ)};
+}
+
+// sin(rh + rl) and cos(rh + rl) for |r| <= pi/4 (plus a little), each about 0.5 ulp: the
+// leading terms are carried exactly (cos: 1 - r^2/2 as a pair, with the rounding error of r^2).
+// z = rh^2 and hz = z / 2.
+QUOREL_AVX512_INLINE V SinPoly(V rh, V rl, V z, V hz) {
+  V p = Fma(z, Set(kSinCoef[5]), Set(kSinCoef[4]));
+  p = Fma(z, p, Set(kSinCoef[3]));
+  p = Fma(z, p, Set(kSinCoef[2]));
+  p = Fma(z, p, Set(kSinCoef[1]));
+  p = Fma(z, p, Set(kSinCoef[0]));
+  return rh + Fma(z * rh, p, Fma(-hz, rl, rl));
+}
+QUOREL_AVX512_INLINE V CosPoly(V rh, V rl, V z, V hz) {
+  V p = Fma(z, Set(kCosCoef[5]), Set(kCosCoef[4]));
+  p = Fma(z, p, Set(kCosCoef[3]));
+  p = Fma(z, p, Set(kCosCoef[2]));
+  p = Fma(z, p, Set(kCosCoef[1]));
+  p = Fma(z, p, Set(kCosCoef[0]));
+  const V w = 1.0 - hz;
+  const V we = (1.0 - w) - hz;
+  const V ze = Fma(rh, rh, -z);
+  return w + Fma(Set(-0.5), ze, Fma(-rh, rl, Fma(z * z, p, we)));
+}
+
+// Sine (kCos false) or cosine of x: quadrant n of |x| picks +-sin r or +-cos r.
+template <bool kCos>
+QUOREL_AVX512_INLINE V SinOrCos(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Quadrant q = ReduceHalfPi(a);
+  const V z = q.rh * q.rh, hz = 0.5 * z;
+  const V s = SinPoly(q.rh, q.rl, z, hz), c = CosPoly(q.rh, q.rl, z, hz);
+  // cos x = sin(x + pi/2): one quadrant further.
+  const I n = kCos ? _mm512_add_epi64(q.n, _mm512_set1_epi64(1)) : q.n;
+  V y = _mm512_mask_blend_pd(_mm512_test_epi64_mask(n, _mm512_set1_epi64(1)), s, c);
+  I sign = _mm512_slli_epi64(_mm512_and_si512(n, _mm512_set1_epi64(2)), 62);
+  if constexpr (!kCos) sign = _mm512_xor_si512(sign, _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
+  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
+  if (q.out) y = _mm512_mask_blend_pd(q.out, y, kCos ? Sleef_cosd8_u10(x) : Sleef_sind8_u10(x));
+  return y;
+}
+
+// tanh |x| = 1 - 2 / (e^2|x| + 1) with the exponential and the quotient as pairs; below 1/8 an odd
+// polynomial (the pair form would lose its relative accuracy as tanh x goes to 0).
+QUOREL_AVX512_INLINE V TanhOf(V x) {
+  const V a = _mm512_abs_pd(x);
+  const M small = _mm512_cmp_pd_mask(a, Set(0.125), _CMP_LT_OQ);
+  V y = _mm512_setzero_pd();
+  if (small != 0xff) {
+    // Beyond 2|x| = 40 the quotient is below half an ulp of 1; NaN stays NaN.
+    const Pair e = ExpPair(_mm512_min_pd(Set(40.0), a + a));
+    const V dh = e.hi + 1.0;
+    const V dl = ((e.hi - dh) + 1.0) + e.lo;
+    const V q = 1.0 / dh;  // 1 / (e + 1) = q (1 + rho)
+    const V rho = Fma(-q, dh, Set(1.0)) - q * dl;
+    const V s = Fma(Set(-2.0), q, Set(1.0));  // its rounding error is exact in the next fused step
+    y = s + (Fma(Set(-2.0), q, 1.0 - s) - 2.0 * q * rho);
+  }
+  if (small) {
+    const V z = a * a;
+    V p = Fma(z, Set(kTanhCoef[5]), Set(kTanhCoef[4]));
+    p = Fma(z, p, Set(kTanhCoef[3]));
+    p = Fma(z, p, Set(kTanhCoef[2]));
+    p = Fma(z, p, Set(kTanhCoef[1]));
+    p = Fma(z, p, Set(kTanhCoef[0]));
+    y = _mm512_mask_blend_pd(small, y, Fma(a * z, p, a));
+  }
+  return _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
+                                             _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+}
+
+// atan |x| = atan c + atan u, u = (t - c) / (1 + t c), with c = 0, 1/2, 1, 3/2 on the bins
+// [0, 7/16), [7/16, 11/16), [11/16, 19/16), [19/16, 39/16), and atan t = pi/2 + atan(-1/t) beyond.
+// u = N / D with N = m t + b exact and D = c t + m as an exact pair; the quotient gets its
+// rounding error back from one fused residual, so |u| <= 7/16 enters the polynomial as a pair.
+QUOREL_AVX512_INLINE V ATanOf(V x) {
+  alignas(64) static constexpr double kM[8] = {1, 2, 1, 1, 0, 0, 0, 0};
+  alignas(64) static constexpr double kB[8] = {0, -1, -1, -1.5, -1, 0, 0, 0};
+  alignas(64) static constexpr double kC[8] = {0, 1, 1, 1.5, 1, 0, 0, 0};
+  alignas(64) static constexpr double kAtHi[8] = {0, 0x1.dac670561bb4fp-2, 0x1.921fb54442d18p-1, 0x1.f730bd281f69bp-1,
+                                                  0x1.921fb54442d18p+0, 0, 0, 0};
+  alignas(64) static constexpr double kAtLo[8] = {0, 0x1.a2b7f222f65e2p-56, 0x1.1a62633145c07p-55, 0x1.007887af0cbbdp-56,
+                                                  0x1.1a62633145c07p-54, 0, 0, 0};
+  // Beyond 2^60, -1/t vanishes against pi/2; NaN stays NaN.
+  const V t = _mm512_min_pd(Set(0x1p60), _mm512_abs_pd(x));
+  I k = _mm512_setzero_si512();
+  const I one = _mm512_set1_epi64(1);
+  for (double edge : {7.0 / 16, 11.0 / 16, 19.0 / 16, 39.0 / 16})
+    k = _mm512_mask_add_epi64(k, _mm512_cmp_pd_mask(t, Set(edge), _CMP_GE_OQ), k, one);
+  const V m = _mm512_permutexvar_pd(k, _mm512_load_pd(kM));
+  const V c = _mm512_permutexvar_pd(k, _mm512_load_pd(kC));
+  const V num = Fma(m, t, _mm512_permutexvar_pd(k, _mm512_load_pd(kB)));
+  const V p = c * t;
+  const V dh = m + p;  // exact as a pair: m is 0, or a multiple of ulp(dh) at least as large as p's
+  const V dl = (p - (dh - m)) + Fma(c, t, -p);
+  const V uh = num / dh;
+  const V ul = Fma(-uh, dl, Fma(-uh, dh, num)) * _mm512_rcp14_pd(dh);
+  const V z = uh * uh;
+  V poly = Fma(z, Set(kATanCoef[10]), Set(kATanCoef[9]));
+  for (int i = 8; i >= 0; --i) poly = Fma(z, poly, Set(kATanCoef[i]));
+  const V ah = _mm512_permutexvar_pd(k, _mm512_load_pd(kAtHi));
+  const V sh = ah + uh;  // |uh| <= atan c, or atan c = 0
+  const V sl = (ah - sh) + uh;
+  const V lo = sl + _mm512_permutexvar_pd(k, _mm512_load_pd(kAtLo)) + Fma(-ul, z, ul) + uh * z * poly;
+  const V y = sh + lo;
+  return _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y),
+                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+}
+
 template <TFastFn F>
 QUOREL_AVX512_INLINE V Unary(V x) {
-  if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
+  if constexpr (F == TFastFn::Tanh) {
+    return TanhOf(x);
+  } else if constexpr (F == TFastFn::ATan) {
+    return ATanOf(x);
+  } else if constexpr (F == TFastFn::Sin || F == TFastFn::Cos) {
+    return SinOrCos<F == TFastFn::Cos>(x);
+  } else if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
     return Hyperbolic<F == TFastFn::Sinh>(x);
   } else if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
     const Pair l = LogPair<false>(x);
@@ -282,6 +418,12 @@ QUOREL_AVX512_INLINE V PowOf(V x, V y) {
 template <class F>
 QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
   ptrdiff_t i = 0;
+  // Two independent vectors per step give the long dependency chains something to overlap with.
+  for (; i + 16 <= n; i += 16) {
+    const V a = f(_mm512_loadu_pd(x + i)), b = f(_mm512_loadu_pd(x + i + 8));
+    _mm512_storeu_pd(r + i, a);
+    _mm512_storeu_pd(r + i + 8, b);
+  }
   for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, f(_mm512_loadu_pd(x + i)));
   if (i < n) {
     const M m = static_cast<M>((1u << (n - i)) - 1);
@@ -304,6 +446,10 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
     case TFastFn::Exp: return UnaryLoop<TFastFn::Exp>(x, r, n);
     case TFastFn::Exp2: return UnaryLoop<TFastFn::Exp2>(x, r, n);
     case TFastFn::Exp10: return UnaryLoop<TFastFn::Exp10>(x, r, n);
+    case TFastFn::Sin: return UnaryLoop<TFastFn::Sin>(x, r, n);
+    case TFastFn::Cos: return UnaryLoop<TFastFn::Cos>(x, r, n);
+    case TFastFn::Tanh: return UnaryLoop<TFastFn::Tanh>(x, r, n);
+    case TFastFn::ATan: return UnaryLoop<TFastFn::ATan>(x, r, n);
     case TFastFn::Sinh: return UnaryLoop<TFastFn::Sinh>(x, r, n);
     case TFastFn::Cosh: return UnaryLoop<TFastFn::Cosh>(x, r, n);
   }

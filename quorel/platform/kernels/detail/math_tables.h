@@ -181,4 +181,49 @@ alignas(64) inline constexpr double kExp2Lo[32] = {
     0x1.9d3e12dd8a18bp-54,
 };
 
+/// sin r = r + r^3 S(r^2), |r| <= pi/4.
+inline constexpr double kSinCoef[6] = {
+    -0x1.5555555555549p-3,
+    0x1.111111110f880p-7,
+    -0x1.a01a019c12645p-13,
+    0x1.71de35786f230p-19,
+    -0x1.ae5e66d11f7bep-26,
+    0x1.5d932e434227bp-33,
+};
+
+/// cos r = 1 - r^2/2 + r^4 C(r^2), |r| <= pi/4.
+inline constexpr double kCosCoef[6] = {
+    0x1.5555555555552p-5,
+    -0x1.6c16c16c15fcbp-10,
+    0x1.a01a019e15becp-16,
+    -0x1.27e4f90888dc0p-22,
+    0x1.1eea969bd9e8bp-29,
+    -0x1.900599a01b471p-37,
+};
+
+/// tanh x = x + x^3 T(x^2), |x| <= 1/8.
+inline constexpr double kTanhCoef[6] = {
+    -0x1.5555555555552p-2,
+    0x1.111111110f309p-3,
+    -0x1.ba1ba1adf1909p-5,
+    0x1.664f3661c8cf8p-6,
+    -0x1.2260899962d87p-7,
+    0x1.cca9989c2d00dp-9,
+};
+
+/// atan u = u + u^3 A(u^2), |u| <= 7/16.
+inline constexpr double kATanCoef[11] = {
+    -0x1.555555555550dp-2,
+    0x1.999999998eb47p-3,
+    -0x1.24924920060e2p-3,
+    0x1.c71c6fe18c5b7p-4,
+    -0x1.745cdc4656687p-4,
+    0x1.3b0f2a2b1c203p-4,
+    -0x1.10d662b6782c7p-4,
+    0x1.dde27da5287acp-5,
+    -0x1.97b36bc285cccp-5,
+    0x1.2b418e864a98bp-5,
+    -0x1.0aceb4c14c85ap-6,
+};
+
 }  // namespace quorel::kern::detail
