@@ -37,5 +37,24 @@ TEST(KernelsLongArith, EveryElementAtEveryDestinationOffset) {
   }
 }
 
+// Complex products past the caches take the streaming path too.
+TEST(KernelsLongArith, ComplexProductsAtEveryDestinationOffset) {
+  constexpr ptrdiff_t n = (ptrdiff_t{1} << 19) + 5;
+  std::vector<C> a(n), b(n), out(n + 4);
+  std::mt19937_64 rng(6);
+  std::uniform_real_distribution<D> u(-4, 4);
+  for (ptrdiff_t i = 0; i < n; ++i) a[i] = {u(rng), u(rng)}, b[i] = {u(rng), u(rng)};
+  for (ptrdiff_t offset : {0, 1, 3}) {
+    C* r = out.data() + offset;
+    out[offset + n] = {12345, 0};
+    Mul(a.data(), b.data(), r, n);
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      const C want{a[i].Re * b[i].Re - a[i].Im * b[i].Im, a[i].Re * b[i].Im + a[i].Im * b[i].Re};
+      ASSERT_TRUE(Same(r[i], want)) << "offset " << offset << " at " << i;
+    }
+    ASSERT_EQ(out[offset + n].Re, 12345);
+  }
+}
+
 }  // namespace
 }  // namespace quorel::kern::test
