@@ -54,45 +54,27 @@ QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
 
 }  // namespace
 
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::int32_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint32_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void Convert(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
-  ToInt(x, r, n, rounding);
-}
+// Each storage type: to it from double and back. target_clones needs plain functions, hence the macros.
+#define QUOREL_CONVERT_BOTH_WAYS(I)                                                               \
+  QUOREL_KERNEL_WIDE void Convert(const double* x, I* r, ptrdiff_t n, TRounding rounding) { ToInt(x, r, n, rounding); } \
+  QUOREL_KERNEL_WIDE void Convert(const I* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+#define QUOREL_CONVERT_VIA_SINGLE(I)                                                              \
+  QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, I* r, ptrdiff_t n, TRounding rounding) { \
+    ToIntViaSingle(x, r, n, rounding);                                                            \
+  }
+
+QUOREL_CONVERT_BOTH_WAYS(std::int32_t)
+QUOREL_CONVERT_BOTH_WAYS(std::uint32_t)
+QUOREL_CONVERT_BOTH_WAYS(std::int16_t)
+QUOREL_CONVERT_BOTH_WAYS(std::uint16_t)
+QUOREL_CONVERT_BOTH_WAYS(std::int8_t)
+QUOREL_CONVERT_BOTH_WAYS(std::uint8_t)
+QUOREL_CONVERT_VIA_SINGLE(std::int16_t)
+QUOREL_CONVERT_VIA_SINGLE(std::uint16_t)
+QUOREL_CONVERT_VIA_SINGLE(std::int8_t)
+QUOREL_CONVERT_VIA_SINGLE(std::uint8_t)
+
 QUOREL_KERNEL_WIDE void Convert(const double* x, float* r, ptrdiff_t n) { Map(x, r, n, ToSingle); }
-
-QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::int16_t* r, ptrdiff_t n, TRounding rounding) {
-  ToIntViaSingle(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::uint16_t* r, ptrdiff_t n, TRounding rounding) {
-  ToIntViaSingle(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::int8_t* r, ptrdiff_t n, TRounding rounding) {
-  ToIntViaSingle(x, r, n, rounding);
-}
-QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
-  ToIntViaSingle(x, r, n, rounding);
-}
-
-QUOREL_KERNEL_WIDE void Convert(const std::int32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL_WIDE void Convert(const std::uint32_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL_WIDE void Convert(const std::int16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL_WIDE void Convert(const std::uint16_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL_WIDE void Convert(const std::int8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
-QUOREL_KERNEL_WIDE void Convert(const std::uint8_t* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
 QUOREL_KERNEL_WIDE void Convert(const float* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
 
 }  // namespace quorel::kern
