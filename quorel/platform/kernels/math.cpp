@@ -294,6 +294,7 @@ constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
                                   : F == kSinh  ? detail::TFastFn::Sinh
                                   : F == kSin   ? detail::TFastFn::Sin
                                   : F == kCos   ? detail::TFastFn::Cos
+                                  : F == kTan   ? detail::TFastFn::Tan
                                   : F == kTanh  ? detail::TFastFn::Tanh
                                   : F == kATan  ? detail::TFastFn::ATan
                                                 : detail::TFastFn::Cosh;
@@ -490,7 +491,7 @@ bool SetKernelIsa(TKernelIsa isa) {
 
 void Sin(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSin>>(x, r, n); }
 void Cos(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCos>>(x, r, n); }
-void Tan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTan>>(x, r, n); }
+void Tan(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kTan>>(x, r, n); }
 void SinCos(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinCosOp>(x, s, c, n); }
 void ArcSin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kASin>>(x, r, n); }
 void ArcCos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kACos>>(x, r, n); }

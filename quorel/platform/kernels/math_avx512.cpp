@@ -257,18 +257,19 @@ QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V a) {
   return {rh, rl, _mm512_castpd_si512(t), _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ)};
 }
 
-// sin(rh + rl) and cos(rh + rl) for |r| <= pi/4 (plus a little), each about 0.5 ulp: the
-// leading terms are carried exactly (cos: 1 - r^2/2 as a pair, with the rounding error of r^2).
+// sin(rh + rl) and cos(rh + rl) for |r| <= pi/4 (plus a little) as unevaluated sums hi + lo with
+// |lo| < |hi| / 8, each about 0.5 ulp once added: the leading terms are carried exactly (cos:
+// 1 - r^2/2 as a pair, with the rounding error of r^2).
 // z = rh^2 and hz = z / 2.
-QUOREL_AVX512_INLINE V SinPoly(V rh, V rl, V z, V hz) {
+QUOREL_AVX512_INLINE Pair SinPoly(V rh, V rl, V z, V hz) {
   V p = Fma(z, Set(kSinCoef[5]), Set(kSinCoef[4]));
   p = Fma(z, p, Set(kSinCoef[3]));
   p = Fma(z, p, Set(kSinCoef[2]));
   p = Fma(z, p, Set(kSinCoef[1]));
   p = Fma(z, p, Set(kSinCoef[0]));
-  return rh + Fma(z * rh, p, Fma(-hz, rl, rl));
+  return {rh, Fma(z * rh, p, Fma(-hz, rl, rl))};
 }
-QUOREL_AVX512_INLINE V CosPoly(V rh, V rl, V z, V hz) {
+QUOREL_AVX512_INLINE Pair CosPoly(V rh, V rl, V z, V hz) {
   V p = Fma(z, Set(kCosCoef[5]), Set(kCosCoef[4]));
   p = Fma(z, p, Set(kCosCoef[3]));
   p = Fma(z, p, Set(kCosCoef[2]));
@@ -277,7 +278,7 @@ QUOREL_AVX512_INLINE V CosPoly(V rh, V rl, V z, V hz) {
   const V w = 1.0 - hz;
   const V we = (1.0 - w) - hz;
   const V ze = Fma(rh, rh, -z);
-  return w + Fma(Set(-0.5), ze, Fma(-rh, rl, Fma(z * z, p, we)));
+  return {w, Fma(Set(-0.5), ze, Fma(-rh, rl, Fma(z * z, p, we)))};
 }
 
 // Sine (kCos false) or cosine of x: quadrant n of |x| picks +-sin r or +-cos r.
@@ -286,7 +287,8 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
   const V a = _mm512_abs_pd(x);
   const Quadrant q = ReduceHalfPi(a);
   const V z = q.rh * q.rh, hz = 0.5 * z;
-  const V s = SinPoly(q.rh, q.rl, z, hz), c = CosPoly(q.rh, q.rl, z, hz);
+  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
+  const V s = sp.hi + sp.lo, c = cp.hi + cp.lo;
   // cos x = sin(x + pi/2): one quadrant further.
   const I n = kCos ? _mm512_add_epi64(q.n, _mm512_set1_epi64(1)) : q.n;
   V y = _mm512_mask_blend_pd(_mm512_test_epi64_mask(n, _mm512_set1_epi64(1)), s, c);
@@ -294,6 +296,27 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
   if constexpr (!kCos) sign = _mm512_xor_si512(sign, _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
   y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
   if (q.out) y = _mm512_mask_blend_pd(q.out, y, kCos ? Sleef_cosd8_u10(x) : Sleef_sind8_u10(x));
+  return y;
+}
+
+// tan x = sin r / cos r (n even) or -cos r / sin r (n odd), the quotient of the two pairs with
+// its rounding error brought back by one fused residual.
+QUOREL_AVX512_INLINE V TanOf(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Quadrant q = ReduceHalfPi(a);
+  const V z = q.rh * q.rh, hz = 0.5 * z;
+  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
+  const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
+  const Pair num = FastTwoSum(_mm512_mask_blend_pd(odd, sp.hi, cp.hi), _mm512_mask_blend_pd(odd, sp.lo, cp.lo));
+  const Pair den = FastTwoSum(_mm512_mask_blend_pd(odd, cp.hi, sp.hi), _mm512_mask_blend_pd(odd, cp.lo, sp.lo));
+  const V t = num.hi / den.hi;
+  const V rho = Fma(-t, den.lo, Fma(-t, den.hi, num.hi) + num.lo);
+  V y = Fma(rho, _mm512_rcp14_pd(den.hi), t);
+  // The sign: odd quadrants negate, and tan is odd in x.
+  const I sign = _mm512_xor_si512(_mm512_slli_epi64(_mm512_and_si512(q.n, _mm512_set1_epi64(1)), 63),
+                                  _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
+  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
+  if (q.out) y = _mm512_mask_blend_pd(q.out, y, Sleef_tand8_u10(x));
   return y;
 }
 
@@ -366,7 +389,9 @@ QUOREL_AVX512_INLINE V ATanOf(V x) {
 
 template <TFastFn F>
 QUOREL_AVX512_INLINE V Unary(V x) {
-  if constexpr (F == TFastFn::Tanh) {
+  if constexpr (F == TFastFn::Tan) {
+    return TanOf(x);
+  } else if constexpr (F == TFastFn::Tanh) {
     return TanhOf(x);
   } else if constexpr (F == TFastFn::ATan) {
     return ATanOf(x);
@@ -448,6 +473,7 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
     case TFastFn::Exp10: return UnaryLoop<TFastFn::Exp10>(x, r, n);
     case TFastFn::Sin: return UnaryLoop<TFastFn::Sin>(x, r, n);
     case TFastFn::Cos: return UnaryLoop<TFastFn::Cos>(x, r, n);
+    case TFastFn::Tan: return UnaryLoop<TFastFn::Tan>(x, r, n);
     case TFastFn::Tanh: return UnaryLoop<TFastFn::Tanh>(x, r, n);
     case TFastFn::ATan: return UnaryLoop<TFastFn::ATan>(x, r, n);
     case TFastFn::Sinh: return UnaryLoop<TFastFn::Sinh>(x, r, n);

@@ -6,7 +6,7 @@
 
 namespace quorel::kern::detail {
 
-enum class TFastFn { Ln, Log2, Log10, Exp, Exp2, Exp10, Sinh, Cosh, Sin, Cos, Tanh, ATan };
+enum class TFastFn { Ln, Log2, Log10, Exp, Exp2, Exp10, Sinh, Cosh, Sin, Cos, Tan, Tanh, ATan };
 
 /// r[i] = f(x[i]); r may be x.
 void FastUnaryAvx512(TFastFn f, const double* x, double* r, std::ptrdiff_t n);
