@@ -109,6 +109,64 @@ alignas(64) inline constexpr double kLogCLo[32] = {
     -0x1.1e99b72bd7bf2p-57,
     -0x1.7a42642661c62p-61,
 };
+inline constexpr int kLog16TableBits = 4;
+inline constexpr unsigned long long kLog16Offset = 0x3FE6800000000000ULL;
+/// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)
+/// and -log(1/c) as high and low parts.
+alignas(64) inline constexpr double kLog16InvC[16] = {
+    0x1.642c8590b2164p+0,
+    0x1.5555555555555p+0,
+    0x1.47ae147ae147bp+0,
+    0x1.3b13b13b13b14p+0,
+    0x1.2f684bda12f68p+0,
+    0x1.2492492492492p+0,
+    0x1.1a7b9611a7b96p+0,
+    0x1.1111111111111p+0,
+    0x1.0842108421084p+0,
+    0x1.0000000000000p+0,
+    0x1.e1e1e1e1e1e1ep-1,
+    0x1.c71c71c71c71cp-1,
+    0x1.af286bca1af28p-1,
+    0x1.999999999999ap-1,
+    0x1.8618618618618p-1,
+    0x1.745d1745d1746p-1,
+};
+alignas(64) inline constexpr double kLog16CHi[16] = {
+    -0x1.522ae0738a3d7p-2,
+    -0x1.269621134db91p-2,
+    -0x1.f991c6cb3b37ap-3,
+    -0x1.a93ed3c8ad9e5p-3,
+    -0x1.5bf406b543db0p-3,
+    -0x1.1178e8227e47ap-3,
+    -0x1.9335e5d594988p-4,
+    -0x1.08598b59e3a06p-4,
+    -0x1.0415d89e74440p-5,
+    0x0.0p+0,
+    0x1.f0a30c01162a8p-5,
+    0x1.e27076e2af2eap-4,
+    0x1.5ff3070a793d6p-3,
+    0x1.c8ff7c79a9a20p-3,
+    0x1.1675cababa60fp-2,
+    0x1.4618bc21c5ec2p-2,
+};
+alignas(64) inline constexpr double kLog16CLo[16] = {
+    -0x1.3840b263acb43p-56,
+    -0x1.e0efadd9db02ap-56,
+    -0x1.ecca0cdf30143p-58,
+    -0x1.bcafa9de97202p-57,
+    0x1.1f5b44c0df7f7p-61,
+    0x1.0e63a5f01c693p-58,
+    0x1.478a85704ccb7p-58,
+    0x1.dd7009902bf32p-58,
+    -0x1.c05cf1d753621p-59,
+    0x0.0p+0,
+    0x1.85f325c5bbacdp-59,
+    -0x1.61578001e015ap-60,
+    -0x1.bc60efafc6f6cp-58,
+    -0x1.4f689f8434011p-57,
+    0x1.ce63eab883727p-61,
+    -0x1.7a42642661c62p-61,
+};
 
 inline constexpr int kExpTableBits = 5;
 /// 2^(j/32) as high and low parts.
@@ -224,6 +282,18 @@ inline constexpr double kATanCoef[11] = {
     -0x1.97b36bc285cccp-5,
     0x1.2b418e864a98bp-5,
     -0x1.0aceb4c14c85ap-6,
+};
+
+/// log(1 + r) = r - r^2/2 + r^3 L(r), |r| <= 0.0313.
+inline constexpr double kLog16Coef[8] = {
+    0x1.55555555554ecp-2,
+    -0x1.ffffffffffe50p-3,
+    0x1.9999999b9750dp-3,
+    -0x1.555555585ada5p-3,
+    0x1.249231256ef6ep-3,
+    -0x1.ffffc52f83c5ap-4,
+    0x1.c8004249c7ed5p-4,
+    -0x1.9a870e1148b79p-4,
 };
 
 }  // namespace quorel::kern::detail
