@@ -93,8 +93,8 @@ def log_rows(bits):
         hi_z = mpmath.mpf(bits_to_double(off + ((i + 1) << shift)))
         c = mpmath.mpf(1) if lo_z <= 1 < hi_z else (lo_z + hi_z) / 2
         invc = float(1 / c)
-        h, l = split(-mpmath.log(mpmath.mpf(invc)))
-        rows.append((invc, h, l))
+        logc = -mpmath.log(mpmath.mpf(invc))
+        rows.append((invc,) + split(logc) + split(logc / mpmath.log(2)) + split(logc / mpmath.log(10)))
     return rows, off
 
 
@@ -110,8 +110,11 @@ def main():
             f.write("inline constexpr int %sTableBits = %d;\n" % (prefix, bits))
             f.write("inline constexpr unsigned long long %sOffset = 0x%016XULL;\n" % (prefix, off))
             f.write("/// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)\n")
-            f.write("/// and -log(1/c) as high and low parts.\n")
-            for name, k in (("InvC", 0), ("CHi", 1), ("CLo", 2)):
+            f.write("/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).\n")
+            names = (("InvC", 0), ("CHi", 1), ("CLo", 2))
+            if bits == 4:
+                names += (("C2Hi", 3), ("C2Lo", 4), ("C10Hi", 5), ("C10Lo", 6))
+            for name, k in names:
                 f.write("alignas(64) inline constexpr double %s%s[%d] = {\n" % (prefix, name, len(rows)))
                 f.write("".join("    %s,\n" % r[k].hex() for r in rows))
                 f.write("};\n")

@@ -280,8 +280,8 @@ struct LogOfTwiceForLargeOp {
   }
 };
 
-// --- our own log, exp and pow on the AVX-512 path ---------------------------------------------
-// SLEEF's 1-ulp log, pow, sinh and cosh are the slowest of its functions; ours (math_avx512.cpp)
+// --- our own kernels on the AVX-512 path ---------------------------------------------------
+// SLEEF's 1-ulp variants are slower than they need to be on this path; ours (math_avx512.cpp)
 // reach about 0.5 ulp with table lookups and short polynomials. The other paths keep SLEEF.
 
 template <Fn1 F>

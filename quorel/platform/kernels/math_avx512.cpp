@@ -1,18 +1,20 @@
-// Our own vector logarithm, exponential and power, AVX-512. Everything in this file is built for
-// AVX-512 (and called only when the processor has it): the FMA and gather intrinsics could not
-// be inlined into code built for the baseline.
+// Our own vector elementary functions, AVX-512. Everything in this file is built for AVX-512
+// (and called only when the processor has it): the FMA and permute intrinsics could not be
+// inlined into code built for the baseline.
 //
-// log: x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
+// log (for pow): x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
 // subinterval of z; r = z/c - 1 is formed exactly as a pair of doubles (|r| <= 2^-6), and
-// log(1 + r) = r - r^2/2 + r^3 P(r). The sum k ln 2 + log c + log(1 + r) is
-// carried as a pair of doubles, accurate to about 2^-66 relative for pow (so that it can
-// multiply it by y without losing the last bits; P then has degree 9, else 6).
+// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 9. The sum k ln 2 + log c + log(1 + r) is
+// carried as a pair of doubles, accurate to about 2^-66 relative, so that pow can multiply it
+// by y without losing the last bits. Ln, Log2 and Log10 alone use 16-entry tables (one permute
+// each) with tables of log c in their own base: see LogFast.
 // exp: a = (m + j/32) ln 2 + r with |r| <= ln 2 / 64; 2^(j/32) from a 32-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
-// The tables are looked up with two-register permutes: gathers are far slower on some
-// processors with AVX-512.
+// sin, cos, tan: an exact Cody-Waite reduction by pi/2 and fitted polynomials (see ReduceHalfPi).
+// The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
 // Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
-// arguments; results near overflow or underflow) take SLEEF's 1-ulp value instead.
+// arguments; results near overflow or underflow; trigonometric arguments beyond 2^20) take
+// SLEEF's 1-ulp value instead.
 #pragma GCC target("avx512f,avx512dq,avx512vl,avx2,fma")
 // Vectors cross no boundary to baseline code here; the compiler's shift intrinsics leave a
 // deliberately undefined source operand it then warns about.
@@ -84,10 +86,8 @@ constexpr double kLn10 = 0x1.26bb1bbb55516p+1, kLn10Rest = -0x1.f48ad494ea3e9p-5
 constexpr double kInvLn2 = 0x1.71547652b82fep+0, kInvLn2Rest = 0x1.777d0ffda0d24p-56;
 constexpr double kInvLn10 = 0x1.bcb7b1526e50ep-2, kInvLn10Rest = 0x1.95355baaafad3p-57;
 
-// log x as a normalised pair for positive, normal, finite x (other lanes give garbage). For pow
-// (kForPow) the polynomial is 3 terms longer: y log x needs the pair good to 2^-66 relative; a
-// logarithm alone needs 2^-58.
-template <bool kForPow>
+// log x as a normalised pair for positive, normal, finite x (other lanes give garbage), good to
+// 2^-66 relative, as y log x in pow needs.
 QUOREL_AVX512_INLINE Pair LogPair(V x) {
   constexpr int kShift = 52 - kLogTableBits;
   const I ix = _mm512_castpd_si512(x);
@@ -99,34 +99,21 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   const V invc = Lookup32(kLogInvC, i);
   const V ch = Lookup32(kLogCHi, i);
   const V cl = Lookup32(kLogCLo, i);
-  // For pow, r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding
-  // error. A logarithm alone takes r rounded once: at most 1/4 ulp of the result where c != 1
-  // (there |log x| >= 4 |r|), exact where c = 1.
-  Pair r;
-  V r2e = _mm512_setzero_pd();
-  if constexpr (kForPow) {
-    const V p = _mm512_mul_pd(z, invc);
-    const V pe = Fma(z, invc, -p);
-    r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
-  } else {
-    r = {Fma(z, invc, Set(-1.0)), _mm512_setzero_pd()};
-  }
+  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding error.
+  const V p = _mm512_mul_pd(z, invc);
+  const V pe = Fma(z, invc, -p);
+  const Pair r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
   const V r2 = r.hi * r.hi;
-  if constexpr (kForPow) r2e = Fma(r.hi, r.hi, -r2);
+  const V r2e = Fma(r.hi, r.hi, -r2);
   const V half = -0.5 * r2;  // exact
   const V bh = r.hi + half;  // |r| > r^2/2
   const V bl = (r.hi - bh) + half;
   // k ln 2 is 0 or larger than any log c; log c is 0 (c = 1) or larger than r in every subinterval.
   const Pair a = FastTwoSum(kd * kLn2Hi, ch);
   const Pair s = FastTwoSum(a.hi, bh);
-  V poly;
-  if constexpr (kForPow) {
-    poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
-    poly = Fma(r.hi, poly, Set(-1.0 / 10));
-    poly = Fma(r.hi, poly, Set(1.0 / 9));
-  } else {
-    poly = Set(1.0 / 9);
-  }
+  V poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
+  poly = Fma(r.hi, poly, Set(-1.0 / 10));
+  poly = Fma(r.hi, poly, Set(1.0 / 9));
   poly = Fma(r.hi, poly, Set(-1.0 / 8));
   poly = Fma(r.hi, poly, Set(1.0 / 7));
   poly = Fma(r.hi, poly, Set(-1.0 / 6));
@@ -134,17 +121,25 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   poly = Fma(r.hi, poly, Set(-1.0 / 4));
   poly = Fma(r.hi, poly, Set(1.0 / 3));
   // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
-  V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly;
-  if constexpr (kForPow) lo += Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e;
+  const V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
   const V hi = s.hi + lo;
   return {hi, lo - (hi - s.hi)};
 }
 
-// log x alone, as a pair good to about 2^-60 relative: 16 subintervals, each table one permute,
-// |r| <= 2^-5, r rounded once (as in LogPair), and a polynomial of degree 7 for the rest of
-// log(1 + r) after r - r^2/2. s1 = k ln2Hi + log c and s1 + r are exact two-sums (s1 is 0 or
-// larger than r: log c >= 0.06 away from the subinterval holding 1).
-QUOREL_AVX512_INLINE Pair LogPairFast(V x) {
+// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute,
+// |r| <= 2^-5 rounded once (as in LogPair), and a polynomial of degree 7 for the rest of
+// log(1 + r) after r - r^2/2. s1 = k log_B 2 + log_B c and s1 + r / ln B are exact two-sums:
+// s1 is 0 or larger than r / ln B (log c >= 0.06 away from the subinterval holding 1).
+template <TFastFn F>
+QUOREL_AVX512_INLINE V LogFast(V x) {
+  constexpr bool kNatural = F == TFastFn::Ln;
+  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B.
+  constexpr double kHi = kNatural ? kLn2Hi : F == TFastFn::Log2 ? 1.0 : 0x1.34413509f7800p-2;
+  constexpr double kLo = kNatural ? kLn2Lo : F == TFastFn::Log2 ? 0.0 : 0x1.fef311f12b358p-46;
+  constexpr double kInvHi = F == TFastFn::Log2 ? kInvLn2 : kInvLn10;
+  constexpr double kInvLo = F == TFastFn::Log2 ? kInvLn2Rest : kInvLn10Rest;
+  constexpr const double* kCHi = kNatural ? kLog16CHi : F == TFastFn::Log2 ? kLog16C2Hi : kLog16C10Hi;
+  constexpr const double* kCLo = kNatural ? kLog16CLo : F == TFastFn::Log2 ? kLog16C2Lo : kLog16C10Lo;
   constexpr int kShift = 52 - kLog16TableBits;
   const I ix = _mm512_castpd_si512(x);
   const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLog16Offset)));
@@ -156,16 +151,23 @@ QUOREL_AVX512_INLINE Pair LogPairFast(V x) {
     return _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
   };
   const V r = Fma(z, lookup(kLog16InvC), Set(-1.0));
-  const V p = kd * kLn2Hi;
-  const V s1 = p + lookup(kLog16CHi);
-  const V e1 = (p - s1) + lookup(kLog16CHi);
-  const V s2 = s1 + r;
-  const V e2 = (s1 - s2) + r;
+  const V p = kd * kHi;
+  const V ch = lookup(kCHi);
+  const V s1 = p + ch;
+  const V e1 = (p - s1) + ch;
   V g = Fma(r, Set(kLog16Coef[7]), Set(kLog16Coef[6]));
   for (int k = 5; k >= 0; --k) g = Fma(r, g, Set(kLog16Coef[k]));
-  const V lo = (e1 + e2) + Fma(kd, Set(kLn2Lo), lookup(kLog16CLo)) + (r * r) * Fma(r, g, Set(-0.5));
-  const V hi = s2 + lo;
-  return {hi, lo - (hi - s2)};
+  V tail = (r * r) * Fma(r, g, Set(-0.5));
+  V lead = r;
+  if constexpr (!kNatural) {
+    lead = r * kInvHi;
+    tail = Fma(tail, Set(kInvHi), Fma(r, Set(kInvHi), -lead) + r * kInvLo);
+  }
+  const V s2 = s1 + lead;
+  const V e2 = (s1 - s2) + lead;
+  V lo = lookup(kCLo);
+  if constexpr (F != TFastFn::Log2) lo = Fma(kd, Set(kLo), lo);
+  return s2 + ((e1 + e2) + lo + tail);
 }
 
 // Lanes where LogPair does not apply: below the normal range, infinite or NaN.
@@ -254,13 +256,6 @@ QUOREL_AVX512_INLINE V Hyperbolic(V x) {
   const M out = ExpOutside(a);
   if (out) y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
   return y;
-}
-
-// hi + lo times c = chi + clo, rounded once.
-QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
-  const V p = v.hi * chi;
-  const V pe = Fma(v.hi, Set(chi), -p);
-  return p + (pe + Fma(v.hi, Set(clo), v.lo * chi));
 }
 
 // a = n pi/2 + r for 0 <= a <= kTrigFastMax, r = rh + rl good to about 2^-100 relative. r1 = a - n c1
@@ -428,10 +423,7 @@ QUOREL_AVX512_INLINE V Unary(V x) {
   } else if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
     return Hyperbolic<F == TFastFn::Sinh>(x);
   } else if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
-    const Pair l = LogPairFast(x);
-    V y = l.hi;
-    if constexpr (F == TFastFn::Log2) y = TimesPair(l, kInvLn2, kInvLn2Rest);
-    if constexpr (F == TFastFn::Log10) y = TimesPair(l, kInvLn10, kInvLn10Rest);
+    V y = LogFast<F>(x);
     const M out = LogOutside(x);
     if (out) {
       const V s = F == TFastFn::Ln ? Sleef_logd8_u10(x) : F == TFastFn::Log2 ? Sleef_log2d8_u10(x) : Sleef_log10d8_u10(x);
@@ -458,7 +450,7 @@ QUOREL_AVX512_INLINE V Unary(V x) {
 
 // x^y = e^(y log x) with log x as a pair of doubles.
 QUOREL_AVX512_INLINE V PowOf(V x, V y) {
-  const Pair l = LogPair<true>(x);
+  const Pair l = LogPair(x);
   const V a = y * l.hi;
   const V b = Fma(y, l.hi, -a) + y * l.lo;
   V p = ExpOf(a, b);

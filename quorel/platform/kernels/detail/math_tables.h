@@ -6,7 +6,7 @@ namespace quorel::kern::detail {
 inline constexpr int kLogTableBits = 5;
 inline constexpr unsigned long long kLogOffset = 0x3FE6400000000000ULL;
 /// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)
-/// and -log(1/c) as high and low parts.
+/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).
 alignas(64) inline constexpr double kLogInvC[32] = {
     0x1.6c16c16c16c17p+0,
     0x1.642c8590b2164p+0,
@@ -112,7 +112,7 @@ alignas(64) inline constexpr double kLogCLo[32] = {
 inline constexpr int kLog16TableBits = 4;
 inline constexpr unsigned long long kLog16Offset = 0x3FE6800000000000ULL;
 /// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)
-/// and -log(1/c) as high and low parts.
+/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).
 alignas(64) inline constexpr double kLog16InvC[16] = {
     0x1.642c8590b2164p+0,
     0x1.5555555555555p+0,
@@ -166,6 +166,78 @@ alignas(64) inline constexpr double kLog16CLo[16] = {
     -0x1.4f689f8434011p-57,
     0x1.ce63eab883727p-61,
     -0x1.7a42642661c62p-61,
+};
+alignas(64) inline constexpr double kLog16C2Hi[16] = {
+    -0x1.e7df5fe538ab3p-2,
+    -0x1.a8ff971810a5dp-2,
+    -0x1.6cb0f6865c8ebp-2,
+    -0x1.32bfee370ee6ap-2,
+    -0x1.f5fd8a9063e32p-3,
+    -0x1.8a8980abfbd30p-3,
+    -0x1.22dadc2ab3496p-3,
+    -0x1.7d60496cfbb4bp-4,
+    -0x1.77394c9d958d0p-5,
+    0x0.0p+0,
+    0x1.663f6fac91318p-4,
+    0x1.5c01a39fbd68bp-3,
+    0x1.fbc16b902680dp-3,
+    0x1.49a784bcd1b8ap-2,
+    0x1.91bba891f170ap-2,
+    0x1.d6753e032ea0ep-2,
+};
+alignas(64) inline constexpr double kLog16C2Lo[16] = {
+    0x1.a6bba73a4b72bp-56,
+    0x1.64f1e45ceac62p-56,
+    0x1.c84aae3be625bp-56,
+    0x1.484a01a34cd41p-57,
+    0x1.4863f501fda67p-57,
+    0x1.f0f9449d09a6fp-57,
+    -0x1.a27ffc9cb04f3p-59,
+    0x1.43262817eda5bp-61,
+    0x1.9db057278adc6p-59,
+    0x0.0p+0,
+    -0x1.1df362ae68bc6p-60,
+    -0x1.f6dc21221666bp-57,
+    0x1.94718f85f92e0p-61,
+    -0x1.cc2d296ee388cp-56,
+    0x1.30395ac11db40p-57,
+    0x1.16520bc0d0f59p-56,
+};
+alignas(64) inline constexpr double kLog16C10Hi[16] = {
+    -0x1.25ba8215af7fcp-3,
+    -0x1.ffbfc2bbc7802p-4,
+    -0x1.b721cd17157e3p-4,
+    -0x1.715d0ce367afdp-4,
+    -0x1.2e3a740b7800dp-4,
+    -0x1.db11ed766abf1p-5,
+    -0x1.5e3966b7e9294p-5,
+    -0x1.cb38fccd8bfdap-6,
+    -0x1.c3d0837784c3ap-7,
+    0x0.0p+0,
+    0x1.af5f92b00e611p-6,
+    0x1.a30a9d609efedp-5,
+    0x1.31b3055c4711ap-4,
+    0x1.8cf183886480bp-4,
+    0x1.e3bc1ab0e1a00p-4,
+    0x1.1b3e71ec94f7ap-3,
+};
+alignas(64) inline constexpr double kLog16C10Lo[16] = {
+    0x1.3b12c9336337cp-57,
+    0x1.1cd0d41d8b2fdp-58,
+    -0x1.e5da19c61c344p-59,
+    -0x1.a95ab69f54bbdp-58,
+    0x1.43a808f10e3e5p-59,
+    0x1.1a4c9a24a22d5p-59,
+    -0x1.eaefa434015c8p-60,
+    0x1.4d322030dfe0bp-60,
+    0x1.587cfdd36f870p-61,
+    0x0.0p+0,
+    0x1.8e56ef0057c06p-60,
+    0x1.df87d692d4cbep-60,
+    -0x1.0650b7cf7eb0bp-58,
+    -0x1.0c77fac78310dp-59,
+    -0x1.7c8916684e62fp-62,
+    0x1.32351b4015adap-57,
 };
 
 inline constexpr int kExpTableBits = 5;
