@@ -16,7 +16,7 @@ from mpmath import mp
 
 mp.prec = 200
 LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
-EXP_BITS = 5            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS
+EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
                    "detail", "math_tables.h")
 

@@ -8,7 +8,7 @@
 // carried as a pair of doubles, accurate to about 2^-66 relative, so that pow can multiply it
 // by y without losing the last bits. Ln, Log2 and Log10 alone use 16-entry tables (one permute
 // each) with tables of log c in their own base: see LogFast.
-// exp: a = (m + j/32) ln 2 + r with |r| <= ln 2 / 64; 2^(j/32) from a 32-entry table as a pair
+// exp: a = (m + j/16) ln 2 + r with |r| <= ln 2 / 32; 2^(j/16) from a 16-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
 // sin, cos, tan: an exact Cody-Waite reduction by pi/2 and fitted polynomials (see ReduceHalfPi).
 // The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
@@ -59,7 +59,11 @@ QUOREL_AVX512_INLINE V Lookup32(const double* t, I i) {
   const V hi = _mm512_permutex2var_pd(_mm512_loadu_pd(t + 16), i, _mm512_loadu_pd(t + 24));
   return _mm512_mask_blend_pd(_mm512_test_epi64_mask(i, _mm512_set1_epi64(16)), lo, hi);
 }
-static_assert(kLogTableBits == 5 && kExpTableBits == 5, "Lookup32 reads 32-entry tables");
+static_assert(kLogTableBits == 5, "Lookup32 reads 32-entry tables");
+// t[i mod 16] for a 16-entry table t: one permute.
+QUOREL_AVX512_INLINE V Lookup16(const double* t, I i) {
+  return _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
+}
 
 // An unevaluated sum hi + lo.
 struct Pair {
@@ -147,9 +151,7 @@ QUOREL_AVX512_INLINE V LogFast(V x) {
   const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
   const V z = _mm512_castsi512_pd(
       _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
-  const auto lookup = [i](const double* t) {
-    return _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
-  };
+  const auto lookup = [i](const double* t) { return Lookup16(t, i); };
   const V r = Fma(z, lookup(kLog16InvC), Set(-1.0));
   const V p = kd * kHi;
   const V ch = lookup(kCHi);
@@ -175,7 +177,7 @@ QUOREL_AVX512_INLINE M LogOutside(V x) {
   return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
 }
 
-// e^(a + b) = 2^m 2^(j/32) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
+// e^(a + b) = 2^m 2^(j/16) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
 // value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
 constexpr double kExpFastMax = 707.0;
 struct ExpParts {
@@ -183,21 +185,21 @@ struct ExpParts {
   I ki;
 };
 QUOREL_AVX512_INLINE ExpParts ExpSplit(V a, V b) {
-  constexpr double kInvLn2N = 0x1.71547652b82fep+5;  // 32 / ln 2
-  constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
+  static_assert(kExpTableBits == 4, "the constants below and Lookup16 are for 16 subintervals");
+  constexpr double kInvLn2N = 0x1.71547652b82fep+4;  // 16 / ln 2
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-5, kLn2NLo = 0x1.abc9e3b39803fp-60;
   const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
-  const I ki = _mm512_castpd_si512(kd0);
+  const I ki = _mm512_castpd_si512(kd0);  // j in the low 4 bits, m above
   const V kd = kd0 - kShifter;
   V r = Fma(kd, Set(-kLn2NHi), a);
   r = Fma(kd, Set(-kLn2NLo), r) + b;
-  const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
-  V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
-  poly = Fma(r, poly, Set(1.0 / 720));
+  // |r| <= ln 2 / 32: the next term, r^8 / 8!, is below 2^-59 relative.
+  V poly = Fma(r, Set(1.0 / 5040), Set(1.0 / 720));
   poly = Fma(r, poly, Set(1.0 / 120));
   poly = Fma(r, poly, Set(1.0 / 24));
   poly = Fma(r, poly, Set(1.0 / 6));
   poly = Fma(r, poly, Set(0.5));
-  return {Lookup32(kExp2Hi, j), Lookup32(kExp2Lo, j), Fma(r * r, poly, r), ki};
+  return {Lookup16(kExp2Hi, ki), Lookup16(kExp2Lo, ki), Fma(r * r, poly, r), ki};
 }
 
 // e^(a + b), rounded once (other lanes than ExpSplit's give garbage).
