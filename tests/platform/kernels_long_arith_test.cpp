@@ -1,9 +1,10 @@
-// Real arithmetic on arrays past the caches, where results are stored around them: every
+// Arithmetic and widening on arrays past the caches, where results are stored around them: every
 // element, at every start offset of the destination within a cache line, in place too.
 #include <vector>
 
 #include "kernel_test_support.h"
 #include "quorel/platform/kernels/arith.h"
+#include "quorel/platform/kernels/convert.h"
 
 namespace quorel::kern::test {
 namespace {
@@ -53,6 +54,20 @@ TEST(KernelsLongArith, ComplexProductsAtEveryDestinationOffset) {
       ASSERT_TRUE(Same(r[i], want)) << "offset " << offset << " at " << i;
     }
     ASSERT_EQ(out[offset + n].Re, 12345);
+  }
+}
+
+// Widening past the caches streams its stores as well.
+TEST(KernelsLongArith, WideningAtEveryDestinationOffset) {
+  constexpr ptrdiff_t n = (ptrdiff_t{1} << 20) + 5;
+  std::vector<std::int16_t> x(n);
+  for (ptrdiff_t i = 0; i < n; ++i) x[i] = static_cast<std::int16_t>(i * 7919);
+  std::vector<D> out(n + 8);
+  for (ptrdiff_t offset : {0, 1, 5}) {
+    out[offset + n] = 12345;
+    Convert(x.data(), out.data() + offset, n);
+    for (ptrdiff_t i = 0; i < n; ++i) ASSERT_EQ(out[offset + i], x[i]) << "offset " << offset << " at " << i;
+    ASSERT_EQ(out[offset + n], 12345);
   }
 }
 
