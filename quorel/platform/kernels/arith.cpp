@@ -161,7 +161,7 @@ QUOREL_KERNEL_PAIRS void Div(const double* a, const TCplx* b, TCplx* r, ptrdiff_
 
 // --- array with scalar --------------------------------------------------------------------
 
-QUOREL_KERNEL void AddValue(const double* x, double v, double* r, ptrdiff_t n) {
+QUOREL_KERNEL_WIDE void AddValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return a + v; });
 }
 QUOREL_KERNEL void AddValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
@@ -174,7 +174,7 @@ QUOREL_KERNEL void AddValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return TCplx{a + v.Re, v.Im}; });
 }
 
-QUOREL_KERNEL void SubFromValue(const double* x, double v, double* r, ptrdiff_t n) {
+QUOREL_KERNEL_WIDE void SubFromValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return v - a; });
 }
 QUOREL_KERNEL void SubFromValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
@@ -187,7 +187,7 @@ QUOREL_KERNEL void SubFromValue(const double* x, TCplx v, TCplx* r, ptrdiff_t n)
   Map(x, r, n, [v](double a) { return TCplx{v.Re - a, v.Im}; });
 }
 
-QUOREL_KERNEL void ScaleByValue(const double* x, double v, double* r, ptrdiff_t n) {
+QUOREL_KERNEL_WIDE void ScaleByValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return a * v; });
 }
 QUOREL_KERNEL void ScaleByValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
