@@ -20,11 +20,13 @@
 // deliberately undefined source operand it then warns about.
 #pragma GCC diagnostic ignored "-Wpsabi"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 
 #include "quorel/platform/kernels/detail/math_avx512.h"
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 
@@ -63,6 +65,14 @@ static_assert(kLogTableBits == 5, "Lookup32 reads 32-entry tables");
 // t[i mod 16] for a 16-entry table t: one permute.
 QUOREL_AVX512_INLINE V Lookup16(const double* t, I i) {
   return _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
+}
+
+// c[0] + c[1] z + ... + c[N-1] z^(N-1), by Horner's rule with fused steps.
+template <std::size_t N>
+QUOREL_AVX512_INLINE V Horner(V z, const double (&c)[N]) {
+  V p = Fma(z, Set(c[N - 1]), Set(c[N - 2]));
+  for (std::size_t k = N - 2; k-- > 0;) p = Fma(z, p, Set(c[k]));
+  return p;
 }
 
 // An unevaluated sum hi + lo.
@@ -157,8 +167,7 @@ QUOREL_AVX512_INLINE V LogFast(V x) {
   const V ch = lookup(kCHi);
   const V s1 = p + ch;
   const V e1 = (p - s1) + ch;
-  V g = Fma(r, Set(kLog16Coef[7]), Set(kLog16Coef[6]));
-  for (int k = 5; k >= 0; --k) g = Fma(r, g, Set(kLog16Coef[k]));
+  const V g = Horner(r, kLog16Coef);
   V tail = (r * r) * Fma(r, g, Set(-0.5));
   V lead = r;
   if constexpr (!kNatural) {
@@ -287,19 +296,11 @@ QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V a) {
 // 1 - r^2/2 as a pair, with the rounding error of r^2).
 // z = rh^2 and hz = z / 2.
 QUOREL_AVX512_INLINE Pair SinPoly(V rh, V rl, V z, V hz) {
-  V p = Fma(z, Set(kSinCoef[5]), Set(kSinCoef[4]));
-  p = Fma(z, p, Set(kSinCoef[3]));
-  p = Fma(z, p, Set(kSinCoef[2]));
-  p = Fma(z, p, Set(kSinCoef[1]));
-  p = Fma(z, p, Set(kSinCoef[0]));
+  const V p = Horner(z, kSinCoef);
   return {rh, Fma(z * rh, p, Fma(-hz, rl, rl))};
 }
 QUOREL_AVX512_INLINE Pair CosPoly(V rh, V rl, V z, V hz) {
-  V p = Fma(z, Set(kCosCoef[5]), Set(kCosCoef[4]));
-  p = Fma(z, p, Set(kCosCoef[3]));
-  p = Fma(z, p, Set(kCosCoef[2]));
-  p = Fma(z, p, Set(kCosCoef[1]));
-  p = Fma(z, p, Set(kCosCoef[0]));
+  const V p = Horner(z, kCosCoef);
   const V w = 1.0 - hz;
   const V we = (1.0 - w) - hz;
   const V ze = Fma(rh, rh, -z);
@@ -363,11 +364,7 @@ QUOREL_AVX512_INLINE V TanhOf(V x) {
   }
   if (small) {
     const V z = a * a;
-    V p = Fma(z, Set(kTanhCoef[5]), Set(kTanhCoef[4]));
-    p = Fma(z, p, Set(kTanhCoef[3]));
-    p = Fma(z, p, Set(kTanhCoef[2]));
-    p = Fma(z, p, Set(kTanhCoef[1]));
-    p = Fma(z, p, Set(kTanhCoef[0]));
+    const V p = Horner(z, kTanhCoef);
     y = _mm512_mask_blend_pd(small, y, Fma(a * z, p, a));
   }
   return _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
@@ -401,8 +398,7 @@ QUOREL_AVX512_INLINE V ATanOf(V x) {
   const V uh = num / dh;
   const V ul = Fma(-uh, dl, Fma(-uh, dh, num)) * _mm512_rcp14_pd(dh);
   const V z = uh * uh;
-  V poly = Fma(z, Set(kATanCoef[10]), Set(kATanCoef[9]));
-  for (int i = 8; i >= 0; --i) poly = Fma(z, poly, Set(kATanCoef[i]));
+  const V poly = Horner(z, kATanCoef);
   const V ah = _mm512_permutexvar_pd(k, _mm512_load_pd(kAtHi));
   const V sh = ah + uh;  // |uh| <= atan c, or atan c = 0
   const V sl = (ah - sh) + uh;
