@@ -1,8 +1,11 @@
 #!/usr/bin/python3
-"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log and exp.
+"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log and exp and
+the polynomial coefficients of the vector sin, cos, tanh and atan.
 
 Run with Debian's Python (it needs mpmath):  /usr/bin/python3 scripts/gen_math_tables.py
-Every value is exact to about 106 bits (a high and a low double), computed at 200 bits.
+Every table value is exact to about 106 bits (a high and a low double), computed at 200 bits.
+The polynomials are near-minimax fits (Lawson's iteration on Chebyshev nodes) of the relative
+error; the script prints the worst error of the rounded coefficients (log2) for each.
 """
 
 import os
@@ -12,10 +15,8 @@ import mpmath
 from mpmath import mp
 
 mp.prec = 200
-LOG_BITS = 5            # log: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69
-EXP_BITS = 5            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS
-# Bits of 0.6875 plus half a subinterval, so that 1 lies inside one (where c = 1), not on a border.
-LOG_OFF = 0x3FE6000000000000 + (1 << (51 - LOG_BITS))
+LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
+EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
                    "detail", "math_tables.h")
 
@@ -30,34 +31,104 @@ def split(v):
     return hi, lo
 
 
-def main():
-    shift = 52 - LOG_BITS
-    log_rows = []
-    for i in range(1 << LOG_BITS):
-        lo_z = mpmath.mpf(bits_to_double(LOG_OFF + (i << shift)))
-        hi_z = mpmath.mpf(bits_to_double(LOG_OFF + ((i + 1) << shift)))
+def fit(g, deg, b, iters=40, npts=300, start=0):
+    """Coefficients c of sum c[k] z^k near-minimax for g on [start, b], weighted by |z| (the error
+    relative to the function once the leading terms are added: z is r^2 for the odd functions,
+    and g is weighted by r^2 for log), and the worst error, log2."""
+    weight = (lambda z: z) if start == 0 else (lambda z: z * z)
+    pts = [start + (b - start) * (1 - mpmath.cos(mp.pi * (i + 0.5) / npts)) / 2 for i in range(npts)]
+    gv = [g(z) for z in pts]
+    lam = [mpmath.mpf(1) / npts] * npts
+    for _ in range(iters):
+        a = mpmath.matrix(deg + 1, deg + 1)
+        rhs = mpmath.matrix(deg + 1, 1)
+        for z, gz, lz in zip(pts, gv, lam):
+            ww = lz * weight(z) ** 2
+            pw = [z ** k for k in range(deg + 1)]
+            for i in range(deg + 1):
+                rhs[i] += ww * pw[i] * gz
+                for j in range(deg + 1):
+                    a[i, j] += ww * pw[i] * pw[j]
+        c = mpmath.lu_solve(a, rhs)
+        err = [abs(weight(z) * (gz - sum(c[k] * z ** k for k in range(deg + 1)))) for z, gz in zip(pts, gv)]
+        total = sum(lz * e for lz, e in zip(lam, err))
+        lam = [lz * e / total for lz, e in zip(lam, err)]
+    cd = [float(c[k]) for k in range(deg + 1)]
+    worst = max(abs(weight(z) * (g(z) - sum(mpmath.mpf(cd[k]) * z ** k for k in range(deg + 1))))
+                for z in (start + (b - start) * mpmath.mpf(i) / 2000 for i in range(1, 2001)) if z != 0)
+    return cd, float(mpmath.log(worst, 2))
+
+
+def odd_tail(f):
+    """(f(r) - r) / r^3 as a function of z = r^2."""
+    return lambda z: (f(mpmath.sqrt(z)) - mpmath.sqrt(z)) / mpmath.sqrt(z) ** 3
+
+
+def polynomials():
+    quarter_pi = (mp.pi / 4 * (1 + mpmath.mpf(2) ** -20)) ** 2
+    return [
+        # sin r = r + r^3 S(r^2), cos r = 1 - r^2/2 + r^4 C(r^2), |r| <= pi/4
+        ("kSinCoef", "sin r = r + r^3 S(r^2), |r| <= pi/4", fit(odd_tail(mpmath.sin), 5, quarter_pi)),
+        ("kCosCoef", "cos r = 1 - r^2/2 + r^4 C(r^2), |r| <= pi/4",
+         fit(lambda z: (mpmath.cos(mpmath.sqrt(z)) - 1 + z / 2) / (z * z), 5, quarter_pi)),
+        ("kTanhCoef", "tanh x = x + x^3 T(x^2), |x| <= 1/8",
+         fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
+        ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 7/16",
+         fit(odd_tail(mpmath.atan), 10, (mpmath.mpf(7) / 16) ** 2, iters=25, npts=150)),
+        # |r| <= 2^-5 (plus a little) on the 16-entry tables
+        ("kLog16Coef", "log(1 + r) = r - r^2/2 + r^3 L(r), |r| <= 0.0313",
+         fit(lambda r: (mpmath.log1p(r) - r + r * r / 2) / r ** 3, 7, mpmath.mpf(0.0313), iters=25, npts=150,
+             start=-mpmath.mpf(0.0313))),
+    ]
+
+
+def log_rows(bits):
+    """1/c and -log(1/c) for the 2^bits subintervals of [OFF, 2 OFF), and OFF."""
+    # Bits of 0.6875 plus half a subinterval, so that 1 lies inside one (where c = 1), not on a border.
+    off = 0x3FE6000000000000 + (1 << (51 - bits))
+    shift = 52 - bits
+    rows = []
+    for i in range(1 << bits):
+        lo_z = mpmath.mpf(bits_to_double(off + (i << shift)))
+        hi_z = mpmath.mpf(bits_to_double(off + ((i + 1) << shift)))
         c = mpmath.mpf(1) if lo_z <= 1 < hi_z else (lo_z + hi_z) / 2
         invc = float(1 / c)
-        h, l = split(-mpmath.log(mpmath.mpf(invc)))
-        log_rows.append((invc, h, l))
+        logc = -mpmath.log(mpmath.mpf(invc))
+        rows.append((invc,) + split(logc) + split(logc / mpmath.log(2)) + split(logc / mpmath.log(10)))
+    return rows, off
+
+
+def main():
+    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4)]
     exp_rows = [split(mpmath.power(2, mpmath.mpf(j) / (1 << EXP_BITS))) for j in range(1 << EXP_BITS)]
 
+    polys = polynomials()
     with open(OUT, "w") as f:
         f.write("#pragma once\n// Generated by scripts/gen_math_tables.py; do not edit.\n\n")
         f.write("namespace quorel::kern::detail {\n\n")
-        f.write("inline constexpr int kLogTableBits = %d;\n" % LOG_BITS)
-        f.write("inline constexpr unsigned long long kLogOffset = 0x%016XULL;\n" % LOG_OFF)
-        f.write("/// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)\n")
-        f.write("/// and -log(1/c) as high and low parts.\n")
-        for name, k in (("kLogInvC", 0), ("kLogCHi", 1), ("kLogCLo", 2)):
-            f.write("alignas(64) inline constexpr double %s[%d] = {\n" % (name, len(log_rows)))
-            f.write("".join("    %s,\n" % r[k].hex() for r in log_rows))
-            f.write("};\n")
+        for prefix, bits, rows, off in log_tables:
+            f.write("inline constexpr int %sTableBits = %d;\n" % (prefix, bits))
+            f.write("inline constexpr unsigned long long %sOffset = 0x%016XULL;\n" % (prefix, off))
+            f.write("/// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)\n")
+            f.write("/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).\n")
+            names = (("InvC", 0), ("CHi", 1), ("CLo", 2))
+            if bits == 4:
+                names += (("C2Hi", 3), ("C2Lo", 4), ("C10Hi", 5), ("C10Lo", 6))
+            for name, k in names:
+                f.write("alignas(64) inline constexpr double %s%s[%d] = {\n" % (prefix, name, len(rows)))
+                f.write("".join("    %s,\n" % r[k].hex() for r in rows))
+                f.write("};\n")
         f.write("\ninline constexpr int kExpTableBits = %d;\n" % EXP_BITS)
         f.write("/// 2^(j/%d) as high and low parts.\n" % (1 << EXP_BITS))
         for name, k in (("kExp2Hi", 0), ("kExp2Lo", 1)):
             f.write("alignas(64) inline constexpr double %s[%d] = {\n" % (name, len(exp_rows)))
             f.write("".join("    %s,\n" % r[k].hex() for r in exp_rows))
+            f.write("};\n")
+        for name, what, (coef, worst) in polys:
+            print("%s: worst error 2^%.1f" % (name, worst))
+            f.write("\n/// %s.\n" % what)
+            f.write("inline constexpr double %s[%d] = {\n" % (name, len(coef)))
+            f.write("".join("    %s,\n" % v.hex() for v in coef))
             f.write("};\n")
         f.write("\n}  // namespace quorel::kern::detail\n")
     print("wrote", OUT)

@@ -2,6 +2,7 @@
 // products and dot products.
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
@@ -20,41 +21,43 @@ using detail::RequireReal;
 
 // --- sums and means ----------------------------------------------------------------------------------
 
-double TDenseQuorel::Sum() const { return Sum(0, fLength); }
-double TDenseQuorel::Sum(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireReal(*this);
-  return len > 0 ? kern::Sum(R(*this, index), len) : 0.0;
+namespace {
+// f over [index, index + len) of a real (T = double) or complex (T = TCplx) object, after the
+// range and kind checks; empty for len = 0.
+template <class T, class F>
+T Reduce(const TDenseQuorel& self, std::int32_t index, std::int32_t len, T empty, F f) {
+  self.ValidateParams(index, len);
+  if constexpr (std::is_same_v<T, double>) {
+    RequireReal(self);
+    return len > 0 ? f(R(self, index), len) : empty;
+  } else {
+    RequireComplex(self);
+    return len > 0 ? f(C(self, index), len) : empty;
+  }
 }
+constexpr auto kSum = [](auto p, std::int32_t n) { return kern::Sum(p, n); };
+constexpr auto kMean = [](auto p, std::int32_t n) { return kern::Mean(p, n); };
+}  // namespace
+
+double TDenseQuorel::Sum() const { return Sum(0, fLength); }
+double TDenseQuorel::Sum(std::int32_t index, std::int32_t len) const { return Reduce(*this, index, len, 0.0, kSum); }
 
 TCplx TDenseQuorel::Sumc() const { return Sumc(0, fLength); }
-TCplx TDenseQuorel::Sumc(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireComplex(*this);
-  return len > 0 ? kern::Sum(C(*this, index), len) : C_ZERO;
-}
+TCplx TDenseQuorel::Sumc(std::int32_t index, std::int32_t len) const { return Reduce(*this, index, len, C_ZERO, kSum); }
 
 double TDenseQuorel::Mean() const { return Mean(0, fLength); }
-double TDenseQuorel::Mean(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireReal(*this);
-  return len > 0 ? kern::Mean(R(*this, index), len) : 0.0;
-}
+double TDenseQuorel::Mean(std::int32_t index, std::int32_t len) const { return Reduce(*this, index, len, 0.0, kMean); }
 
 TCplx TDenseQuorel::Meanc() const { return Meanc(0, fLength); }
 TCplx TDenseQuorel::Meanc(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireComplex(*this);
-  return len > 0 ? kern::Mean(C(*this, index), len) : C_ZERO;
+  return Reduce(*this, index, len, C_ZERO, kMean);
 }
 
 // --- deviations -----------------------------------------------------------------------------------------
 
 double TDenseQuorel::StdDev() const { return StdDev(0, fLength); }
 double TDenseQuorel::StdDev(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireReal(*this);
-  return len < 2 ? NaN : kern::StdDev(R(*this, index), len);
+  return Reduce(*this, index, len, NaN, [](const double* p, std::int32_t n) { return n < 2 ? NaN : kern::StdDev(p, n); });
 }
 
 namespace {
@@ -118,28 +121,29 @@ void FromIndexed(const kern::TIndexedValue& found, double& value, std::int32_t& 
 }
 }  // namespace
 
-void TDenseQuorel::Max(double& value, std::int32_t& idx) const { Max(value, idx, 0, fLength); }
-void TDenseQuorel::Max(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireReal(*this);
+namespace {
+// The largest or smallest element and its index; NaN and -1 for an empty range.
+void Extreme(const TDenseQuorel& self, kern::TIndexedValue (*find)(const double*, std::ptrdiff_t), double& value,
+             std::int32_t& idx, std::int32_t index, std::int32_t len) {
+  self.ValidateParams(index, len);
+  RequireReal(self);
   if (len == 0) {
     value = NaN;
     idx = -1;
     return;
   }
-  FromIndexed(kern::MaxIndex(R(*this, index), len), value, idx);
+  FromIndexed(find(R(self, index), len), value, idx);
+}
+}  // namespace
+
+void TDenseQuorel::Max(double& value, std::int32_t& idx) const { Max(value, idx, 0, fLength); }
+void TDenseQuorel::Max(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const {
+  Extreme(*this, kern::MaxIndex, value, idx, index, len);
 }
 
 void TDenseQuorel::Min(double& value, std::int32_t& idx) const { Min(value, idx, 0, fLength); }
 void TDenseQuorel::Min(double& value, std::int32_t& idx, std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  RequireReal(*this);
-  if (len == 0) {
-    value = NaN;
-    idx = -1;
-    return;
-  }
-  FromIndexed(kern::MinIndex(R(*this, index), len), value, idx);
+  Extreme(*this, kern::MinIndex, value, idx, index, len);
 }
 
 void TDenseQuorel::MaxMin(double& max, double& min) const {

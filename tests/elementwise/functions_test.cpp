@@ -24,26 +24,13 @@ double CplxErrorEps(TCplx got, std::complex<long double> want) {
 // Complex results of the vector members stay within a few MACHEP of the exact value.
 constexpr double kComplexTolEps = 8;
 
-TEST(ComplexFunctions, FormulasAgainstLongDouble) {
-  const TCplx points[] = {{0.5, 0.25}, {-1.5, 2}, {3, -0.75}, {0, 1}, {1e-3, -2}};
-  for (const TCplx& p : points) {
-    const std::complex<long double> z(p.Re, p.Im);
-    struct Case {
-      const char* name;
-      TVec& (TVec::*method)();
-      std::complex<long double> want;
-    } cases[] = {
-        {"Sin", &TVec::Sin, std::sin(z)},   {"Cos", &TVec::Cos, std::cos(z)},   {"Tan", &TVec::Tan, std::tan(z)},
-        {"Sinh", &TVec::Sinh, std::sinh(z)}, {"Cosh", &TVec::Cosh, std::cosh(z)}, {"Tanh", &TVec::Tanh, std::tanh(z)},
-        {"Exp", &TVec::Exp, std::exp(z)},   {"Ln", &TVec::Ln, std::log(z)},     {"Sqrt", &TVec::Sqrt, std::sqrt(z)},
-        {"ArcSin", &TVec::ArcSin, std::asin(z)}, {"ArcTanh", &TVec::ArcTanh, std::atanh(z)},
-        {"Log10", &TVec::Log10, std::log10(z)},
-    };
-    for (const Case& c : cases) {
-      TVec v = Cplx({p});
-      (v.*c.method)();
-      EXPECT_LE(CplxErrorEps(v.CValues()[0], c.want), kComplexTolEps) << c.name << " at " << p.Re << "," << p.Im;
-    }
+// The other complex members are checked against reference data (accuracy_test.cpp).
+TEST(ComplexFunctions, Log10AgainstLongDouble) {
+  for (const TCplx& p : {TCplx{0.5, 0.25}, TCplx{-1.5, 2}, TCplx{3, -0.75}, TCplx{0, 1}}) {
+    TVec v = Cplx({p});
+    v.Log10();
+    EXPECT_LE(CplxErrorEps(v.CValues()[0], std::log10(std::complex<long double>(p.Re, p.Im))), kComplexTolEps)
+        << p.Re << "," << p.Im;
   }
 }
 

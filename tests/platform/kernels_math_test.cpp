@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <fstream>
 #include <functional>
+#include <random>
 #include <sstream>
 
 #include "kernel_test_support.h"
@@ -149,6 +150,43 @@ TEST(KernelsMath, RealResultsAreWithinOneUlpInEveryElement) {
       for (const std::vector<D>* r : {&got, &pieces})
         ExpectWorst(c.name + isa + (r == &got ? "" : " in place, in pieces"), n,
                     [&](std::size_t i) { return UlpError((*r)[i], rows[i][c.column]); }, kMaxUlp, "ulp", r == &got);
+    }
+  });
+}
+
+// Dense random sweep against the long double functions (good to 2^-11 ulp): arguments spread
+// over every binade of each kernel's fast range and past it, and near multiples of pi/2
+// (where the reduced argument cancels).
+TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
+  std::mt19937_64 rng(7);
+  std::vector<D> x;
+  std::uniform_real_distribution<double> mant(1.0, 2.0), frac(-0.5, 0.5);
+  for (int e = -30; e <= 25; ++e)
+    for (int i = 0; i < 400; ++i) x.push_back((i % 2 ? -1 : 1) * std::ldexp(mant(rng), e));
+  for (int k = 1; k < 4000; ++k) {
+    const double near = k * 263.0 * M_PI_2;
+    x.insert(x.end(), {near, std::nextafter(near, 0.0), near + frac(rng) * 1e-6});
+  }
+  for (int i = 0; i < 20000; ++i) x.push_back(frac(rng) * 20);
+  const struct {
+    const char* name;
+    RealFn kernel;
+    long double (*exact)(long double);
+    bool positive;
+  } cases[] = {
+      {"sin", Sin, sinl, false},   {"cos", Cos, cosl, false},   {"tan", Tan, tanl, false},
+      {"atan", ArcTan, atanl, false}, {"tanh", Tanh, tanhl, false}, {"ln", Ln, logl, true},
+      {"log2", Log2, log2l, true},
+  };
+  ForEachIsa([&](const std::string& isa) {
+    for (const auto& c : cases) {
+      std::vector<D> in = x;
+      if (c.positive)
+        for (D& v : in) v = std::fabs(v);
+      std::vector<D> r(in.size());
+      c.kernel(in.data(), r.data(), std::ssize(in));
+      ExpectWorst(c.name + isa + " sweep", in.size(),
+                  [&](std::size_t i) { return UlpError(r[i], c.exact(in[i])); }, kMaxUlp, "ulp", true);
     }
   });
 }

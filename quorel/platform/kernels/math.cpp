@@ -53,6 +53,19 @@ namespace {
 enum Fn1 { kSin, kCos, kTan, kASin, kACos, kATan, kSinh, kCosh, kTanh, kASinh, kACosh, kATanh,
            kExp, kLn, kLog10, kCbrt, kExp2, kExp10, kLog2 };
 
+// SLEEF's 1.0-ulp entry points for vectors of W doubles (d2: SSE2, d4: SLEEF's own AVX/AVX2
+// dispatcher, d8: AVX-512F), in the order of Fn1.
+#define QUOREL_SLEEF_ENTRIES(W)                                                                           \
+  static constexpr decltype(&Sleef_sind##W##_u10) kFn1[] = {                                            \
+      Sleef_sind##W##_u10,   Sleef_cosd##W##_u10,   Sleef_tand##W##_u10,   Sleef_asind##W##_u10,        \
+      Sleef_acosd##W##_u10,  Sleef_atand##W##_u10,  Sleef_sinhd##W##_u10,  Sleef_coshd##W##_u10,        \
+      Sleef_tanhd##W##_u10,  Sleef_asinhd##W##_u10, Sleef_acoshd##W##_u10, Sleef_atanhd##W##_u10,       \
+      Sleef_expd##W##_u10,   Sleef_logd##W##_u10,   Sleef_log10d##W##_u10, Sleef_cbrtd##W##_u10,        \
+      Sleef_exp2d##W##_u10,  Sleef_exp10d##W##_u10, Sleef_log2d##W##_u10};                              \
+  static constexpr auto SinCos = Sleef_sincosd##W##_u10;                                                 \
+  static constexpr auto ATan2 = Sleef_atan2d##W##_u10;                                                   \
+  static constexpr auto Pow = Sleef_powd##W##_u10;
+
 template <int W>
 struct Simd;
 
@@ -60,16 +73,7 @@ template <>
 struct Simd<8> {
   using V = __m512d;
   using Index = long long __attribute__((vector_size(64)));
-  // SLEEF's AVX-512F entry points; 1.0-ulp variants.
-  static constexpr decltype(&Sleef_sind8_u10) kFn1[] = {
-      Sleef_sind8_u10,   Sleef_cosd8_u10,   Sleef_tand8_u10,   Sleef_asind8_u10,
-      Sleef_acosd8_u10,  Sleef_atand8_u10,  Sleef_sinhd8_u10,  Sleef_coshd8_u10,
-      Sleef_tanhd8_u10,  Sleef_asinhd8_u10, Sleef_acoshd8_u10, Sleef_atanhd8_u10,
-      Sleef_expd8_u10,   Sleef_logd8_u10,   Sleef_log10d8_u10, Sleef_cbrtd8_u10,
-      Sleef_exp2d8_u10,  Sleef_exp10d8_u10, Sleef_log2d8_u10};
-  static constexpr auto SinCos = Sleef_sincosd8_u10;
-  static constexpr auto ATan2 = Sleef_atan2d8_u10;
-  static constexpr auto Pow = Sleef_powd8_u10;
+  QUOREL_SLEEF_ENTRIES(8)
   static V Even(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{0, 2, 4, 6, 8, 10, 12, 14}); }
   static V Odd(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{1, 3, 5, 7, 9, 11, 13, 15}); }
   static V Lo(V re, V im) QUOREL_BLOCK_INLINE { return __builtin_shuffle(re, im, Index{0, 8, 1, 9, 2, 10, 3, 11}); }
@@ -80,16 +84,7 @@ template <>
 struct Simd<4> {
   using V = __m256d;
   using Index = long long __attribute__((vector_size(32)));
-  // SLEEF's own dispatchers (AVX or AVX2 inside); 1.0-ulp variants.
-  static constexpr decltype(&Sleef_sind4_u10) kFn1[] = {
-      Sleef_sind4_u10,   Sleef_cosd4_u10,   Sleef_tand4_u10,   Sleef_asind4_u10,
-      Sleef_acosd4_u10,  Sleef_atand4_u10,  Sleef_sinhd4_u10,  Sleef_coshd4_u10,
-      Sleef_tanhd4_u10,  Sleef_asinhd4_u10, Sleef_acoshd4_u10, Sleef_atanhd4_u10,
-      Sleef_expd4_u10,   Sleef_logd4_u10,   Sleef_log10d4_u10, Sleef_cbrtd4_u10,
-      Sleef_exp2d4_u10,  Sleef_exp10d4_u10, Sleef_log2d4_u10};
-  static constexpr auto SinCos = Sleef_sincosd4_u10;
-  static constexpr auto ATan2 = Sleef_atan2d4_u10;
-  static constexpr auto Pow = Sleef_powd4_u10;
+  QUOREL_SLEEF_ENTRIES(4)
   // (re, im) pairs <-> vectors of real and of imaginary parts, in element order.
   static V Even(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{0, 2, 4, 6}); }
   static V Odd(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{1, 3, 5, 7}); }
@@ -101,15 +96,7 @@ template <>
 struct Simd<2> {
   using V = __m128d;
   using Index = long long __attribute__((vector_size(16)));
-  static constexpr decltype(&Sleef_sind2_u10) kFn1[] = {
-      Sleef_sind2_u10,   Sleef_cosd2_u10,   Sleef_tand2_u10,   Sleef_asind2_u10,
-      Sleef_acosd2_u10,  Sleef_atand2_u10,  Sleef_sinhd2_u10,  Sleef_coshd2_u10,
-      Sleef_tanhd2_u10,  Sleef_asinhd2_u10, Sleef_acoshd2_u10, Sleef_atanhd2_u10,
-      Sleef_expd2_u10,   Sleef_logd2_u10,   Sleef_log10d2_u10, Sleef_cbrtd2_u10,
-      Sleef_exp2d2_u10,  Sleef_exp10d2_u10, Sleef_log2d2_u10};
-  static constexpr auto SinCos = Sleef_sincosd2_u10;
-  static constexpr auto ATan2 = Sleef_atan2d2_u10;
-  static constexpr auto Pow = Sleef_powd2_u10;
+  QUOREL_SLEEF_ENTRIES(2)
   static V Even(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{0, 2}); }
   static V Odd(V a, V b) QUOREL_BLOCK_INLINE { return __builtin_shuffle(a, b, Index{1, 3}); }
   static V Lo(V re, V im) QUOREL_BLOCK_INLINE { return __builtin_shuffle(re, im, Index{0, 2}); }
@@ -293,8 +280,8 @@ struct LogOfTwiceForLargeOp {
   }
 };
 
-// --- our own log, exp and pow on the AVX-512 path ---------------------------------------------
-// SLEEF's 1-ulp log, pow, sinh and cosh are the slowest of its functions; ours (math_avx512.cpp)
+// --- our own kernels on the AVX-512 path ---------------------------------------------------
+// SLEEF's 1-ulp variants are slower than they need to be on this path; ours (math_avx512.cpp)
 // reach about 0.5 ulp with table lookups and short polynomials. The other paths keep SLEEF.
 
 template <Fn1 F>
@@ -305,6 +292,11 @@ constexpr detail::TFastFn kFast = F == kLn      ? detail::TFastFn::Ln
                                   : F == kExp2  ? detail::TFastFn::Exp2
                                   : F == kExp10 ? detail::TFastFn::Exp10
                                   : F == kSinh  ? detail::TFastFn::Sinh
+                                  : F == kSin   ? detail::TFastFn::Sin
+                                  : F == kCos   ? detail::TFastFn::Cos
+                                  : F == kTan   ? detail::TFastFn::Tan
+                                  : F == kTanh  ? detail::TFastFn::Tanh
+                                  : F == kATan  ? detail::TFastFn::ATan
                                                 : detail::TFastFn::Cosh;
 
 template <Fn1 F>
@@ -429,42 +421,26 @@ struct ComplexOp {
   }
 };
 
-struct CSinF {
+// sin, cos (kHyp false: of x + iy from the sine and cosine of x and the sinh and cosh of y) and
+// sinh, cosh (kHyp true: the roles of x and y swapped).
+template <bool kHyp, bool kCos>
+struct CTrigF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    const auto sc = Simd<W>::SinCos(x);
-    const SinhCoshV<W> h = SinhCoshOf<W>(y);
-    return {sc.x * h.ch, sc.y * h.sh};
+    const auto sc = Simd<W>::SinCos(kHyp ? y : x);
+    const SinhCoshV<W> h = SinhCoshOf<W>(kHyp ? x : y);
+    if constexpr (kHyp) return kCos ? CVec<W>{h.ch * sc.y, h.sh * sc.x} : CVec<W>{h.sh * sc.y, h.ch * sc.x};
+    return kCos ? CVec<W>{sc.y * h.ch, -(sc.x * h.sh)} : CVec<W>{sc.x * h.ch, sc.y * h.sh};
   }
 };
-struct CCosF {
-  template <int W>
-  QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    const auto sc = Simd<W>::SinCos(x);
-    const SinhCoshV<W> h = SinhCoshOf<W>(y);
-    return {sc.y * h.ch, -(sc.x * h.sh)};
-  }
-};
+using CSinF = CTrigF<false, false>;
+using CCosF = CTrigF<false, true>;
+using CSinhF = CTrigF<true, false>;
+using CCoshF = CTrigF<true, true>;
 struct CTanF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
     return MulC<W>(CSinF::Of<W>(x, y), InvC<W>(CCosF::Of<W>(x, y)));
-  }
-};
-struct CSinhF {
-  template <int W>
-  QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    const auto sc = Simd<W>::SinCos(y);
-    const SinhCoshV<W> h = SinhCoshOf<W>(x);
-    return {h.sh * sc.y, h.ch * sc.x};
-  }
-};
-struct CCoshF {
-  template <int W>
-  QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    const auto sc = Simd<W>::SinCos(y);
-    const SinhCoshV<W> h = SinhCoshOf<W>(x);
-    return {h.ch * sc.y, h.sh * sc.x};
   }
 };
 struct CTanhF {
@@ -513,17 +489,17 @@ bool SetKernelIsa(TKernelIsa isa) {
   return true;
 }
 
-void Sin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kSin>>(x, r, n); }
-void Cos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kCos>>(x, r, n); }
-void Tan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTan>>(x, r, n); }
+void Sin(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSin>>(x, r, n); }
+void Cos(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCos>>(x, r, n); }
+void Tan(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kTan>>(x, r, n); }
 void SinCos(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinCosOp>(x, s, c, n); }
 void ArcSin(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kASin>>(x, r, n); }
 void ArcCos(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kACos>>(x, r, n); }
-void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kATan>>(x, r, n); }
+void ArcTan(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kATan>>(x, r, n); }
 void ArcTan2(const double* y, const double* x, double* r, ptrdiff_t n) { Run<ATan2Op>(y, x, r, n); }
 void Sinh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kSinh>>(x, r, n); }
 void Cosh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kCosh>>(x, r, n); }
-void Tanh(const double* x, double* r, ptrdiff_t n) { Run<UnaryOp<kTanh>>(x, r, n); }
+void Tanh(const double* x, double* r, ptrdiff_t n) { Run<FastUnaryOp<kTanh>>(x, r, n); }
 void SinhCosh(const double* x, double* s, double* c, ptrdiff_t n) { Run<SinhCoshOp>(x, s, c, n); }
 void ArcSinh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kASinh>>(x, r, n); }
 void ArcCosh(const double* x, double* r, ptrdiff_t n) { Run<LogOfTwiceForLargeOp<kACosh>>(x, r, n); }

@@ -1,29 +1,34 @@
-// Our own vector logarithm, exponential and power, AVX-512. Everything in this file is built for
-// AVX-512 (and called only when the processor has it): the FMA and gather intrinsics could not
-// be inlined into code built for the baseline.
+// Our own vector elementary functions, AVX-512. Everything in this file is built for AVX-512
+// (and called only when the processor has it): the FMA and permute intrinsics could not be
+// inlined into code built for the baseline.
 //
-// log: x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
+// log (for pow): x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
 // subinterval of z; r = z/c - 1 is formed exactly as a pair of doubles (|r| <= 2^-6), and
-// log(1 + r) = r - r^2/2 + r^3 P(r). The sum k ln 2 + log c + log(1 + r) is
-// carried as a pair of doubles, accurate to about 2^-66 relative for pow (so that it can
-// multiply it by y without losing the last bits; P then has degree 9, else 6).
-// exp: a = (m + j/32) ln 2 + r with |r| <= ln 2 / 64; 2^(j/32) from a 32-entry table as a pair
+// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 9. The sum k ln 2 + log c + log(1 + r) is
+// carried as a pair of doubles, accurate to about 2^-66 relative, so that pow can multiply it
+// by y without losing the last bits. Ln, Log2 and Log10 alone use 16-entry tables (one permute
+// each) with tables of log c in their own base: see LogFast.
+// exp: a = (m + j/16) ln 2 + r with |r| <= ln 2 / 32; 2^(j/16) from a 16-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
-// The tables are looked up with two-register permutes: gathers are far slower on some
-// processors with AVX-512.
+// sin, cos, tan: an exact Cody-Waite reduction by pi/2 and fitted polynomials (see ReduceHalfPi).
+// The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
 // Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
-// arguments; results near overflow or underflow) take SLEEF's 1-ulp value instead.
+// arguments; results near overflow or underflow; trigonometric arguments beyond 2^20) take
+// SLEEF's 1-ulp value instead.
 #pragma GCC target("avx512f,avx512dq,avx512vl,avx2,fma")
 // Vectors cross no boundary to baseline code here; the compiler's shift intrinsics leave a
 // deliberately undefined source operand it then warns about.
 #pragma GCC diagnostic ignored "-Wpsabi"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#pragma GCC diagnostic ignored "-Wuninitialized"
 
 #include "quorel/platform/kernels/detail/math_avx512.h"
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 
 #ifndef __AVX512F__
 #define __AVX512F__ 1
@@ -56,7 +61,19 @@ QUOREL_AVX512_INLINE V Lookup32(const double* t, I i) {
   const V hi = _mm512_permutex2var_pd(_mm512_loadu_pd(t + 16), i, _mm512_loadu_pd(t + 24));
   return _mm512_mask_blend_pd(_mm512_test_epi64_mask(i, _mm512_set1_epi64(16)), lo, hi);
 }
-static_assert(kLogTableBits == 5 && kExpTableBits == 5, "Lookup32 reads 32-entry tables");
+static_assert(kLogTableBits == 5, "Lookup32 reads 32-entry tables");
+// t[i mod 16] for a 16-entry table t: one permute.
+QUOREL_AVX512_INLINE V Lookup16(const double* t, I i) {
+  return _mm512_permutex2var_pd(_mm512_loadu_pd(t), i, _mm512_loadu_pd(t + 8));
+}
+
+// c[0] + c[1] z + ... + c[N-1] z^(N-1), by Horner's rule with fused steps.
+template <std::size_t N>
+QUOREL_AVX512_INLINE V Horner(V z, const double (&c)[N]) {
+  V p = Fma(z, Set(c[N - 1]), Set(c[N - 2]));
+  for (std::size_t k = N - 2; k-- > 0;) p = Fma(z, p, Set(c[k]));
+  return p;
+}
 
 // An unevaluated sum hi + lo.
 struct Pair {
@@ -83,10 +100,8 @@ constexpr double kLn10 = 0x1.26bb1bbb55516p+1, kLn10Rest = -0x1.f48ad494ea3e9p-5
 constexpr double kInvLn2 = 0x1.71547652b82fep+0, kInvLn2Rest = 0x1.777d0ffda0d24p-56;
 constexpr double kInvLn10 = 0x1.bcb7b1526e50ep-2, kInvLn10Rest = 0x1.95355baaafad3p-57;
 
-// log x as a normalised pair for positive, normal, finite x (other lanes give garbage). For pow
-// (kForPow) the polynomial is 3 terms longer: y log x needs the pair good to 2^-66 relative; a
-// logarithm alone needs 2^-58.
-template <bool kForPow>
+// log x as a normalised pair for positive, normal, finite x (other lanes give garbage), good to
+// 2^-66 relative, as y log x in pow needs.
 QUOREL_AVX512_INLINE Pair LogPair(V x) {
   constexpr int kShift = 52 - kLogTableBits;
   const I ix = _mm512_castpd_si512(x);
@@ -98,34 +113,21 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   const V invc = Lookup32(kLogInvC, i);
   const V ch = Lookup32(kLogCHi, i);
   const V cl = Lookup32(kLogCLo, i);
-  // For pow, r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding
-  // error. A logarithm alone takes r rounded once: at most 1/4 ulp of the result where c != 1
-  // (there |log x| >= 4 |r|), exact where c = 1.
-  Pair r;
-  V r2e = _mm512_setzero_pd();
-  if constexpr (kForPow) {
-    const V p = _mm512_mul_pd(z, invc);
-    const V pe = Fma(z, invc, -p);
-    r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
-  } else {
-    r = {Fma(z, invc, Set(-1.0)), _mm512_setzero_pd()};
-  }
+  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding error.
+  const V p = _mm512_mul_pd(z, invc);
+  const V pe = Fma(z, invc, -p);
+  const Pair r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
   const V r2 = r.hi * r.hi;
-  if constexpr (kForPow) r2e = Fma(r.hi, r.hi, -r2);
+  const V r2e = Fma(r.hi, r.hi, -r2);
   const V half = -0.5 * r2;  // exact
   const V bh = r.hi + half;  // |r| > r^2/2
   const V bl = (r.hi - bh) + half;
   // k ln 2 is 0 or larger than any log c; log c is 0 (c = 1) or larger than r in every subinterval.
   const Pair a = FastTwoSum(kd * kLn2Hi, ch);
   const Pair s = FastTwoSum(a.hi, bh);
-  V poly;
-  if constexpr (kForPow) {
-    poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
-    poly = Fma(r.hi, poly, Set(-1.0 / 10));
-    poly = Fma(r.hi, poly, Set(1.0 / 9));
-  } else {
-    poly = Set(1.0 / 9);
-  }
+  V poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
+  poly = Fma(r.hi, poly, Set(-1.0 / 10));
+  poly = Fma(r.hi, poly, Set(1.0 / 9));
   poly = Fma(r.hi, poly, Set(-1.0 / 8));
   poly = Fma(r.hi, poly, Set(1.0 / 7));
   poly = Fma(r.hi, poly, Set(-1.0 / 6));
@@ -133,10 +135,50 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   poly = Fma(r.hi, poly, Set(-1.0 / 4));
   poly = Fma(r.hi, poly, Set(1.0 / 3));
   // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
-  V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly;
-  if constexpr (kForPow) lo += Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e;
+  const V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
   const V hi = s.hi + lo;
   return {hi, lo - (hi - s.hi)};
+}
+
+// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute,
+// |r| <= 2^-5 rounded once (as in LogPair), and a polynomial of degree 7 for the rest of
+// log(1 + r) after r - r^2/2. s1 = k log_B 2 + log_B c and s1 + r / ln B are exact two-sums:
+// s1 is 0 or larger than r / ln B (log c >= 0.06 away from the subinterval holding 1).
+template <TFastFn F>
+QUOREL_AVX512_INLINE V LogFast(V x) {
+  constexpr bool kNatural = F == TFastFn::Ln;
+  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B.
+  constexpr double kHi = kNatural ? kLn2Hi : F == TFastFn::Log2 ? 1.0 : 0x1.34413509f7800p-2;
+  constexpr double kLo = kNatural ? kLn2Lo : F == TFastFn::Log2 ? 0.0 : 0x1.fef311f12b358p-46;
+  constexpr double kInvHi = F == TFastFn::Log2 ? kInvLn2 : kInvLn10;
+  constexpr double kInvLo = F == TFastFn::Log2 ? kInvLn2Rest : kInvLn10Rest;
+  constexpr const double* kCHi = kNatural ? kLog16CHi : F == TFastFn::Log2 ? kLog16C2Hi : kLog16C10Hi;
+  constexpr const double* kCLo = kNatural ? kLog16CLo : F == TFastFn::Log2 ? kLog16C2Lo : kLog16C10Lo;
+  constexpr int kShift = 52 - kLog16TableBits;
+  const I ix = _mm512_castpd_si512(x);
+  const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLog16Offset)));
+  const I i = _mm512_srli_epi64(tmp, kShift);  // the permutes read only its low 4 bits
+  const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
+  const V z = _mm512_castsi512_pd(
+      _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
+  const auto lookup = [i](const double* t) { return Lookup16(t, i); };
+  const V r = Fma(z, lookup(kLog16InvC), Set(-1.0));
+  const V p = kd * kHi;
+  const V ch = lookup(kCHi);
+  const V s1 = p + ch;
+  const V e1 = (p - s1) + ch;
+  const V g = Horner(r, kLog16Coef);
+  V tail = (r * r) * Fma(r, g, Set(-0.5));
+  V lead = r;
+  if constexpr (!kNatural) {
+    lead = r * kInvHi;
+    tail = Fma(tail, Set(kInvHi), Fma(r, Set(kInvHi), -lead) + r * kInvLo);
+  }
+  const V s2 = s1 + lead;
+  const V e2 = (s1 - s2) + lead;
+  V lo = lookup(kCLo);
+  if constexpr (F != TFastFn::Log2) lo = Fma(kd, Set(kLo), lo);
+  return s2 + ((e1 + e2) + lo + tail);
 }
 
 // Lanes where LogPair does not apply: below the normal range, infinite or NaN.
@@ -144,7 +186,7 @@ QUOREL_AVX512_INLINE M LogOutside(V x) {
   return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
 }
 
-// e^(a + b) = 2^m 2^(j/32) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
+// e^(a + b) = 2^m 2^(j/16) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
 // value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
 constexpr double kExpFastMax = 707.0;
 struct ExpParts {
@@ -152,21 +194,21 @@ struct ExpParts {
   I ki;
 };
 QUOREL_AVX512_INLINE ExpParts ExpSplit(V a, V b) {
-  constexpr double kInvLn2N = 0x1.71547652b82fep+5;  // 32 / ln 2
-  constexpr double kLn2NHi = 0x1.62e42fefa39efp-6, kLn2NLo = 0x1.abc9e3b39803fp-61;
+  static_assert(kExpTableBits == 4, "the constants below and Lookup16 are for 16 subintervals");
+  constexpr double kInvLn2N = 0x1.71547652b82fep+4;  // 16 / ln 2
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-5, kLn2NLo = 0x1.abc9e3b39803fp-60;
   const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
-  const I ki = _mm512_castpd_si512(kd0);
+  const I ki = _mm512_castpd_si512(kd0);  // j in the low 4 bits, m above
   const V kd = kd0 - kShifter;
   V r = Fma(kd, Set(-kLn2NHi), a);
   r = Fma(kd, Set(-kLn2NLo), r) + b;
-  const I j = _mm512_and_si512(ki, _mm512_set1_epi64((1 << kExpTableBits) - 1));
-  V poly = Fma(r, Set(1.0 / 40320), Set(1.0 / 5040));
-  poly = Fma(r, poly, Set(1.0 / 720));
+  // |r| <= ln 2 / 32: the next term, r^8 / 8!, is below 2^-59 relative.
+  V poly = Fma(r, Set(1.0 / 5040), Set(1.0 / 720));
   poly = Fma(r, poly, Set(1.0 / 120));
   poly = Fma(r, poly, Set(1.0 / 24));
   poly = Fma(r, poly, Set(1.0 / 6));
   poly = Fma(r, poly, Set(0.5));
-  return {Lookup32(kExp2Hi, j), Lookup32(kExp2Lo, j), Fma(r * r, poly, r), ki};
+  return {Lookup16(kExp2Hi, ki), Lookup16(kExp2Lo, ki), Fma(r * r, poly, r), ki};
 }
 
 // e^(a + b), rounded once (other lanes than ExpSplit's give garbage).
@@ -227,22 +269,159 @@ QUOREL_AVX512_INLINE V Hyperbolic(V x) {
   return y;
 }
 
-// hi + lo times c = chi + clo, rounded once.
-QUOREL_AVX512_INLINE V TimesPair(Pair v, double chi, double clo) {
-  const V p = v.hi * chi;
-  const V pe = Fma(v.hi, Set(chi), -p);
-  return p + (pe + Fma(v.hi, Set(clo), v.lo * chi));
+// a = n pi/2 + r for 0 <= a <= kTrigFastMax, r = rh + rl good to about 2^-100 relative. r1 = a - n c1
+// is exact (0 <= n < 2^20, and r1 is a multiple of 2^-53 below 1 where n > 0); rh + rl = r1 - p - pe,
+// with p + pe = n c2 exactly, is an exact two-sum even when r1 and p nearly cancel (r1 is then a
+// multiple of ulp(p)). Lanes beyond the range or NaN are flagged in out.
+constexpr double kTrigFastMax = 0x1p20;
+struct Quadrant {
+  V rh, rl;
+  I n;  // n in the low bits
+  M out;
+};
+QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V a) {
+  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
+  constexpr double kPio2A = 0x1.921fb54442d18p+0, kPio2B = 0x1.1a62633145c07p-54, kPio2C = -0x1.f1976b7ed8fbcp-110;
+  const V t = Fma(a, Set(kTwoOverPi), Set(kShifter));
+  const V n = t - kShifter;
+  const V r1 = Fma(n, Set(-kPio2A), a);
+  const V p = n * kPio2B;
+  const V rh = r1 - p;
+  const V rl = Fma(n, Set(-kPio2C), ((r1 - rh) - p) - Fma(n, Set(kPio2B), -p));
+  return {rh, rl, _mm512_castpd_si512(t), _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ)};
+}
+
+// sin(rh + rl) and cos(rh + rl) for |r| <= pi/4 (plus a little) as unevaluated sums hi + lo with
+// |lo| < |hi| / 8, each about 0.5 ulp once added: the leading terms are carried exactly (cos:
+// 1 - r^2/2 as a pair, with the rounding error of r^2).
+// z = rh^2 and hz = z / 2.
+QUOREL_AVX512_INLINE Pair SinPoly(V rh, V rl, V z, V hz) {
+  const V p = Horner(z, kSinCoef);
+  return {rh, Fma(z * rh, p, Fma(-hz, rl, rl))};
+}
+QUOREL_AVX512_INLINE Pair CosPoly(V rh, V rl, V z, V hz) {
+  const V p = Horner(z, kCosCoef);
+  const V w = 1.0 - hz;
+  const V we = (1.0 - w) - hz;
+  const V ze = Fma(rh, rh, -z);
+  return {w, Fma(Set(-0.5), ze, Fma(-rh, rl, Fma(z * z, p, we)))};
+}
+
+// Sine (kCos false) or cosine of x: quadrant n of |x| picks +-sin r or +-cos r.
+template <bool kCos>
+QUOREL_AVX512_INLINE V SinOrCos(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Quadrant q = ReduceHalfPi(a);
+  const V z = q.rh * q.rh, hz = 0.5 * z;
+  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
+  const V s = sp.hi + sp.lo, c = cp.hi + cp.lo;
+  // cos x = sin(x + pi/2): one quadrant further.
+  const I n = kCos ? _mm512_add_epi64(q.n, _mm512_set1_epi64(1)) : q.n;
+  V y = _mm512_mask_blend_pd(_mm512_test_epi64_mask(n, _mm512_set1_epi64(1)), s, c);
+  I sign = _mm512_slli_epi64(_mm512_and_si512(n, _mm512_set1_epi64(2)), 62);
+  if constexpr (!kCos) sign = _mm512_xor_si512(sign, _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
+  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
+  if (q.out) y = _mm512_mask_blend_pd(q.out, y, kCos ? Sleef_cosd8_u10(x) : Sleef_sind8_u10(x));
+  return y;
+}
+
+// tan x = sin r / cos r (n even) or -cos r / sin r (n odd), the quotient of the two pairs with
+// its rounding error brought back by one fused residual.
+QUOREL_AVX512_INLINE V TanOf(V x) {
+  const V a = _mm512_abs_pd(x);
+  const Quadrant q = ReduceHalfPi(a);
+  const V z = q.rh * q.rh, hz = 0.5 * z;
+  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
+  const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
+  const Pair num = FastTwoSum(_mm512_mask_blend_pd(odd, sp.hi, cp.hi), _mm512_mask_blend_pd(odd, sp.lo, cp.lo));
+  const Pair den = FastTwoSum(_mm512_mask_blend_pd(odd, cp.hi, sp.hi), _mm512_mask_blend_pd(odd, cp.lo, sp.lo));
+  const V t = num.hi / den.hi;
+  const V rho = Fma(-t, den.lo, Fma(-t, den.hi, num.hi) + num.lo);
+  V y = Fma(rho, _mm512_rcp14_pd(den.hi), t);
+  // The sign: odd quadrants negate, and tan is odd in x.
+  const I sign = _mm512_xor_si512(_mm512_slli_epi64(_mm512_and_si512(q.n, _mm512_set1_epi64(1)), 63),
+                                  _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
+  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
+  if (q.out) y = _mm512_mask_blend_pd(q.out, y, Sleef_tand8_u10(x));
+  return y;
+}
+
+// tanh |x| = 1 - 2 / (e^2|x| + 1) with the exponential and the quotient as pairs; below 1/8 an odd
+// polynomial (the pair form would lose its relative accuracy as tanh x goes to 0).
+QUOREL_AVX512_INLINE V TanhOf(V x) {
+  const V a = _mm512_abs_pd(x);
+  const M small = _mm512_cmp_pd_mask(a, Set(0.125), _CMP_LT_OQ);
+  V y = _mm512_setzero_pd();
+  if (small != 0xff) {
+    // Beyond 2|x| = 40 the quotient is below half an ulp of 1; NaN stays NaN.
+    const Pair e = ExpPair(_mm512_min_pd(Set(40.0), a + a));
+    const V dh = e.hi + 1.0;
+    const V dl = ((e.hi - dh) + 1.0) + e.lo;
+    const V q = 1.0 / dh;  // 1 / (e + 1) = q (1 + rho)
+    const V rho = Fma(-q, dh, Set(1.0)) - q * dl;
+    const V s = Fma(Set(-2.0), q, Set(1.0));  // its rounding error is exact in the next fused step
+    y = s + (Fma(Set(-2.0), q, 1.0 - s) - 2.0 * q * rho);
+  }
+  if (small) {
+    const V z = a * a;
+    const V p = Horner(z, kTanhCoef);
+    y = _mm512_mask_blend_pd(small, y, Fma(a * z, p, a));
+  }
+  return _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
+                                             _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+}
+
+// atan |x| = atan c + atan u, u = (t - c) / (1 + t c), with c = 0, 1/2, 1, 3/2 on the bins
+// [0, 7/16), [7/16, 11/16), [11/16, 19/16), [19/16, 39/16), and atan t = pi/2 + atan(-1/t) beyond.
+// u = N / D with N = m t + b exact and D = c t + m as an exact pair; the quotient gets its
+// rounding error back from one fused residual, so |u| <= 7/16 enters the polynomial as a pair.
+QUOREL_AVX512_INLINE V ATanOf(V x) {
+  alignas(64) static constexpr double kM[8] = {1, 2, 1, 1, 0, 0, 0, 0};
+  alignas(64) static constexpr double kB[8] = {0, -1, -1, -1.5, -1, 0, 0, 0};
+  alignas(64) static constexpr double kC[8] = {0, 1, 1, 1.5, 1, 0, 0, 0};
+  alignas(64) static constexpr double kAtHi[8] = {0, 0x1.dac670561bb4fp-2, 0x1.921fb54442d18p-1, 0x1.f730bd281f69bp-1,
+                                                  0x1.921fb54442d18p+0, 0, 0, 0};
+  alignas(64) static constexpr double kAtLo[8] = {0, 0x1.a2b7f222f65e2p-56, 0x1.1a62633145c07p-55, 0x1.007887af0cbbdp-56,
+                                                  0x1.1a62633145c07p-54, 0, 0, 0};
+  // Beyond 2^60, -1/t vanishes against pi/2; NaN stays NaN.
+  const V t = _mm512_min_pd(Set(0x1p60), _mm512_abs_pd(x));
+  I k = _mm512_setzero_si512();
+  const I one = _mm512_set1_epi64(1);
+  for (double edge : {7.0 / 16, 11.0 / 16, 19.0 / 16, 39.0 / 16})
+    k = _mm512_mask_add_epi64(k, _mm512_cmp_pd_mask(t, Set(edge), _CMP_GE_OQ), k, one);
+  const V m = _mm512_permutexvar_pd(k, _mm512_load_pd(kM));
+  const V c = _mm512_permutexvar_pd(k, _mm512_load_pd(kC));
+  const V num = Fma(m, t, _mm512_permutexvar_pd(k, _mm512_load_pd(kB)));
+  const V p = c * t;
+  const V dh = m + p;  // exact as a pair: m is 0, or a multiple of ulp(dh) at least as large as p's
+  const V dl = (p - (dh - m)) + Fma(c, t, -p);
+  const V uh = num / dh;
+  const V ul = Fma(-uh, dl, Fma(-uh, dh, num)) * _mm512_rcp14_pd(dh);
+  const V z = uh * uh;
+  const V poly = Horner(z, kATanCoef);
+  const V ah = _mm512_permutexvar_pd(k, _mm512_load_pd(kAtHi));
+  const V sh = ah + uh;  // |uh| <= atan c, or atan c = 0
+  const V sl = (ah - sh) + uh;
+  const V lo = sl + _mm512_permutexvar_pd(k, _mm512_load_pd(kAtLo)) + Fma(-ul, z, ul) + uh * z * poly;
+  const V y = sh + lo;
+  return _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y),
+                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
 }
 
 template <TFastFn F>
 QUOREL_AVX512_INLINE V Unary(V x) {
-  if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
+  if constexpr (F == TFastFn::Tan) {
+    return TanOf(x);
+  } else if constexpr (F == TFastFn::Tanh) {
+    return TanhOf(x);
+  } else if constexpr (F == TFastFn::ATan) {
+    return ATanOf(x);
+  } else if constexpr (F == TFastFn::Sin || F == TFastFn::Cos) {
+    return SinOrCos<F == TFastFn::Cos>(x);
+  } else if constexpr (F == TFastFn::Sinh || F == TFastFn::Cosh) {
     return Hyperbolic<F == TFastFn::Sinh>(x);
   } else if constexpr (F == TFastFn::Ln || F == TFastFn::Log2 || F == TFastFn::Log10) {
-    const Pair l = LogPair<false>(x);
-    V y = l.hi;
-    if constexpr (F == TFastFn::Log2) y = TimesPair(l, kInvLn2, kInvLn2Rest);
-    if constexpr (F == TFastFn::Log10) y = TimesPair(l, kInvLn10, kInvLn10Rest);
+    V y = LogFast<F>(x);
     const M out = LogOutside(x);
     if (out) {
       const V s = F == TFastFn::Ln ? Sleef_logd8_u10(x) : F == TFastFn::Log2 ? Sleef_log2d8_u10(x) : Sleef_log10d8_u10(x);
@@ -269,7 +448,7 @@ QUOREL_AVX512_INLINE V Unary(V x) {
 
 // x^y = e^(y log x) with log x as a pair of doubles.
 QUOREL_AVX512_INLINE V PowOf(V x, V y) {
-  const Pair l = LogPair<true>(x);
+  const Pair l = LogPair(x);
   const V a = y * l.hi;
   const V b = Fma(y, l.hi, -a) + y * l.lo;
   V p = ExpOf(a, b);
@@ -282,6 +461,12 @@ QUOREL_AVX512_INLINE V PowOf(V x, V y) {
 template <class F>
 QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
   ptrdiff_t i = 0;
+  // Two independent vectors per step give the long dependency chains something to overlap with.
+  for (; i + 16 <= n; i += 16) {
+    const V a = f(_mm512_loadu_pd(x + i)), b = f(_mm512_loadu_pd(x + i + 8));
+    _mm512_storeu_pd(r + i, a);
+    _mm512_storeu_pd(r + i + 8, b);
+  }
   for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, f(_mm512_loadu_pd(x + i)));
   if (i < n) {
     const M m = static_cast<M>((1u << (n - i)) - 1);
@@ -304,6 +489,11 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
     case TFastFn::Exp: return UnaryLoop<TFastFn::Exp>(x, r, n);
     case TFastFn::Exp2: return UnaryLoop<TFastFn::Exp2>(x, r, n);
     case TFastFn::Exp10: return UnaryLoop<TFastFn::Exp10>(x, r, n);
+    case TFastFn::Sin: return UnaryLoop<TFastFn::Sin>(x, r, n);
+    case TFastFn::Cos: return UnaryLoop<TFastFn::Cos>(x, r, n);
+    case TFastFn::Tan: return UnaryLoop<TFastFn::Tan>(x, r, n);
+    case TFastFn::Tanh: return UnaryLoop<TFastFn::Tanh>(x, r, n);
+    case TFastFn::ATan: return UnaryLoop<TFastFn::ATan>(x, r, n);
     case TFastFn::Sinh: return UnaryLoop<TFastFn::Sinh>(x, r, n);
     case TFastFn::Cosh: return UnaryLoop<TFastFn::Cosh>(x, r, n);
   }

@@ -6,7 +6,7 @@ namespace quorel::kern::detail {
 inline constexpr int kLogTableBits = 5;
 inline constexpr unsigned long long kLogOffset = 0x3FE6400000000000ULL;
 /// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)
-/// and -log(1/c) as high and low parts.
+/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).
 alignas(64) inline constexpr double kLogInvC[32] = {
     0x1.6c16c16c16c17p+0,
     0x1.642c8590b2164p+0,
@@ -109,76 +109,231 @@ alignas(64) inline constexpr double kLogCLo[32] = {
     -0x1.1e99b72bd7bf2p-57,
     -0x1.7a42642661c62p-61,
 };
-
-inline constexpr int kExpTableBits = 5;
-/// 2^(j/32) as high and low parts.
-alignas(64) inline constexpr double kExp2Hi[32] = {
+inline constexpr int kLog16TableBits = 4;
+inline constexpr unsigned long long kLog16Offset = 0x3FE6800000000000ULL;
+/// For z in subinterval i of [OFF, 2 OFF): 1/c (c its middle, or 1 in the one holding 1)
+/// and -log(1/c) as high and low parts (natural; the 16-entry set also in bases 2 and 10).
+alignas(64) inline constexpr double kLog16InvC[16] = {
+    0x1.642c8590b2164p+0,
+    0x1.5555555555555p+0,
+    0x1.47ae147ae147bp+0,
+    0x1.3b13b13b13b14p+0,
+    0x1.2f684bda12f68p+0,
+    0x1.2492492492492p+0,
+    0x1.1a7b9611a7b96p+0,
+    0x1.1111111111111p+0,
+    0x1.0842108421084p+0,
     0x1.0000000000000p+0,
-    0x1.059b0d3158574p+0,
-    0x1.0b5586cf9890fp+0,
-    0x1.11301d0125b51p+0,
-    0x1.172b83c7d517bp+0,
-    0x1.1d4873168b9aap+0,
-    0x1.2387a6e756238p+0,
-    0x1.29e9df51fdee1p+0,
-    0x1.306fe0a31b715p+0,
-    0x1.371a7373aa9cbp+0,
-    0x1.3dea64c123422p+0,
-    0x1.44e086061892dp+0,
-    0x1.4bfdad5362a27p+0,
-    0x1.5342b569d4f82p+0,
-    0x1.5ab07dd485429p+0,
-    0x1.6247eb03a5585p+0,
-    0x1.6a09e667f3bcdp+0,
-    0x1.71f75e8ec5f74p+0,
-    0x1.7a11473eb0187p+0,
-    0x1.82589994cce13p+0,
-    0x1.8ace5422aa0dbp+0,
-    0x1.93737b0cdc5e5p+0,
-    0x1.9c49182a3f090p+0,
-    0x1.a5503b23e255dp+0,
-    0x1.ae89f995ad3adp+0,
-    0x1.b7f76f2fb5e47p+0,
-    0x1.c199bdd85529cp+0,
-    0x1.cb720dcef9069p+0,
-    0x1.d5818dcfba487p+0,
-    0x1.dfc97337b9b5fp+0,
-    0x1.ea4afa2a490dap+0,
-    0x1.f50765b6e4540p+0,
+    0x1.e1e1e1e1e1e1ep-1,
+    0x1.c71c71c71c71cp-1,
+    0x1.af286bca1af28p-1,
+    0x1.999999999999ap-1,
+    0x1.8618618618618p-1,
+    0x1.745d1745d1746p-1,
 };
-alignas(64) inline constexpr double kExp2Lo[32] = {
+alignas(64) inline constexpr double kLog16CHi[16] = {
+    -0x1.522ae0738a3d7p-2,
+    -0x1.269621134db91p-2,
+    -0x1.f991c6cb3b37ap-3,
+    -0x1.a93ed3c8ad9e5p-3,
+    -0x1.5bf406b543db0p-3,
+    -0x1.1178e8227e47ap-3,
+    -0x1.9335e5d594988p-4,
+    -0x1.08598b59e3a06p-4,
+    -0x1.0415d89e74440p-5,
     0x0.0p+0,
-    0x1.d73e2a475b465p-55,
+    0x1.f0a30c01162a8p-5,
+    0x1.e27076e2af2eap-4,
+    0x1.5ff3070a793d6p-3,
+    0x1.c8ff7c79a9a20p-3,
+    0x1.1675cababa60fp-2,
+    0x1.4618bc21c5ec2p-2,
+};
+alignas(64) inline constexpr double kLog16CLo[16] = {
+    -0x1.3840b263acb43p-56,
+    -0x1.e0efadd9db02ap-56,
+    -0x1.ecca0cdf30143p-58,
+    -0x1.bcafa9de97202p-57,
+    0x1.1f5b44c0df7f7p-61,
+    0x1.0e63a5f01c693p-58,
+    0x1.478a85704ccb7p-58,
+    0x1.dd7009902bf32p-58,
+    -0x1.c05cf1d753621p-59,
+    0x0.0p+0,
+    0x1.85f325c5bbacdp-59,
+    -0x1.61578001e015ap-60,
+    -0x1.bc60efafc6f6cp-58,
+    -0x1.4f689f8434011p-57,
+    0x1.ce63eab883727p-61,
+    -0x1.7a42642661c62p-61,
+};
+alignas(64) inline constexpr double kLog16C2Hi[16] = {
+    -0x1.e7df5fe538ab3p-2,
+    -0x1.a8ff971810a5dp-2,
+    -0x1.6cb0f6865c8ebp-2,
+    -0x1.32bfee370ee6ap-2,
+    -0x1.f5fd8a9063e32p-3,
+    -0x1.8a8980abfbd30p-3,
+    -0x1.22dadc2ab3496p-3,
+    -0x1.7d60496cfbb4bp-4,
+    -0x1.77394c9d958d0p-5,
+    0x0.0p+0,
+    0x1.663f6fac91318p-4,
+    0x1.5c01a39fbd68bp-3,
+    0x1.fbc16b902680dp-3,
+    0x1.49a784bcd1b8ap-2,
+    0x1.91bba891f170ap-2,
+    0x1.d6753e032ea0ep-2,
+};
+alignas(64) inline constexpr double kLog16C2Lo[16] = {
+    0x1.a6bba73a4b72bp-56,
+    0x1.64f1e45ceac62p-56,
+    0x1.c84aae3be625bp-56,
+    0x1.484a01a34cd41p-57,
+    0x1.4863f501fda67p-57,
+    0x1.f0f9449d09a6fp-57,
+    -0x1.a27ffc9cb04f3p-59,
+    0x1.43262817eda5bp-61,
+    0x1.9db057278adc6p-59,
+    0x0.0p+0,
+    -0x1.1df362ae68bc6p-60,
+    -0x1.f6dc21221666bp-57,
+    0x1.94718f85f92e0p-61,
+    -0x1.cc2d296ee388cp-56,
+    0x1.30395ac11db40p-57,
+    0x1.16520bc0d0f59p-56,
+};
+alignas(64) inline constexpr double kLog16C10Hi[16] = {
+    -0x1.25ba8215af7fcp-3,
+    -0x1.ffbfc2bbc7802p-4,
+    -0x1.b721cd17157e3p-4,
+    -0x1.715d0ce367afdp-4,
+    -0x1.2e3a740b7800dp-4,
+    -0x1.db11ed766abf1p-5,
+    -0x1.5e3966b7e9294p-5,
+    -0x1.cb38fccd8bfdap-6,
+    -0x1.c3d0837784c3ap-7,
+    0x0.0p+0,
+    0x1.af5f92b00e611p-6,
+    0x1.a30a9d609efedp-5,
+    0x1.31b3055c4711ap-4,
+    0x1.8cf183886480bp-4,
+    0x1.e3bc1ab0e1a00p-4,
+    0x1.1b3e71ec94f7ap-3,
+};
+alignas(64) inline constexpr double kLog16C10Lo[16] = {
+    0x1.3b12c9336337cp-57,
+    0x1.1cd0d41d8b2fdp-58,
+    -0x1.e5da19c61c344p-59,
+    -0x1.a95ab69f54bbdp-58,
+    0x1.43a808f10e3e5p-59,
+    0x1.1a4c9a24a22d5p-59,
+    -0x1.eaefa434015c8p-60,
+    0x1.4d322030dfe0bp-60,
+    0x1.587cfdd36f870p-61,
+    0x0.0p+0,
+    0x1.8e56ef0057c06p-60,
+    0x1.df87d692d4cbep-60,
+    -0x1.0650b7cf7eb0bp-58,
+    -0x1.0c77fac78310dp-59,
+    -0x1.7c8916684e62fp-62,
+    0x1.32351b4015adap-57,
+};
+
+inline constexpr int kExpTableBits = 4;
+/// 2^(j/16) as high and low parts.
+alignas(64) inline constexpr double kExp2Hi[16] = {
+    0x1.0000000000000p+0,
+    0x1.0b5586cf9890fp+0,
+    0x1.172b83c7d517bp+0,
+    0x1.2387a6e756238p+0,
+    0x1.306fe0a31b715p+0,
+    0x1.3dea64c123422p+0,
+    0x1.4bfdad5362a27p+0,
+    0x1.5ab07dd485429p+0,
+    0x1.6a09e667f3bcdp+0,
+    0x1.7a11473eb0187p+0,
+    0x1.8ace5422aa0dbp+0,
+    0x1.9c49182a3f090p+0,
+    0x1.ae89f995ad3adp+0,
+    0x1.c199bdd85529cp+0,
+    0x1.d5818dcfba487p+0,
+    0x1.ea4afa2a490dap+0,
+};
+alignas(64) inline constexpr double kExp2Lo[16] = {
+    0x0.0p+0,
     0x1.8a62e4adc610bp-54,
-    -0x1.6c51039449b3ap-54,
     -0x1.19041b9d78a76p-55,
-    0x1.e016e00a2643cp-54,
     0x1.9b07eb6c70573p-54,
-    0x1.612e8afad1255p-55,
     0x1.6f46ad23182e4p-55,
-    -0x1.63aeabf42eae2p-54,
     0x1.ada0911f09ebcp-55,
-    0x1.89b7a04ef80d0p-59,
     0x1.d4397afec42e2p-56,
-    -0x1.07abe1db13cadp-55,
     0x1.6324c054647adp-54,
-    -0x1.383c17e40b497p-54,
     -0x1.bdd3413b26456p-54,
-    -0x1.16e4786887a99p-55,
     -0x1.41577ee04992fp-55,
-    -0x1.d4c1dd41532d8p-54,
     0x1.6e9f156864b27p-54,
-    -0x1.75fc781b57ebcp-57,
     0x1.c7c46b071f2bep-56,
-    -0x1.d2f6edb8d41e1p-54,
     0x1.7a1cd345dcc81p-54,
-    -0x1.5584f7e54ac3bp-56,
     0x1.11065895048ddp-55,
-    0x1.503cbd1e949dbp-56,
     0x1.2ed02d75b3707p-55,
-    -0x1.1a5cd4f184b5cp-54,
     -0x1.e9c23179c2893p-54,
-    0x1.9d3e12dd8a18bp-54,
+};
+
+/// sin r = r + r^3 S(r^2), |r| <= pi/4.
+inline constexpr double kSinCoef[6] = {
+    -0x1.5555555555549p-3,
+    0x1.111111110f880p-7,
+    -0x1.a01a019c12645p-13,
+    0x1.71de35786f230p-19,
+    -0x1.ae5e66d11f7bep-26,
+    0x1.5d932e434227bp-33,
+};
+
+/// cos r = 1 - r^2/2 + r^4 C(r^2), |r| <= pi/4.
+inline constexpr double kCosCoef[6] = {
+    0x1.5555555555552p-5,
+    -0x1.6c16c16c15fcbp-10,
+    0x1.a01a019e15becp-16,
+    -0x1.27e4f90888dc0p-22,
+    0x1.1eea969bd9e8bp-29,
+    -0x1.900599a01b471p-37,
+};
+
+/// tanh x = x + x^3 T(x^2), |x| <= 1/8.
+inline constexpr double kTanhCoef[6] = {
+    -0x1.5555555555552p-2,
+    0x1.111111110f309p-3,
+    -0x1.ba1ba1adf1909p-5,
+    0x1.664f3661c8cf8p-6,
+    -0x1.2260899962d87p-7,
+    0x1.cca9989c2d00dp-9,
+};
+
+/// atan u = u + u^3 A(u^2), |u| <= 7/16.
+inline constexpr double kATanCoef[11] = {
+    -0x1.555555555550dp-2,
+    0x1.999999998eb47p-3,
+    -0x1.24924920060e2p-3,
+    0x1.c71c6fe18c5b7p-4,
+    -0x1.745cdc4656687p-4,
+    0x1.3b0f2a2b1c203p-4,
+    -0x1.10d662b6782c7p-4,
+    0x1.dde27da5287acp-5,
+    -0x1.97b36bc285cccp-5,
+    0x1.2b418e864a98bp-5,
+    -0x1.0aceb4c14c85ap-6,
+};
+
+/// log(1 + r) = r - r^2/2 + r^3 L(r), |r| <= 0.0313.
+inline constexpr double kLog16Coef[8] = {
+    0x1.55555555554ecp-2,
+    -0x1.ffffffffffe50p-3,
+    0x1.9999999b9750dp-3,
+    -0x1.555555585ada5p-3,
+    0x1.249231256ef6ep-3,
+    -0x1.ffffc52f83c5ap-4,
+    0x1.c8004249c7ed5p-4,
+    -0x1.9a870e1148b79p-4,
 };
 
 }  // namespace quorel::kern::detail
