@@ -41,8 +41,30 @@ const char* SparseSystemText(TSparseSystem system);
 namespace header_detail {
 class TUmfFactors;
 }
+namespace detail {
+class TSparseValueViews;
+}
 
-class TSparseMtx : public TQuorel {
+class TSparseMtx;
+
+/// The element-wise methods of vectors, acting on the stored values of a sparse matrix; the
+/// pattern stays as it is. Sparse operands must have the pattern of the first sparse source (or
+/// of Self): a different one is refused with the method's usual length message. A method whose
+/// source is a sparse matrix of another pattern gives Self that pattern.
+class TSparseElementwise : public TQuorel {
+  // The one list of element-wise methods, read with sparse matrices where it names dense objects.
+  using TDenseQuorel = TSparseMtx;
+
+ public:
+#define QUOREL_SELF_METHOD(name, params, args) TSparseMtx& name params;
+#include "quorel/objects/elementwise_methods.inc"
+#undef QUOREL_SELF_METHOD
+
+ protected:
+  TSparseElementwise() = default;
+};
+
+class TSparseMtx : public TSparseElementwise {
  public:
   TSparseMtx();
   ~TSparseMtx() override;
@@ -135,12 +157,23 @@ class TSparseMtx : public TQuorel {
   TSparseMtx& PixelDownSample(const TSparseMtx& a, std::int32_t factor);
 
   // --- products and sums ---------------------------------------------------------------------------
+  // The two-operand Mul is the matrix product (the element-wise product is Copy(B).Mul(C)); the
+  // two-operand Add and Sub merge any two patterns.
+  using TSparseElementwise::Add;
+  using TSparseElementwise::Mul;
+  using TSparseElementwise::Sub;
   /// Self := B * C.
-  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c) { return Mul(b, c, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount);
   /// Self := A + B.
-  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b) { return Add(a, b, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount);
   /// Self := A - B.
-  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b) { return Sub(a, b, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount);
   /// X := Self * X.
   void MulRight(TVec& x) const;
   void MulRight(TMtx& x) const;
@@ -232,6 +265,7 @@ class TSparseMtx : public TQuorel {
   virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  private:
+  friend class detail::TSparseValueViews;
   template <class T>
   void BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                          std::span<const std::int32_t> column, const T* values, double zeroThreshold);
