@@ -101,7 +101,7 @@ void TSparseValueViews::WriteBack(TSparseMtx& m, TVec& view) {
   }
   m.WriteArrayHeader();
   if (newPattern) m.StorageChanged();
-  else if (m.fPattern > sppSymbolic) m.fPattern = sppSymbolic;
+  else m.ValuesChanged();
   m.NotifySetSize();
 }
 

@@ -43,6 +43,7 @@ class TUmfFactors;
 }
 namespace detail {
 class TSparseValueViews;
+class TSlapWorkspace;
 }
 
 class TSparseMtx;
@@ -228,7 +229,7 @@ class TSparseMtx : public TSparseElementwise {
   TSparsePattern SparsePattern() const { return fPattern; }
   /// Declares the numeric values (sppSymbolic) or everything (sppNone) changed since the last
   /// factorisation; builders reset it to sppNone themselves.
-  void SetSparsePattern(TSparsePattern value) { fPattern = value; }
+  void SetSparsePattern(TSparsePattern value);
   /// UMFPACK Control (20) and Info (90) arrays.
   std::span<double> UmfControl() { return fUmfControl; }
   std::span<const double> UmfInfo() const { return fUmfInfo; }
@@ -278,6 +279,16 @@ class TSparseMtx : public TSparseElementwise {
   void AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im);
   /// Storage changed: retained factorisations are stale.
   void StorageChanged();
+  /// The values changed in place, the pattern did not: analyses stay usable, factors do not.
+  void ValuesChanged();
+  /// What the factor held by a direct back end may be reused for, given the settings it was
+  /// made with (0: nothing, 1: its analysis, 2: all of it); Made records a new one.
+  struct TFactorStamp {
+    std::uint64_t pattern = ~std::uint64_t{0}, values = ~std::uint64_t{0};
+    std::int64_t key = 0;
+  };
+  int Reusable(const TFactorStamp& stamp, std::int64_t key) const;
+  void Made(TFactorStamp& stamp, std::int64_t key, bool ok) const;
   void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);
   void SolveUmfColumns(const double* b, double* x, std::int32_t count);
   /// Iterative solve of `count` real right-hand sides of n values each; x holds the start guesses.
@@ -305,6 +316,10 @@ class TSparseMtx : public TSparseElementwise {
   std::string fErrorText;
   TStringList fReport;
   TSparsePattern fPattern = sppNone;
+  // Counts of pattern and value changes; a held factor records the counts it was made at.
+  std::uint64_t fPatternStamp = 0, fValueStamp = 0;
+  TFactorStamp fPardisoStamp, fTaucsStamp;
+  std::unique_ptr<detail::TSlapWorkspace> fSlap;
   std::vector<double> fUmfControl;
   std::vector<double> fUmfInfo;
   std::unique_ptr<header_detail::TUmfFactors> fUmf;

@@ -11,6 +11,7 @@
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/detail/sparse_kernels.h"
 #include "quorel/sparse/detail/scratch.h"
+#include "quorel/sparse/detail/solver_iterative.h"
 #include "quorel/sparse/detail/sparse_rebuild.h"
 #include "quorel/platform/umfpack.h"
 #include "quorel/sparse/sparse.h"
@@ -41,7 +42,29 @@ TSparseMtx::~TSparseMtx() { ReleaseMemory(); }
 
 void TSparseMtx::StorageChanged() {
   fPattern = sppNone;
+  ++fPatternStamp;
+  ++fValueStamp;
   fUmf->Reset();
+}
+
+void TSparseMtx::ValuesChanged() {
+  if (fPattern > sppSymbolic) fPattern = sppSymbolic;
+  ++fValueStamp;
+}
+
+void TSparseMtx::SetSparsePattern(TSparsePattern value) {
+  if (value != sppNumeric) ++fValueStamp;
+  if (value == sppNone) ++fPatternStamp;
+  fPattern = value;
+}
+
+int TSparseMtx::Reusable(const TFactorStamp& stamp, std::int64_t key) const {
+  if (stamp.key != key || stamp.pattern != fPatternStamp) return 0;
+  return stamp.values == fValueStamp ? 2 : 1;
+}
+
+void TSparseMtx::Made(TFactorStamp& stamp, std::int64_t key, bool ok) const {
+  stamp = ok ? TFactorStamp{fPatternStamp, fValueStamp, key} : TFactorStamp{};
 }
 
 void TSparseMtx::SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros) {

@@ -229,5 +229,82 @@ TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
   EXPECT_EQ(x[0], 42);
 }
 
+
+// A held factor is reused while the pattern flag allows: new values declared with
+// SetSparsePattern(sppSymbolic), or changed by an element-wise method, are factorised again on
+// the kept analysis; undeclared in-place changes are not seen (the flag is the contract).
+TEST_F(SolveBackEnds, DirectFactorsFollowThePatternFlag) {
+  struct Case {
+    TSparseMtx* a;
+    TSparseSolver solver;
+    TMtxType type;
+  };
+  for (const Case& c : {Case{&poisson, ssPardiso, mtSymmPosDef}, Case{&convection, ssPardiso, mtGeneral},
+                        Case{&lower, ssTaucs, mtSymmPosDef}}) {
+    TSparseMtx& a = *c.a;
+    a.SparseSolver = c.solver;
+    TVec b, x1, x2, x3;
+    KnownRhs(a, b, x1);
+    a.Solve(b, x1, c.type);
+    for (double& v : a.Values()) v *= 2;
+    a.SetSparsePattern(sppSymbolic);
+    a.Solve(b, x2, c.type);
+    for (double& v : a.Values()) v *= 2;  // not declared
+    a.Solve(b, x3, c.type);
+    a.Scale(0.25);  // declared by the method itself: back to the first values
+    TVec x4;
+    a.Solve(b, x4, c.type);
+    ASSERT_EQ(a.ErrorText(), "");
+    for (int i = 0; i < a.Rows(); ++i) {
+      EXPECT_NEAR(x2[i], x1[i] / 2, 1e-13);
+      EXPECT_EQ(x3[i], x2[i]);
+      EXPECT_NEAR(x4[i], x1[i], 1e-13);
+    }
+  }
+  // A new pattern is analysed again.
+  TSparseMtx& a = poisson;
+  Poisson2D(a, 5);
+  TVec b, x;
+  KnownRhs(a, b, x);
+  a.Solve(b, x, mtSymmPosDef);
+  EXPECT_LT(RelativeResidual(a, b, x), 1e-14);
+}
+
+// Complex Hermitian systems go to the LDL'/LU back end as the lower triangle (interleaved values).
+TEST_F(SolveBackEnds, PardisoComplexHermitianFromTheLowerTriangle) {
+  for (TMtxType type : {mtHermPosDef, mtHermitian}) {
+    // Hermitian: Poisson with imaginary parts of opposite sign across the diagonal; the
+    // indefinite one has its diagonal shifted into the spectrum.
+    const double shift = type == mtHermPosDef ? 0.0 : 3.3;
+    TIntegerArray r, c;
+    TCplxArray v;
+    for (int j = 0; j < poisson.Cols(); ++j)
+      for (int k = poisson.Ap()[j]; k < poisson.Ap()[j + 1]; ++k) {
+        const int i = poisson.Ai()[k];
+        const double im = i > j ? 0.3 : i < j ? -0.3 : 0.0;
+        r.push_back(i);
+        c.push_back(j);
+        v.push_back({poisson.Values()[k] - (i == j ? shift : 0.0), im});
+      }
+    TSparseMtx full, tri;
+    full.TripletsToSparse(64, 64, r, c, v);
+    tri.LowerTriangle(full);
+    tri.SparseSolver = ssPardiso;
+    TVec xTrue, b, x;
+    xTrue.Size(64, true);
+    for (int i = 0; i < 64; ++i) xTrue.CValues()[i] = {1.0 + i % 5, 0.5 * (i % 3) - 0.4};
+    b.Copy(xTrue);
+    full.MulRight(b);
+    tri.Solve(b, x, type);
+    ASSERT_EQ(tri.ErrorText(), "");
+    ASSERT_TRUE(x.Complex());
+    EXPECT_LT(full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x)), 1e-14);
+    double err = 0;
+    for (int i = 0; i < 64; ++i) err = std::max(err, std::abs(x.CValues()[i].Re - xTrue.CValues()[i].Re) +
+                                                        std::abs(x.CValues()[i].Im - xTrue.CValues()[i].Im));
+    EXPECT_LT(err, 1e-10);
+  }
+}
+
 }  // namespace
 }  // namespace quorel::test
