@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/detail/kind.h"
@@ -22,6 +23,7 @@ using detail::Axpyi;
 using detail::Doti;
 using detail::SpAcc;
 using detail::SpMul;
+using detail::RequireState;
 
 namespace {
 
@@ -37,6 +39,7 @@ struct TGrowingColumns {
   std::int64_t capacity = 0;
   std::int32_t limit;
   const char* msg;
+  bool external = false;
 
   TGrowingColumns(std::int32_t cols, std::int64_t bound, std::int32_t maxNonZeroCount, const char* message)
       : limit(maxNonZeroCount), msg(message) {
@@ -46,6 +49,11 @@ struct TGrowingColumns {
     ai = detail::Scratch<std::int32_t>(detail::sssEntries, static_cast<std::size_t>(capacity));
     v = detail::Scratch<T>(detail::sssValues, static_cast<std::size_t>(capacity));
   }
+  /// Writes straight into arrays of `capacity` entries that an upper bound says are enough.
+  TGrowingColumns(std::int32_t* ap_, std::int32_t* ai_, T* v_, std::int64_t capacity_)
+      : ap(ap_), ai(ai_), v(v_), capacity(capacity_), limit(0), msg(nullptr), external(true) {
+    ap[0] = 0;
+  }
   std::int32_t Append(std::int32_t row, const T& value) {
     if (count == capacity) Grow();
     ai[count] = row;
@@ -53,6 +61,7 @@ struct TGrowingColumns {
     return count++;
   }
   [[gnu::noinline]] void Grow() {
+    RequireState(!external, "Sparse product: bound exceeded");
     if (limit < 2 * capacity) ERaise(msg);
     capacity *= 2;
     const auto n = static_cast<std::size_t>(capacity), kept = static_cast<std::size_t>(count);
@@ -110,27 +119,57 @@ TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32
       for (std::int32_t kc = c.fAp[j]; kc < c.fAp[j + 1]; ++kc) col += b.fAp[c.fAi[kc] + 1] - b.fAp[c.fAi[kc]];
       bound += std::min<std::int64_t>(col, b.fRows);
     }
-    TGrowingColumns<T> out(c.fCols, bound, maxNonZeroCount, "Sparse matrix multiply: MaxNonZeroCount reached!");
+    // Within the limit and not an operand: Self's own arrays take the product, so it is not copied.
+    const bool direct = this != &b && this != &c && bound <= maxNonZeroCount &&
+                        (complex ? 2 : 1) * bound < std::int64_t{0x7FFFFFFF} - 1;
+    if (direct) SetShape(b.fRows, c.fCols, complex, static_cast<std::int32_t>(bound));
+    TGrowingColumns<T> out = direct ? TGrowingColumns<T>(fAp.data(), fAi.data(), detail::Ptr<T>(*this), bound)
+                                    : TGrowingColumns<T>(c.fCols, bound, maxNonZeroCount,
+                                                         "Sparse matrix multiply: MaxNonZeroCount reached!");
     // marker[i] >= start of the current column: row i already has a slot there.
     std::int32_t* marker = Markers(b.fRows);
+    // The loop keeps the output's count and pointers in locals: stores into the index arrays
+    // would otherwise make the compiler reload them at every step.
+    const std::int32_t *bap = b.fAp.data(), *bai = b.fAi.data(), *cap = c.fAp.data(), *cai = c.fAi.data();
+    std::int32_t count = 0;
+    std::int32_t* ai = out.ai;
+    T* v = out.v;
     for (std::int32_t j = 0; j < c.fCols; ++j) {
-      const std::int32_t start = out.count;
-      for (std::int32_t kc = c.fAp[j]; kc < c.fAp[j + 1]; ++kc) {
-        const std::int32_t k = c.fAi[kc];
+      const std::int32_t start = count;
+      for (std::int32_t kc = cap[j]; kc < cap[j + 1]; ++kc) {
+        const std::int32_t k = cai[kc];
         const T ckj = cv[kc];
-        for (std::int32_t kb = b.fAp[k]; kb < b.fAp[k + 1]; ++kb) {
-          const std::int32_t i = b.fAi[kb];
+        for (std::int32_t kb = bap[k]; kb < bap[k + 1]; ++kb) {
+          const std::int32_t i = bai[kb];
           const T prod = SpMul(ckj, bv[kb]);
-          if (marker[i] >= start) {
-            SpAcc(out.v[marker[i]], prod);
-          } else {
-            marker[i] = out.Append(i, prod);
+          const std::int32_t slot = marker[i];
+          if (slot >= start) {
+            SpAcc(v[slot], prod);
+            continue;
           }
+          if (count == out.capacity) {
+            out.count = count;
+            out.Grow();
+            ai = out.ai;
+            v = out.v;
+          }
+          marker[i] = count;
+          ai[count] = i;
+          v[count] = prod;
+          ++count;
         }
       }
-      out.ap[j + 1] = out.count;
+      out.ap[j + 1] = count;
     }
-    TakeColumns(b.fRows, c.fCols, out);
+    out.count = count;
+    if (direct) {
+      fLength = count;
+      fAi.resize(static_cast<std::size_t>(count));
+      WriteArrayHeader();
+      NotifySetSize();
+    } else {
+      TakeColumns(b.fRows, c.fCols, out);
+    }
   });
   return *this;
 }

@@ -193,6 +193,11 @@ bool TSparseMtx::Equal(const TSparseMtx& b, double tolerance) const {
 
 namespace {
 
+template <class T>
+inline void Prefetch(const T* p) {
+  __builtin_prefetch(p, 1);
+}
+
 /// A triplet laid out in its row: the column and the (thresholded) value.
 template <class T>
 struct TRowEntry {
@@ -216,9 +221,13 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
 
   // Pass 1: validate and count the triplets of each row. Nothing is written before it ends. Rows
   // get room for every triplet; the dropped ones leave a gap at the end of their row.
+  // The passes below jump through arrays far larger than the caches: the slot needed a few
+  // steps ahead is prefetched.
+  constexpr std::int64_t ahead = 16;
   std::int32_t* rowPtr = Scratch<std::int32_t>(detail::sssRowPtr, rows + 1);
   std::fill_n(rowPtr, rows + 1, 0);
   for (std::int64_t t = 0; t < n; ++t) {
+    if (t + ahead < n) Prefetch(rowPtr + std::min<std::uint32_t>(row[t + ahead], rowCount - 1) + 1);
     const std::int32_t r = row[t], c = column[t];
     if (static_cast<std::uint32_t>(r) >= static_cast<std::uint32_t>(rowCount) ||
         static_cast<std::uint32_t>(c) >= static_cast<std::uint32_t>(colCount))
@@ -233,6 +242,8 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   std::int32_t* rowEnd = Scratch<std::int32_t>(detail::sssNext, rows);
   std::copy_n(rowPtr, rows, rowEnd);
   for (std::int64_t t = 0; t < n; ++t) {
+    if (t + 2 * ahead < n) Prefetch(rowEnd + row[t + 2 * ahead]);
+    if (t + ahead < n) Prefetch(entry + rowEnd[row[t + ahead]]);
     const std::int32_t r = row[t], c = column[t];
     const bool above = SpMag(values[t]) > zeroThreshold;
     if (!(keepAll || r == c || above)) continue;
@@ -249,6 +260,12 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   for (std::size_t i = 0; i < rows; ++i) {
     const std::int32_t start = out;
     for (std::int32_t p = rowPtr[i]; p < rowEnd[i]; ++p) {
+      if (p + ahead < n) {
+        // Past the row's end this may be a dropped triplet's slot: only a hint, kept in range.
+        const auto c = std::min<std::uint32_t>(entry[p + ahead].col, colCount - 1);
+        Prefetch(marker + c);
+        Prefetch(colPtr + c + 1);
+      }
       const std::int32_t c = entry[p].col;
       if (marker[c] >= start) {
         SpAcc(entry[marker[c]].value, entry[p].value);
@@ -271,6 +288,7 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   std::int32_t* ai = fAi.data();
   for (std::size_t i = 0; i < rows; ++i) {
     for (std::int32_t p = rowPtr[i]; p < rowPtr[i + 1]; ++p) {
+      if (p + ahead < out) Prefetch(colPtr + entry[p + ahead].col);
       const std::int32_t q = colPtr[entry[p].col]++;
       ai[q] = static_cast<std::int32_t>(i);
       v[q] = entry[p].value;
