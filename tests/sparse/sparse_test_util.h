@@ -91,6 +91,29 @@ inline double Norm2(const TVec& x) {
   return std::sqrt(s);
 }
 
+/// V sized to n zeros (a re-sized block keeps no values).
+inline TVec& Zeros(TVec& v, std::int32_t n, bool complex = false) {
+  v.Size(n, complex);
+  std::fill(v.Values().begin(), v.Values().end(), 0.0);
+  return v;
+}
+
+/// B := A * xTrue for a varied xTrue (returned); X := zeros (the iterative start guess).
+inline TVec KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
+  TVec xTrue;
+  Zeros(xTrue, a.Cols(), a.Complex());
+  for (std::size_t k = 0; k < xTrue.Values().size(); ++k) xTrue.Values()[k] = 1.0 + 0.01 * double(k % 97);
+  b.Copy(xTrue);
+  a.MulRight(b);
+  Zeros(x, a.Cols(), a.Complex());
+  return xTrue;
+}
+
+/// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
+inline double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
+  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x));
+}
+
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {
   return std::hypot(a.Re - b.Re, a.Im - b.Im) <= tol;
 }
