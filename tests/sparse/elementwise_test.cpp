@@ -80,21 +80,5 @@ TEST(SparseElementwise, BinaryFormsNeedTheSamePattern) {
   EXPECT_EQ(p.GetValue(0, 0), 8.0 * 8.0 + 50.0 * 18.0);
 }
 
-TEST(SparseElementwise, ValueChangesKeepTheSymbolicFactorisationOnly) {
-  TSparseMtx a;
-  Poisson2D(a, 4);
-  a.SparseSolver = ssUmfPack;
-  TVec b, x;
-  b.Size(16, false);
-  b.SetVal(1.0);
-  a.Solve(b, x, mtGeneral);
-  EXPECT_EQ(a.SparsePattern(), sppNumeric);
-  a.Scale(2.0);
-  EXPECT_EQ(a.SparsePattern(), sppSymbolic);
-  TVec y;
-  a.Solve(b, y, mtGeneral);
-  for (int i = 0; i < 16; ++i) EXPECT_NEAR(y.Values()[i], x.Values()[i] / 2, 1e-14);
-}
-
 }  // namespace
 }  // namespace quorel::test

@@ -79,6 +79,45 @@ inline void Stencil2D(TSparseMtx& a, std::int32_t m, double d, double w, double 
 /// 5-point Laplacian on an m x m grid, SPD.
 inline void Poisson2D(TSparseMtx& a, std::int32_t m) { Stencil2D(a, m, 4, -1, -1, -1, -1); }
 
+/// Out := A's pattern with values f(i, j, a_ij), real or complex by f's result.
+template <class F>
+TSparseMtx& Mapped(TSparseMtx& out, const TSparseMtx& a, F f) {
+  using T = decltype(f(0, 0, 0.0));
+  TIntegerArray r, c;
+  std::vector<T> v;
+  for (std::int32_t j = 0; j < a.Cols(); ++j)
+    for (std::int32_t k = a.Ap()[j]; k < a.Ap()[j + 1]; ++k) {
+      r.push_back(a.Ai()[k]);
+      c.push_back(j);
+      v.push_back(f(a.Ai()[k], j, a.Values()[k]));
+    }
+  return out.TripletsToSparse(a.Rows(), a.Cols(), r, c, std::span<const T>(v));
+}
+
+/// Swaps rows 2k and 2k+1 (an even row count): a zero-free but weak diagonal that a solver
+/// without pivoting handles badly.
+inline void SwapRowPairs(TSparseMtx& a) {
+  TIntegerArray r, c;
+  TDoubleArray v;
+  a.SparseToTriplets(r, c, v);
+  for (auto& i : r) i ^= 1;
+  a.TripletsToSparse(a.Rows(), a.Cols(), r, c, v);
+}
+
+/// A real matrix with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is
+/// indefinite).
+inline TSparseMtx& Shifted(TSparseMtx& out, const TSparseMtx& a, double shift) {
+  return Mapped(out, a, [=](int i, int j, double v) { return i == j ? v - shift : v; });
+}
+
+/// Hermitian: A's values (diagonal less `shift`) with imaginary parts +0.3 below and -0.3 above
+/// the diagonal.
+inline TSparseMtx& Hermitian(TSparseMtx& out, const TSparseMtx& a, double shift) {
+  return Mapped(out, a, [=](int i, int j, double v) {
+    return TCplx{i == j ? v - shift : v, i > j ? 0.3 : i < j ? -0.3 : 0.0};
+  });
+}
+
 inline double FrobeniusNorm(const TSparseMtx& a) {
   double s = 0;
   for (double x : a.Values()) s += x * x;
