@@ -9,7 +9,9 @@
 
 namespace quorel {
 
-namespace detail {
+namespace header_detail {
+
+using detail::RequireState;
 
 namespace {
 
@@ -105,12 +107,12 @@ void TSparseValueViews::WriteBack(TSparseMtx& m, TVec& view) {
   m.NotifySetSize();
 }
 
-}  // namespace detail
+}  // namespace header_detail
 
 #define QUOREL_SPARSE_ARGS(...) __VA_OPT__(, ) __VA_ARGS__
 #define QUOREL_SELF_METHOD(name, params, args)                                                               \
   TSparseMtx& TSparseElementwise::name params {                                                              \
-    return detail::TSparseValueViews::Run(                                                                   \
+    return header_detail::TSparseValueViews::Run(                                                                   \
         static_cast<TSparseMtx&>(*this), [](TVec& self, auto&... a) { self.name(a...); } QUOREL_SPARSE_ARGS args); \
   }
 #include "quorel/objects/elementwise_methods.inc"

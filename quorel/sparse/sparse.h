@@ -40,8 +40,6 @@ const char* SparseSystemText(TSparseSystem system);
 
 namespace header_detail {
 class TUmfFactors;
-}
-namespace detail {
 class TSparseValueViews;
 class TSlapWorkspace;
 }
@@ -266,7 +264,7 @@ class TSparseMtx : public TSparseElementwise {
   virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  private:
-  friend class detail::TSparseValueViews;
+  friend class header_detail::TSparseValueViews;
   template <class T>
   void BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                          std::span<const std::int32_t> column, const T* values, double zeroThreshold);
@@ -319,7 +317,7 @@ class TSparseMtx : public TSparseElementwise {
   // Counts of pattern and value changes; a held factor records the counts it was made at.
   std::uint64_t fPatternStamp = 0, fValueStamp = 0;
   TFactorStamp fPardisoStamp, fTaucsStamp;
-  std::unique_ptr<detail::TSlapWorkspace> fSlap;
+  std::unique_ptr<header_detail::TSlapWorkspace> fSlap;
   std::vector<double> fUmfControl;
   std::vector<double> fUmfInfo;
   std::unique_ptr<header_detail::TUmfFactors> fUmf;

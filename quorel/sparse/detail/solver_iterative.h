@@ -53,6 +53,10 @@ struct TSlapResult {
   double error = 0;
 };
 
+}  // namespace quorel::detail
+
+// Named by the public sparse header, so it lives where public headers keep their internals.
+namespace quorel::header_detail {
 /// The working form of A, its preconditioner and the vectors of a solve, kept between solves so
 /// that a repeated solve of the same size allocates nothing.
 class TSlapWorkspace {
@@ -62,6 +66,10 @@ class TSlapWorkspace {
   struct Impl;
   std::unique_ptr<Impl> impl;
 };
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+using header_detail::TSlapWorkspace;
 
 /// Solves A x = b; x holds the start guess on entry. Never raises on numerical trouble: the
 /// outcome is in the result.

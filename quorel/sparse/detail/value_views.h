@@ -9,7 +9,8 @@
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/sparse.h"
 
-namespace quorel::detail {
+// Named by the public sparse header (as a friend), so it lives where public headers keep their internals.
+namespace quorel::header_detail {
 
 class TSparseValueViews {
  public:
@@ -58,4 +59,4 @@ class TSparseValueViews {
   int fCount = 0;
 };
 
-}  // namespace quorel::detail
+}  // namespace quorel::header_detail

@@ -35,12 +35,18 @@ void Axpy(double alpha, CSpan x, Span y) {
 void Assign(CSpan src, Span dst) { std::copy(src.begin(), src.end(), dst.begin()); }
 
 }  // namespace
+}  // namespace quorel::detail
+
+namespace quorel::header_detail {
+using detail::slap::Csr;
+using detail::slap::Preconditioner;
+using Vec = std::vector<double>;
 
 /// Vectors handed out to the solves: they keep their capacity (and their addresses) between
 /// solves, so a repeated solve of the same size allocates nothing.
 struct TSlapWorkspace::Impl {
   Csr csr;
-  slap::CsrScratch scratch;
+  detail::slap::CsrScratch scratch;
   Preconditioner m;
   std::deque<Vec> pool;
   std::size_t used = 0;
@@ -56,7 +62,9 @@ struct TSlapWorkspace::Impl {
 
 TSlapWorkspace::TSlapWorkspace() : impl(std::make_unique<Impl>()) {}
 TSlapWorkspace::~TSlapWorkspace() = default;
+}  // namespace quorel::header_detail
 
+namespace quorel::detail {
 namespace {
 
 /// State shared by all methods: the operator, preconditioner, residual and stopping test.
