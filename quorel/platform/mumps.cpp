@@ -105,6 +105,7 @@ int TMumpsSolver::Free() {
   impl_->cplx.Reset();
   impl_->sym = -1;
   factored_ = false;
+  analysed_ = false;
   return 0;
 }
 
@@ -112,7 +113,8 @@ namespace {
 
 template <class Id>
 int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUMPS_INT>& irn,
-                 std::vector<MUMPS_INT>& jcn, double* values, TMumpsStats& stats, std::int32_t& detail) {
+                 std::vector<MUMPS_INT>& jcn, double* values, TMumpsStats& stats, std::int32_t& detail,
+                 bool keepAnalysis) {
   id->n = n;
   id->nnz = static_cast<MUMPS_INT8>(irn.size());
   id->nz = static_cast<MUMPS_INT>(irn.size());
@@ -127,10 +129,11 @@ int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUM
     CopyText(id->ooc_tmpdir, sizeof id->ooc_tmpdir, o.oocDir);
     CopyText(id->ooc_prefix, sizeof id->ooc_prefix, o.oocPrefix);
   }
-  id->job = 4;  // analysis + factorisation
+  id->job = keepAnalysis ? 2 : 4;  // factorisation alone, or analysis + factorisation
   Call(id);
   // A metis-less build refuses ordering 5: fall back to the automatic choice.
-  if (id->infog[0] < 0 && o.ordering == TMumpsOrdering::Metis && id->icntl[6] == 5 && id->infog[0] != -10) {
+  if (!keepAnalysis && id->infog[0] < 0 && o.ordering == TMumpsOrdering::Metis && id->icntl[6] == 5 &&
+      id->infog[0] != -10) {
     id->icntl[6] = 7;
     Call(id);
   }
@@ -185,9 +188,28 @@ int TMumpsSolver::Factorise(const TMumpsOptions& options, bool complex, std::int
   impl_->n = n;
   impl_->Gather(options.symmetry, ap, ai, ax);
   const int status = complex ? RunFactorise(impl_->cplx.Get(), options, n, impl_->irn, impl_->jcn,
-                                            impl_->values.data(), stats_, detail_)
+                                            impl_->values.data(), stats_, detail_, false)
                              : RunFactorise(impl_->real.Get(), options, n, impl_->irn, impl_->jcn,
-                                            impl_->values.data(), stats_, detail_);
+                                            impl_->values.data(), stats_, detail_, false);
+  factored_ = status >= 0;
+  analysed_ = factored_;
+  return status;
+}
+
+int TMumpsSolver::Refactorise(const TMumpsOptions& options, const std::int32_t* ap, const std::int32_t* ai,
+                              const double* ax) {
+  if (!analysed_ || SymOf(options.symmetry) != impl_->sym) return -3;
+  factored_ = false;
+  const std::size_t entries = impl_->irn.size();
+  impl_->Gather(options.symmetry, ap, ai, ax);
+  if (impl_->irn.size() != entries) {
+    analysed_ = false;
+    return -3;
+  }
+  const int status = impl_->complex ? RunFactorise(impl_->cplx.Get(), options, impl_->n, impl_->irn, impl_->jcn,
+                                                   impl_->values.data(), stats_, detail_, true)
+                                    : RunFactorise(impl_->real.Get(), options, impl_->n, impl_->irn, impl_->jcn,
+                                                   impl_->values.data(), stats_, detail_, true);
   factored_ = status >= 0;
   return status;
 }

@@ -60,9 +60,14 @@ class TMumpsSolver {
   /// Analysis and factorisation. Returns the library's status (0 ok, negative failure).
   int Factorise(const TMumpsOptions& options, bool complex, std::int32_t n, const std::int32_t* ap,
                 const std::int32_t* ai, const double* ax);
+  /// Factorisation of new values in the pattern of the last successful Factorise, reusing its
+  /// analysis (same symmetry). Returns the library's status.
+  int Refactorise(const TMumpsOptions& options, const std::int32_t* ap, const std::int32_t* ai, const double* ax);
   /// Solves for `nrhs` columns of n (complex: interleaved) values with the held factors.
   int Solve(std::int32_t nrhs, const double* b, double* x);
   bool HasFactors() const { return factored_; }
+  /// An analysis that Refactorise can reuse is held.
+  bool HasAnalysis() const { return analysed_; }
   const TMumpsStats& Stats() const { return stats_; }
   /// The library's second status word of the last call (detail of a failure).
   std::int32_t StatusDetail() const { return detail_; }
@@ -73,6 +78,7 @@ class TMumpsSolver {
   struct Impl;
   std::unique_ptr<Impl> impl_;
   bool factored_ = false;
+  bool analysed_ = false;
   TMumpsStats stats_;
   std::int32_t detail_ = 0;
 };

@@ -6,11 +6,13 @@
 #include <memory>
 #include <vector>
 
+#include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
+#include "quorel/sparse/detail/scratch.h"
 #include "quorel/sparse/detail/sparse_kernels.h"
 #include "quorel/sparse/sparse.h"
 
@@ -21,24 +23,36 @@ using detail::Axpyi;
 using detail::Doti;
 using detail::SpAcc;
 using detail::SpMul;
+using detail::RequireState;
 
 namespace {
 
-/// A growable compressed-column result whose capacity doubles, refusing to pass the limit.
+/// A compressed-column result in the per-thread scratch, whose capacity doubles when full,
+/// refusing to pass the limit. The first capacity is an upper bound of the result when that is
+/// within the limit, so the doubling is rarely needed.
 template <class T>
 struct TGrowingColumns {
-  std::vector<std::int32_t> ap, ai;
-  std::unique_ptr<T[]> v;
+  std::int32_t* ap;
+  std::int32_t* ai;
+  T* v;
   std::int32_t count = 0;
   std::int64_t capacity = 0;
   std::int32_t limit;
   const char* msg;
+  bool external = false;
 
-  TGrowingColumns(std::int32_t cols, std::int64_t initial, std::int32_t maxNonZeroCount, const char* message)
-      : ap(static_cast<std::size_t>(cols) + 1, 0), limit(maxNonZeroCount), msg(message) {
-    capacity = std::max<std::int64_t>(1, std::min<std::int64_t>(initial, maxNonZeroCount > 0 ? maxNonZeroCount : 1));
-    ai.resize(static_cast<std::size_t>(capacity));
-    v = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
+  TGrowingColumns(std::int32_t cols, std::int64_t bound, std::int32_t maxNonZeroCount, const char* message)
+      : limit(maxNonZeroCount), msg(message) {
+    capacity = std::max<std::int64_t>(1, std::min<std::int64_t>(bound, maxNonZeroCount > 0 ? maxNonZeroCount : 1));
+    ap = detail::Scratch<std::int32_t>(detail::sssColPtr, static_cast<std::size_t>(cols) + 1);
+    ap[0] = 0;
+    ai = detail::Scratch<std::int32_t>(detail::sssEntries, static_cast<std::size_t>(capacity));
+    v = detail::Scratch<T>(detail::sssValues, static_cast<std::size_t>(capacity));
+  }
+  /// Writes straight into arrays of `capacity` entries that an upper bound says are enough.
+  TGrowingColumns(std::int32_t* ap_, std::int32_t* ai_, T* v_, std::int64_t capacity_)
+      : ap(ap_), ai(ai_), v(v_), capacity(capacity_), limit(0), msg(nullptr), external(true) {
+    ap[0] = 0;
   }
   std::int32_t Append(std::int32_t row, const T& value) {
     if (count == capacity) Grow();
@@ -47,14 +61,22 @@ struct TGrowingColumns {
     return count++;
   }
   [[gnu::noinline]] void Grow() {
+    RequireState(!external, "Sparse product: bound exceeded");
     if (limit < 2 * capacity) ERaise(msg);
     capacity *= 2;
-    ai.resize(static_cast<std::size_t>(capacity));
-    auto grown = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(capacity));
-    std::copy(v.get(), v.get() + count, grown.get());
-    v = std::move(grown);
+    const auto n = static_cast<std::size_t>(capacity), kept = static_cast<std::size_t>(count);
+    ai = static_cast<std::int32_t*>(detail::SparseScratchGrow(detail::sssEntries, n * sizeof(std::int32_t),
+                                                              kept * sizeof(std::int32_t)));
+    v = static_cast<T*>(detail::SparseScratchGrow(detail::sssValues, n * sizeof(T), kept * sizeof(T)));
   }
 };
+
+/// A marker per row, all -1.
+std::int32_t* Markers(std::int32_t rows) {
+  std::int32_t* marker = detail::Scratch<std::int32_t>(detail::sssMarker, static_cast<std::size_t>(rows));
+  std::fill_n(marker, rows, -1);
+  return marker;
+}
 
 /// Values of a sparse matrix as T (complex copies of real values when T is complex).
 template <class T>
@@ -75,10 +97,9 @@ template <class Columns>
 void TSparseMtx::TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out) {
   using T = std::remove_cvref_t<decltype(out.v[0])>;
   SetShape(rows, cols, std::is_same_v<T, TCplx>, out.count);
-  out.ai.resize(static_cast<std::size_t>(out.count));
-  fAp = std::move(out.ap);
-  fAi = std::move(out.ai);
-  std::copy(out.v.get(), out.v.get() + out.count, detail::Ptr<T>(*this));
+  std::copy_n(out.ap, static_cast<std::size_t>(cols) + 1, fAp.begin());
+  std::copy_n(out.ai, out.count, fAi.begin());
+  std::copy_n(out.v, out.count, detail::Ptr<T>(*this));
 }
 
 TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount) {
@@ -91,28 +112,64 @@ TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32
     std::vector<T> pb, pc;
     const T* bv = ValuesAs<T>(b, pb);
     const T* cv = ValuesAs<T>(c, pc);
-    TGrowingColumns<T> out(c.fCols, std::int64_t{b.fLength} + c.fLength, maxNonZeroCount,
-                           "Sparse matrix multiply: MaxNonZeroCount reached!");
-    // marker[i] >= start of the current column: row i already has a slot there.
-    std::vector<std::int32_t> marker(static_cast<std::size_t>(b.fRows), -1);
+    // Upper bound of the result: one entry per multiplication, at most Rows per column.
+    std::int64_t bound = 0;
     for (std::int32_t j = 0; j < c.fCols; ++j) {
-      const std::int32_t start = out.count;
-      for (std::int32_t kc = c.fAp[j]; kc < c.fAp[j + 1]; ++kc) {
-        const std::int32_t k = c.fAi[kc];
+      std::int64_t col = 0;
+      for (std::int32_t kc = c.fAp[j]; kc < c.fAp[j + 1]; ++kc) col += b.fAp[c.fAi[kc] + 1] - b.fAp[c.fAi[kc]];
+      bound += std::min<std::int64_t>(col, b.fRows);
+    }
+    // Within the limit and not an operand: Self's own arrays take the product, so it is not copied.
+    const bool direct = this != &b && this != &c && bound <= maxNonZeroCount &&
+                        (complex ? 2 : 1) * bound < std::int64_t{0x7FFFFFFF} - 1;
+    if (direct) SetShape(b.fRows, c.fCols, complex, static_cast<std::int32_t>(bound));
+    TGrowingColumns<T> out = direct ? TGrowingColumns<T>(fAp.data(), fAi.data(), detail::Ptr<T>(*this), bound)
+                                    : TGrowingColumns<T>(c.fCols, bound, maxNonZeroCount,
+                                                         "Sparse matrix multiply: MaxNonZeroCount reached!");
+    // marker[i] >= start of the current column: row i already has a slot there.
+    std::int32_t* marker = Markers(b.fRows);
+    // The loop keeps the output's count and pointers in locals: stores into the index arrays
+    // would otherwise make the compiler reload them at every step.
+    const std::int32_t *bap = b.fAp.data(), *bai = b.fAi.data(), *cap = c.fAp.data(), *cai = c.fAi.data();
+    std::int32_t count = 0;
+    std::int32_t* ai = out.ai;
+    T* v = out.v;
+    for (std::int32_t j = 0; j < c.fCols; ++j) {
+      const std::int32_t start = count;
+      for (std::int32_t kc = cap[j]; kc < cap[j + 1]; ++kc) {
+        const std::int32_t k = cai[kc];
         const T ckj = cv[kc];
-        for (std::int32_t kb = b.fAp[k]; kb < b.fAp[k + 1]; ++kb) {
-          const std::int32_t i = b.fAi[kb];
+        for (std::int32_t kb = bap[k]; kb < bap[k + 1]; ++kb) {
+          const std::int32_t i = bai[kb];
           const T prod = SpMul(ckj, bv[kb]);
-          if (marker[i] >= start) {
-            SpAcc(out.v[marker[i]], prod);
-          } else {
-            marker[i] = out.Append(i, prod);
+          const std::int32_t slot = marker[i];
+          if (slot >= start) {
+            SpAcc(v[slot], prod);
+            continue;
           }
+          if (count == out.capacity) {
+            out.count = count;
+            out.Grow();
+            ai = out.ai;
+            v = out.v;
+          }
+          marker[i] = count;
+          ai[count] = i;
+          v[count] = prod;
+          ++count;
         }
       }
-      out.ap[j + 1] = out.count;
+      out.ap[j + 1] = count;
     }
-    TakeColumns(b.fRows, c.fCols, out);
+    out.count = count;
+    if (direct) {
+      fLength = count;
+      fAi.resize(static_cast<std::size_t>(count));
+      WriteArrayHeader();
+      NotifySetSize();
+    } else {
+      TakeColumns(b.fRows, c.fCols, out);
+    }
   });
   return *this;
 }
@@ -124,7 +181,7 @@ void TSparseMtx::MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std
   const T* av = ValuesAs<T>(a, pa);
   const T* bv = ValuesAs<T>(b, pb);
   TGrowingColumns<T> out(a.fCols, std::int64_t{a.fLength} + b.fLength, maxNonZeroCount, msg);
-  std::vector<std::int32_t> marker(static_cast<std::size_t>(a.fRows), -1);
+  std::int32_t* marker = Markers(a.fRows);
   for (std::int32_t j = 0; j < a.fCols; ++j) {
     const std::int32_t start = out.count;
     for (std::int32_t k = a.fAp[j]; k < a.fAp[j + 1]; ++k) {

@@ -121,6 +121,7 @@ void CheckIterativeMatrix(std::int32_t rows, std::int32_t cols, const std::vecto
 void TSparseMtx::SolveIterativeColumns(const double* b, double* x, std::int32_t count, bool symmetric) {
   if (AutoClearReport) fReport.clear();
   const detail::TSlapMatrix a{fCols, fAp.data(), fAi.data(), fValues, symmetric};
+  if (!fSlap) fSlap = std::make_unique<detail::TSlapWorkspace>();
   detail::TSlapOptions o;
   o.method = static_cast<detail::TSlapMethod>(IterativeMethod);
   o.check = static_cast<detail::TSlapCheck>(ConvergenceCheck);
@@ -132,7 +133,7 @@ void TSparseMtx::SolveIterativeColumns(const double* b, double* x, std::int32_t 
   // Several right-hand sides: the most iterations, the worst error and the first failure.
   for (std::int32_t c = 0; c < count; ++c) {
     const std::int64_t off = static_cast<std::int64_t>(c) * fCols;
-    const detail::TSlapResult r = detail::SlapSolve(a, o, b + off, x + off);
+    const detail::TSlapResult r = detail::SlapSolve(a, o, b + off, x + off, *fSlap);
     fActualIters = std::max(fActualIters, r.iters);
     fBackError = std::max(fBackError, r.error);
     if (r.ierr != 0 && fErrorText.empty()) {
@@ -182,7 +183,12 @@ bool TSparseMtx::SolvePardisoColumns(const double* b, TVec& x, std::int32_t coun
   const detail::TRawSparse a{fComplex, fRows, fAp.data(), fAi.data(), fValues};
   x.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
   std::vector<std::string> lines;
-  const int code = detail::PardisoSolveRaw(*fPardiso, a, mtype, count, b, x.PValues1D(0), &lines);
+  // Everything the factorisation depends on besides the matrix.
+  const std::int64_t key = (std::int64_t{mtype} + 64) | std::int64_t{fPardiso->Reordering} << 8 |
+                           std::int64_t{fPardiso->IterativeStep} << 16 | (fPardiso->Iparm[7] & 0xFFFF) << 24;
+  const auto reuse = static_cast<detail::TFactorReuse>(Reusable(fPardisoStamp, key));
+  const int code = detail::PardisoSolveRaw(*fPardiso, a, mtype, count, b, x.PValues1D(0), &lines, reuse);
+  Made(fPardisoStamp, key, code == 0);
   fErrorText = fPardiso->ErrorText();
   if (code != 0) {
     ReportFailure(fErrorText);
@@ -221,7 +227,12 @@ bool TSparseMtx::SolveTaucsColumns(const double* b, TVec& x, std::int32_t count,
   if (AutoClearReport) fReport.clear();
   const detail::TRawSparse a{fComplex, fRows, fAp.data(), fAi.data(), fValues};
   x.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
-  const int code = detail::TaucsSolveRaw(*fTaucs, a, flags, count, b, x.PValues1D(0), MaxIters, Tolerance);
+  const std::int64_t key = (std::int64_t{flags} + 64) | std::int64_t{fTaucs->Factor} << 8 |
+                           std::int64_t{fTaucs->Reordering} << 16 | std::int64_t{fTaucs->OutOfCore} << 24;
+  const auto reuse = static_cast<detail::TFactorReuse>(Reusable(fTaucsStamp, key));
+  const int code =
+      detail::TaucsSolveRaw(*fTaucs, a, flags, count, b, x.PValues1D(0), MaxIters, Tolerance, reuse);
+  Made(fTaucsStamp, key, code == 0 && !fTaucs->OutOfCore);
   fErrorText = fTaucs->ErrorText();
   if (code != 0) ReportFailure(fErrorText);
   return code == 0;

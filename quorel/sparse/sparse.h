@@ -40,10 +40,31 @@ const char* SparseSystemText(TSparseSystem system);
 
 namespace header_detail {
 class TUmfFactors;
+class TSparseValueViews;
+class TSlapWorkspace;
 }
 
+class TSparseMtx;
+
+/// The element-wise methods of vectors, acting on the stored values of a sparse matrix; the
+/// pattern stays as it is. Sparse operands must have the pattern of the first sparse source (or
+/// of Self): a different one is refused with the method's usual length message. A method whose
+/// source is a sparse matrix of another pattern gives Self that pattern.
+class TSparseElementwise : public TQuorel {
+  // The one list of element-wise methods, read with sparse matrices where it names dense objects.
+  using TDenseQuorel = TSparseMtx;
+
+ public:
+#define QUOREL_SELF_METHOD(name, params, args) TSparseMtx& name params;
+#include "quorel/objects/elementwise_methods.inc"
+#undef QUOREL_SELF_METHOD
+
+ protected:
+  TSparseElementwise() = default;
+};
+
 /// Real or complex sparse matrix in compressed-column storage, with direct and iterative solvers.
-class TSparseMtx : public TQuorel {
+class TSparseMtx : public TSparseElementwise {
  public:
   TSparseMtx();
   ~TSparseMtx() override;
@@ -149,12 +170,23 @@ class TSparseMtx : public TQuorel {
   TSparseMtx& PixelDownSample(const TSparseMtx& a, std::int32_t factor);
 
   // --- products and sums ---------------------------------------------------------------------------
+  // The two-operand Mul is the matrix product (the element-wise product is Copy(B).Mul(C)); the
+  // two-operand Add and Sub merge any two patterns.
+  using TSparseElementwise::Add;
+  using TSparseElementwise::Mul;
+  using TSparseElementwise::Sub;
   /// Self := B * C.
-  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c) { return Mul(b, c, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount);
   /// Self := A + B.
-  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b) { return Add(a, b, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount);
   /// Self := A - B.
-  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount = 0x7FFFFFFF);
+  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b) { return Sub(a, b, 0x7FFFFFFF); }
+  /// The same, refusing to store more than maxNonZeroCount entries.
+  TSparseMtx& Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount);
   /// X := Self * X.
   void MulRight(TVec& x) const;
   void MulRight(TMtx& x) const;
@@ -236,7 +268,7 @@ class TSparseMtx : public TQuorel {
   TSparsePattern SparsePattern() const { return fPattern; }
   /// Declares the numeric values (sppSymbolic) or everything (sppNone) changed since the last
   /// factorisation; builders reset it to sppNone themselves.
-  void SetSparsePattern(TSparsePattern value) { fPattern = value; }
+  void SetSparsePattern(TSparsePattern value);
   /// UMFPACK Control (20) and Info (90) arrays.
   std::span<double> UmfControl() { return fUmfControl; }
   /// UMFPACK Info array (90 entries) of the last solve.
@@ -279,6 +311,7 @@ class TSparseMtx : public TQuorel {
   virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  private:
+  friend class header_detail::TSparseValueViews;
   template <class T>
   void BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                          std::span<const std::int32_t> column, const T* values, double zeroThreshold);
@@ -291,6 +324,16 @@ class TSparseMtx : public TQuorel {
   void AppendPending(std::int32_t aRow, std::int32_t aCol, double re, double im);
   /// Storage changed: retained factorisations are stale.
   void StorageChanged();
+  /// The values changed in place, the pattern did not: analyses stay usable, factors do not.
+  void ValuesChanged();
+  /// What the factor held by a direct back end may be reused for, given the settings it was
+  /// made with (0: nothing, 1: its analysis, 2: all of it); Made records a new one.
+  struct TFactorStamp {
+    std::uint64_t pattern = ~std::uint64_t{0}, values = ~std::uint64_t{0};
+    std::int64_t key = 0;
+  };
+  int Reusable(const TFactorStamp& stamp, std::int64_t key) const;
+  void Made(TFactorStamp& stamp, std::int64_t key, bool ok) const;
   void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);
   void SolveUmfColumns(const double* b, double* x, std::int32_t count);
   /// Iterative solve of `count` real right-hand sides of n values each; x holds the start guesses.
@@ -318,6 +361,10 @@ class TSparseMtx : public TQuorel {
   std::string fErrorText;
   TStringList fReport;
   TSparsePattern fPattern = sppNone;
+  // Counts of pattern and value changes; a held factor records the counts it was made at.
+  std::uint64_t fPatternStamp = 0, fValueStamp = 0;
+  TFactorStamp fPardisoStamp, fTaucsStamp;
+  std::unique_ptr<header_detail::TSlapWorkspace> fSlap;
   std::vector<double> fUmfControl;
   std::vector<double> fUmfInfo;
   std::unique_ptr<header_detail::TUmfFactors> fUmf;

@@ -10,6 +10,8 @@
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/detail/sparse_kernels.h"
+#include "quorel/sparse/detail/scratch.h"
+#include "quorel/sparse/detail/solver_iterative.h"
 #include "quorel/sparse/detail/sparse_rebuild.h"
 #include "quorel/platform/umfpack.h"
 #include "quorel/sparse/sparse.h"
@@ -40,7 +42,29 @@ TSparseMtx::~TSparseMtx() { ReleaseMemory(); }
 
 void TSparseMtx::StorageChanged() {
   fPattern = sppNone;
+  ++fPatternStamp;
+  ++fValueStamp;
   fUmf->Reset();
+}
+
+void TSparseMtx::ValuesChanged() {
+  if (fPattern > sppSymbolic) fPattern = sppSymbolic;
+  ++fValueStamp;
+}
+
+void TSparseMtx::SetSparsePattern(TSparsePattern value) {
+  if (value != sppNumeric) ++fValueStamp;
+  if (value == sppNone) ++fPatternStamp;
+  fPattern = value;
+}
+
+int TSparseMtx::Reusable(const TFactorStamp& stamp, std::int64_t key) const {
+  if (stamp.key != key || stamp.pattern != fPatternStamp) return 0;
+  return stamp.values == fValueStamp ? 2 : 1;
+}
+
+void TSparseMtx::Made(TFactorStamp& stamp, std::int64_t key, bool ok) const {
+  stamp = ok ? TFactorStamp{fPatternStamp, fValueStamp, key} : TFactorStamp{};
 }
 
 void TSparseMtx::SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros) {
@@ -167,6 +191,22 @@ bool TSparseMtx::Equal(const TSparseMtx& b, double tolerance) const {
 
 // --- triplets to compressed columns ------------------------------------------------------------------
 
+namespace {
+
+template <class T>
+inline void Prefetch(const T* p) {
+  __builtin_prefetch(p, 1);
+}
+
+/// A triplet laid out in its row: the column and the (thresholded) value.
+template <class T>
+struct TRowEntry {
+  std::int32_t col;
+  T value;
+};
+
+}  // namespace
+
 template <class T>
 void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
                                    std::span<const std::int32_t> column, const T* values, double zeroThreshold) {
@@ -176,65 +216,82 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   const std::int64_t n = static_cast<std::int64_t>(row.size());
   if (n > 0x7FFFFFFF) ERaise("Length(Row) > MaxInt");
   const bool keepAll = fDontStripZeros;
+  const std::size_t rows = static_cast<std::size_t>(rowCount);
+  using detail::Scratch;
 
-  // Pass 1: validate and count the kept triplets of each row. Nothing is written before it ends.
-  std::vector<std::int32_t> rowPtr(static_cast<std::size_t>(rowCount) + 1, 0);
+  // Pass 1: validate and count the triplets of each row. Nothing is written before it ends. Rows
+  // get room for every triplet; the dropped ones leave a gap at the end of their row.
+  // The passes below jump through arrays far larger than the caches: the slot needed a few
+  // steps ahead is prefetched.
+  constexpr std::int64_t ahead = 16;
+  std::int32_t* rowPtr = Scratch<std::int32_t>(detail::sssRowPtr, rows + 1);
+  std::fill_n(rowPtr, rows + 1, 0);
   for (std::int64_t t = 0; t < n; ++t) {
+    if (t + ahead < n) Prefetch(rowPtr + std::min<std::uint32_t>(row[t + ahead], rowCount - 1) + 1);
     const std::int32_t r = row[t], c = column[t];
-    if (r < 0 || r >= rowCount || c < 0 || c >= colCount) ERaise("Invalid triplet!");
-    if (keepAll || r == c || SpMag(values[t]) > zeroThreshold) ++rowPtr[r + 1];
+    if (static_cast<std::uint32_t>(r) >= static_cast<std::uint32_t>(rowCount) ||
+        static_cast<std::uint32_t>(c) >= static_cast<std::uint32_t>(colCount))
+      ERaise("Invalid triplet!");
+    ++rowPtr[r + 1];
   }
-  for (std::int32_t i = 0; i < rowCount; ++i) rowPtr[i + 1] += rowPtr[i];
-  const std::int32_t kept = rowPtr[rowCount];
+  for (std::size_t i = 0; i < rows; ++i) rowPtr[i + 1] += rowPtr[i];
 
-  // Pass 2: lay the kept triplets out row by row, input order within a row.
-  // Every slot is written before it is read: no zero-filling of the two largest arrays.
-  auto tCol = std::make_unique_for_overwrite<std::int32_t[]>(static_cast<std::size_t>(kept));
-  auto tVal = std::make_unique_for_overwrite<T[]>(static_cast<std::size_t>(kept));
-  {
-    std::vector<std::int32_t> next(rowPtr.begin(), rowPtr.end() - 1);
-    for (std::int64_t t = 0; t < n; ++t) {
-      const std::int32_t r = row[t], c = column[t];
-      const bool above = SpMag(values[t]) > zeroThreshold;
-      if (!(keepAll || r == c || above)) continue;
-      const std::int32_t p = next[r]++;
-      tCol[p] = c;
-      tVal[p] = (above || keepAll) ? values[t] : T{};
-    }
+  // Pass 2: lay the kept triplets out row by row, input order within a row; column and value
+  // side by side so that each scattered write touches one cache line.
+  auto* entry = Scratch<TRowEntry<T>>(detail::sssEntries, static_cast<std::size_t>(n));
+  std::int32_t* rowEnd = Scratch<std::int32_t>(detail::sssNext, rows);
+  std::copy_n(rowPtr, rows, rowEnd);
+  for (std::int64_t t = 0; t < n; ++t) {
+    if (t + 2 * ahead < n) Prefetch(rowEnd + row[t + 2 * ahead]);
+    if (t + ahead < n) Prefetch(entry + rowEnd[row[t + ahead]]);
+    const std::int32_t r = row[t], c = column[t];
+    const bool above = SpMag(values[t]) > zeroThreshold;
+    if (!(keepAll || r == c || above)) continue;
+    entry[rowEnd[r]++] = {c, (above || keepAll) ? values[t] : T{}};
   }
 
   // Sum duplicates within each row: a marker at or past the row's start means "claimed here".
-  std::vector<std::int32_t> marker(static_cast<std::size_t>(std::max(rowCount, colCount)), -1);
-  std::vector<std::int32_t> colCount1(static_cast<std::size_t>(colCount) + 1, 0);
+  const std::size_t markers = static_cast<std::size_t>(std::max(rowCount, colCount));
+  std::int32_t* marker = Scratch<std::int32_t>(detail::sssMarker, markers);
+  std::fill_n(marker, markers, -1);
+  std::int32_t* colPtr = Scratch<std::int32_t>(detail::sssColPtr, static_cast<std::size_t>(colCount) + 1);
+  std::fill_n(colPtr, static_cast<std::size_t>(colCount) + 1, 0);
   std::int32_t out = 0;
-  for (std::int32_t i = 0; i < rowCount; ++i) {
+  for (std::size_t i = 0; i < rows; ++i) {
     const std::int32_t start = out;
-    for (std::int32_t p = rowPtr[i]; p < rowPtr[i + 1]; ++p) {
-      const std::int32_t c = tCol[p];
+    for (std::int32_t p = rowPtr[i]; p < rowEnd[i]; ++p) {
+      if (p + ahead < n) {
+        // Past the row's end this may be a dropped triplet's slot: only a hint, kept in range.
+        const auto c = std::min<std::uint32_t>(entry[p + ahead].col, colCount - 1);
+        Prefetch(marker + c);
+        Prefetch(colPtr + c + 1);
+      }
+      const std::int32_t c = entry[p].col;
       if (marker[c] >= start) {
-        SpAcc(tVal[marker[c]], tVal[p]);
+        SpAcc(entry[marker[c]].value, entry[p].value);
       } else {
         marker[c] = out;
-        tCol[out] = c;
-        tVal[out] = tVal[p];
-        ++colCount1[c + 1];
+        entry[out] = entry[p];
+        ++colPtr[c + 1];
         ++out;
       }
     }
     rowPtr[i] = start;
   }
-  rowPtr[rowCount] = out;
+  rowPtr[rows] = out;
 
   // Scatter into columns in ascending row order.
   SetShape(rowCount, colCount, std::is_same_v<T, TCplx>, out);
-  for (std::int32_t j = 0; j < colCount; ++j) colCount1[j + 1] += colCount1[j];
-  std::copy(colCount1.begin(), colCount1.end(), fAp.begin());
+  for (std::int32_t j = 0; j < colCount; ++j) colPtr[j + 1] += colPtr[j];
+  std::copy_n(colPtr, static_cast<std::size_t>(colCount) + 1, fAp.begin());
   T* v = detail::Ptr<T>(*this);
-  for (std::int32_t i = 0; i < rowCount; ++i) {
+  std::int32_t* ai = fAi.data();
+  for (std::size_t i = 0; i < rows; ++i) {
     for (std::int32_t p = rowPtr[i]; p < rowPtr[i + 1]; ++p) {
-      const std::int32_t q = colCount1[tCol[p]]++;
-      fAi[q] = i;
-      v[q] = tVal[p];
+      if (p + ahead < out) Prefetch(colPtr + entry[p + ahead].col);
+      const std::int32_t q = colPtr[entry[p].col]++;
+      ai[q] = static_cast<std::int32_t>(i);
+      v[q] = entry[p].value;
     }
   }
 }

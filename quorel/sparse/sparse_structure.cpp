@@ -186,6 +186,7 @@ TSparseMtx& TSparseMtx::DivideElem(const TSparseMtx& b) {
       for (std::int32_t k = b.fAp[j]; k < b.fAp[j + 1]; ++k) col[b.fAi[k]] = T{};
     }
   });
+  ValuesChanged();
   return *this;
 }
 

@@ -58,7 +58,7 @@ TEST(SparseProducts, GrowthIsBoundedByMaxNonZeroCount) {
   RandomPattern(c, 30, 30, 0.2, false, 9);
   p.Mul(b, c);
   const int full = p.NonZeros();
-  ASSERT_GT(full, b.NonZeros() + c.NonZeros());  // the output had to grow
+  ASSERT_GT(full, b.NonZeros() + c.NonZeros());
   EXPECT_RAISES(p.Mul(b, c, b.NonZeros() + c.NonZeros()), "Sparse matrix multiply: MaxNonZeroCount reached!");
   EXPECT_EQ(p.NonZeros(), full);  // unchanged by the refusal
   TSparseMtx q;
@@ -87,6 +87,19 @@ TEST(SparseProducts, AddAndSubMergeColumns) {
   EXPECT_RAISES(s.Add(big1, big2, 10), "Sparse matrix add: MaxNonZeroCount reached!");
 }
 
+/// A vector as a column (or a row), a matrix as it is, in the dense reference form.
+Dn AsDn(const TVec& v, bool row = false) {
+  Dn d(row ? 1 : v.Length(), std::vector<TCplx>(row ? v.Length() : 1));
+  for (int k = 0; k < v.Length(); ++k) (row ? d[0][k] : d[k][0]) = v.Complex() ? v.CValues()[k] : TCplx{v[k], 0};
+  return d;
+}
+Dn AsDn(const TMtx& m) {
+  Dn d(m.Rows(), std::vector<TCplx>(m.Cols()));
+  for (int i = 0; i < m.Rows(); ++i)
+    for (int j = 0; j < m.Cols(); ++j) d[i][j] = m.Complex() ? m.CValues(i, j) : TCplx{m.Values(i, j), 0};
+  return d;
+}
+
 TEST(SparseProducts, DenseOperands) {
   for (bool complex : {false, true}) {
     TSparseMtx a;
@@ -94,48 +107,35 @@ TEST(SparseProducts, DenseOperands) {
     const Dn da = Dense(a);
     TVec x;
     x.Size(4, complex);
-    for (int k = 0; k < (complex ? 8 : 4); ++k) x.PValues1D(0)[k] = 0.5 * k - 1;
-    Dn xd(4, std::vector<TCplx>(1));
-    for (int k = 0; k < 4; ++k) xd[k][0] = complex ? x.CValues()[k] : TCplx{x[k], 0};
-    const Dn y = DenseMul(da, xd);
+    for (std::size_t k = 0; k < x.Values().size(); ++k) x.Values()[k] = 0.5 * k - 1;
+    const Dn y = DenseMul(da, AsDn(x));
     a.MulRight(x);
-    ASSERT_EQ(x.Length(), 6);
-    for (int i = 0; i < 6; ++i) EXPECT_TRUE(Near(complex ? x.CValues()[i] : TCplx{x[i], 0}, y[i][0], 1e-14));
-
+    ExpectNear(AsDn(x), y);
     // Row vector from the left: x' A.
-    Dn row(1, std::vector<TCplx>(6));
-    for (int i = 0; i < 6; ++i) row[0][i] = complex ? x.CValues()[i] : TCplx{x[i], 0};
-    const Dn z = DenseMul(row, da);
+    const Dn z = DenseMul(AsDn(x, true), da);
     a.MulLeft(x);
-    ASSERT_EQ(x.Length(), 4);
-    for (int j = 0; j < 4; ++j) EXPECT_TRUE(Near(complex ? x.CValues()[j] : TCplx{x[j], 0}, z[0][j], 1e-14));
+    ExpectNear(AsDn(x, true), z);
 
-    TMtx m;
+    TMtx m, mt;
     m.Size(4, 3, complex);
-    for (int k = 0; k < (complex ? 24 : 12); ++k) m.PValues1D(0)[k] = std::sin(k + 1.0);
-    Dn md(4, std::vector<TCplx>(3));
-    for (int i = 0; i < 4; ++i)
-      for (int j = 0; j < 3; ++j) md[i][j] = complex ? m.CValues(i, j) : TCplx{m.Values(i, j), 0};
-    const Dn am = DenseMul(da, md);
+    for (std::size_t k = 0; k < m.Values().size(); ++k) m.Values()[k] = std::sin(k + 1.0);
+    const Dn am = DenseMul(da, AsDn(m));
     a.MulRight(m);
-    ASSERT_EQ(m.Rows(), 6);
-    for (int i = 0; i < 6; ++i)
-      for (int j = 0; j < 3; ++j) EXPECT_TRUE(Near(complex ? m.CValues(i, j) : TCplx{m.Values(i, j), 0}, am[i][j], 1e-14));
-    // (A M)' shaped back through MulLeft: rows of 3 x 6 times A.
-    TMtx mt;
+    ExpectNear(AsDn(m), am);
+    // Rows of a 3 x 6 matrix times A.
     mt.Transp(m);
+    const Dn ma = DenseMul(AsDn(mt), da);
     a.MulLeft(mt);
-    EXPECT_EQ(mt.Rows(), 3);
-    EXPECT_EQ(mt.Cols(), 4);
+    ExpectNear(AsDn(mt), ma);
 
     TMtx d;
     d.Size(6, 4, complex);
-    for (int k = 0; k < (complex ? 48 : 24); ++k) d.PValues1D(0)[k] = 1.0;
+    std::fill(d.Values().begin(), d.Values().end(), 1.0);
     a.Add(d);
-    for (int i = 0; i < 6; ++i)
-      for (int j = 0; j < 4; ++j)
-        EXPECT_TRUE(Near(complex ? d.CValues(i, j) : TCplx{d.Values(i, j), 0},
-                         {da[i][j].Re + 1, da[i][j].Im + (complex ? 1 : 0)}, 1e-15));
+    Dn plus = da;
+    for (auto& row : plus)
+      for (auto& v : row) v = {v.Re + 1, v.Im + (complex ? 1 : 0)};
+    ExpectNear(AsDn(d), plus);
 
     TVec wrong;
     wrong.Size(5, complex);

@@ -5,27 +5,13 @@ namespace {
 
 constexpr int kScaleIndex = 16;  // the library's row-scaling switch in Control
 
-/// B := A * (1, 2, 3, ...), the right-hand side of a known solution.
-void KnownRhs(const TSparseMtx& a, TVec& b, TVec& xTrue) {
-  xTrue.Size(a.Cols(), a.Complex());
-  for (std::size_t k = 0; k < xTrue.Values().size(); ++k) xTrue.Values()[k] = 1.0 + 0.01 * double(k % 97);
-  b.Size(a.Cols(), a.Complex());
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
-  std::copy(xTrue.Values().begin(), xTrue.Values().end(), b.Values().begin());
-  a.MulRight(b);
-}
-
-double RelativeResidual(const TSparseMtx& a, const TVec& b, const TVec& x) {
-  return a.ResidualNorm(b, x) / (FrobeniusNorm(a) * Norm2(x));
-}
-
 TEST(SparseSolveUmfPack, RealAndComplexFilesSolveToRoundOff) {
   for (const char* name : {"west0067.mtx", "young1c.mtx", "can___24.mtx", "cha.mtx", "arrowc.mtx"}) {
     TSparseMtx a;
     a.LoadFromMatrixMarketFile(MatrixFile(name));
     a.SparseSolver = ssUmfPack;
-    TVec b, x, xTrue;
-    KnownRhs(a, b, xTrue);
+    TVec b, x;
+    KnownRhs(a, b, x);
     a.Solve(b, x, mtGeneral);
     EXPECT_LT(RelativeResidual(a, b, x), 1e-14) << name;
     EXPECT_EQ(a.ErrorText(), "");
@@ -36,8 +22,7 @@ TEST(SparseSolveUmfPack, MatrixRightHandSidesAndAliasing) {
   TSparseMtx a;
   a.LoadFromMatrixMarketFile(MatrixFile("west0067.mtx"));
   TMtx b, x;
-  b.Size(67, 3);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  b.Size(67, 3);  // every element is set below
   for (int i = 0; i < 67; ++i)
     for (int j = 0; j < 3; ++j) b.Values(i, j) = std::cos(i + 7.0 * j);
   a.SolveUmfPack(b, x);
@@ -58,8 +43,8 @@ TEST(SparseSolveUmfPack, FactorSystemsComposeToTheWholeSystem) {
   TSparseMtx a;
   a.LoadFromMatrixMarketFile(MatrixFile("young1c.mtx"));
   a.UmfControl()[kScaleIndex] = 0;  // without row scaling P'L and UQ' multiply back to A
-  TVec b, x, y, z, xTrue;
-  KnownRhs(a, b, xTrue);
+  TVec b, x, y, z;
+  const TVec xTrue = KnownRhs(a, b, x);
   auto solve = [&](TSparseSystem s, const TVec& rhs, TVec& out) {
     a.SparseSystem = s;
     a.SolveUmfPack(rhs, out);
@@ -83,8 +68,7 @@ TEST(SparseSolveUmfPack, FactorSystemsComposeToTheWholeSystem) {
   for (auto& c : ah.CValues()) c.Im = -c.Im;
   for (auto [whole, first, second, op] : {std::tuple{spsAT, spsQUT, spsLTP, &ah}, std::tuple{spsAat, spsQUaT, spsLaTP, &at}}) {
     TVec bt;
-    bt.Size(xTrue.Length(), true);
-    std::copy(xTrue.Values().begin(), xTrue.Values().end(), bt.Values().begin());
+    bt.Copy(xTrue);
     op->MulRight(bt);
     solve(whole, bt, z);
     EXPECT_LT(relErr(z), 1e-10) << SparseSystemText(whole);
@@ -109,8 +93,8 @@ TEST(SparseSolveUmfPack, FactorSystemsComposeToTheWholeSystem) {
 TEST(SparseSolveUmfPack, RetainedFactorsFollowThePatternFlag) {
   TSparseMtx a;
   Poisson2D(a, 10);
-  TVec b, x, xTrue;
-  KnownRhs(a, b, xTrue);
+  TVec b, x;
+  KnownRhs(a, b, x);
   a.SolveUmfPack(b, x);
   EXPECT_EQ(a.SparsePattern(), sppNumeric);
   // New values, same pattern: the symbolic analysis is kept, the numeric factor redone.
@@ -135,8 +119,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   a.SparseSolver = ssUmfPack;
   a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0, 1}, TIntegerArray{0, 0, 1, 1}, TDoubleArray{1, 1, 1, 1});
   TVec b, x;
-  b.Size(2);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 2);
   b[0] = 1;
   b[1] = 2;
   EXPECT_RAISES(a.Solve(b, x, mtGeneral), "umfpack_numeric: matrix is singular failed!");
@@ -146,8 +129,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
 
   TSparseMtx p;
   Poisson2D(p, 3);
-  b.Size(9);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 9);
   p.SparseSystem = TSparseSystem(15);
   EXPECT_RAISES(p.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
   p.SparseSystem = spsA;
@@ -156,8 +138,7 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
 
   TSparseMtx rect;
   rect.TripletsToSparse(3, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
-  b.Size(2);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 2);
   EXPECT_RAISES(rect.SolveUmfPack(b, x), "umfpack_solve: invalid system failed!");
 }
 
@@ -165,8 +146,7 @@ TEST(SparseSolveUmfPack, ReportFollowsReportLevel) {
   TSparseMtx a;
   Poisson2D(a, 4);
   TVec b, x;
-  b.Size(16);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 16);
   b.Values()[3] = 1;
   a.ReportLevel = prlNone;
   a.SolveUmfPack(b, x);
@@ -184,23 +164,19 @@ TEST(SparseSolve, DispatchRefusals) {
   TSparseMtx a;
   Poisson2D(a, 3);
   TVec b, x;
-  b.Size(9);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 9);
   EXPECT_RAISES(a.Solve(b, x, mtBandGeneral), "Use TMtx.LUSolve for banded matrices!");
   EXPECT_RAISES(a.Solve(b, x, mtBandSymmPosDef), "Use TMtx.LUSolve for banded matrices!");
-  b.Size(8);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 8);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "FCols <> B.Length");
-  b.Size(9, true);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 9, true);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "B.Complex <> Complex");
   TMtx bm, xm;
   EXPECT_RAISES(a.SolveUmfPack(bm, xm), "B.Rows = 0!");
   bm.Size(4, 1);
   EXPECT_RAISES(a.SolveUmfPack(bm, xm), "FCols <> B.Rows");
   a.SetValue(0, 0, 1);
-  b.Size(9, false);
-  std::fill(b.Values().begin(), b.Values().end(), 0.0);
+  Zeros(b, 9, false);
   EXPECT_RAISES(a.SolveUmfPack(b, x), "Call TripletsToSparseAndFlush first!");
 }
 

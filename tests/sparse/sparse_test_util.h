@@ -79,6 +79,45 @@ inline void Stencil2D(TSparseMtx& a, std::int32_t m, double d, double w, double 
 /// 5-point Laplacian on an m x m grid, SPD.
 inline void Poisson2D(TSparseMtx& a, std::int32_t m) { Stencil2D(a, m, 4, -1, -1, -1, -1); }
 
+/// Out := A's pattern with values f(i, j, a_ij), real or complex by f's result.
+template <class F>
+TSparseMtx& Mapped(TSparseMtx& out, const TSparseMtx& a, F f) {
+  using T = decltype(f(0, 0, 0.0));
+  TIntegerArray r, c;
+  std::vector<T> v;
+  for (std::int32_t j = 0; j < a.Cols(); ++j)
+    for (std::int32_t k = a.Ap()[j]; k < a.Ap()[j + 1]; ++k) {
+      r.push_back(a.Ai()[k]);
+      c.push_back(j);
+      v.push_back(f(a.Ai()[k], j, a.Values()[k]));
+    }
+  return out.TripletsToSparse(a.Rows(), a.Cols(), r, c, std::span<const T>(v));
+}
+
+/// Swaps rows 2k and 2k+1 (an even row count): a zero-free but weak diagonal that a solver
+/// without pivoting handles badly.
+inline void SwapRowPairs(TSparseMtx& a) {
+  TIntegerArray r, c;
+  TDoubleArray v;
+  a.SparseToTriplets(r, c, v);
+  for (auto& i : r) i ^= 1;
+  a.TripletsToSparse(a.Rows(), a.Cols(), r, c, v);
+}
+
+/// A real matrix with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is
+/// indefinite).
+inline TSparseMtx& Shifted(TSparseMtx& out, const TSparseMtx& a, double shift) {
+  return Mapped(out, a, [=](int i, int j, double v) { return i == j ? v - shift : v; });
+}
+
+/// Hermitian: A's values (diagonal less `shift`) with imaginary parts +0.3 below and -0.3 above
+/// the diagonal.
+inline TSparseMtx& Hermitian(TSparseMtx& out, const TSparseMtx& a, double shift) {
+  return Mapped(out, a, [=](int i, int j, double v) {
+    return TCplx{i == j ? v - shift : v, i > j ? 0.3 : i < j ? -0.3 : 0.0};
+  });
+}
+
 inline double FrobeniusNorm(const TSparseMtx& a) {
   double s = 0;
   for (double x : a.Values()) s += x * x;
@@ -89,6 +128,29 @@ inline double Norm2(const TVec& x) {
   double s = 0;
   for (double v : x.Values()) s += v * v;
   return std::sqrt(s);
+}
+
+/// V sized to n zeros (a re-sized block keeps no values).
+inline TVec& Zeros(TVec& v, std::int32_t n, bool complex = false) {
+  v.Size(n, complex);
+  std::fill(v.Values().begin(), v.Values().end(), 0.0);
+  return v;
+}
+
+/// B := A * xTrue for a varied xTrue (returned); X := zeros (the iterative start guess).
+inline TVec KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
+  TVec xTrue;
+  Zeros(xTrue, a.Cols(), a.Complex());
+  for (std::size_t k = 0; k < xTrue.Values().size(); ++k) xTrue.Values()[k] = 1.0 + 0.01 * double(k % 97);
+  b.Copy(xTrue);
+  a.MulRight(b);
+  Zeros(x, a.Cols(), a.Complex());
+  return xTrue;
+}
+
+/// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
+inline double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
+  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x));
 }
 
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {

@@ -1,111 +1,77 @@
-#include <gtest/gtest.h>
+// The Cholesky and LDL'/LU back ends through the matrix: every variant and matrix type, the
+// option strings, the out-of-core file, and the failure texts.
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
+#include <tuple>
 
-#include "quorel/core/errors.h"
+#include "../sparse/sparse_test_util.h"
 #include "quorel/core/startup.h"
 #include "quorel/platform/cholmod.h"
-#include "test_matrices.h"
 
 namespace quorel::test {
 namespace {
 
-using namespace quorel::detail;
-
-template <class T>
-std::vector<T> TaucsSolve(TTaucsSettings& s, const Csc<T>& a, std::int32_t flags, int* code,
-                          const std::vector<T>& b) {
-  std::vector<T> x(b.size(), T(0));
-  *code = TaucsSolveRaw(s, a.Raw(), flags, std::int32_t(b.size() / a.n), reinterpret_cast<const double*>(b.data()),
-                        reinterpret_cast<double*>(x.data()), 10, 1e-14);
-  return x;
+/// Solves with `tri` (the stored form) and checks the residual against `full`; returns the text.
+std::string SolveChecked(TSparseMtx& tri, const TSparseMtx& full, TMtxType type, double bound) {
+  TVec b, x;
+  KnownRhs(full, b, x);
+  tri.Solve(b, x, type);
+  if (tri.ErrorText().empty()) EXPECT_LT(RelativeResidual(full, b, x), bound) << int(type);
+  return tri.ErrorText();
 }
 
-// Every Cholesky variant on the real Poisson matrix and on a complex Hermitian one, stored as
-// lower triangles; the factor is kept until FreeTaucs.
-TEST(SparseTaucs, CholeskyVariantsSolve) {
-  const Csc<double> a = Grid<double>(20, 0.0, true);
-  const Csc<Z> h = Grid<Z>(12, 1.0, true, Z(0, 0.5));
+class DirectBackEnds : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Poisson2D(poisson, 12);
+    lower.LowerTriangle(poisson);
+    Hermitian(herm, poisson, -1.0);  // diagonally dominant: definite
+    hermLower.LowerTriangle(herm);
+  }
+  TSparseMtx poisson, lower, herm, hermLower;
+};
+
+// Every Cholesky variant on Poisson and on a Hermitian matrix, stored as lower triangles; the
+// factor stays in the settings until FreeTaucs.
+TEST_F(DirectBackEnds, CholeskyVariantsSolve) {
   for (TTaucsFactorization f : {tfCholesky, tfLDL, tfMultiFrontal, tfLeftLooking})
     for (TTaucsReordering r : {tpMETIS, tpAMD, tpIdentity})
-      for (TTaucsIterative it : {tiNone, tiCG}) {
-        SCOPED_TRACE(std::to_string(f) + " " + std::to_string(r) + " " + std::to_string(it));
-        TTaucsSettings s;
-        s.Factor = f;
-        s.Reordering = r;
-        s.IterativeStep = it;
-        int code = 1;
-        const std::vector<double> b = Rhs<double>(a.n);
-        std::vector<double> x = TaucsSolve(s, a, 9, &code, b);
-        ASSERT_EQ(code, 0) << s.ErrorText();
-        EXPECT_EQ(s.ErrorText(), "");
-        EXPECT_LT(RelResidual(a, b, x, true), 1e-15);
-        EXPECT_TRUE(s.HasFactor());
-        s.FreeTaucs();
-        EXPECT_FALSE(s.HasFactor());
-        const std::vector<Z> bz = Rhs<Z>(h.n);
-        for (std::int32_t flags : {8, 16}) {
-          std::vector<Z> xz = TaucsSolve(s, h, flags, &code, bz);
-          ASSERT_EQ(code, 0) << s.ErrorText();
-          EXPECT_LT(RelResidual(h, bz, xz, true), 1e-15);
+      for (TTaucsIterative it : {tiNone, tiCG})
+        for (auto [tri, full, type] : {std::tuple{&lower, &poisson, mtSymmPosDef},
+                                       std::tuple{&hermLower, &herm, mtSymmPosDef},
+                                       std::tuple{&hermLower, &herm, mtHermPosDef}}) {
+          SCOPED_TRACE(std::to_string(f) + " " + std::to_string(r) + " " + std::to_string(it));
+          tri->SparseSolver = ssTaucs;
+          tri->Taucs().Factor = f;
+          tri->Taucs().Reordering = r;
+          tri->Taucs().IterativeStep = it;
+          EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-15), "");
+          EXPECT_TRUE(tri->Taucs().HasFactor());
+          tri->Taucs().FreeTaucs();
+          EXPECT_FALSE(tri->Taucs().HasFactor());
         }
-      }
+  // The triangular type is a forward substitution with the stored lower triangle.
+  EXPECT_EQ(SolveChecked(lower, lower, mtTriangle, 1e-15), "");
 }
 
-// Several right-hand sides at once, and the lower-triangular flag (forward substitution).
-TEST(SparseTaucs, ManyColumnsAndTriangular) {
-  const Csc<double> a = Grid<double>(8, 0.0, true);
-  std::vector<double> b = Rhs<double>(a.n), b2 = b;
-  for (double& v : b2) v *= -3;
-  b.insert(b.end(), b2.begin(), b2.end());
-  TTaucsSettings s;
-  int code = 1;
-  const std::vector<double> x = TaucsSolve(s, a, 9, &code, b);
-  ASSERT_EQ(code, 0);
-  for (std::int32_t i = 0; i < a.n; ++i) EXPECT_NEAR(x[a.n + i], -3 * x[i], 1e-12 * std::abs(x[i]) + 1e-14);
-  // L x = b with L the stored lower triangle: check L x directly.
-  const std::vector<double> bt = Rhs<double>(a.n);
-  const std::vector<double> xt = TaucsSolve(s, a, 5, &code, bt);
-  ASSERT_EQ(code, 0);
-  EXPECT_LT(RelResidual(a, bt, xt, false), 1e-15);
-}
-
-// What the user meets when the matrix does not fit: the texts of the codes.
-TEST(SparseTaucs, RefusalsAndMessages) {
-  TTaucsSettings s;
-  int code = 0;
-  // Indefinite: the factorisation stops at a column and says why.
-  const Csc<double> ind = Grid<double>(8, -2.0, true);
-  TaucsSolve(s, ind, 9, &code, Rhs<double>(ind.n));
-  EXPECT_EQ(code, -4);
-  EXPECT_EQ(s.ErrorText(), "Input matrix is not positive definite.");
-  EXPECT_GE(s.Factorization().FailedColumn(), 0);
-  // Full storage for a symmetric flag is refused before anything is computed.
-  const Csc<double> full = Grid<double>(4, 0.0, false);
-  try {
-    TaucsSolve(s, full, 9, &code, Rhs<double>(full.n));
-    FAIL();
-  } catch (const EQuorelException& e) {
-    EXPECT_STREQ(e.what(), "Symmetric matrix must contain only lower triangle!");
+TEST_F(DirectBackEnds, CholeskyFailureTexts) {
+  TSparseMtx ind, indLower;
+  indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
+  indLower.SparseSolver = ssTaucs;
+  EXPECT_EQ(SolveChecked(indLower, ind, mtSymmPosDef, 0), "Input matrix is not positive definite.");
+  EXPECT_GE(indLower.Taucs().Factorization().FailedColumn(), 0);
+  TTaucsSettings& s = indLower.Taucs();
+  const std::pair<int, const char*> texts[] = {{0, ""},
+                                               {-1, "Unknown error."},
+                                               {-2, "Failed to allocate memory."},
+                                               {-3, "The parameters passed to the routine are invalid."},
+                                               {-5, "Recursion is too deep and might result in stack overflow."}};
+  for (const auto& [code, text] : texts) {
+    EXPECT_EQ(s.CheckError(code), code);
+    EXPECT_EQ(s.ErrorText(), text);
   }
-  // A general matrix cannot be factorised by Cholesky; LU belongs to the LU back end.
-  TaucsSolve(s, full, 0, &code, Rhs<double>(full.n));
-  EXPECT_EQ(code, -3);
-  EXPECT_EQ(s.ErrorText(), "The parameters passed to the routine are invalid.");
-  s.Factor = tfLU;
-  EXPECT_TRUE(s.UsesLU());
-  // A successful solve clears the text.
-  s.Factor = tfCholesky;
-  TaucsSolve(s, Grid<double>(4, 0.0, true), 9, &code, Rhs<double>(16));
-  EXPECT_EQ(code, 0);
-  EXPECT_EQ(s.ErrorText(), "");
-  EXPECT_EQ(s.CheckError(-1), -1);
-  EXPECT_EQ(s.ErrorText(), "Unknown error.");
-  s.CheckError(-2);
-  EXPECT_EQ(s.ErrorText(), "Failed to allocate memory.");
-  s.CheckError(-5);
-  EXPECT_EQ(s.ErrorText(), "Recursion is too deep and might result in stack overflow.");
 }
 
 // The option table: order and exact texts, the empty text skipped, the table bounded.
@@ -146,122 +112,82 @@ TEST(SparseTaucs, OptionStrings) {
 
 // Out of core: the factor goes to files in the working folder, which are gone afterwards; a
 // folder that cannot be written makes the solve fail instead of silently staying in memory.
-TEST(SparseTaucs, OutOfCoreUsesTheWorkingFolder) {
+TEST_F(DirectBackEnds, OutOfCoreUsesTheWorkingFolder) {
   namespace fs = std::filesystem;
   const std::string saved = QuorelWorkingDir;
   const fs::path dir = fs::temp_directory_path() / ("quorel_ooc_" + std::to_string(::getpid()));
   fs::create_directories(dir);
   QuorelWorkingDir = dir.string() + "/";
-  TTaucsSettings s;
-  s.OutOfCore = true;
-  const Csc<double> a = Grid<double>(30, 0.0, true);
-  const std::vector<double> b = Rhs<double>(a.n);
-  int code = 1;
-  std::vector<double> x = TaucsSolve(s, a, 9, &code, b);
-  EXPECT_EQ(code, 0) << s.ErrorText();
-  EXPECT_LT(RelResidual(a, b, x, true), 1e-14);
-  EXPECT_TRUE(fs::is_empty(dir));
-  const Csc<Z> h = Grid<Z>(10, 1.0, true, Z(0, 0.5));
-  const std::vector<Z> bz = Rhs<Z>(h.n);
-  std::vector<Z> xz = TaucsSolve(s, h, 16, &code, bz);
-  EXPECT_EQ(code, 0) << s.ErrorText();
-  EXPECT_LT(RelResidual(h, bz, xz, true), 1e-14);
+  for (auto [tri, full, type] : {std::tuple{&lower, &poisson, mtSymmPosDef}, std::tuple{&hermLower, &herm, mtHermPosDef}}) {
+    tri->SparseSolver = ssTaucs;
+    tri->Taucs().OutOfCore = true;
+    EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-14), "");
+    EXPECT_TRUE(fs::is_empty(dir));
+  }
   QuorelWorkingDir = "/nonexistent/quorel/";
-  TaucsSolve(s, a, 9, &code, b);
-  EXPECT_EQ(code, -3);
-  EXPECT_EQ(s.ErrorText(), "The parameters passed to the routine are invalid.");
+  EXPECT_EQ(SolveChecked(lower, poisson, mtSymmPosDef, 0), "The parameters passed to the routine are invalid.");
   QuorelWorkingDir = dir.string() + "/";
-  const Csc<double> ind = Grid<double>(8, -2.0, true);
-  TaucsSolve(s, ind, 9, &code, Rhs<double>(ind.n));
-  EXPECT_EQ(code, -4);
+  TSparseMtx ind, indLower;
+  indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
+  indLower.SparseSolver = ssTaucs;
+  indLower.Taucs().OutOfCore = true;
+  EXPECT_EQ(SolveChecked(indLower, ind, mtSymmPosDef, 0), "Input matrix is not positive definite.");
   QuorelWorkingDir = saved;
   fs::remove_all(dir);
 }
 
-// Each parameter-array matrix type on a matrix of its kind, two right-hand sides at once.
-TEST(SparsePardiso, EveryMatrixTypeSolves) {
-  struct Case {
-    std::int32_t mtype;
-    bool lower;
-    bool conj;
-  };
-  auto check = [](TPardisoSettings& s, const auto& a, Case c) {
-    using T = typename std::decay_t<decltype(a.ax)>::value_type;
-    std::vector<T> b = Rhs<T>(a.n), b2 = b;
-    for (auto& v : b2) v = v * T(2) + T(1);
-    b.insert(b.end(), b2.begin(), b2.end());
-    std::vector<T> x(b.size());
-    std::vector<std::string> report;
-    const int code = PardisoSolveRaw(s, a.Raw(), c.mtype, 2, reinterpret_cast<const double*>(b.data()),
-                                     reinterpret_cast<double*>(x.data()), &report);
-    ASSERT_EQ(code, 0) << s.ErrorText();
-    for (int col = 0; col < 2; ++col) {
-      const std::vector<T> bc(b.begin() + col * a.n, b.begin() + (col + 1) * a.n);
-      const std::vector<T> xc(x.begin() + col * a.n, x.begin() + (col + 1) * a.n);
-      EXPECT_LT(RelResidual(a, bc, xc, c.lower, c.conj), 1e-14) << c.mtype;
+// Each matrix type on a matrix of its kind, the symmetric and Hermitian ones from their lower
+// triangle (complex values interleaved), with both orderings.
+TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
+  TSparseMtx ind, indLower, hermInd, hermIndLower, csym, csymLower, swapped, cuns, convection;
+  indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
+  hermIndLower.LowerTriangle(Hermitian(hermInd, poisson, 2.0));
+  Mapped(csym, poisson, [](int i, int j, double v) { return TCplx{i == j ? v - 2 : v, i == j ? 1.0 : 0.0}; });
+  csymLower.LowerTriangle(csym);
+  Stencil2D(convection, 12, 4, -1.4, -0.6, -1, -1);
+  swapped.Copy(convection);
+  SwapRowPairs(swapped);
+  Mapped(cuns, convection, [](int i, int j, double v) { return TCplx{v, 0.2 * (i - j)}; });
+  const std::tuple<TSparseMtx*, TSparseMtx*, TMtxType> cases[] = {
+      {&lower, &poisson, mtSymmPosDef},     {&indLower, &ind, mtSymmetric},       {&swapped, &swapped, mtGeneral},
+      {&hermLower, &herm, mtHermPosDef},    {&hermIndLower, &hermInd, mtHermitian}, {&csymLower, &csym, mtSymmetric},
+      {&cuns, &cuns, mtGeneral}};
+  for (TPardisoReordering r : {prMETIS, prMinimumDegree})
+    for (auto [tri, full, type] : cases) {
+      tri->SparseSolver = ssPardiso;
+      tri->Pardiso().Reordering = r;
+      EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-14), "") << int(type);
+      EXPECT_GT(tri->Pardiso().Iparm[17], 0);
+      ASSERT_GE(tri->Report().size(), 6u);
+      EXPECT_EQ(tri->Report()[4], "Number of nonzeros on the factors: " + std::to_string(tri->Pardiso().Iparm[17]));
     }
-    EXPECT_GT(s.Iparm[17], 0);
-    ASSERT_GE(report.size(), 6u);
-    EXPECT_EQ(report[4], "Number of nonzeros on the factors: " + std::to_string(s.Iparm[17]));
-  };
-  for (TPardisoReordering r : {prMETIS, prMinimumDegree}) {
-    TPardisoSettings s;
-    s.Reordering = r;
-    check(s, Grid<double>(12, 0.0, true), {2, true, true});
-    check(s, Grid<double>(12, -2.0, true), {-2, true, true});
-    check(s, SwappedRows(12), {11, false, true});
-    check(s, Grid<Z>(10, 1.0, true, Z(0, 0.5)), {4, true, true});
-    check(s, Grid<Z>(10, -2.0, true, Z(0, 0.5)), {-4, true, true});
-    Csc<Z> sym = Grid<Z>(10, -2.0, true);
-    for (std::int32_t j = 0; j < sym.n; ++j) sym.ax[sym.ap[j]] += Z(0, 1);  // diagonal first in each column
-    check(s, sym, {6, true, false});
-    Csc<Z> uns = Grid<Z>(10, 0.0, false, Z(0.3, 0.2));
-    check(s, uns, {13, false, true});
-  }
-}
-
-// A symmetric type reads the lower triangle only, so full storage gives the same answer; the
-// refinement step is counted in the report.
-TEST(SparsePardiso, SymmetricTypesReadTheLowerTriangle) {
-  TPardisoSettings s;
-  s.IterativeStep = piCG;
-  const Csc<double> full = Grid<double>(8, -2.0, false);
-  const std::vector<double> b = Rhs<double>(full.n);
-  std::vector<double> x(full.n);
-  std::vector<std::string> report;
-  ASSERT_EQ(PardisoSolveRaw(s, full.Raw(), -2, 1, b.data(), x.data(), &report), 0);
-  EXPECT_LT(RelResidual(full, b, x, false), 1e-14);
-  ASSERT_EQ(report.size(), 7u);
-  EXPECT_EQ(report[6].rfind("Number of CG/CGS iteration's executed: ", 0), 0u);
+  // A symmetric type reads the lower triangle only, so full storage gives the same answer; the
+  // refinement step is counted in the report.
+  ind.SparseSolver = ssPardiso;
+  ind.Pardiso().IterativeStep = piCG;
+  EXPECT_EQ(SolveChecked(ind, ind, mtSymmetric, 1e-14), "");
+  ASSERT_EQ(ind.Report().size(), 7u);
+  EXPECT_EQ(ind.Report()[6].rfind("Number of CG/CGS iteration's executed: ", 0), 0u);
 }
 
 TEST(SparsePardiso, FailuresAndMessages) {
-  TPardisoSettings s;
+  TSparseMtx empty, rank1, ok;
+  // Structurally singular (an empty column) and numerically singular (rank one) matrices.
+  empty.TripletsToSparse(3, 3, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
+  rank1.TripletsToSparse(2, 2, TIntegerArray{0, 0, 1, 1}, TIntegerArray{0, 1, 0, 1}, TDoubleArray{1, 2, 2, 4});
+  Poisson2D(ok, 3);
+  for (TSparseMtx* a : {&empty, &rank1, &ok}) a->SparseSolver = ssPardiso;
+  EXPECT_NE(SolveChecked(empty, empty, mtGeneral, 0), "");
+  EXPECT_EQ(SolveChecked(rank1, rank1, mtGeneral, 0), "zero pivot, numerical factorization problem");
+  EXPECT_EQ(SolveChecked(ok, ok, mtGeneral, 1e-14), "");
+  TPardisoSettings& s = ok.Pardiso();
   EXPECT_EQ(s.MatrixNumber, 1);
   EXPECT_EQ(s.MaxFactorizedMatrices, 1);
-  // Structurally singular (an empty column) and numerically singular (rank one) matrices.
-  const Csc<double> empty = FromEntries<double>(3, {{0, 0, 1.0}, {1, 1, 1.0}}, false);
-  const Csc<double> rank1 =
-      FromEntries<double>(2, {{0, 0, 1.0}, {0, 1, 2.0}, {1, 0, 2.0}, {1, 1, 4.0}}, false);
-  std::vector<double> b{1, 2, 3}, x(3);
-  EXPECT_NE(PardisoSolveRaw(s, empty.Raw(), 11, 1, b.data(), x.data(), nullptr), 0);
-  EXPECT_EQ(PardisoSolveRaw(s, rank1.Raw(), 11, 1, b.data(), x.data(), nullptr), -4);
-  EXPECT_EQ(s.ErrorText(), "zero pivot, numerical factorization problem");
-  // The definite type on an indefinite matrix is refused, not solved by luck.
-  const Csc<double> ind = Grid<double>(6, -2.0, true);
-  std::vector<double> b36 = Rhs<double>(36), x36(36);
-  EXPECT_EQ(PardisoSolveRaw(s, ind.Raw(), 2, 1, b36.data(), x36.data(), nullptr), -4);
-  // A type that does not match the values' complexity is inconsistent input.
-  EXPECT_EQ(PardisoSolveRaw(s, rank1.Raw(), 13, 1, b.data(), x.data(), nullptr), -1);
-  EXPECT_EQ(s.ErrorText(), "input inconsistent");
-  const Csc<double> ok = Grid<double>(3, 0.0, false);
-  std::vector<double> b9 = Rhs<double>(9), x9(9);
-  EXPECT_EQ(PardisoSolveRaw(s, ok.Raw(), 11, 1, b9.data(), x9.data(), nullptr), 0);
-  EXPECT_EQ(s.ErrorText(), "");
   EXPECT_TRUE(s.HasSolver());
   s.FreeMemory();
   EXPECT_FALSE(s.HasSolver());
-  const std::pair<int, const char*> texts[] = {{-2, "not enough memory"},
+  const std::pair<int, const char*> texts[] = {{-1, "input inconsistent"},
+                                               {-2, "not enough memory"},
                                                {-3, "reordering problem"},
                                                {-5, "unclassified (internal) error"},
                                                {-6, "preordering failed (matrix types 11, 13 only)"},

@@ -147,7 +147,7 @@ int TaucsOutOfCore(TTaucsSettings& s, const TRawSparse& a, std::int32_t nrhs, co
 }  // namespace
 
 int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, std::int32_t nrhs, const double* b,
-                  double* x, std::int32_t maxIters, double tolerance) {
+                  double* x, std::int32_t maxIters, double tolerance, TFactorReuse reuse) {
   s.BuildOptions(maxIters, tolerance);
   const bool symmetric = (flags & (TaucsSymmetric | TaucsHermitian)) != 0;
   const bool triangular = (flags & TaucsTriangular) != 0;
@@ -164,7 +164,14 @@ int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, st
     return s.CheckError(TaucsOutOfCore(s, a, nrhs, b, x));
   }
   TCholmodFactor& f = s.Factorization();
-  int code = f.Factorise(a.complex, a.n, a.ap, a.ai, a.ax, CholmodKind(s.Factor), CholmodOrdering(s.Reordering));
+  int code = 0;
+  if (reuse == TFactorReuse::Factors && f.HasFactor() && f.FailedColumn() < 0) {
+    // The held factor is this matrix's.
+  } else if (reuse != TFactorReuse::None && f.HasFactor()) {
+    code = f.Refactorise(a.ap, a.ai, a.ax);
+  } else {
+    code = f.Factorise(a.complex, a.n, a.ap, a.ai, a.ax, CholmodKind(s.Factor), CholmodOrdering(s.Reordering));
+  }
   if (code == 0) code = f.Solve(nrhs, b, x);
   if (code == 0 && s.IterativeStep != tiNone) {
     const std::size_t w = a.complex ? 2 : 1;
@@ -179,7 +186,7 @@ int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, st
 }
 
 int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype, std::int32_t nrhs,
-                    const double* b, double* x, std::vector<std::string>* report) {
+                    const double* b, double* x, std::vector<std::string>* report, TFactorReuse reuse) {
   TMumpsOptions o;
   switch (mtype) {
     case 2: o.symmetry = TMumpsSymmetry::PosDefinite; break;
@@ -197,7 +204,14 @@ int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype
   // A user-set iparm(8) is the refinement step count, as with the original parameter array.
   o.refinementSteps = s.IterativeStep == piNone ? 0 : (s.Iparm[7] > 0 ? static_cast<std::int32_t>(s.Iparm[7]) : 2);
   TMumpsSolver& solver = s.Solver();
-  int status = solver.Factorise(o, a.complex, a.n, a.ap, a.ai, a.ax);
+  int status = 0;
+  if (reuse == TFactorReuse::Factors && solver.HasFactors()) {
+    // The held factors are this matrix's.
+  } else if (reuse != TFactorReuse::None && solver.HasAnalysis()) {
+    status = solver.Refactorise(o, a.ap, a.ai, a.ax);
+  } else {
+    status = solver.Factorise(o, a.complex, a.n, a.ap, a.ai, a.ax);
+  }
   // The definite type factorises without pivoting; a negative pivot means it was not definite.
   const bool indefinite = status >= 0 && mtype == 2 && solver.Stats().negativePivots > 0;
   if (indefinite) status = -10;

@@ -21,6 +21,10 @@ struct TRawSparse {
   const double* ax = nullptr;
 };
 
+/// What a factorisation held by the settings may be reused for: nothing, its analysis (the
+/// values changed, the pattern did not) or all of it.
+enum class TFactorReuse : std::uint8_t { None, Analysis, Factors };
+
 /// Cholesky / LDL' solve of A X = B (`nrhs` columns) for the flags of MtxTypeTaucs (9, 8, 16:
 /// symmetric/Hermitian lower triangle; 5: lower triangular; 0: general). The option table is
 /// rebuilt first. Raises "Symmetric matrix must contain only lower triangle!" for a symmetric
@@ -28,12 +32,13 @@ struct TRawSparse {
 /// it to the sparse LU back end (TTaucsSettings::UsesLU). With OutOfCore the factor goes to a
 /// file in QuorelWorkingDir (named after OutOfCoreFileName) that lives while the solve runs.
 int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, std::int32_t nrhs, const double* b,
-                  double* x, std::int32_t maxIters, double tolerance);
+                  double* x, std::int32_t maxIters, double tolerance, TFactorReuse reuse = TFactorReuse::None);
 
 /// Solve of A X = B (`nrhs` columns) for a MtxTypePardiso code (2, -2, 6, 4, -4, 11, 13).
 /// Symmetric and Hermitian types read the lower triangle. Iparm receives the outputs and
 /// `report`, when given, the report lines; a failed refinement step adds its line.
 int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype, std::int32_t nrhs,
-                    const double* b, double* x, std::vector<std::string>* report);
+                    const double* b, double* x, std::vector<std::string>* report,
+                    TFactorReuse reuse = TFactorReuse::None);
 
 }  // namespace quorel::detail

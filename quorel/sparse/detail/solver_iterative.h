@@ -4,6 +4,7 @@
 // matrix binds with a cast.
 
 #include <cstdint>
+#include <memory>
 
 namespace quorel::detail {
 
@@ -52,8 +53,29 @@ struct TSlapResult {
   double error = 0;
 };
 
+}  // namespace quorel::detail
+
+// Named by the public sparse header, so it lives where public headers keep their internals.
+namespace quorel::header_detail {
+/// The working form of A, its preconditioner and the vectors of a solve, kept between solves so
+/// that a repeated solve of the same size allocates nothing.
+class TSlapWorkspace {
+ public:
+  TSlapWorkspace();
+  ~TSlapWorkspace();
+  struct Impl;
+  std::unique_ptr<Impl> impl;
+};
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+using header_detail::TSlapWorkspace;
+
 /// Solves A x = b; x holds the start guess on entry. Never raises on numerical trouble: the
 /// outcome is in the result.
+TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const double* b, double* x,
+                      TSlapWorkspace& work);
+/// The same with a workspace of its own.
 TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const double* b, double* x);
 
 /// The report text of an error code for a method ("" for 0).

@@ -21,22 +21,22 @@ void Csr::MulT(const double* x, double* y) const {
   }
 }
 
-Csr ToCsr(const TSlapMatrix& a) {
-  Csr c;
+void ToCsr(const TSlapMatrix& a, Csr& c, CsrScratch& scratch) {
   const std::int32_t n = a.n;
   c.n = n;
   // Count per row: every stored entry, its mirror when symmetric, and a diagonal slot per row
   // (merged below if A already has one).
-  std::vector<std::int32_t> count(n + 1, 0);
+  std::vector<std::int32_t>& next = scratch.next;
+  next.assign(n + 1, 0);
   for (std::int32_t j = 0; j < n; ++j)
     for (std::int32_t k = a.ap[j]; k < a.ap[j + 1]; ++k) {
       const std::int32_t i = a.ai[k];
-      ++count[i];
-      if (a.symmetricLower && i != j) ++count[j];
+      ++next[i];
+      if (a.symmetricLower && i != j) ++next[j];
     }
   c.rp.assign(n + 1, 0);
-  for (std::int32_t i = 0; i < n; ++i) c.rp[i + 1] = c.rp[i] + count[i] + 1;
-  std::vector<std::int32_t> next(c.rp.begin(), c.rp.end() - 1);
+  for (std::int32_t i = 0; i < n; ++i) c.rp[i + 1] = c.rp[i] + next[i] + 1;
+  std::copy(c.rp.begin(), c.rp.end() - 1, next.begin());
   c.ci.assign(c.rp[n], 0);
   c.v.assign(c.rp[n], 0.0);
   for (std::int32_t i = 0; i < n; ++i) {
@@ -54,7 +54,7 @@ Csr ToCsr(const TSlapMatrix& a) {
       }
     }
   // Sort each row, add up duplicates (the diagonal slot meets A's own diagonal) and compact.
-  std::vector<std::pair<std::int32_t, double>> row;
+  auto& row = scratch.row;
   std::int32_t out = 0;
   c.diag.assign(n, 0);
   for (std::int32_t i = 0; i < n; ++i) {
@@ -77,7 +77,6 @@ Csr ToCsr(const TSlapMatrix& a) {
   c.rp[n] = out;
   c.ci.resize(out);
   c.v.resize(out);
-  return c;
 }
 
 bool Preconditioner::Build(const Csr& a, PrecKind kind, bool positive) {
@@ -94,7 +93,8 @@ bool Preconditioner::Build(const Csr& a, PrecKind kind, bool positive) {
   }
   // ILU(0) by rows (IKJ form): row i is reduced by the finished rows k < i it touches.
   lu_ = a.v;
-  std::vector<std::int32_t> pos(n, -1);
+  std::vector<std::int32_t>& pos = pos_;
+  pos.assign(n, -1);
   bool clean = true;
   for (std::int32_t i = 0; i < n; ++i) {
     for (std::int32_t k = a.rp[i]; k < a.rp[i + 1]; ++k) pos[a.ci[k]] = k;

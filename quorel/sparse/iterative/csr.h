@@ -3,6 +3,7 @@
 // present (an explicit zero when A has none), plus the three preconditioners they use.
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "quorel/sparse/detail/solver_iterative.h"
@@ -20,8 +21,15 @@ struct Csr {
   void MulT(const double* x, double* y) const;
 };
 
-/// Full compressed rows of A (a symmetric lower triangle is mirrored).
-Csr ToCsr(const TSlapMatrix& a);
+/// Work arrays of ToCsr, kept so that a repeated conversion allocates nothing.
+struct CsrScratch {
+  std::vector<std::int32_t> next;
+  std::vector<std::pair<std::int32_t, double>> row;
+};
+
+/// Full compressed rows of A into c (a symmetric lower triangle is mirrored); c's arrays keep
+/// their capacity.
+void ToCsr(const TSlapMatrix& a, Csr& c, CsrScratch& scratch);
 
 enum class PrecKind { Diagonal, Lower, Ilu };
 
@@ -40,6 +48,7 @@ class Preconditioner {
   const Csr* a_ = nullptr;
   std::vector<double> lu_;  // ILU values in a's pattern
   std::vector<double> inv_diag_;
+  std::vector<std::int32_t> pos_;
   bool zeroDiag_ = false;
 };
 

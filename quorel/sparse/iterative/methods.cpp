@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <limits>
+#include <span>
 #include <vector>
 
 #include "quorel/sparse/detail/solver_iterative.h"
@@ -16,34 +18,74 @@ using slap::Csr;
 using slap::PrecKind;
 using slap::Preconditioner;
 using Vec = std::vector<double>;
+using Span = std::span<double>;
+using CSpan = std::span<const double>;
 
 enum Err { errOk = 0, errStorage = 1, errNoConv = 2, errInput = 3, errTolReset = 4, errRZ = 5, errPAP = 6, errFudged = 7 };
 
-double Dot(const Vec& a, const Vec& b) {
+double Dot(CSpan a, CSpan b) {
   double s = 0;
   for (std::size_t i = 0; i < a.size(); ++i) s += a[i] * b[i];
   return s;
 }
-double Nrm(const Vec& a) { return std::sqrt(Dot(a, a)); }
-void Axpy(double alpha, const Vec& x, Vec& y) {
+double Nrm(CSpan a) { return std::sqrt(Dot(a, a)); }
+void Axpy(double alpha, CSpan x, Span y) {
   for (std::size_t i = 0; i < x.size(); ++i) y[i] += alpha * x[i];
 }
+void Assign(CSpan src, Span dst) { std::copy(src.begin(), src.end(), dst.begin()); }
+
+}  // namespace
+}  // namespace quorel::detail
+
+namespace quorel::header_detail {
+using detail::slap::Csr;
+using detail::slap::Preconditioner;
+using Vec = std::vector<double>;
+
+/// Vectors handed out to the solves: they keep their capacity (and their addresses) between
+/// solves, so a repeated solve of the same size allocates nothing.
+struct TSlapWorkspace::Impl {
+  Csr csr;
+  detail::slap::CsrScratch scratch;
+  Preconditioner m;
+  std::deque<Vec> pool;
+  std::size_t used = 0;
+
+  /// A zeroed vector of n values, valid until the next solve.
+  Vec& Take(std::size_t n) {
+    if (used == pool.size()) pool.emplace_back();
+    Vec& v = pool[used++];
+    v.assign(n, 0.0);
+    return v;
+  }
+};
+
+TSlapWorkspace::TSlapWorkspace() : impl(std::make_unique<Impl>()) {}
+TSlapWorkspace::~TSlapWorkspace() = default;
+}  // namespace quorel::header_detail
+
+namespace quorel::detail {
+namespace {
 
 /// State shared by all methods: the operator, preconditioner, residual and stopping test.
 struct Run {
   const Csr& a;
   const Preconditioner& m;
   const TSlapOptions& opt;
+  TSlapWorkspace::Impl& work;
   double tol;
   double* x;
-  Vec b;         // right-hand side
-  Vec r, z;      // true residual and M^-1 r
+  CSpan b;       // right-hand side
+  Vec& r;        // true residual
+  Vec& z;        // M^-1 r
   double bnorm;  // ||b|| or ||M^-1 b||
   double err = 0;
   std::int32_t iters = 0;
 
-  Run(const Csr& a_, const Preconditioner& m_, const TSlapOptions& o, double t, const double* b_, double* x_)
-      : a(a_), m(m_), opt(o), tol(t), x(x_), b(b_, b_ + a_.n), r(a_.n), z(a_.n) {
+  Run(const Csr& a_, const Preconditioner& m_, const TSlapOptions& o, TSlapWorkspace::Impl& w, double t,
+      const double* b_, double* x_)
+      : a(a_), m(m_), opt(o), work(w), tol(t), x(x_), b(b_, static_cast<std::size_t>(a_.n)), r(w.Take(a_.n)),
+        z(w.Take(a_.n)) {
     if (opt.check == slapNorm2) {
       bnorm = Nrm(b);
     } else {
@@ -64,6 +106,8 @@ struct Run {
     err = bnorm > 0 ? num / bnorm : num;
     return err <= tol;
   }
+  /// A zeroed work vector of n values.
+  Vec& Take(std::size_t n) { return work.Take(n); }
   /// Out of steps, or diverged past the range of doubles (more steps cannot help).
   bool Exhausted() const { return iters >= opt.maxIters || !std::isfinite(err); }
 };
@@ -81,7 +125,8 @@ int Refine(Run& s) {
 
 int Cg(Run& s) {
   const std::int32_t n = s.a.n;
-  Vec p = s.z, q(n);
+  Vec &p = s.Take(n), &q = s.Take(n);
+  p = s.z;
   double rz = Dot(s.r, s.z);
   while (!s.Done()) {
     if (s.Exhausted()) return errNoConv;
@@ -108,9 +153,11 @@ constexpr double Tiny = std::numeric_limits<double>::min() / std::numeric_limits
 
 int BiCg(Run& s) {
   const std::int32_t n = s.a.n;
-  Vec rt = s.r, zt(n), q(n), qt(n);
+  Vec &rt = s.Take(n), &zt = s.Take(n), &q = s.Take(n), &qt = s.Take(n), &p = s.Take(n), &pt = s.Take(n);
+  rt = s.r;
   s.m.SolveT(rt.data(), zt.data());
-  Vec p = s.z, pt = zt;
+  p = s.z;
+  pt = zt;
   double rho = Dot(s.z, rt);
   while (!s.Done()) {
     if (s.Exhausted()) return errNoConv;
@@ -142,13 +189,13 @@ int BiCg(Run& s) {
 // CG on the normal equations of M^-1 A: minimises ||M^-1 (b - A x)||.
 int CgNormal(Run& s) {
   const std::int32_t n = s.a.n;
-  Vec w(n), g(n), ap(n), q(n);
+  Vec &w = s.Take(n), &g = s.Take(n), &ap = s.Take(n), &q = s.Take(n), &p = s.Take(n);
   auto gradient = [&] {  // g = A' M^-T z
     s.m.SolveT(s.z.data(), w.data());
     s.a.MulT(w.data(), g.data());
   };
   gradient();
-  Vec p = g;
+  p = g;
   double gamma = Dot(g, g);
   while (!s.Done()) {
     if (s.Exhausted()) return errNoConv;
@@ -175,8 +222,9 @@ int CgNormal(Run& s) {
 // Conjugate gradient squared on M^-1 A x = M^-1 b (z is the preconditioned residual).
 int Cgs(Run& s) {
   const std::int32_t n = s.a.n;
-  const Vec rtld = s.z;
-  Vec u(n), p(n), q(n), w(n), v(n), aw(n), maw(n);
+  Vec &rtld = s.Take(n), &u = s.Take(n), &p = s.Take(n), &q = s.Take(n), &w = s.Take(n), &v = s.Take(n),
+      &aw = s.Take(n), &maw = s.Take(n);
+  rtld = s.z;
   double rhoOld = 1;
   bool first = true;
   while (!s.Done()) {
@@ -222,8 +270,10 @@ int Gmres(Run& s) {
   const std::int32_t n = s.a.n;
   const std::int32_t m = std::max<std::int32_t>(1, s.opt.gmresRestart);
   const bool left = s.opt.check == slapNorm2InvM;
-  std::vector<Vec> v(m + 1, Vec(n));
-  Vec h((m + 1) * m), cs(m), sn(m), g(m + 1), t(n), t2(n), y(m);
+  Vec& basis = s.Take(static_cast<std::size_t>(m + 1) * n);
+  auto v = [&](std::int32_t k) { return Span(basis.data() + static_cast<std::size_t>(k) * n, n); };
+  Vec &h = s.Take((m + 1) * m), &cs = s.Take(m), &sn = s.Take(m), &g = s.Take(m + 1), &t = s.Take(n),
+      &t2 = s.Take(n), &y = s.Take(m);
   double lastCycle = std::numeric_limits<double>::infinity();
   while (!s.Done()) {
     if (s.Exhausted()) return errNoConv;
@@ -232,28 +282,28 @@ int Gmres(Run& s) {
     // A whole cycle without progress: another one would repeat it.
     if (!(beta < lastCycle * (1 - 1e-12))) return errNoConv;
     lastCycle = beta;
-    for (std::int32_t i = 0; i < n; ++i) v[0][i] = r0[i] / beta;
+    for (std::int32_t i = 0; i < n; ++i) v(0)[i] = r0[i] / beta;
     std::fill(g.begin(), g.end(), 0.0);
     g[0] = beta;
     std::int32_t k = 0;
     for (; k < m && s.iters < s.opt.maxIters; ++k) {
       // w = op(v_k)
       if (left) {
-        s.a.Mul(v[k].data(), t.data());
-        s.m.Solve(t.data(), v[k + 1].data());
+        s.a.Mul(v(k).data(), t.data());
+        s.m.Solve(t.data(), v(k + 1).data());
       } else {
-        s.m.Solve(v[k].data(), t.data());
-        s.a.Mul(t.data(), v[k + 1].data());
+        s.m.Solve(v(k).data(), t.data());
+        s.a.Mul(t.data(), v(k + 1).data());
       }
       for (std::int32_t j = 0; j <= k; ++j) {  // modified Gram-Schmidt
-        const double hjk = Dot(v[k + 1], v[j]);
+        const double hjk = Dot(v(k + 1), v(j));
         h[j * m + k] = hjk;
-        Axpy(-hjk, v[j], v[k + 1]);
+        Axpy(-hjk, v(j), v(k + 1));
       }
-      const double hk1 = Nrm(v[k + 1]);
+      const double hk1 = Nrm(v(k + 1));
       h[(k + 1) * m + k] = hk1;
       if (hk1 > 0)
-        for (auto& e : v[k + 1]) e /= hk1;
+        for (auto& e : v(k + 1)) e /= hk1;
       for (std::int32_t j = 0; j < k; ++j) {  // earlier rotations
         const double a = h[j * m + k], b = h[(j + 1) * m + k];
         h[j * m + k] = cs[j] * a + sn[j] * b;
@@ -278,7 +328,7 @@ int Gmres(Run& s) {
       y[i] = sum / h[i * m + i];
     }
     std::fill(t.begin(), t.end(), 0.0);
-    for (std::int32_t j = 0; j < k; ++j) Axpy(y[j], v[j], t);
+    for (std::int32_t j = 0; j < k; ++j) Axpy(y[j], v(j), t);
     if (!left) {
       s.m.Solve(t.data(), t2.data());
       t.swap(t2);
@@ -295,26 +345,29 @@ int Gmres(Run& s) {
 int Orthomin(Run& s) {
   const std::int32_t n = s.a.n;
   const std::int32_t k = std::max<std::int32_t>(1, s.opt.orthominSave);
-  std::vector<Vec> p(k, Vec(n)), apTrue(k, Vec(n)), apPrec(k, Vec(n));
-  Vec norms(k), az(n), maz(n);
+  Vec &pBlock = s.Take(static_cast<std::size_t>(k) * n), &atBlock = s.Take(static_cast<std::size_t>(k) * n),
+      &amBlock = s.Take(static_cast<std::size_t>(k) * n);
+  auto slice = [n](Vec& block, std::int32_t j) { return Span(block.data() + static_cast<std::size_t>(j) * n, n); };
+  auto p = [&](std::int32_t j) { return slice(pBlock, j); };
+  auto apTrue = [&](std::int32_t j) { return slice(atBlock, j); };
+  auto apPrec = [&](std::int32_t j) { return slice(amBlock, j); };
+  Vec &norms = s.Take(k), &az = s.Take(n), &maz = s.Take(n);
   std::int32_t count = 0;  // directions made so far
   auto addDirection = [&]() -> bool {
     s.a.Mul(s.z.data(), az.data());
     s.m.Solve(az.data(), maz.data());
     const std::int32_t slot = count % k;
-    Vec& pn = p[slot];
-    Vec& at = apTrue[slot];
-    Vec& am = apPrec[slot];
-    pn = s.z;
-    at = az;
-    am = maz;
+    const Span pn = p(slot), at = apTrue(slot), am = apPrec(slot);
+    Assign(s.z, pn);
+    Assign(az, at);
+    Assign(maz, am);
     for (std::int32_t j = std::max<std::int32_t>(0, count - k); j < count; ++j) {
       const std::int32_t sj = j % k;
       if (sj == slot) continue;
-      const double beta = Dot(maz, apPrec[sj]) / norms[sj];
-      Axpy(-beta, p[sj], pn);
-      Axpy(-beta, apTrue[sj], at);
-      Axpy(-beta, apPrec[sj], am);
+      const double beta = Dot(maz, apPrec(sj)) / norms[sj];
+      Axpy(-beta, p(sj), pn);
+      Axpy(-beta, apTrue(sj), at);
+      Axpy(-beta, apPrec(sj), am);
     }
     norms[slot] = Dot(am, am);
     ++count;
@@ -324,11 +377,12 @@ int Orthomin(Run& s) {
     if (s.Exhausted()) return errNoConv;
     if (!addDirection()) return errPAP;
     const std::int32_t slot = (count - 1) % k;
-    const double alpha = Dot(s.z, apPrec[slot]) / norms[slot];
+    const double alpha = Dot(s.z, apPrec(slot)) / norms[slot];
+    const Span ps = p(slot), ats = apTrue(slot), ams = apPrec(slot);
     for (std::int32_t i = 0; i < n; ++i) {
-      s.x[i] += alpha * p[slot][i];
-      s.r[i] -= alpha * apTrue[slot][i];
-      s.z[i] -= alpha * apPrec[slot][i];
+      s.x[i] += alpha * ps[i];
+      s.r[i] -= alpha * ats[i];
+      s.z[i] -= alpha * ams[i];
     }
     ++s.iters;
   }
@@ -345,6 +399,12 @@ bool IsLowerTriangleOnly(std::int32_t n, const std::int32_t* ap, const std::int3
 }
 
 TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const double* b, double* x) {
+  TSlapWorkspace work;
+  return SlapSolve(a, options, b, x, work);
+}
+
+TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const double* b, double* x,
+                      TSlapWorkspace& work) {
   TSlapResult res;
   if (a.n < 1 || options.maxIters < 0 || !(options.tolerance >= 0) || options.method > slapLUOM ||
       options.check > slapNorm2InvM) {
@@ -356,17 +416,20 @@ TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const d
   const bool tolReset = options.tolerance < floorTol;
   const double tol = tolReset ? floorTol : options.tolerance;
 
-  const Csr csr = slap::ToCsr(a);
+  TSlapWorkspace::Impl& w = *work.impl;
+  w.used = 0;
+  const Csr& csr = w.csr;
+  slap::ToCsr(a, w.csr, w.scratch);
   PrecKind kind = PrecKind::Ilu;
   if (options.method == slapSGS) kind = PrecKind::Lower;
   if (options.method == slapJAC) kind = PrecKind::Diagonal;
-  Preconditioner m;
+  Preconditioner& m = w.m;
   const bool clean = m.Build(csr, kind, options.method == slapICCG);
   if (kind != PrecKind::Ilu && m.HasZeroDiagonal()) {
     res.ierr = errInput;
     return res;
   }
-  Run run(csr, m, options, tol, b, x);
+  Run run(csr, m, options, w, tol, b, x);
   int ierr = errOk;
   switch (options.method) {
     case slapSGS:

@@ -1,0 +1,68 @@
+#include "quorel/sparse/detail/scratch.h"
+
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "quorel/objects/detail/release_hooks.h"
+
+namespace quorel::detail {
+
+namespace {
+
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+constexpr std::size_t kMinimum = std::size_t{64} << 10;
+
+// Plain data, so that it stays readable after the thread's destructors have run (the release hook
+// can be called during static destruction).
+struct TScratch {
+  void* block[sssCount];
+  std::size_t size[sssCount];
+};
+thread_local TScratch scratch{};
+
+void Release() {
+  for (int s = 0; s < sssCount; ++s) {
+    if (scratch.block[s] != nullptr) ::munmap(scratch.block[s], scratch.size[s]);
+    scratch.block[s] = nullptr;
+    scratch.size[s] = 0;
+  }
+}
+
+struct TScratchOwner {
+  TScratchOwner() { RegisterReleaseHook(&Release); }
+  ~TScratchOwner() { Release(); }
+};
+
+std::size_t Rounded(std::size_t bytes) {
+  const std::size_t unit = bytes >= kHugePage ? kHugePage : kMinimum;
+  return std::max(kMinimum, (bytes + unit - 1) / unit * unit);
+}
+
+void* Map(std::size_t bytes) {
+  void* p = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (p == MAP_FAILED) throw std::bad_alloc();
+  // Random scatters over large arrays are bound by TLB misses without large pages.
+  if (bytes >= kHugePage) ::madvise(p, bytes, MADV_HUGEPAGE);
+  return p;
+}
+
+}  // namespace
+
+void* SparseScratchGrow(TSparseScratchSlot slot, std::size_t bytes, std::size_t keep) {
+  thread_local TScratchOwner owner;
+  if (bytes <= scratch.size[slot]) return scratch.block[slot];
+  const std::size_t size = Rounded(bytes);
+  void* grown = Map(size);
+  if (keep > 0) std::memcpy(grown, scratch.block[slot], std::min(keep, scratch.size[slot]));
+  if (scratch.block[slot] != nullptr) ::munmap(scratch.block[slot], scratch.size[slot]);
+  scratch.block[slot] = grown;
+  scratch.size[slot] = size;
+  return grown;
+}
+
+void* SparseScratch(TSparseScratchSlot slot, std::size_t bytes) { return SparseScratchGrow(slot, bytes, 0); }
+
+}  // namespace quorel::detail

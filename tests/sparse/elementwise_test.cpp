@@ -1,0 +1,84 @@
+#include "sparse_test_util.h"
+
+namespace quorel::test {
+namespace {
+
+// 3 x 3 with entries (0,0) 4, (2,0) 9, (1,1) 16, (0,2) 25.
+void Pattern(TSparseMtx& a, double scale = 1) {
+  a.TripletsToSparse(3, 3, TIntegerArray{0, 2, 1, 0}, TIntegerArray{0, 0, 1, 2},
+                     TDoubleArray{4 * scale, 9 * scale, 16 * scale, 25 * scale});
+}
+
+std::vector<int> Rows(const TSparseMtx& a) { return {a.Ai().begin(), a.Ai().end()}; }
+
+TEST(SparseElementwise, UnaryAndScalarMethodsWorkOnTheStoredValuesAndChain) {
+  TSparseMtx a;
+  Pattern(a);
+  TSparseMtx& r = a.Sqrt().Scale(2.0).Offset(1.0);
+  EXPECT_EQ(&r, &a);
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(5, 7, 9, 11));
+  EXPECT_THAT(Rows(a), ::testing::ElementsAre(0, 2, 1, 0));
+  EXPECT_EQ(a.GetValue(1, 0), 0.0);  // implicit zeros stay implicit
+
+  // A range form addresses the value array.
+  a.Scale(0.0, 1, 2);
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(5, 0, 0, 11));
+}
+
+TEST(SparseElementwise, ComplexToRealKeepsThePattern) {
+  TSparseMtx a;
+  a.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TCplxArray{{3, 4}, {0, -2}});
+  a.Abs();
+  EXPECT_FALSE(a.Complex());
+  EXPECT_EQ(a.NonZeros(), 2);
+  EXPECT_EQ(a.GetValue(0, 0), 5.0);
+  EXPECT_EQ(a.GetValue(1, 1), 2.0);
+
+  // A complex scalar turns a real matrix complex, pattern unchanged.
+  a.Mul(TCplx{0, 1});
+  EXPECT_TRUE(a.Complex());
+  EXPECT_TRUE(Near(a.GetMtxCValue(1, 1), {0, 2}, 0));
+}
+
+TEST(SparseElementwise, ASourceGivesSelfItsPattern) {
+  TSparseMtx a, b;
+  Pattern(a);
+  b.TripletsToSparse(5, 5, TIntegerArray{4}, TIntegerArray{4}, TDoubleArray{7});
+  b.Power(a, 0.5);  // parametric, source of another pattern
+  EXPECT_EQ(b.Rows(), 3);
+  EXPECT_TRUE(b.Equal(TSparseMtx().Copy(a).Sqrt()));
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(4, 9, 16, 25));
+
+  TSparseMtx c;
+  c.Copy(a).ThreshTop(10.0);
+  EXPECT_THAT(c.Values(), ::testing::ElementsAre(4, 9, 10, 10));
+}
+
+TEST(SparseElementwise, BinaryFormsNeedTheSamePattern) {
+  TSparseMtx a, b, other;
+  Pattern(a);
+  Pattern(b, 2);
+  a.Mul(b);  // element-wise with one operand
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(32, 162, 512, 1250));
+  TSparseMtx q;
+  q.Divide(a, b);
+  EXPECT_THAT(q.Values(), ::testing::ElementsAre(4, 9, 16, 25));
+
+  // Same number of entries, different rows: refused with the usual length message, A unchanged.
+  other.TripletsToSparse(3, 3, TIntegerArray{0, 1, 1, 2}, TIntegerArray{0, 0, 1, 2}, TDoubleArray{1, 1, 1, 1});
+  EXPECT_RAISES(a.Add(other), "TQuorel.Add: Vec.Length <> Length");
+  EXPECT_RAISES(q.Divide(a, other), "Num.Length <> Den.Length");
+  a.SetConditionCheck(false);
+  EXPECT_RAISES(a.Add(other), "Sparse operands differ in pattern!");
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(32, 162, 512, 1250));
+  EXPECT_THAT(Rows(a), ::testing::ElementsAre(0, 2, 1, 0));
+  EXPECT_THAT(q.Values(), ::testing::ElementsAre(4, 9, 16, 25));
+
+  // With two sparse operands Mul stays the matrix product.
+  TSparseMtx p;
+  p.Mul(b, b);
+  EXPECT_EQ(p.GetValue(0, 0), 8.0 * 8.0 + 50.0 * 18.0);
+}
+
+}  // namespace
+}  // namespace quorel::test
