@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "alloc_counter.h"
 #include "ratio_reporter.h"
 #include "quorel/quorel.h"
 #include "quorel/dense/toeplitz.h"
@@ -60,7 +61,7 @@ Data& DataFor(int n) {
 // --- LUSolve ----------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(LUSolve, quorel, {
   TVec x;
-  for (auto _ : state) d.a.LUSolve(d.bv, x, mtGeneral, opNone);
+  bench::RunCounted(state, [&] { d.a.LUSolve(d.bv, x, mtGeneral, opNone); });
 });
 QUOREL_DENSE_BENCH(LUSolve, lapack, {
   TMtx at;
@@ -86,7 +87,7 @@ QUOREL_DENSE_BENCH(LUSolve, eigen, {
 // --- Mul ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Mul, quorel, {
   TMtx c;
-  for (auto _ : state) c.Mul(d.a, d.spd, opNone, opNone);
+  bench::RunCounted(state, [&] { c.Mul(d.a, d.spd, opNone, opNone); });
 });
 QUOREL_DENSE_BENCH(Mul, lapack, {
   TMtx c(n, n, false);
@@ -104,10 +105,10 @@ QUOREL_DENSE_BENCH(Mul, eigen, {
 // --- Inv ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Inv, quorel, {
   TMtx c;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Copy(d.a);
     c.Inv(mtGeneral);
-  }
+  });
 });
 QUOREL_DENSE_BENCH(Inv, lapack, {
   TMtx c, back;
@@ -133,7 +134,7 @@ QUOREL_DENSE_BENCH(Inv, eigen, {
 
 // --- Determinant ---------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Determinant, quorel, {
-  for (auto _ : state) benchmark::DoNotOptimize(d.a.Determinant(mtGeneral));
+  bench::RunCounted(state, [&] { benchmark::DoNotOptimize(d.a.Determinant(mtGeneral)); });
 });
 QUOREL_DENSE_BENCH(Determinant, lapack, {
   TMtx c;
@@ -156,7 +157,7 @@ QUOREL_DENSE_BENCH(Determinant, eigen, {
 // --- Eig ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(EigSym, quorel, {
   TVec w;
-  for (auto _ : state) d.spd.Eig(w, mtSymmetric);
+  bench::RunCounted(state, [&] { d.spd.Eig(w, mtSymmetric); });
 });
 QUOREL_DENSE_BENCH(EigSym, lapack, {
   TMtx c;
@@ -179,7 +180,7 @@ QUOREL_DENSE_BENCH(EigSym, eigen, {
 #endif
 QUOREL_DENSE_BENCH(EigGeneral, quorel, {
   TVec w;
-  for (auto _ : state) d.a.Eig(w, mtGeneral);
+  bench::RunCounted(state, [&] { d.a.Eig(w, mtGeneral); });
 });
 QUOREL_DENSE_BENCH(EigGeneral, lapack, {
   TMtx c;
@@ -202,10 +203,49 @@ QUOREL_DENSE_BENCH(EigGeneral, eigen, {
 });
 #endif
 
+// Symmetric eigenvectors: the method's path is tridiagonal reduction and QR iteration, as dsyev 'V'.
+QUOREL_DENSE_BENCH(EigSymVectors, quorel, {
+  TVec w;
+  TMtx v;
+  bench::RunCounted(state, [&] { d.spd.Eig(nullptr, w, &v, mtSymmetric, vfEig); });
+});
+QUOREL_DENSE_BENCH(EigSymVectors, lapack, {
+  TMtx c, v;
+  std::vector<double> w(n);
+  int info, lwork = -1;
+  double q;
+  dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Transp(d.spd);
+    dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
+    v.Transp(c);
+  }
+});
+
+// --- Cholesky ---------------------------------------------------------------------------------------------
+QUOREL_DENSE_BENCH(Cholesky, quorel, {
+  TMtx c;
+  bench::RunCounted(state, [&] {
+    c.Copy(d.spd);
+    c.Cholesky();
+  });
+});
+QUOREL_DENSE_BENCH(Cholesky, lapack, {
+  TMtx c, back;
+  int info;
+  for (auto _ : state) {
+    c.Transp(d.spd);
+    dpotrf_("L", &n, c.PValues1D(0), &n, &info, 1);
+    back.Transp(c);
+  }
+});
+
 // --- SVD (values) ---------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(SVD, quorel, {
   TVec s;
-  for (auto _ : state) d.a.SVD(s);
+  bench::RunCounted(state, [&] { d.a.SVD(s); });
 });
 QUOREL_DENSE_BENCH(SVD, lapack, {
   TMtx c;
@@ -228,10 +268,34 @@ QUOREL_DENSE_BENCH(SVD, eigen, {
 });
 #endif
 
+QUOREL_DENSE_BENCH(SVDFull, quorel, {
+  TVec s;
+  TMtx u, v;
+  bench::RunCounted(state, [&] { d.a.SVD(&u, s, &v, true); });
+});
+QUOREL_DENSE_BENCH(SVDFull, lapack, {
+  TMtx c, u(n, n, false), vt(n, n, false), ur, vr;
+  std::vector<double> s(n);
+  std::vector<int> iwork(8 * n);
+  int info, lwork = -1;
+  double q;
+  dgesdd_("S", &n, &n, c.PValues1D(0), &n, s.data(), u.PValues1D(0), &n, vt.PValues1D(0), &n, &q, &lwork,
+          iwork.data(), &info, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  for (auto _ : state) {
+    c.Transp(d.a);
+    dgesdd_("S", &n, &n, c.PValues1D(0), &n, s.data(), u.PValues1D(0), &n, vt.PValues1D(0), &n, work.data(), &lwork,
+            iwork.data(), &info, 1);
+    ur.Transp(u);
+    vr.Transp(vt);
+  }
+});
+
 // --- LQRSolve ---------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(LQRSolve, quorel, {
   TVec x;
-  for (auto _ : state) d.a.LQRSolve(d.bv, x, nullptr, opNone);
+  bench::RunCounted(state, [&] { d.a.LQRSolve(d.bv, x, nullptr, opNone); });
 });
 QUOREL_DENSE_BENCH(LQRSolve, lapack, {
   TMtx c;
@@ -264,7 +328,7 @@ void ToeplitzSolve_quorel(benchmark::State& state) {
   for (int i = 0; i < n; ++i) *row.PValues(i) = *b.PValues(i) = 1.0 / (i + 1);
   for (int i = 0; i + 1 < n; ++i) *col.PValues(i) = 0.5 / (i + 2);
   *row.PValues(0) = 4;
-  for (auto _ : state) ToeplitzSolve(row, col, b, x);
+  bench::RunCounted(state, [&] { ToeplitzSolve(row, col, b, x); });
 }
 BENCHMARK(ToeplitzSolve_quorel)->Name("ToeplitzSolve/quorel")->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond);
 void ToeplitzSolve_lapack(benchmark::State& state) {
@@ -288,5 +352,5 @@ BENCHMARK(ToeplitzSolve_lapack)->Name("ToeplitzSolve/lapack")->Arg(100)->Arg(500
 
 int main(int argc, char** argv) {
   std::printf("OpenBLAS threads: %d (set OPENBLAS_NUM_THREADS to change)\n", openblas_get_num_threads());
-  return bench::RunWithRatios(argc, argv, {"lapack", "eigen"});
+  return bench::RunWithRatios(argc, argv, {"lapack", "eigen"}, "allocs");
 }

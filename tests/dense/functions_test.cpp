@@ -105,17 +105,6 @@ TMtx DenseToeplitz(const TVec& row, const TVec& col) {
   return t;
 }
 
-TVec RandomVec(int n, bool cplx, unsigned seed) {
-  TMtx m = Random(1, n, cplx, seed);
-  TVec v;
-  v.Size(n, cplx);
-  for (int i = 0; i < n; ++i) {
-    if (cplx) *v.PCValues(i) = m.CValues(0, i);
-    else *v.PValues(i) = m.Values(0, i);
-  }
-  return v;
-}
-
 TEST(Toeplitz, SolvesGeneralSystemsRealAndComplex) {
   for (bool cplx : {false, true})
     for (int n : {1, 2, 7, 40}) {

@@ -1,5 +1,6 @@
 // Linear solves, factorisations, inverse and determinant.
 #include "dense/dense_util.h"
+#include "quorel/platform/lapack/work_arena.h"
 
 namespace quorel::test {
 namespace {
@@ -42,21 +43,24 @@ std::vector<TypedMatrix> EveryType(bool cplx, int n) {
     for (int j = 0; j < n; ++j)
       if (std::abs(i - j) > 1) Put(bp, i, j, 0);
   for (TTriangleForm tf : {tfLower, tfUpper}) {
-    TMtx half = bp;
-    for (int i = 0; i < n; ++i)
-      for (int j = 0; j < n; ++j)
-        if (tf == tfLower ? j > i : j < i) Put(half, i, j, 0);
     TMtx band;
-    half.DenseToBanded(band);
+    Dirty(bp, tf, 0).DenseToBanded(band);
     band.SetTriangleForm(tf);
     r.push_back({"band posdef", band, bp, cplx ? mtBandHermPosDef : mtBandSymmPosDef});
   }
   return r;
 }
 
-TEST(LUSolve, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
+TEST(LUSolveAndInv, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
   for (bool cplx : {false, true})
-    for (auto& [name, a, full, type] : EveryType(cplx, 9))
+    for (auto& [name, a, full, type] : EveryType(cplx, 9)) {
+      TMtx inv = type >= mtBandSymmPosDef ? full : a;
+      if (type >= mtBandSymmPosDef) {
+        EXPECT_EQ(MessageOf<EQuorelException>([&] { inv.Inv(type); }), "MtxType not supported");
+      } else {
+        inv.Inv(type);
+        EXPECT_LT(Residual(full, inv, Eye(9, cplx)), kResidualTol) << name << cplx;
+      }
       for (bool refine : {false, true})
         for (TConditionNumber cn : {cnNone, cnNorm1, cnNormInf}) {
           a.SetRefineSolution(refine);
@@ -64,12 +68,7 @@ TEST(LUSolve, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
           TMtx b = Random(9, 3, cplx, 21), x;
           a.LUSolve(b, x, type, opNone);
           EXPECT_LT(Residual(full, x, b), kResidualTol) << name << cplx << refine << cn;
-          TVec bv, xv;
-          bv.Size(9, cplx);
-          for (int i = 0; i < 9; ++i) {
-            if (cplx) *bv.PCValues(i) = {1.0 + i, -0.5 * i};
-            else *bv.PValues(i) = 1.0 + i;
-          }
+          TVec bv = RandomVec(9, cplx, 22), xv;
           a.LUSolve(bv, xv, type, opNone);
           EXPECT_LT(Residual(full, Column(xv), Column(bv)), kResidualTol) << name << cplx;
           if (cn != cnNone) {
@@ -81,6 +80,7 @@ TEST(LUSolve, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
             EXPECT_LT(a.RCond(), exact * 10) << name << cplx << cn;
           }
         }
+    }
 }
 
 TEST(LUSolve, TransposedOperationsAndAutomaticType) {
@@ -119,27 +119,19 @@ TEST(LUSolve, NearSingularHilbertIsSolvedToItsConditionAndRefinementHelps) {
 TEST(LUSolve, FailuresAreRaisedOnceWithTheirMessagesAndLeaveXAlone) {
   using E = EQuorelException;
   for (bool cplx : {false, true}) {
-    TMtx sing = RealMtx(3, 3, {1, 1, 1, 2, 2, 5, 3, 3, 7});
-    if (cplx) sing.ExtendToComplex(true);
-    TMtx b = Random(3, 1, cplx, 1), x = RealMtx(1, 1, {42});
-    EXPECT_EQ(MessageOf<E>([&] { sing.LUSolve(b, x, mtGeneral, opNone); }),
+    TMtx sing = Mtx(cplx, 3, 3, {1, 1, 1, 2, 2, 5, 3, 3, 7}), x = RealMtx(1, 1, {42});
+    EXPECT_EQ(MessageOf<E>([&] { sing.LUSolve(Random(3, 1, cplx, 1), x, mtGeneral, opNone); }),
               "LUSolve: LU factorization: U(2,2) = 0 (singular)");
     EXPECT_EQ(sing.LapackInfo(), 2);
     EXPECT_EQ(sing.LapackMessage(), "LU factorization: U(2,2) = 0 (singular)");
-    EXPECT_EQ(Doubles(x), std::vector<double>{42});
-
-    TMtx notPd = RealMtx(2, 2, {1, 2, 2, 1});
-    if (cplx) notPd.ExtendToComplex(true);
-    EXPECT_EQ(MessageOf<E>([&] { notPd.LUSolve(Random(2, 1, cplx, 2), x, cplx ? mtHermPosDef : mtSymmPosDef, opNone); }),
-              "LUSolve: Cholesky: leading minor of order 2 is not positive definite");
-    TMtx zeroSym = RealMtx(2, 2, {0, 0, 0, 0});
-    if (cplx) zeroSym.ExtendToComplex(true);
-    EXPECT_EQ(MessageOf<E>([&] { zeroSym.LUSolve(Random(2, 1, cplx, 2), x, cplx ? mtHermitian : mtSymmetric, opNone); }),
-              "LUSolve: Bunch Kauffman: singular at D(1,1) = 0");
-    TMtx tri = RealMtx(2, 2, {1, 0, 5, 0});
-    if (cplx) tri.ExtendToComplex(true);
-    EXPECT_EQ(MessageOf<E>([&] { tri.LUSolve(Random(2, 1, cplx, 2), x, mtTriangle, opNone); }),
-              "LUSolve: Triangle: Erorr at solve:2");
+    const std::tuple<TMtx, TMtxType, const char*> cases[] = {
+        {Mtx(cplx, 2, 2, {1, 2, 2, 1}), cplx ? mtHermPosDef : mtSymmPosDef,
+         "LUSolve: Cholesky: leading minor of order 2 is not positive definite"},
+        {Mtx(cplx, 2, 2, {0, 0, 0, 0}), cplx ? mtHermitian : mtSymmetric, "LUSolve: Bunch Kauffman: singular at D(1,1) = 0"},
+        {Mtx(cplx, 2, 2, {1, 0, 5, 0}), mtTriangle, "LUSolve: Triangle: Erorr at solve:2"},
+    };
+    for (auto [a, type, msg] : cases)
+      EXPECT_EQ(MessageOf<E>([&] { a.LUSolve(Random(2, 1, cplx, 2), x, type, opNone); }), msg) << cplx;
     EXPECT_EQ(Doubles(x), std::vector<double>{42});
   }
 }
@@ -173,21 +165,6 @@ TEST(LUSolve, RefusesBadArgumentsAndTypes) {
       {[&] { a.LUSolve(b, x, mtHermitian, opNone); }, "Hermitian solve: not complex!"},
       {[&] { a.LUSolve(b, x, static_cast<TMtxType>(9), opNone); }, "MtxType not supported"},
   });
-}
-
-TEST(Inv, EveryTypeGivesTheInverse) {
-  for (bool cplx : {false, true})
-    for (auto& [name, a, full, type] : EveryType(cplx, 7)) {
-      if (type >= mtBandSymmPosDef) {
-        EXPECT_EQ(MessageOf<EQuorelException>([&] { full.Inv(type); }), "MtxType not supported");
-        continue;
-      }
-      TMtx inv = a;
-      inv.Inv(type);
-      TMtx eye(7, 7, cplx);
-      eye.Eye();
-      EXPECT_LT(Residual(full, inv, eye), kResidualTol) << name << cplx;
-    }
 }
 
 TEST(Inv, SingularAndBadInput) {
@@ -261,6 +238,46 @@ TEST(Factorizations, LUAndCholeskyReproduceTheMatrix) {
       {[&] { Random(2, 3, false, 1).Cholesky(); }, "not Quadratic"},
       {[&] { lu.LU(Random(2, 3, false, 1), p, mtGeneral); }, "Quadratic = False"},
   });
+}
+
+// Symmetric and Hermitian types read the triangle TriangleForm names; the other holds garbage.
+TEST(SymmetricTypes, SolveInverseDeterminantAndEigenvaluesReadOnlyTheStoredTriangle) {
+  const int n = 6;
+  for (bool cplx : {false, true})
+    for (bool pd : {false, true})
+      for (TTriangleForm tf : {tfLower, tfUpper}) {
+        TMtx full = pd ? PosDef(n, cplx, 150) : Indefinite(n, cplx, 151);
+        const TMtxType type = pd ? (cplx ? mtHermPosDef : mtSymmPosDef) : (cplx ? mtHermitian : mtSymmetric);
+        TMtx a = Dirty(full, tf, C(99, cplx ? 7 : 0));
+        TMtx b = Random(n, 2, cplx, 152), x, inv = a;
+        a.LUSolve(b, x, type, opNone);
+        EXPECT_LT(Residual(full, x, b), kResidualTol) << cplx << pd << tf;
+        inv.Inv(type);
+        EXPECT_LT(Residual(full, inv, Eye(n, cplx)), kResidualTol) << cplx << pd << tf;
+        TVec e, eFull;
+        a.Eig(e, type);
+        full.Eig(eFull, mtGeneral);
+        std::vector<double> got = Sorted(e), want = Sorted(eFull);
+        for (int k = 0; k < n; ++k) EXPECT_NEAR(got[k], want[k], 1e-12 * n) << cplx << pd << tf;
+        if (!pd) continue;  // indefinite determinants go through LU of the whole matrix
+        TCplx d, dFull;
+        a.Determinant(d, type);
+        full.Determinant(dFull, mtGeneral);
+        EXPECT_NEAR(d.Re / dFull.Re, 1, 1e-12) << cplx << tf;
+        EXPECT_NEAR(d.Im, 0, 1e-12 * std::abs(dFull.Re));
+      }
+}
+
+// The scratch arenas: grown by a large call, reused by smaller ones, emptied by the release hook.
+TEST(LapackWork, ReusedAcrossSizesAndFreedByTheReleaseHook) {
+  for (int n : {60, 4, 60, 9}) {
+    TMtx a = Random(n, n, n == 9, 130 + n), b = Random(n, 2, n == 9, 131), x;
+    a.LUSolve(b, x, mtGeneral, opNone);
+    EXPECT_LT(Residual(a, x, b), kResidualTol) << n;
+  }
+  EXPECT_GT(detail::lapack::IdleLapackWorkBytes(), 60u * 60 * 8);
+  Controller->FreeMKLMemory();
+  EXPECT_EQ(detail::lapack::IdleLapackWorkBytes(), 0u);
 }
 
 }  // namespace
