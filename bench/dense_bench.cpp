@@ -68,11 +68,11 @@ QUOREL_DENSE_BENCH(LUSolve, lapack, {
   std::vector<double> x(n);
   std::vector<int> ipiv(n);
   int nrhs = 1, info;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     at.Transp(d.a);
     std::memcpy(x.data(), d.bv.PValues(0), sizeof(double) * n);
     dgesv_(&n, &nrhs, at.PValues1D(0), &n, ipiv.data(), x.data(), &n, &info);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 using RowMtx = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
@@ -92,8 +92,9 @@ QUOREL_DENSE_BENCH(Mul, quorel, {
 QUOREL_DENSE_BENCH(Mul, lapack, {
   TMtx c(n, n, false);
   const double one = 1, zero = 0;
-  for (auto _ : state)
+  bench::RunCounted(state, [&] {
     dgemm_("N", "N", &n, &n, &n, &one, d.spd.PValues1D(0), &n, d.a.PValues1D(0), &n, &zero, c.PValues1D(0), &n, 1, 1);
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Mul, eigen, {
@@ -118,12 +119,13 @@ QUOREL_DENSE_BENCH(Inv, lapack, {
   dgetri_(&n, nullptr, &n, ipiv.data(), &q, &lwork, &info);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
-    c.Transp(d.a);
+  bench::RunCounted(state, [&] {
+    back.Copy(d.a);  // the in-place method's input copy, as on the quorel side
+    c.Transp(back);
     dgetrf_(&n, &n, c.PValues1D(0), &n, ipiv.data(), &info);
     dgetri_(&n, c.PValues1D(0), &n, ipiv.data(), work.data(), &lwork, &info);
     back.Transp(c);  // back to rows, as the method does
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Inv, eigen, {
@@ -140,13 +142,13 @@ QUOREL_DENSE_BENCH(Determinant, lapack, {
   TMtx c;
   std::vector<int> ipiv(n);
   int info;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     dgetrf_(&n, &n, c.PValues1D(0), &n, ipiv.data(), &info);
     double det = 1;
     for (int i = 0; i < n; ++i) det *= (ipiv[i] != i + 1 ? -1 : 1) * c.Values(i, i);
     benchmark::DoNotOptimize(det);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Determinant, eigen, {
@@ -167,10 +169,10 @@ QUOREL_DENSE_BENCH(EigSym, lapack, {
   dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.spd);
     dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(EigSym, eigen, {
@@ -190,11 +192,11 @@ QUOREL_DENSE_BENCH(EigGeneral, lapack, {
   dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, work.data(), &lwork,
            &info, 1, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(EigGeneral, eigen, {
@@ -217,11 +219,11 @@ QUOREL_DENSE_BENCH(EigSymVectors, lapack, {
   dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.spd);
     dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
     v.Transp(c);
-  }
+  });
 });
 
 // --- Cholesky ---------------------------------------------------------------------------------------------
@@ -235,11 +237,12 @@ QUOREL_DENSE_BENCH(Cholesky, quorel, {
 QUOREL_DENSE_BENCH(Cholesky, lapack, {
   TMtx c, back;
   int info;
-  for (auto _ : state) {
-    c.Transp(d.spd);
+  bench::RunCounted(state, [&] {
+    back.Copy(d.spd);
+    c.Transp(back);
     dpotrf_("L", &n, c.PValues1D(0), &n, &info, 1);
     back.Transp(c);
-  }
+  });
 });
 
 // --- SVD (values) ---------------------------------------------------------------------------------------
@@ -255,11 +258,11 @@ QUOREL_DENSE_BENCH(SVD, lapack, {
   dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Copy(d.a);
     dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, work.data(), &lwork, &info, 1,
             1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(SVD, eigen, {
@@ -283,13 +286,13 @@ QUOREL_DENSE_BENCH(SVDFull, lapack, {
           iwork.data(), &info, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     dgesdd_("S", &n, &n, c.PValues1D(0), &n, s.data(), u.PValues1D(0), &n, vt.PValues1D(0), &n, work.data(), &lwork,
             iwork.data(), &info, 1);
     ur.Transp(u);
     vr.Transp(vt);
-  }
+  });
 });
 
 // --- LQRSolve ---------------------------------------------------------------------------------------------
@@ -305,11 +308,11 @@ QUOREL_DENSE_BENCH(LQRSolve, lapack, {
   dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, &q, &lwork, &info, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     std::memcpy(x.data(), d.bv.PValues(0), sizeof(double) * n);
     dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, work.data(), &lwork, &info, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(LQRSolve, eigen, {

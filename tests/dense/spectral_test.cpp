@@ -175,14 +175,11 @@ TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
       for (int j = 0; j < 2; ++j) Put(r, i, j, Get(r, i, j) - Get(bm, i, j));
     EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), r)), 1e-13);
   }
+  TMtx xm;
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.SVDSolve(b, x, s, 0); }, "B.Lenght <> Rows"},
       {[&] { a.SVDSolve(a, a, s, 0); }, "(B = Self) or (X = Self)"},
-      {[&] {
-         TMtx xm;
-         a.SVDSolve(Random(3, 1, false, 1), xm, s, 0);
-       },
-       "B.Rows <> Rows"},
+      {[&] { a.SVDSolve(Random(3, 1, false, 1), xm, s, 0); }, "B.Rows <> Rows"},
   });
 }
 
