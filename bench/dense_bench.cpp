@@ -1,6 +1,9 @@
-// Dense linear algebra: each Quorel method against the raw LAPACK/BLAS call it stands for (with
-// the transposed copy LAPACK needs, where the method makes one) and against Eigen's solvers.
-// Argument: the order n of the square matrices. The ratio table compares medians.
+// Dense linear algebra: each Quorel method against the raw LAPACK/BLAS call it stands for and
+// against Eigen's solvers. The raw side does the copies the method must make: the transposed
+// copy into LAPACK's layout, the copy back for results that are matrices, and, where the method
+// works in place, the input copy. Argument: the order n of the square matrices. The ratio table
+// compares medians; "allocs" counts heap allocations per warm call on either side (those LAPACK
+// itself makes show up on both).
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
