@@ -15,33 +15,28 @@ struct TypedMatrix {
 // One matrix of every type the solver handles, real or complex.
 std::vector<TypedMatrix> EveryType(bool cplx, int n) {
   std::vector<TypedMatrix> r;
-  TMtx spd = PosDef(n, cplx, 11);
-  r.push_back({"posdef", spd, spd, cplx ? mtHermPosDef : mtSymmPosDef});
-  TMtx ind = Indefinite(n, cplx, 12);
-  r.push_back({"indefinite", ind, ind, cplx ? mtHermitian : mtSymmetric});
-  if (cplx) {
-    TMtx cs = Indefinite(n, true, 13, true);
-    r.push_back({"complex symmetric", cs, cs, mtSymmetric});
-  }
+  auto add = [&](const char* name, const TMtx& m, TMtxType t) { r.push_back({name, m, m, t}); };
+  // a with zeros outside kl sub- and ku super-diagonals.
+  auto banded = [&](TMtx a, int kl, int ku) {
+    for (int i = 0; i < n; ++i)
+      for (int j = 0; j < n; ++j)
+        if (i - j > kl || j - i > ku) Put(a, i, j, 0);
+    return a;
+  };
+  add("posdef", PosDef(n, cplx, 11), cplx ? mtHermPosDef : mtSymmPosDef);
+  add("indefinite", Indefinite(n, cplx, 12), cplx ? mtHermitian : mtSymmetric);
+  if (cplx) add("complex symmetric", Indefinite(n, true, 13, true), mtSymmetric);
   for (bool lower : {true, false}) {
     TMtx t = Triangular(n, cplx, 14, lower);
     t.SetTriangleForm(lower ? tfLower : tfUpper);
-    r.push_back({"triangle", t, t, mtTriangle});
+    add("triangle", t, mtTriangle);
   }
-  TMtx g = Random(n, n, cplx, 15);
-  r.push_back({"general", g, g, mtGeneral});
+  add("general", Random(n, n, cplx, 15), mtGeneral);
   // Band general with 1 sub- and 2 super-diagonals, and a band of the definite matrix.
-  TMtx bg = Random(n, n, cplx, 16);
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j < n; ++j)
-      if (i - j > 1 || j - i > 2) Put(bg, i, j, 0);
-  TMtx bgBand;
+  TMtx bg = banded(Random(n, n, cplx, 16), 1, 2), bgBand;
   bg.DenseToBanded(bgBand);
   r.push_back({"band general", bgBand, bg, mtBandGeneral});
-  TMtx bp = PosDef(n, cplx, 17);
-  for (int i = 0; i < n; ++i)
-    for (int j = 0; j < n; ++j)
-      if (std::abs(i - j) > 1) Put(bp, i, j, 0);
+  const TMtx bp = banded(PosDef(n, cplx, 17), 1, 1);
   for (TTriangleForm tf : {tfLower, tfUpper}) {
     TMtx band;
     Dirty(bp, tf, 0).DenseToBanded(band);
