@@ -1,6 +1,9 @@
-// Dense linear algebra: each Quorel method against the raw LAPACK/BLAS call it stands for (with
-// the transposed copy LAPACK needs, where the method makes one) and against Eigen's solvers.
-// Argument: the order n of the square matrices. The ratio table compares medians.
+// Dense linear algebra: each Quorel method against the raw LAPACK/BLAS call it stands for and
+// against Eigen's solvers. The raw side does the copies the method must make: the transposed
+// copy into LAPACK's layout, the copy back for results that are matrices, and, where the method
+// works in place, the input copy. Argument: the order n of the square matrices. The ratio table
+// compares medians; "allocs" counts heap allocations per warm call on either side (those LAPACK
+// itself makes show up on both).
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -9,6 +12,7 @@
 #include <random>
 #include <vector>
 
+#include "alloc_counter.h"
 #include "ratio_reporter.h"
 #include "quorel/quorel.h"
 #include "quorel/dense/toeplitz.h"
@@ -60,18 +64,18 @@ Data& DataFor(int n) {
 // --- LUSolve ----------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(LUSolve, quorel, {
   TVec x;
-  for (auto _ : state) d.a.LUSolve(d.bv, x, mtGeneral, opNone);
+  bench::RunCounted(state, [&] { d.a.LUSolve(d.bv, x, mtGeneral, opNone); });
 });
 QUOREL_DENSE_BENCH(LUSolve, lapack, {
   TMtx at;
   std::vector<double> x(n);
   std::vector<int> ipiv(n);
   int nrhs = 1, info;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     at.Transp(d.a);
     std::memcpy(x.data(), d.bv.PValues(0), sizeof(double) * n);
     dgesv_(&n, &nrhs, at.PValues1D(0), &n, ipiv.data(), x.data(), &n, &info);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 using RowMtx = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
@@ -86,13 +90,14 @@ QUOREL_DENSE_BENCH(LUSolve, eigen, {
 // --- Mul ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Mul, quorel, {
   TMtx c;
-  for (auto _ : state) c.Mul(d.a, d.spd, opNone, opNone);
+  bench::RunCounted(state, [&] { c.Mul(d.a, d.spd, opNone, opNone); });
 });
 QUOREL_DENSE_BENCH(Mul, lapack, {
   TMtx c(n, n, false);
   const double one = 1, zero = 0;
-  for (auto _ : state)
+  bench::RunCounted(state, [&] {
     dgemm_("N", "N", &n, &n, &n, &one, d.spd.PValues1D(0), &n, d.a.PValues1D(0), &n, &zero, c.PValues1D(0), &n, 1, 1);
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Mul, eigen, {
@@ -104,10 +109,10 @@ QUOREL_DENSE_BENCH(Mul, eigen, {
 // --- Inv ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Inv, quorel, {
   TMtx c;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Copy(d.a);
     c.Inv(mtGeneral);
-  }
+  });
 });
 QUOREL_DENSE_BENCH(Inv, lapack, {
   TMtx c, back;
@@ -117,12 +122,13 @@ QUOREL_DENSE_BENCH(Inv, lapack, {
   dgetri_(&n, nullptr, &n, ipiv.data(), &q, &lwork, &info);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
-    c.Transp(d.a);
+  bench::RunCounted(state, [&] {
+    back.Copy(d.a);  // the in-place method's input copy, as on the quorel side
+    c.Transp(back);
     dgetrf_(&n, &n, c.PValues1D(0), &n, ipiv.data(), &info);
     dgetri_(&n, c.PValues1D(0), &n, ipiv.data(), work.data(), &lwork, &info);
     back.Transp(c);  // back to rows, as the method does
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Inv, eigen, {
@@ -133,19 +139,19 @@ QUOREL_DENSE_BENCH(Inv, eigen, {
 
 // --- Determinant ---------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(Determinant, quorel, {
-  for (auto _ : state) benchmark::DoNotOptimize(d.a.Determinant(mtGeneral));
+  bench::RunCounted(state, [&] { benchmark::DoNotOptimize(d.a.Determinant(mtGeneral)); });
 });
 QUOREL_DENSE_BENCH(Determinant, lapack, {
   TMtx c;
   std::vector<int> ipiv(n);
   int info;
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     dgetrf_(&n, &n, c.PValues1D(0), &n, ipiv.data(), &info);
     double det = 1;
     for (int i = 0; i < n; ++i) det *= (ipiv[i] != i + 1 ? -1 : 1) * c.Values(i, i);
     benchmark::DoNotOptimize(det);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(Determinant, eigen, {
@@ -156,7 +162,7 @@ QUOREL_DENSE_BENCH(Determinant, eigen, {
 // --- Eig ----------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(EigSym, quorel, {
   TVec w;
-  for (auto _ : state) d.spd.Eig(w, mtSymmetric);
+  bench::RunCounted(state, [&] { d.spd.Eig(w, mtSymmetric); });
 });
 QUOREL_DENSE_BENCH(EigSym, lapack, {
   TMtx c;
@@ -166,10 +172,10 @@ QUOREL_DENSE_BENCH(EigSym, lapack, {
   dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.spd);
     dsyev_("N", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(EigSym, eigen, {
@@ -179,7 +185,7 @@ QUOREL_DENSE_BENCH(EigSym, eigen, {
 #endif
 QUOREL_DENSE_BENCH(EigGeneral, quorel, {
   TVec w;
-  for (auto _ : state) d.a.Eig(w, mtGeneral);
+  bench::RunCounted(state, [&] { d.a.Eig(w, mtGeneral); });
 });
 QUOREL_DENSE_BENCH(EigGeneral, lapack, {
   TMtx c;
@@ -189,11 +195,11 @@ QUOREL_DENSE_BENCH(EigGeneral, lapack, {
   dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     dgeev_("N", "N", &n, c.PValues1D(0), &n, wr.data(), wi.data(), &dummy, &one, &dummy, &one, work.data(), &lwork,
            &info, 1, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(EigGeneral, eigen, {
@@ -202,10 +208,50 @@ QUOREL_DENSE_BENCH(EigGeneral, eigen, {
 });
 #endif
 
+// Symmetric eigenvectors: the method's path is tridiagonal reduction and QR iteration, as dsyev 'V'.
+QUOREL_DENSE_BENCH(EigSymVectors, quorel, {
+  TVec w;
+  TMtx v;
+  bench::RunCounted(state, [&] { d.spd.Eig(nullptr, w, &v, mtSymmetric, vfEig); });
+});
+QUOREL_DENSE_BENCH(EigSymVectors, lapack, {
+  TMtx c, v;
+  std::vector<double> w(n);
+  int info, lwork = -1;
+  double q;
+  dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), &q, &lwork, &info, 1, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  bench::RunCounted(state, [&] {
+    c.Transp(d.spd);
+    dsyev_("V", "L", &n, c.PValues1D(0), &n, w.data(), work.data(), &lwork, &info, 1, 1);
+    v.Transp(c);
+  });
+});
+
+// --- Cholesky ---------------------------------------------------------------------------------------------
+QUOREL_DENSE_BENCH(Cholesky, quorel, {
+  TMtx c;
+  bench::RunCounted(state, [&] {
+    c.Copy(d.spd);
+    c.Cholesky();
+  });
+});
+QUOREL_DENSE_BENCH(Cholesky, lapack, {
+  TMtx c, back;
+  int info;
+  bench::RunCounted(state, [&] {
+    back.Copy(d.spd);
+    c.Transp(back);
+    dpotrf_("L", &n, c.PValues1D(0), &n, &info, 1);
+    back.Transp(c);
+  });
+});
+
 // --- SVD (values) ---------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(SVD, quorel, {
   TVec s;
-  for (auto _ : state) d.a.SVD(s);
+  bench::RunCounted(state, [&] { d.a.SVD(s); });
 });
 QUOREL_DENSE_BENCH(SVD, lapack, {
   TMtx c;
@@ -215,11 +261,11 @@ QUOREL_DENSE_BENCH(SVD, lapack, {
   dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, &q, &lwork, &info, 1, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Copy(d.a);
     dgesvd_("N", "N", &n, &n, c.PValues1D(0), &n, s.data(), &dummy, &one, &dummy, &one, work.data(), &lwork, &info, 1,
             1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(SVD, eigen, {
@@ -228,10 +274,34 @@ QUOREL_DENSE_BENCH(SVD, eigen, {
 });
 #endif
 
+QUOREL_DENSE_BENCH(SVDFull, quorel, {
+  TVec s;
+  TMtx u, v;
+  bench::RunCounted(state, [&] { d.a.SVD(&u, s, &v, true); });
+});
+QUOREL_DENSE_BENCH(SVDFull, lapack, {
+  TMtx c, u(n, n, false), vt(n, n, false), ur, vr;
+  std::vector<double> s(n);
+  std::vector<int> iwork(8 * n);
+  int info, lwork = -1;
+  double q;
+  dgesdd_("S", &n, &n, c.PValues1D(0), &n, s.data(), u.PValues1D(0), &n, vt.PValues1D(0), &n, &q, &lwork,
+          iwork.data(), &info, 1);
+  std::vector<double> work(static_cast<std::size_t>(q));
+  lwork = static_cast<int>(q);
+  bench::RunCounted(state, [&] {
+    c.Transp(d.a);
+    dgesdd_("S", &n, &n, c.PValues1D(0), &n, s.data(), u.PValues1D(0), &n, vt.PValues1D(0), &n, work.data(), &lwork,
+            iwork.data(), &info, 1);
+    ur.Transp(u);
+    vr.Transp(vt);
+  });
+});
+
 // --- LQRSolve ---------------------------------------------------------------------------------------------
 QUOREL_DENSE_BENCH(LQRSolve, quorel, {
   TVec x;
-  for (auto _ : state) d.a.LQRSolve(d.bv, x, nullptr, opNone);
+  bench::RunCounted(state, [&] { d.a.LQRSolve(d.bv, x, nullptr, opNone); });
 });
 QUOREL_DENSE_BENCH(LQRSolve, lapack, {
   TMtx c;
@@ -241,11 +311,11 @@ QUOREL_DENSE_BENCH(LQRSolve, lapack, {
   dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, &q, &lwork, &info, 1);
   std::vector<double> work(static_cast<std::size_t>(q));
   lwork = static_cast<int>(q);
-  for (auto _ : state) {
+  bench::RunCounted(state, [&] {
     c.Transp(d.a);
     std::memcpy(x.data(), d.bv.PValues(0), sizeof(double) * n);
     dgels_("N", &n, &n, &one, c.PValues1D(0), &n, x.data(), &n, work.data(), &lwork, &info, 1);
-  }
+  });
 });
 #ifdef QUOREL_HAVE_EIGEN
 QUOREL_DENSE_BENCH(LQRSolve, eigen, {
@@ -264,7 +334,7 @@ void ToeplitzSolve_quorel(benchmark::State& state) {
   for (int i = 0; i < n; ++i) *row.PValues(i) = *b.PValues(i) = 1.0 / (i + 1);
   for (int i = 0; i + 1 < n; ++i) *col.PValues(i) = 0.5 / (i + 2);
   *row.PValues(0) = 4;
-  for (auto _ : state) ToeplitzSolve(row, col, b, x);
+  bench::RunCounted(state, [&] { ToeplitzSolve(row, col, b, x); });
 }
 BENCHMARK(ToeplitzSolve_quorel)->Name("ToeplitzSolve/quorel")->Arg(100)->Arg(500)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond);
 void ToeplitzSolve_lapack(benchmark::State& state) {
@@ -288,5 +358,5 @@ BENCHMARK(ToeplitzSolve_lapack)->Name("ToeplitzSolve/lapack")->Arg(100)->Arg(500
 
 int main(int argc, char** argv) {
   std::printf("OpenBLAS threads: %d (set OPENBLAS_NUM_THREADS to change)\n", openblas_get_num_threads());
-  return bench::RunWithRatios(argc, argv, {"lapack", "eigen"});
+  return bench::RunWithRatios(argc, argv, {"lapack", "eigen"}, "allocs");
 }

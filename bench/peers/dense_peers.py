@@ -7,18 +7,10 @@ both programs when comparing.
 """
 import json
 import sys
-import timeit
 
 import numpy as np
 import scipy.linalg
-
-
-def median_ns(fn, repeats=5):
-    number = 1
-    while timeit.timeit(fn, number=number) < 0.05 and number < 1 << 20:
-        number *= 2
-    times = sorted(timeit.repeat(fn, number=number, repeat=repeats))
-    return times[len(times) // 2] / number * 1e9
+from peer_timing import median_ns
 
 
 def main():
@@ -38,6 +30,9 @@ def main():
             "EigGeneral": lambda: np.linalg.eigvals(a),
             "SVD": lambda: np.linalg.svd(a, compute_uv=False),
             "LQRSolve": lambda: np.linalg.lstsq(a, b, rcond=None),
+            "EigSymVectors": lambda: np.linalg.eigh(spd),
+            "Cholesky": lambda: np.linalg.cholesky(spd),
+            "SVDFull": lambda: np.linalg.svd(a, full_matrices=False),
         }
         for name, fn in ops.items():
             out[f"{name}/{n}"] = {"numpy": median_ns(fn)}

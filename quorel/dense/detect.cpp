@@ -50,12 +50,12 @@ TMtxType TMtx::DetectMtxType(bool doPosDefCheck) {
 
   bool posDef = false;
   if (doPosDefCheck && (symmetric || hermitian)) {
-    TWorkMtx copy;
-    copy->Transp(*this);
+    // The packed rows are the transpose (the conjugate), definite exactly when the matrix is.
+    lapack::TLapackWork work;
     FpuScope fpu;
     OnKind(Complex(), [&](auto t) {
       using T = decltype(t);
-      posDef = lapack::potrf<T>('U', n, Ptr<T>(*copy), n) == 0;
+      posDef = lapack::potrf<T>('U', n, PackedCopy<T>(work, *this), n) == 0;
     });
     fLapackInfo = 0;
   }

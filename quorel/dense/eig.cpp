@@ -1,4 +1,6 @@
 // Eigenvalues and eigenvectors, standard and generalised.
+#include <cstring>
+
 #include "quorel/core/detail/checks.h"
 #include "quorel/dense/detail/lapack_util.h"
 #include "quorel/objects/vec.h"
@@ -8,6 +10,7 @@
 namespace quorel {
 
 using namespace detail;
+using lapack::TLapackWork;
 
 namespace {
 
@@ -28,9 +31,9 @@ constexpr char BalanceJob(TBalanceType b) { return "NSPB"[b]; }
 template <class T>
 void SymmetricEig(T* a, FInt n, char uplo, bool posDef, bool vectors, double* d) {
   using namespace lapack;
-  TWorkVec ev, tv;
-  double* e = Scratch<double>(*ev, n);
-  T* tau = Scratch<T>(*tv, n);
+  TLapackWork work;
+  double* e = work.Take<double>(n);
+  T* tau = work.Take<T>(n);
   RaiseInfo(sytrd<T>(uplo, n, a, n, d, e, tau), kEigFailed);
   if (vectors) RaiseInfo(orgtr<T>(uplo, n, a, n, tau), kEigFailed);
   T dummy{};
@@ -49,7 +52,7 @@ void SymmetricEig(T* a, FInt n, char uplo, bool posDef, bool vectors, double* d)
 template <class T>
 void EigenvectorsOut(TMtx& dst, const T* v, FInt n, const TCplx* w) {
   if constexpr (lapack::kComplex<T>) {
-    FromColMajor<T>(dst, v, n, n, n, [](int, int) { return true; });
+    FromColMajor<T>(dst, v, n, n, n);
   } else {
     dst.Size(n, n, true);
     for (FInt k = 0; k < n; ++k) {
@@ -73,11 +76,11 @@ void EigenvectorsOut(TMtx& dst, const T* v, FInt n, const TCplx* w) {
 template <class T>
 struct THessenberg {
   THessenberg(T* a, FInt n, char job)
-      : scale(lapack::Scratch<double>(*sv_, n)), tau(lapack::Scratch<T>(*tv_, n)), ihi(n) {
+      : scale(work_.Take<double>(n)), tau(work_.Take<T>(n)), ihi(n) {
     RaiseInfo(lapack::gebal<T>(job, n, a, n, ilo, ihi, scale), kEigFailed);
     RaiseInfo(lapack::gehrd<T>(n, ilo, ihi, a, n, tau), kEigFailed);
   }
-  TWorkVec sv_, tv_;
+  TLapackWork work_;
   double* scale;
   T* tau;
   FInt ilo = 1, ihi;
@@ -88,13 +91,12 @@ struct THessenberg {
 TMtx& TMtx::Eig(TVec& d, TMtxType mtxType) {
   mtxType = EigType(*this, mtxType);
   const FInt n = Rows();
-  TWorkMtx a;
-  a->Transp(*this);
+  TLapackWork work;
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
     using namespace lapack;
     using T = decltype(t);
-    T* pa = Ptr<T>(*a);
+    T* pa = ColMajorCopy<T>(work, *this);
     if (mtxType != mtGeneral && mtxType != mtTriangle) {
       d.Size(n, false);
       SymmetricEig<T>(pa, n, UploChar(TriangleForm()), IsPosDefType(mtxType), false, d.PValues(0));
@@ -117,29 +119,24 @@ TMtx& TMtx::Eig(TMtx* vl, TVec& d, TMtx* vr, TMtxType mtxType, TVectorForm vecto
   else if (vectorForm == vfSchur) Require(vl != nullptr, "VL = nil");
   else Require(vl || vr, "VL or VR must be <> nil!");
   const FInt n = Rows();
-  TWorkMtx a, left, right;
-  a->Transp(*this);
+  TLapackWork work;
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
     using namespace lapack;
     using T = decltype(t);
-    T* pa = Ptr<T>(*a);
+    T* pa = ColMajorCopy<T>(work, *this);
     if (symmetric) {
-      TWorkVec dv;
-      double* pd = Scratch<double>(*dv, n);
+      double* pd = work.Take<double>(n);
       SymmetricEig<T>(pa, n, UploChar(TriangleForm()), IsPosDefType(mtxType), true, pd);
       d.Size(n, false);
       for (FInt i = 0; i < n; ++i) *d.PValues(i) = pd[i];
-      vr->Transp(*a);
+      FromColMajor<T>(*vr, pa, n, n, n);
       return;
     }
-    TWorkVec wv;
-    TCplx* w = Scratch<TCplx>(*wv, n);
+    TCplx* w = work.Take<TCplx>(n);
     if (vectorForm == vfEig) {
-      left->Size(n, n, kComplex<T>);
-      right->Size(n, n, kComplex<T>);
-      T* pl = vl ? Ptr<T>(*left) : nullptr;
-      T* pr = vr ? Ptr<T>(*right) : nullptr;
+      T* pl = vl ? work.Take<T>(std::int64_t{n} * n) : nullptr;
+      T* pr = vr ? work.Take<T>(std::int64_t{n} * n) : nullptr;
       RaiseInfo(geev<T>(n, pa, n, w, pl, n, pr, n), kEigFailed);
       if (vl) EigenvectorsOut<T>(*vl, pl, n, w);
       if (vr) EigenvectorsOut<T>(*vr, pr, n, w);
@@ -149,16 +146,16 @@ TMtx& TMtx::Eig(TMtx* vl, TVec& d, TMtx* vr, TMtxType mtxType, TVectorForm vecto
       T dummy{};
       T* z = &dummy;
       if (vr) {
-        right->Copy(*a);
-        z = Ptr<T>(*right);
+        z = work.Take<T>(std::int64_t{n} * n);
+        std::memcpy(z, pa, sizeof(T) * std::size_t(n) * n);
         RaiseInfo(orghr<T>(n, h.ilo, h.ihi, z, n, h.tau), kEigFailed);
       }
       RaiseInfo(hseqr<T>('S', vr ? 'V' : 'N', n, h.ilo, h.ihi, pa, n, w, z, vr ? n : 1), kEigFailed);
       if (vr) {
         RaiseInfo(gebak<T>(job, 'R', n, h.ilo, h.ihi, h.scale, n, z, n), kEigFailed);
-        vr->Transp(*right);
+        FromColMajor<T>(*vr, z, n, n, n);
       }
-      vl->Transp(*a);
+      FromColMajor<T>(*vl, pa, n, n, n);
     }
     d.Size(n, true);
     for (FInt i = 0; i < n; ++i) *d.PCValues(i) = w[i];
@@ -174,30 +171,27 @@ TMtx& TMtx::EigGen(const TMtx& b, TMtx& v, TVec& d, TEigGenType eigGenType) {
   Require(b.Cols() == Cols(), "B.Cols <> Cols");
   RequireSameComplex(b, *this, "B.Complex <> Complex");
   const FInt n = Rows();
-  TWorkMtx a, f;
-  TWorkVec dv;
-  a->Transp(*this);
-  f->Transp(b);
+  TLapackWork work;
+  double* pd = work.Take<double>(n);
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
     using namespace lapack;
     using T = decltype(t);
-    T *pa = Ptr<T>(*a), *pb = Ptr<T>(*f);
+    T *pa = ColMajorCopy<T>(work, *this), *pb = ColMajorCopy<T>(work, b);
     const char uplo = UploChar(TriangleForm());
     const FInt info = potrf<T>(uplo, n, pb, n);
     if (info != 0) ERaise(FactorMessage(TFactorKind::Cholesky, info));
     RaiseInfo(sygst<T>(FInt{eigGenType} + 1, uplo, n, pa, n, pb, n), kEigFailed);
-    double* pd = Scratch<double>(*dv, n);
     SymmetricEig<T>(pa, n, uplo, false, true, pd);
     // Back to the vectors of the original problem: x = inv(U) y or inv(L^H) y for the first two
     // kinds, x = U^H y or L y for the third.
     const T one = One<T>();
     if (eigGenType != etBAz) trsm<T>('L', uplo, uplo == 'U' ? 'N' : 'C', 'N', n, n, one, pb, n, pa, n);
     else trmm<T>('L', uplo, uplo == 'U' ? 'C' : 'N', 'N', n, n, one, pb, n, pa, n);
+    FromColMajor<T>(v, pa, n, n, n);
   });
   d.Size(n, false);
-  for (FInt i = 0; i < n; ++i) *d.PValues(i) = *dv->PValues(i);
-  v.Transp(*a);
+  for (FInt i = 0; i < n; ++i) *d.PValues(i) = pd[i];
   return *this;
 }
 

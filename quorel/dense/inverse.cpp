@@ -16,17 +16,15 @@ TMtx& TMtx::Inv(TMtxType mtxType) {
   if (AutoMtxType()) mtxType = DetectMtxType(false);
   const bool cplx = Complex();
   const FInt n = Rows();
-  TWorkMtx fac;
-  TWorkVec pivots;
-  fac->Transp(*this);
-  FInt* ipiv = lapack::IntScratch(*pivots, n);
+  // Inverted in a column-major copy, so a failed factorisation leaves Self as it was.
+  lapack::TLapackWork work;
+  FInt* ipiv = work.TakeInt(n);
   const char uplo = UploChar(TriangleForm());
   FpuScope fpu;
-  std::string msg;
   OnKind(cplx, [&](auto t) {
     using namespace lapack;
     using T = decltype(t);
-    T* a = Ptr<T>(*fac);
+    T* a = ColMajorCopy<T>(work, *this);
     FInt info = 0;
     auto fail = [&](std::string text) {
       fLapackInfo = info;
@@ -57,8 +55,8 @@ TMtx& TMtx::Inv(TMtxType mtxType) {
       ERaise("MtxType not supported");
     }
     fLapackInfo = 0;
+    FromColMajor<T>(*this, a, n, n, n);
   });
-  Transp(*fac);
   if (IsPosDefType(mtxType) || IsSymmetricType(mtxType) || IsHermitianType(mtxType))
     MirrorTriangle(*this, TriangleForm(), cplx && IsHermitianType(mtxType));
   return *this;
@@ -87,32 +85,37 @@ struct TScaledProduct {
 void TMtx::Determinant(TCplx& result, TMtxType mtxType) {
   Require(Quadratic(), "Quadratic = False");
   const std::int32_t n = Rows();
-  TWorkMtx factor;
-  TWorkVec pivots;
+  lapack::TLapackWork work;
   // The product of the factor's diagonal is the determinant up to sign for the triangular kinds
   // and LU; a Cholesky factor's diagonal counts twice. Symmetric indefinite factors have 2 x 2
   // blocks, so those matrices go through LU. A zero pivot is not an error here: it makes the
   // determinant 0.
   const bool cholesky = IsPosDefType(mtxType) && !(Complex() && mtxType == mtSymmPosDef);
-  factor->Transp(*this);
-  FInt* ipiv = lapack::IntScratch(*pivots, n);
+  FInt* ipiv = work.TakeInt(n);
   for (std::int32_t i = 0; i < n; ++i) ipiv[i] = i + 1;
-  if (mtxType != mtTriangle) {
-    FpuScope fpu;
-    OnKind(Complex(), [&](auto t) {
-      using T = decltype(t);
+  // The diagonal of the factor as complex values.
+  TCplx* diag = work.Take<TCplx>(n);
+  OnKind(Complex(), [&](auto t) {
+    using T = decltype(t);
+    T* a = ColMajorCopy<T>(work, *this);
+    if (mtxType != mtTriangle) {
+      FpuScope fpu;
       if (cholesky) {
-        const FInt info = lapack::potrf<T>(UploChar(TriangleForm()), n, Ptr<T>(*factor), n);
+        const FInt info = lapack::potrf<T>(UploChar(TriangleForm()), n, a, n);
         fLapackInfo = info;
         if (info != 0) ERaise(FactorMessage(TFactorKind::Cholesky, info));
       } else {
-        fLapackInfo = lapack::getrf<T>(n, n, Ptr<T>(*factor), n, ipiv);
+        fLapackInfo = lapack::getrf<T>(n, n, a, n, ipiv);
       }
-    });
-  }
+    }
+    for (std::int32_t i = 0; i < n; ++i) {
+      if constexpr (lapack::kComplex<T>) diag[i] = a[std::int64_t{i} * n + i];
+      else diag[i] = {a[std::int64_t{i} * n + i], 0};
+    }
+  });
   TScaledProduct p;
   for (std::int32_t i = 0; i < n; ++i) {
-    TCplx d = Complex() ? factor->CValues(i, i) : TCplx{factor->Values(i, i), 0};
+    TCplx d = diag[i];
     if (mtxType == mtTriangle && TriangleUnit()) d = {1, 0};
     if (ipiv[i] != i + 1) p.m = {-p.m.Re, -p.m.Im};
     if (!p.Mul(d) || (cholesky && !p.Mul({d.Re, -d.Im}))) {

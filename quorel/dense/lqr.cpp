@@ -14,15 +14,13 @@ using namespace detail;
 void TMtx::LQRInt(TMtx* l, TMtx* q, TMtx* r, bool minSize) {
   const FInt m = Rows(), n = Cols(), k = std::min(m, n);
   const bool tall = m >= n;
-  TWorkMtx a, qc;
-  TWorkVec tv;
-  a->Transp(*this);  // column-major m x n
+  lapack::TLapackWork work;
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
     using namespace lapack;
     using T = decltype(t);
-    T* pa = Ptr<T>(*a);
-    T* tau = Scratch<T>(*tv, k);
+    T* pa = ColMajorCopy<T>(work, *this);  // column-major m x n
+    T* tau = work.Take<T>(k);
     const FInt lda = std::max(m, 1);
     const FInt info = geqrf<T>(!tall, m, n, pa, lda, tau);
     if (info != 0) ERaise(WithInfo(tall ? "QR: Invalid parameter: " : "LQ: Invalid parameter: ", info));
@@ -32,13 +30,12 @@ void TMtx::LQRInt(TMtx* l, TMtx* q, TMtx* r, bool minSize) {
     // Q from the reflectors: economy Q is generated in place, the full square one in a copy
     // with room for the extra columns (rows).
     const FInt qr = tall ? m : (minSize ? m : n), qcols = tall ? (minSize ? n : m) : n;
-    qc->Size(qcols, qr, kComplex<T>);  // column-major qr x qcols
-    T* pq = Ptr<T>(*qc);
+    T* pq = work.Take<T>(std::int64_t{qr} * qcols);
     for (FInt j = 0; j < std::min(n, qcols); ++j)
       for (FInt i = 0; i < std::min(m, qr); ++i) pq[std::int64_t{j} * qr + i] = pa[std::int64_t{j} * lda + i];
     const FInt qinfo = orgqr<T>(!tall, qr, qcols, k, pq, qr, tau);
     if (qinfo != 0) ERaise(WithInfo("Q: Invalid parameter: ", qinfo));
-    FromColMajor<T>(*q, pq, qr, qcols, qr, [](int, int) { return true; });
+    FromColMajor<T>(*q, pq, qr, qcols, qr);
   });
 }
 
@@ -70,11 +67,10 @@ template <class T>
 void TMtx::LQRSolveInt(const T* b, T* x, std::int32_t nrhs, TMtx* r, TMtxOperation operation) {
   const FInt m = Rows(), n = Cols(), ldb = std::max({m, n, 1});
   const FInt bRows = operation == opNone ? m : n, xRows = operation == opNone ? n : m;
-  TWorkMtx a, bw;
-  a->Transp(*this);
-  bw->Size(nrhs, ldb, Complex());
-  bw->SetZero();
-  T* pb = Ptr<T>(*bw);
+  lapack::TLapackWork work;
+  T* a = ColMajorCopy<T>(work, *this);
+  T* pb = work.Take<T>(std::int64_t{nrhs} * ldb);
+  std::fill_n(pb, std::int64_t{nrhs} * ldb, T{});
   for (FInt j = 0; j < nrhs; ++j)
     std::copy(b + std::int64_t{j} * bRows, b + std::int64_t{j + 1} * bRows, pb + std::int64_t{j} * ldb);
   // The complex routine knows only the conjugate transpose: A^T x = b is A^H conj(x) = conj(b).
@@ -83,15 +79,15 @@ void TMtx::LQRSolveInt(const T* b, T* x, std::int32_t nrhs, TMtx* r, TMtxOperati
   const char trans = operation == opNone ? 'N' : lapack::kComplex<T> ? 'C' : 'T';
   {
     FpuScope fpu;
-    const FInt info = lapack::gels<T>(trans, m, n, nrhs, Ptr<T>(*a), std::max(m, 1), pb, ldb);
+    const FInt info = lapack::gels<T>(trans, m, n, nrhs, a, std::max(m, 1), pb, ldb);
     RaiseInfo(info, "LQRSolve: matrix is rank deficient at ", true);
   }
   if (viaConj) Conjugate(pb, std::int64_t{ldb} * nrhs);
   for (FInt j = 0; j < nrhs; ++j)
     std::copy(pb + std::int64_t{j} * ldb, pb + std::int64_t{j} * ldb + xRows, x + std::int64_t{j} * xRows);
   if (r) {
-    if (m >= n) FromColMajor<T>(*r, Ptr<T>(*a), n, n, std::max(m, 1), [](int i, int j) { return i <= j; });
-    else FromColMajor<T>(*r, Ptr<T>(*a), m, m, m, [](int i, int j) { return j <= i; });
+    if (m >= n) FromColMajor<T>(*r, a, n, n, std::max(m, 1), [](int i, int j) { return i <= j; });
+    else FromColMajor<T>(*r, a, m, m, m, [](int i, int j) { return j <= i; });
   }
 }
 
@@ -100,13 +96,11 @@ TMtx& TMtx::LQRSolve(const TVec& b, TVec& x, TMtx* r, TMtxOperation operation) {
   if (operation == opNone) Require(Rows() == b.Length(), "fRows <> B.Length");
   else Require(Cols() == b.Length(), "fCols <> B.Length");
   Require(r != this, "B = Self or X = Self");
-  TWorkVec xt;
-  xt->Size(operation == opNone ? Cols() : Rows(), Complex());
   OnKind(Complex(), [&](auto t) {
     using T = decltype(t);
-    LQRSolveInt<T>(Ptr<T>(b), Ptr<T>(*xt), 1, r, operation);
+    SolveColumns<T>(b, x, operation == opNone ? Cols() : Rows(),
+                    [&](const T* bt, T* xt, std::int32_t) { LQRSolveInt<T>(bt, xt, 1, r, operation); });
   });
-  x.Copy(*xt);
   return *this;
 }
 
@@ -115,14 +109,11 @@ TMtx& TMtx::LQRSolve(const TMtx& b, TMtx& x, TMtx* r, TMtxOperation operation) {
   if (operation == opNone) Require(Rows() == b.Rows(), "fRows <> B.Rows");
   else Require(Cols() == b.Rows(), "fCols <> B.Rows");
   Require(&b != this && &x != this && r != this, "B = Self or X = Self");
-  TWorkMtx bt, xt;
-  bt->Transp(b);
-  xt->Size(b.Cols(), operation == opNone ? Cols() : Rows(), Complex());
   OnKind(Complex(), [&](auto t) {
     using T = decltype(t);
-    LQRSolveInt<T>(Ptr<T>(*bt), Ptr<T>(*xt), b.Cols(), r, operation);
+    SolveColumns<T>(b, x, operation == opNone ? Cols() : Rows(),
+                    [&](const T* bt, T* xt, std::int32_t nrhs) { LQRSolveInt<T>(bt, xt, nrhs, r, operation); });
   });
-  x.Transp(*xt);
   return *this;
 }
 

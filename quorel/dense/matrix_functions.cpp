@@ -144,20 +144,18 @@ TMtx& TMtx::Sylvester(const TMtx& a, const TMtx& b, const TMtx& c, TSign sign, T
   RequireSameComplex(a, c, "C.Complex <> A.Complex");
   Require(!a.Complex() || (opA != opTran && opB != opTran), "Sylvester: complex operands take opNone or opHerm");
   const FInt m = a.Rows(), n = b.Rows();
-  TWorkMtx ac, bc, cc;
-  ac->Transp(a);
-  bc->Transp(b);
-  cc->Transp(c);
+  lapack::TLapackWork work;
   FpuScope fpu;
   OnKind(a.Complex(), [&](auto t) {
     using T = decltype(t);
     auto tr = [](TMtxOperation op) { return op == opNone ? 'N' : lapack::kComplex<T> ? 'C' : 'T'; };
+    T *pa = ColMajorCopy<T>(work, a), *pb = ColMajorCopy<T>(work, b), *pc = ColMajorCopy<T>(work, c);
     double scale = 1;
-    const FInt info = lapack::trsyl<T>(tr(opA), tr(opB), sign == siPlus ? 1 : -1, m, n, Ptr<T>(*ac), std::max(m, 1),
-                                       Ptr<T>(*bc), std::max(n, 1), Ptr<T>(*cc), std::max(m, 1), scale);
+    const FInt info = lapack::trsyl<T>(tr(opA), tr(opB), sign == siPlus ? 1 : -1, m, n, pa, std::max(m, 1), pb,
+                                       std::max(n, 1), pc, std::max(m, 1), scale);
     if (info < 0) RaiseInfo(info, "");  // info = 1 (close eigenvalues, perturbed) still gives a solution
+    FromColMajor<T>(*this, pc, m, n, std::max(m, 1));
   });
-  Transp(*cc);
   return *this;
 }
 

@@ -1,7 +1,7 @@
 // Linear solves: one worker for every matrix type, with condition estimate and refinement.
 #include <cmath>
 #include <cstring>
-#include <vector>
+#include <algorithm>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/dense/detail/lapack_util.h"
@@ -12,6 +12,7 @@
 namespace quorel {
 
 using namespace detail;
+using lapack::TLapackWork;
 
 namespace {
 
@@ -24,9 +25,11 @@ double Abs(const T& x) {
 // count - 1 of `band`, band row r of column j holding A(j + r - ku, j). A half band of a
 // symmetric matrix (`mirrored`) counts each off-diagonal element for both of its places.
 template <class T>
-double BandNorm(const TMtx& band, std::int32_t first, std::int32_t count, std::int32_t ku, bool inf, bool mirrored) {
+double BandNorm(const TMtx& band, std::int32_t first, std::int32_t count, std::int32_t ku, bool inf, bool mirrored,
+                TLapackWork& work) {
   const std::int32_t n = band.Cols();
-  std::vector<double> sums(n, 0.0);
+  double* sums = work.Take<double>(n);
+  std::fill_n(sums, n, 0.0);
   for (std::int32_t r = 0; r < count; ++r)
     for (std::int32_t j = 0; j < n; ++j) {
       const std::int32_t i = j + r - ku;
@@ -39,22 +42,18 @@ double BandNorm(const TMtx& band, std::int32_t first, std::int32_t count, std::i
         sums[inf ? i : j] += a;
       }
     }
-  double m = 0;
-  for (double s : sums) m = std::max(m, s);
-  return m;
+  return n > 0 ? *std::max_element(sums, sums + n) : 0.0;
 }
 
-// Rows first .. first + count - 1 of the banded matrix `band` transposed into `dst` (n x ld,
-// i.e. column-major ld x n) from column `offset` on; the rest of dst is zero.
+// Rows first .. first + count - 1 of the banded matrix `band` transposed into the column-major
+// ld x n array dst from row `offset` on; the rest of dst is zero.
 template <class T>
-void BandCopy(const TMtx& band, std::int32_t first, std::int32_t count, TMtx& dst, std::int32_t ld,
-              std::int32_t offset) {
+void BandCopy(const TMtx& band, std::int32_t first, std::int32_t count, T* dst, std::int32_t ld, std::int32_t offset) {
   const std::int32_t n = band.Cols();
-  dst.Size(n, ld, band.Complex());
-  dst.SetZero();
+  std::fill_n(dst, std::int64_t{ld} * n, T{});
   for (std::int32_t j = 0; j < n; ++j)
     for (std::int32_t r = 0; r < count; ++r)
-      Ptr<T>(dst)[std::int64_t{j} * ld + offset + r] = Ptr<T>(band)[std::int64_t{first + r} * band.LeadingCols() + j];
+      dst[std::int64_t{j} * ld + offset + r] = Ptr<T>(band)[std::int64_t{first + r} * band.LeadingCols() + j];
 }
 
 }  // namespace
@@ -86,24 +85,24 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
   const bool hermitian = cplx && mtxType == mtHermitian;
 
   // The LAPACK copy (factored in place) and, for refinement, an unfactored one.
-  TWorkMtx fac, orig;
-  TWorkVec pivots;
+  TLapackWork work;
   FInt ld = n, ldOrig = n;
   if (mtxType == mtBandGeneral) {
     ld = 2 * kl + ku + 1;  // kl extra rows for the fill-in of the factorisation
-    BandCopy<T>(*this, 0, kl + ku + 1, *fac, ld, kl);
     ldOrig = kl + ku + 1;
-    if (RefineSolution()) BandCopy<T>(*this, 0, kl + ku + 1, *orig, ldOrig, 0);
   } else if (bandPosDef) {
     ld = ldOrig = kd + 1;
-    BandCopy<T>(*this, TriangleForm() == tfLower ? ku : 0, kd + 1, *fac, ld, 0);
-    if (RefineSolution()) orig->Copy(*fac);
-  } else {
-    fac->Transp(*this);
-    if (RefineSolution()) orig->Copy(*fac);
   }
-  T* af = Ptr<T>(*fac);
-  FInt* ipiv = IntScratch(*pivots, n);
+  T* af = band ? work.Take<T>(std::int64_t{ld} * n) : ColMajorCopy<T>(work, *this);
+  T* orig = RefineSolution() ? work.Take<T>(std::int64_t{ldOrig} * n) : nullptr;
+  if (mtxType == mtBandGeneral) {
+    BandCopy<T>(*this, 0, kl + ku + 1, af, ld, kl);
+    if (orig) BandCopy<T>(*this, 0, kl + ku + 1, orig, ldOrig, 0);
+  } else if (bandPosDef) {
+    BandCopy<T>(*this, TriangleForm() == tfLower ? ku : 0, kd + 1, af, ld, 0);
+  }
+  if (orig && mtxType != mtBandGeneral) std::memcpy(orig, af, sizeof(T) * std::size_t(ld) * n);
+  FInt* ipiv = work.TakeInt(n);
 
   // Factor.
   FInt info = 0;
@@ -148,10 +147,9 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
 
   // Refine with the unfactored copy.
   if (fLapackInfo == 0 && RefineSolution()) {
-    TWorkVec ferr, berr;
-    double* fe = Scratch<double>(*ferr, nrhs);
-    double* be = Scratch<double>(*berr, nrhs);
-    const T* a = Ptr<T>(*orig);
+    double* fe = work.Take<double>(nrhs);
+    double* be = work.Take<double>(nrhs);
+    const T* a = orig;
     const char* msg = "LU: Erorr at refine solution: ";
     if (posDef) {
       info = porfs<T>(uplo, n, nrhs, a, ldOrig, af, ld, b, n, x, n, fe, be);
@@ -177,8 +175,8 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
     const bool inf = ConditionNumber() == cnNormInf;
     const char norm = inf ? 'I' : '1';
     double anorm;
-    if (mtxType == mtBandGeneral) anorm = BandNorm<T>(*this, 0, kl + ku + 1, ku, inf, false);
-    else if (bandPosDef) anorm = BandNorm<T>(*this, TriangleForm() == tfLower ? ku : 0, kd + 1, TriangleForm() == tfLower ? 0 : ku, inf, true);
+    if (mtxType == mtBandGeneral) anorm = BandNorm<T>(*this, 0, kl + ku + 1, ku, inf, false, work);
+    else if (bandPosDef) anorm = BandNorm<T>(*this, TriangleForm() == tfLower ? ku : 0, kd + 1, TriangleForm() == tfLower ? 0 : ku, inf, true, work);
     else anorm = inf ? NormInf() : Norm1();
     const char* msg = "LU: Erorr at condition number estimate: ";
     if (posDef) {
@@ -203,13 +201,6 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
   if (fLapackInfo != 0) ERaise("LUSolve: " + fLapackMessage);
 }
 
-void TMtx::LUSolveInt(const void* b, void* x, std::int32_t nrhs, TMtxType mtxType, TMtxOperation operation) {
-  OnKind(Complex(), [&](auto t) {
-    using T = decltype(t);
-    LUSolveT<T>(static_cast<const T*>(b), static_cast<T*>(x), nrhs, mtxType, operation);
-  });
-}
-
 TMtx& TMtx::LUSolve(const TMtx& b, TMtx& x, TMtxType mtxType, TMtxOperation operation) {
   Require(&b != this, "B = Self");
   Require(&x != this, "X = Self");
@@ -217,12 +208,10 @@ TMtx& TMtx::LUSolve(const TMtx& b, TMtx& x, TMtxType mtxType, TMtxOperation oper
   const bool band = mtxType >= mtBandSymmPosDef && !AutoMtxType();
   Require(band || Quadratic(), "Quadratic = False");
   Require(b.Rows() == (band ? Cols() : Rows()), "B.Rows <> Rows");
-  // Right-hand sides and solutions as column-major n x nrhs, i.e. transposed.
-  TWorkMtx bt, xt;
-  bt->Transp(b);
-  xt->Size(bt->Rows(), bt->Cols(), Complex());
-  LUSolveInt(Ptr<double>(*bt), Ptr<double>(*xt), b.Cols(), mtxType, operation);
-  x.Transp(*xt);
+  OnKind(Complex(), [&](auto t) {
+    using T = decltype(t);
+    SolveColumns<T>(b, x, b.Rows(), [&](const T* bt, T* xt, std::int32_t nrhs) { LUSolveT<T>(bt, xt, nrhs, mtxType, operation); });
+  });
   return *this;
 }
 
@@ -231,10 +220,10 @@ TMtx& TMtx::LUSolve(const TVec& b, TVec& x, TMtxType mtxType, TMtxOperation oper
   const bool band = mtxType >= mtBandSymmPosDef && !AutoMtxType();
   Require(band || Quadratic(), "Quadratic = False");
   Require(b.Length() == (band ? Cols() : Rows()), "B.Length <> Rows");
-  TWorkVec xt;
-  xt->Size(b.Length(), Complex());
-  LUSolveInt(Ptr<double>(b), Ptr<double>(*xt), 1, mtxType, operation);
-  x.Copy(*xt);
+  OnKind(Complex(), [&](auto t) {
+    using T = decltype(t);
+    SolveColumns<T>(b, x, b.Length(), [&](const T* bt, T* xt, std::int32_t) { LUSolveT<T>(bt, xt, 1, mtxType, operation); });
+  });
   return *this;
 }
 
@@ -244,14 +233,12 @@ TMtx& TMtx::LU(const TMtx& mtx, TVec& p, TMtxType mtxType) {
   const bool posDef = IsPosDefType(mtxType), symmetric = mtxType == mtSymmetric || mtxType == mtHermitian;
   if (!posDef && !symmetric && mtxType != mtGeneral) ERaise("MtxType not supported");
   const FInt n = mtx.Rows();
-  TWorkMtx fac;
-  TWorkVec pivots;
-  fac->Transp(mtx);
-  FInt* ipiv = lapack::IntScratch(*pivots, n);
+  TLapackWork work;
+  FInt* ipiv = work.TakeInt(n);
   FpuScope fpu;
   OnKind(mtx.Complex(), [&](auto t) {
     using T = decltype(t);
-    T* a = Ptr<T>(*fac);
+    T* a = ColMajorCopy<T>(work, mtx);
     const char uplo = UploChar(mtx.TriangleForm());
     FInt info;
     TFactorKind kind = TFactorKind::LU;
@@ -265,8 +252,8 @@ TMtx& TMtx::LU(const TMtx& mtx, TVec& p, TMtxType mtxType) {
     }
     fLapackInfo = info;
     if (info != 0) ERaise(FactorMessage(kind, info, false));
+    FromColMajor<T>(*this, a, n, n, n);
   });
-  Transp(*fac);
   p.Size(n, false);
   for (FInt i = 0; i < n; ++i) *p.PValues(i) = ipiv[i];
   return *this;
@@ -275,16 +262,16 @@ TMtx& TMtx::LU(const TMtx& mtx, TVec& p, TMtxType mtxType) {
 TMtx& TMtx::Cholesky() {
   Require(Quadratic(), "not Quadratic");
   const FInt n = Rows();
-  TWorkMtx fac;
-  fac->Transp(*this);
+  TLapackWork work;
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
     using T = decltype(t);
-    const FInt info = lapack::potrf<T>(UploChar(TriangleForm()), n, Ptr<T>(*fac), n);
+    T* a = ColMajorCopy<T>(work, *this);
+    const FInt info = lapack::potrf<T>(UploChar(TriangleForm()), n, a, n);
     fLapackInfo = info;
     if (info != 0) ERaise(FactorMessage(TFactorKind::Cholesky, info));
+    FromColMajor<T>(*this, a, n, n, n);
   });
-  Transp(*fac);
   ZeroOtherTriangle(*this, TriangleForm());
   return *this;
 }

@@ -34,4 +34,10 @@ enum TBalanceType : std::uint8_t { btNone, btScale, btPerm, btFull };
 /// Kind of generalised eigenproblem: A z = l B z, A B z = l z, B A z = l z.
 enum TEigGenType : std::uint8_t { etAzBz, etABz, etBAz };
 
+/// Eigenvector or Schur output of Eig.
+enum TVectorForm : std::uint8_t { vfEig, vfSchur };
+
+/// Sign of the second term of the Sylvester equation.
+enum TSign : std::uint8_t { siPlus, siMinus };
+
 }  // namespace quorel

@@ -2,11 +2,14 @@
 // Reference helpers for the linear-algebra tests: element access as std::complex for real and
 // complex matrices alike, a naive product, residuals scaled by n * eps, and structured matrices.
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <random>
+#include <vector>
 
 #include "support/support.h"
 
@@ -113,6 +116,50 @@ inline TMtx Triangular(int n, bool complex, unsigned seed, bool lower) {
     Put(a, i, i, Get(a, i, i) + C(2));
   }
   return a;
+}
+
+/// A real matrix of row-major values, made complex (same values) when `complex`.
+inline TMtx Mtx(bool complex, int rows, int cols, std::initializer_list<double> values) {
+  TMtx m = RealMtx(rows, cols, values);
+  if (complex) m.ExtendToComplex(true);
+  return m;
+}
+
+/// a with `value` in the triangle opposite to `tf` (diagonal excluded) and TriangleForm tf: what
+/// a one-triangle type must not read.
+inline TMtx Dirty(TMtx a, TTriangleForm tf, C value) {
+  for (int i = 0; i < a.Rows(); ++i)
+    for (int j = 0; j < a.Cols(); ++j)
+      if (tf == tfLower ? j > i : j < i) Put(a, i, j, value);
+  a.SetTriangleForm(tf);
+  return a;
+}
+
+inline TVec RandomVec(int n, bool complex, unsigned seed) {
+  std::mt19937 g(seed);
+  std::uniform_real_distribution<double> u(-1, 1);
+  TVec v;
+  v.Size(n, complex);
+  for (int i = 0; i < n; ++i) {
+    if (complex) *v.PCValues(i) = {u(g), u(g)};
+    else *v.PValues(i) = u(g);
+  }
+  return v;
+}
+
+/// The identity.
+inline TMtx Eye(int n, bool complex) {
+  TMtx r(n, n, complex);
+  r.Eye();
+  return r;
+}
+
+/// The real parts of v in ascending order.
+inline std::vector<double> Sorted(const TVec& v) {
+  std::vector<double> r;
+  for (int i = 0; i < v.Length(); ++i) r.push_back(GetV(v, i).real());
+  std::sort(r.begin(), r.end());
+  return r;
 }
 
 /// Hilbert matrix.

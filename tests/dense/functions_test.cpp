@@ -16,9 +16,7 @@ TMtx Power(const TMtx& a, int n) {
 TEST(MtxIntPower, SquaringPathsAndTheComplexPolarPath) {
   TMtx a = Random(4, 4, false, 1), p;
   p.MtxIntPower(a, 0);
-  TMtx eye(4, 4, false);
-  eye.Eye();
-  EXPECT_EQ(Doubles(p), Doubles(eye));
+  EXPECT_EQ(Doubles(p), Doubles(Eye(4, false)));
   p.MtxIntPower(a, -1);
   TMtx inv = a;
   inv.Inv(mtGeneral);
@@ -31,9 +29,7 @@ TEST(MtxIntPower, SquaringPathsAndTheComplexPolarPath) {
   p.MtxIntPower(z, 4);  // below 5: true matrix products
   EXPECT_LT(Diff(Power(z, 4), p), 8);
   p.MtxIntPower(z, -4);
-  TMtx eyeZ(3, 3, true);
-  eyeZ.Eye();
-  EXPECT_LT(Residual(Power(z, 4), p, eyeZ), kResidualTol);
+  EXPECT_LT(Residual(Power(z, 4), p, Eye(3, true)), kResidualTol);
   // From 5 on the magnitudes are raised as a matrix and the phases scaled element by element.
   TMtx mag(3, 3, false);
   for (int i = 0; i < 3; ++i)
@@ -103,17 +99,6 @@ TMtx DenseToeplitz(const TVec& row, const TVec& col) {
   for (int i = 0; i < n; ++i)
     for (int j = 0; j < n; ++j) Put(t, i, j, j >= i ? GetV(row, j - i) : GetV(col, i - j - 1));
   return t;
-}
-
-TVec RandomVec(int n, bool cplx, unsigned seed) {
-  TMtx m = Random(1, n, cplx, seed);
-  TVec v;
-  v.Size(n, cplx);
-  for (int i = 0; i < n; ++i) {
-    if (cplx) *v.PCValues(i) = m.CValues(0, i);
-    else *v.PValues(i) = m.Values(0, i);
-  }
-  return v;
 }
 
 TEST(Toeplitz, SolvesGeneralSystemsRealAndComplex) {

@@ -27,11 +27,7 @@ TEST(Mul, StructuredOperandsUseOnlyTheirTriangle) {
         for (TMtxType t : {mtSymmetric, mtHermitian, mtHermPosDef}) {
           if (!cplx && t != mtSymmetric) continue;
           TMtx s = t == mtSymmetric ? Indefinite(n, cplx, 4, true) : Indefinite(n, cplx, 4);
-          TMtx dirty = s;
-          for (int i = 0; i < n; ++i)
-            for (int j = 0; j < n; ++j)
-              if (tf == tfLower ? j > i : j < i) Put(dirty, i, j, 99);
-          dirty.SetTriangleForm(tf);
+          TMtx dirty = Dirty(s, tf, 99);
           for (TMtxOperation op : {opNone, t == mtSymmetric ? opTran : opHerm}) {
             TMtx c;
             if (side) c.Mul(other, dirty, mtGeneral, t, opNone, op);

@@ -3,12 +3,15 @@
 // library's enumerations, the messages made from `info`, and column-major scratch copies.
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "quorel/objects/mtx.h"
+#include "quorel/objects/vec.h"
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx_types.h"
 #include "quorel/platform/lapack/lapack.h"
+#include "quorel/platform/lapack/work_arena.h"
 
 namespace quorel::detail {
 
@@ -54,16 +57,47 @@ void FromColMajor(TMtx& dst, const T* src, std::int32_t rows, std::int32_t cols,
   for (std::int32_t i = 0; i < rows; ++i)
     for (std::int32_t j = 0; j < cols; ++j) d[std::int64_t{i} * dst.LeadingCols() + j] = keep(i, j) ? src[j * ld + i] : T{};
 }
-/// A column-major array with leading dimension ld made from the rows x cols row-major matrix src
-/// (ld >= rows; rows beyond are zero).
+/// dst sized rows x cols := the column-major array src with leading dimension ld.
 template <class T>
-T* ToColMajor(TMtx& work, const TMtx& src, std::int32_t ld, std::int32_t cols) {
-  work.Size(cols, ld, src.Complex());
-  work.SetZero();
-  T* w = Ptr<T>(work);
+void FromColMajor(TMtx& dst, const T* src, std::int32_t rows, std::int32_t cols, std::int64_t ld) {
+  dst.Size(rows, cols, lapack::kComplex<T>);
+  lapack::TransposeCopy<T>(cols, rows, src, ld, Ptr<T>(dst), dst.LeadingCols());
+}
+/// The row-major matrix src as a column-major array with leading dimension src.Rows(), in `work`.
+template <class T>
+T* ColMajorCopy(lapack::TLapackWork& work, const TMtx& src) {
+  T* a = work.Take<T>(std::int64_t{src.Rows()} * src.Cols());
+  lapack::TransposeCopy<T>(src.Rows(), src.Cols(), Ptr<T>(src), src.LeadingCols(), a, src.Rows());
+  return a;
+}
+/// The row-major matrix src packed row after row (leading dimension Cols) into `work`: LAPACK
+/// reads it as the transpose, which has the same singular values and definiteness.
+template <class T>
+T* PackedCopy(lapack::TLapackWork& work, const TMtx& src) {
+  T* a = work.Take<T>(std::int64_t{src.Rows()} * src.Cols());
   for (std::int32_t i = 0; i < src.Rows(); ++i)
-    for (std::int32_t j = 0; j < cols; ++j) w[std::int64_t{j} * ld + i] = Ptr<T>(src)[std::int64_t{i} * src.LeadingCols() + j];
-  return w;
+    std::memcpy(a + std::int64_t{i} * src.Cols(), Ptr<T>(src, std::int64_t{i} * src.LeadingCols()), sizeof(T) * std::size_t(src.Cols()));
+  return a;
+}
+/// Runs solve(bt, xt, nrhs) on the right-hand sides b as a column-major array (leading dimension
+/// b.Rows()) and gives x the xRows x nrhs solution from xt. x (which may be b) is written only
+/// once solve has returned.
+template <class T, class Solve>
+void SolveColumns(const TMtx& b, TMtx& x, std::int32_t xRows, Solve&& solve) {
+  lapack::TLapackWork work;
+  const T* bt = ColMajorCopy<T>(work, b);
+  T* xt = work.Take<T>(std::int64_t{xRows} * b.Cols());
+  solve(bt, xt, b.Cols());
+  FromColMajor<T>(x, xt, xRows, b.Cols(), xRows);
+}
+/// The same for one right-hand side.
+template <class T, class Solve>
+void SolveColumns(const TVec& b, TVec& x, std::int32_t xRows, Solve&& solve) {
+  lapack::TLapackWork work;
+  T* xt = work.Take<T>(xRows);
+  solve(Ptr<T>(b), xt, 1);
+  x.Size(xRows, lapack::kComplex<T>);
+  std::memcpy(Ptr<T>(x), xt, sizeof(T) * std::size_t(xRows));
 }
 
 }  // namespace quorel::detail

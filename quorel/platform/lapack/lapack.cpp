@@ -1,10 +1,11 @@
-// Scratch arrays and the integer cast of the LAPACK choosers.
+// The integer cast of the LAPACK choosers and the transposing copy into and out of LAPACK's layout.
 #include "quorel/platform/lapack/lapack.h"
+
+#include <cblas.h>
 
 #include <limits>
 
 #include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
 
 namespace quorel::detail::lapack {
 
@@ -15,16 +16,21 @@ FInt ToFInt(std::int64_t value) {
 }
 
 template <Element T>
-T* Scratch(TVec& v, std::int64_t n) {
-  v.Size(ToFInt(n < 1 ? 1 : n), kComplex<T>);
-  return Ptr<T>(v);
+void TransposeCopy(std::int64_t rows, std::int64_t cols, const T* src, std::int64_t lds, T* dst, std::int64_t ldd,
+                   bool conjugate) {
+  if (rows == 0 || cols == 0) return;
+  // OpenBLAS's blocked out-of-place transpose.
+  const FInt r = ToFInt(rows), c = ToFInt(cols), ls = ToFInt(lds), ld = ToFInt(ldd);
+  if constexpr (kComplex<T>) {
+    const double one[2] = {1, 0};
+    cblas_zomatcopy(CblasRowMajor, conjugate ? CblasConjTrans : CblasTrans, r, c, one,
+                    reinterpret_cast<const double*>(src), ls, reinterpret_cast<double*>(dst), ld);
+  } else {
+    cblas_domatcopy(CblasRowMajor, CblasTrans, r, c, 1.0, src, ls, dst, ld);
+  }
 }
-template double* Scratch<double>(TVec&, std::int64_t);
-template TCplx* Scratch<TCplx>(TVec&, std::int64_t);
-
-FInt* IntScratch(TVec& v, std::int64_t n) {
-  static_assert(sizeof(FInt) * 2 == sizeof(double));
-  return reinterpret_cast<FInt*>(Scratch<double>(v, (n + 1) / 2));
-}
+template void TransposeCopy<double>(std::int64_t, std::int64_t, const double*, std::int64_t, double*, std::int64_t,
+                                    bool);
+template void TransposeCopy<TCplx>(std::int64_t, std::int64_t, const TCplx*, std::int64_t, TCplx*, std::int64_t, bool);
 
 }  // namespace quorel::detail::lapack

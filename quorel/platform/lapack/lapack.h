@@ -2,16 +2,16 @@
 // One chooser per BLAS/LAPACK routine family: `getrf<T>` calls dgetrf for T = double and zgetrf for
 // T = TCplx, so real and complex paths are written once. The choosers take sizes as FInt (convert
 // with ToFInt, which refuses what the Fortran integer cannot hold), pass the hidden character
-// lengths, run the workspace query of the drivers that have one, borrow every work array from the
-// object cache, and return LAPACK's `info`. Nothing here checks arguments or raises on `info`:
-// turning `info` into the library's messages is the caller's (see dense/detail/lapack_messages.h).
+// lengths, run the workspace query of the drivers that have one, borrow every work array from a
+// scratch arena (work_arena.h), and return LAPACK's `info`. Nothing here checks arguments or raises on `info`:
+// turning `info` into the library's messages is the caller's (see dense/detail/lapack_util.h).
 
 #include <cstdint>
 #include <type_traits>
 
-#include "quorel/objects/controller.h"
 #include "quorel/objects/detail/kind.h"
 #include "quorel/platform/lapack/symbols.h"
+#include "quorel/platform/lapack/work_arena.h"
 
 namespace quorel::detail::lapack {
 
@@ -21,11 +21,12 @@ inline constexpr bool kComplex = std::is_same_v<T, TCplx>;
 /// `value` as the Fortran integer; raises "LAPACK: dimension exceeds the integer range" otherwise.
 FInt ToFInt(std::int64_t value);
 
-/// `n` elements of T (at least one) in the cached vector `v`.
+/// dst(j, i) := src(i, j) (conjugated when `conjugate`) for the rows x cols row-major src with
+/// leading dimension lds into dst with leading dimension ldd: a row-major matrix to the column-major
+/// layout LAPACK reads, or back.
 template <Element T>
-T* Scratch(TVec& v, std::int64_t n);
-/// `n` Fortran integers (at least one) in the cached vector `v`.
-FInt* IntScratch(TVec& v, std::int64_t n);
+void TransposeCopy(std::int64_t rows, std::int64_t cols, const T* src, std::int64_t lds, T* dst, std::int64_t ldd,
+                   bool conjugate = false);
 
 /// Runs `call(work, lwork)` twice: first as a workspace query (lwork = -1), then with a work
 /// array of the size LAPACK asked for. Returns the `info` of the failing or the second call.
@@ -37,16 +38,16 @@ FInt Queried(Call&& call) {
   double want;
   if constexpr (kComplex<T>) want = size.Re; else want = size;
   const FInt lwork = ToFInt(static_cast<std::int64_t>(want) < 1 ? 1 : static_cast<std::int64_t>(want));
-  TWorkVec w;
-  return call(Scratch<T>(*w, lwork), lwork);
+  TLapackWork w;
+  return call(w.Take<T>(lwork), lwork);
 }
 
 /// Scratch for the condition and refinement routines: `work` of 4n T, `aux` of 2n reals (the
 /// real routines' integer work, the complex routines' real work).
 template <Element T>
 struct AuxWork {
-  explicit AuxWork(FInt n) : work(Scratch<T>(*w_, 4 * std::int64_t{n})), aux(Scratch<double>(*a_, 2 * std::int64_t{n})) {}
-  TWorkVec w_, a_;
+  explicit AuxWork(FInt n) : work(w_.Take<T>(4 * std::int64_t{n})), aux(w_.Take<double>(2 * std::int64_t{n})) {}
+  TLapackWork w_;
   T* work;
   double* aux;
   FInt* iwork() const { return reinterpret_cast<FInt*>(aux); }

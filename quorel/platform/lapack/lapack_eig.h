@@ -37,8 +37,8 @@ FInt orgtr(char uplo, FInt n, T* a, FInt lda, const T* tau) {
 template <Element T>
 FInt pteqr(char compz, FInt n, double* d, double* e, T* z, FInt ldz) {
   FInt info = 0;
-  TWorkVec w;
-  double* work = Scratch<double>(*w, 4 * std::int64_t{n});
+  TLapackWork w;
+  double* work = w.Take<double>(4 * std::int64_t{n});
   if constexpr (kComplex<T>) zpteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
   else dpteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
   return info;
@@ -51,8 +51,8 @@ inline FInt sterf(FInt n, double* d, double* e) {
 template <Element T>
 FInt steqr(char compz, FInt n, double* d, double* e, T* z, FInt ldz) {
   FInt info = 0;
-  TWorkVec w;
-  double* work = Scratch<double>(*w, 2 * std::int64_t{n});
+  TLapackWork w;
+  double* work = w.Take<double>(2 * std::int64_t{n});
   if constexpr (kComplex<T>) zsteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
   else dsteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
   return info;
@@ -92,8 +92,8 @@ FInt hseqr(char job, char compz, FInt n, FInt ilo, FInt ihi, T* h, FInt ldh, TCp
       return info;
     });
   } else {
-    TWorkVec parts;
-    double* wr = Scratch<double>(*parts, 2 * std::int64_t{n});
+    TLapackWork parts;
+    double* wr = parts.Take<double>(2 * std::int64_t{n});
     double* wi = wr + n;
     const FInt info = Queried<T>([&](T* work, FInt lwork) {
       FInt i = 0;
@@ -120,16 +120,16 @@ FInt geev(FInt n, T* a, FInt lda, TCplx* w, T* vl, FInt ldvl, T* vr, FInt ldvr) 
   if (!vl) vl = &dummy;
   if (!vr) vr = &dummy;
   if constexpr (kComplex<T>) {
-    TWorkVec rw;
-    double* rwork = Scratch<double>(*rw, 2 * std::int64_t{n});
+    TLapackWork rw;
+    double* rwork = rw.Take<double>(2 * std::int64_t{n});
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
       zgeev_(&jl, &jr, &n, a, &lda, w, vl, &ldvl, vr, &ldvr, work, &lwork, rwork, &info, 1, 1);
       return info;
     });
   } else {
-    TWorkVec parts;
-    double* wr = Scratch<double>(*parts, 2 * std::int64_t{n});
+    TLapackWork parts;
+    double* wr = parts.Take<double>(2 * std::int64_t{n});
     double* wi = wr + n;
     const FInt info = Queried<T>([&](T* work, FInt lwork) {
       FInt i = 0;
@@ -163,8 +163,8 @@ template <Element T>
 FInt bdsqr(char uplo, FInt n, double* d, double* e) {
   FInt info = 0, zero = 0, one = 1;
   T dummy{};
-  TWorkVec w;
-  double* work = Scratch<double>(*w, 4 * std::int64_t{n});
+  TLapackWork w;
+  double* work = w.Take<double>(4 * std::int64_t{n});
   if constexpr (kComplex<T>)
     zbdsqr_(&uplo, &n, &zero, &zero, &zero, d, e, &dummy, &one, &dummy, &one, &dummy, &one, work, &info, 1);
   else dbdsqr_(&uplo, &n, &zero, &zero, &zero, d, e, &dummy, &one, &dummy, &one, &dummy, &one, work, &info, 1);
@@ -174,11 +174,11 @@ FInt bdsqr(char uplo, FInt n, double* d, double* e) {
 template <Element T>
 FInt gesdd(char jobz, FInt m, FInt n, T* a, FInt lda, double* s, T* u, FInt ldu, T* vt, FInt ldvt) {
   const std::int64_t mn = std::min(m, n), mx = std::max(m, n);
-  TWorkVec iw, rw;
-  FInt* iwork = IntScratch(*iw, 8 * mn);
+  TLapackWork w;
+  FInt* iwork = w.TakeInt(8 * mn);
   if constexpr (kComplex<T>) {
     const std::int64_t lr = jobz == 'N' ? 7 * mn : mn * std::max(5 * mn + 7, 2 * mx + 2 * mn + 1);
-    double* rwork = Scratch<double>(*rw, lr);
+    double* rwork = w.Take<double>(lr);
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
       zgesdd_(&jobz, &m, &n, a, &lda, s, u, &ldu, vt, &ldvt, work, &lwork, rwork, iwork, &info, 1);
@@ -202,9 +202,9 @@ FInt gelsd(FInt m, FInt n, FInt nrhs, T* a, FInt lda, T* b, FInt ldb, double* s,
   if constexpr (kComplex<T>) zgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, &wq, &query, &rq, &iq, &info);
   else dgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, &wq, &query, &iq, &info);
   if (info != 0) return info;
-  TWorkVec iw, rw;
-  FInt* iwork = IntScratch(*iw, std::max<FInt>(iq, 1));
-  double* rwork = Scratch<double>(*rw, static_cast<std::int64_t>(rq));
+  TLapackWork w;
+  FInt* iwork = w.TakeInt(std::max<FInt>(iq, 1));
+  double* rwork = w.Take<double>(static_cast<std::int64_t>(rq));
   return Queried<T>([&](T* work, FInt lwork) {
     FInt i = 0;
     if constexpr (kComplex<T>) zgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, work, &lwork, rwork, iwork, &i);
