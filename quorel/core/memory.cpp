@@ -1,32 +1,19 @@
 #include "quorel/core/memory.h"
 
-#include <sys/mman.h>
-
-#include <cstring>
+#include <cstdlib>
 
 namespace quorel {
 
-namespace {
-// The mapping length is kept in front of the block so that freeing needs only the pointer.
-constexpr std::size_t kHeader = 64;
-}  // namespace
-
+// The process heap stands in for the system's global heap: a block freed and taken again at the
+// same size is reused instead of being mapped afresh, so a temporary large object does not pay
+// a page fault per page on every use. Very large blocks still get their own mapping from malloc.
 void* GlobalAllocUnmanaged(std::intptr_t size) {
   if (size < 1) return nullptr;
-  std::size_t total = static_cast<std::size_t>(size) + kHeader;
-  void* map = ::mmap(nullptr, total, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (map == MAP_FAILED) return nullptr;
-  std::memcpy(map, &total, sizeof total);
-  return static_cast<char*>(map) + kHeader;
+  return std::malloc(static_cast<std::size_t>(size));
 }
 
 void GlobalFreeUnmanaged(void*& p) {
-  if (p != nullptr) {
-    char* map = static_cast<char*>(p) - kHeader;
-    std::size_t total;
-    std::memcpy(&total, map, sizeof total);
-    ::munmap(map, total);
-  }
+  std::free(p);
   p = nullptr;
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// Raw memory helpers: the page allocator for large blocks and the 32-byte alignment rule.
+// Raw memory helpers: the global heap for large blocks and the 32-byte alignment rule.
 
 #include <cstddef>
 #include <cstdint>
@@ -8,10 +8,10 @@
 
 namespace quorel {
 
-/// Blocks larger than this many bytes come from the page allocator instead of the heap.
+/// Blocks larger than this many bytes come from the global heap (GlobalAllocUnmanaged).
 inline constexpr std::size_t HeapBlockLimit = 65536;
 
-/// A block of `size` bytes from the page allocator; nullptr when size < 1 or on failure.
+/// A block of `size` bytes from the global heap; nullptr when size < 1 or on failure.
 void* GlobalAllocUnmanaged(std::intptr_t size);
 /// Frees a block of GlobalAllocUnmanaged when p is not null; always sets p to null.
 void GlobalFreeUnmanaged(void*& p);
