@@ -37,7 +37,6 @@ TEST(MtxShape, ComplexSwitchReinterpretsRows) {
   m.set_Complex(true);
   EXPECT_EQ(m.Rows(), 2);
   EXPECT_EQ(m.Cols(), 2);
-  EXPECT_EQ(m.Length(), 4);
   EXPECT_EQ(m.CValues(1, 0), (TCplx{5, 6}));
   m.set_Complex(false);
   EXPECT_EQ(m.Cols(), 4);
@@ -94,25 +93,20 @@ TEST(MtxShape, CopiesMovesAndSettings) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.Assign(c); }), "Mtx = Self");
 }
 
+// Sqrt, promotion and complex fills keeping the shape are covered with the element-wise frame.
 TEST(MtxShape, ElementwiseMethodsKeepMatrixShape) {
-  TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
-  TMtx r;
+  const TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
+  TMtx r, s;
   r.Sqrt(a);
-  EXPECT_EQ(r.Cols(), 3);
-  EXPECT_EQ(Doubles(r), (std::vector<double>{1, 2, 3, 4, 5, 6}));
-  TMtx s;
   s.Add(a, r).Scale(2.0);  // chains stay TMtx
-  EXPECT_EQ(s.Values(1, 2), 84);
+  EXPECT_EQ(s.Cols(), 3);
+  EXPECT_EQ(Doubles(s), (std::vector<double>{4, 12, 24, 40, 60, 84}));
   // A modulus turns a complex matrix into a real one of the same shape.
   TMtx c = test::CplxMtx(1, 2, {{3, 4}, {0, -2}});
   c.Abs();
   EXPECT_FALSE(c.Complex());
   EXPECT_EQ(c.Cols(), 2);
   EXPECT_EQ(Doubles(c), (std::vector<double>{5, 2}));
-  // A complex fill of a real matrix makes it complex with the same shape.
-  a.SetVal(TCplx{1, -1});
-  EXPECT_EQ(a.Cols(), 3);
-  EXPECT_EQ(a.CValues(1, 2), (TCplx{1, -1}));
   // A vector source must match the matrix's length.
   TVec v = test::Real({1, 2});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Copy(v); }),
