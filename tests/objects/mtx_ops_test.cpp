@@ -82,8 +82,7 @@ TEST(MtxOps, ConcatSplitRoundTrip) {
 }
 
 TEST(MtxOps, BlocksRowsColumnsAndDiagonals) {
-  TMtx m(3, 4);
-  m.SetZero();
+  TMtx m(3, 4);  // sized matrices start zero
   m.Copy(Numbered(3, 3, false), 1, 1, 0, 2, 2, 2);
   EXPECT_EQ(Doubles(m), (V{0, 0, 101, 102, 0, 0, 201, 202, 0, 0, 0, 0}));
   const TVec r78 = Real({7, 8}), c56 = Real({5, 6}), six = Real({1, 2, 3, 4, 5, 6});
@@ -113,7 +112,6 @@ TEST(MtxOps, Triangles) {
 TEST(MtxOps, BandedRoundTrip) {
   // ku = 1, kl = 2 on a 5 x 5 matrix.
   TMtx a(5, 5);
-  a.SetZero();
   for (int i = 0; i < 5; ++i)
     for (int j = std::max(0, i - 2); j <= std::min(4, i + 1); ++j) a.Values(i, j) = 10 * (i + 1) + j + 1;
   int ku = -1, kl = -1;

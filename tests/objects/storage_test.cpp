@@ -74,8 +74,7 @@ TEST(Storage, CopyAndMove) {
 }
 
 TEST(Storage, SetValAndSetZeroCheckRanges) {
-  TVec v;
-  v.SetLength(4);
+  TVec v(4);
   v.SetVal(2.0).SetVal(7.0, 1, 2);
   v.SetZero(3, -1);
   EXPECT_EQ(test::Doubles(v), (std::vector<double>{2, 7, 7, 0}));

@@ -8,12 +8,7 @@ namespace {
 using test::MessageOf;
 
 // 0, 1, ..., n - 1.
-TVec Ramp(int n) {
-  TVec v;
-  v.SetLength(n);
-  for (int i = 0; i < n; ++i) v[i] = i;
-  return v;
-}
+TVec Ramp(int n) { return TVec(n).Ramp(); }
 
 TEST(SubRange, OwnStorageAndNesting) {
   TVec v = Ramp(10);

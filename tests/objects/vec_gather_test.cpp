@@ -23,11 +23,9 @@ TEST(Gather, EachFormThenItsScatterRestores) {
   };
   const Form forms[] = {{nullptr, 0, 3, 1, {11, 14}}, {&perm, 1, 0, 0, {16, 10, 13}}, {&mask, 2, 0, 0, {11, 12, 15}}};
   for (const Form& f : forms) {
-    TVec g, back;
+    TVec g, back(x.Length());
     g.Gather(x, f.indexes, f.type, f.incr, f.offset);
     EXPECT_EQ(Doubles(g), f.gathered) << f.type;
-    back.Size(x.Length(), false);
-    back.SetZero();
     back.Scatter(g, f.indexes, f.type, f.incr, f.offset);
     for (std::int32_t i = 0; i < x.Length(); ++i) {
       if (back[i] != 0) EXPECT_EQ(back[i], x[i]) << f.type << " at " << i;
