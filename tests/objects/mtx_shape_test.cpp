@@ -12,8 +12,7 @@ using test::Numbered;
 using test::RealMtx;
 
 TEST(MtxShape, SizingAndLengthRules) {
-  TMtx m;
-  m.Size(3, 4);
+  TMtx m(3, 4);
   EXPECT_EQ(m.Length(), 12);
   EXPECT_EQ(m.LeadingCols(), 4);
   EXPECT_FALSE(m.Quadratic());

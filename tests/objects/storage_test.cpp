@@ -13,8 +13,7 @@ using test::MessageOf;
 TEST(Storage, DataIsAlignedWithHeaderInFront) {
   // Blocks either side of the 64 KiB limit between heap and page allocations.
   for (std::int32_t len : {1, 7, 100, 8185, 8190, 100000}) {
-    TVec v;
-    v.SetLength(len);
+    TVec v(len);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(v.PValues1D(0)) % 32, 0u) << len;
     const auto* header = reinterpret_cast<const std::int32_t*>(v.PValues1D(0)) - 2;
     EXPECT_EQ(header[0], 1);

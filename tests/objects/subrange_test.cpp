@@ -63,8 +63,7 @@ TEST(SubRange, SelectFlagsAreMirrored) {
 
 TEST(SubRange, ViewOntoAnotherVector) {
   TVec src = Ramp(6);
-  TVec view;
-  view.SetLength(2);
+  TVec view(2);
   view.SetSubRange(src, 2, 3);
   EXPECT_EQ(view.Length(), 3);
   view[0] = 42;

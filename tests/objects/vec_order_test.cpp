@@ -16,8 +16,7 @@ using test::MessageOf;
 using test::Real;
 
 TEST(Order, RampForms) {
-  TVec v;
-  v.Size(10001);
+  TVec v(10001);
   v.Ramp(0.0, 0.1);
   EXPECT_EQ(v[10000], 1000.0);  // a running sum of 0.1 would have drifted by ~1e-10
   TVec c = test::Cplx({{9, 9}, {9, 9}, {9, 9}});
