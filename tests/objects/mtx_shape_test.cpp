@@ -12,8 +12,7 @@ using test::Numbered;
 using test::RealMtx;
 
 TEST(MtxShape, SizingAndLengthRules) {
-  TMtx m;
-  m.Size(3, 4);
+  TMtx m(3, 4);
   EXPECT_EQ(m.Length(), 12);
   EXPECT_EQ(m.LeadingCols(), 4);
   EXPECT_FALSE(m.Quadratic());
@@ -37,7 +36,6 @@ TEST(MtxShape, ComplexSwitchReinterpretsRows) {
   m.set_Complex(true);
   EXPECT_EQ(m.Rows(), 2);
   EXPECT_EQ(m.Cols(), 2);
-  EXPECT_EQ(m.Length(), 4);
   EXPECT_EQ(m.CValues(1, 0), (TCplx{5, 6}));
   m.set_Complex(false);
   EXPECT_EQ(m.Cols(), 4);
@@ -66,10 +64,8 @@ TEST(MtxShape, SubRangesOfWholeRowsKeepColumns) {
 
 TEST(MtxShape, ResizeKeepsTopLeftBlock) {
   TMtx m = Numbered(3, 4, true);
-  m.Resize(5, 2, true);
-  EXPECT_EQ(m.Rows(), 5);
-  EXPECT_EQ(m.CValues(2, 1), (TCplx{201, 2.5}));
-  EXPECT_EQ(m.CValues(4, 1), (TCplx{0, 0}));
+  EXPECT_EQ(Doubles(m.Resize(5, 2, true)),
+            (std::vector<double>{0, 0.5, 1, 0.5, 100, 0.5, 101, 1.5, 200, 0.5, 201, 2.5, 0, 0, 0, 0, 0, 0, 0, 0}));
   TMtx t;
   t.ResizeAndTranspose(Numbered(2, 3, false), 4, 3);
   EXPECT_EQ(Doubles(t), (std::vector<double>{0, 100, 0, 1, 101, 0, 2, 102, 0, 0, 0, 0}));
@@ -79,7 +75,7 @@ TEST(MtxShape, CopiesMovesAndSettings) {
   TMtx a = Numbered(2, 3, true);
   a.SetTriangleForm(tfUpper);
   a.SetSubDiag(2);
-  TMtx b(a);
+  TMtx b(a);  // copy assignment calls the same Assign
   EXPECT_EQ(b.TriangleForm(), tfUpper);
   EXPECT_EQ(b.SubDiag(), 2);
   EXPECT_EQ(Doubles(b), Doubles(a));
@@ -87,32 +83,23 @@ TEST(MtxShape, CopiesMovesAndSettings) {
   EXPECT_EQ(c.Rows(), 2);
   EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
   EXPECT_EQ(b.Rows(), 0);
-  TMtx d;
-  d = a;
-  EXPECT_EQ(d.SubDiag(), 2);
-  EXPECT_EQ(Doubles(d), Doubles(a));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.Assign(c); }), "Mtx = Self");
 }
 
+// Sqrt, promotion and complex fills keeping the shape are covered with the element-wise frame.
 TEST(MtxShape, ElementwiseMethodsKeepMatrixShape) {
-  TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
-  TMtx r;
+  const TMtx a = RealMtx(2, 3, {1, 4, 9, 16, 25, 36});
+  TMtx r, s;
   r.Sqrt(a);
-  EXPECT_EQ(r.Cols(), 3);
-  EXPECT_EQ(Doubles(r), (std::vector<double>{1, 2, 3, 4, 5, 6}));
-  TMtx s;
   s.Add(a, r).Scale(2.0);  // chains stay TMtx
-  EXPECT_EQ(s.Values(1, 2), 84);
+  EXPECT_EQ(s.Cols(), 3);
+  EXPECT_EQ(Doubles(s), (std::vector<double>{4, 12, 24, 40, 60, 84}));
   // A modulus turns a complex matrix into a real one of the same shape.
   TMtx c = test::CplxMtx(1, 2, {{3, 4}, {0, -2}});
   c.Abs();
   EXPECT_FALSE(c.Complex());
   EXPECT_EQ(c.Cols(), 2);
   EXPECT_EQ(Doubles(c), (std::vector<double>{5, 2}));
-  // A complex fill of a real matrix makes it complex with the same shape.
-  a.SetVal(TCplx{1, -1});
-  EXPECT_EQ(a.Cols(), 3);
-  EXPECT_EQ(a.CValues(1, 2), (TCplx{1, -1}));
   // A vector source must match the matrix's length.
   TVec v = test::Real({1, 2});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Copy(v); }),

@@ -8,12 +8,7 @@ namespace {
 using test::MessageOf;
 
 // 0, 1, ..., n - 1.
-TVec Ramp(int n) {
-  TVec v;
-  v.SetLength(n);
-  for (int i = 0; i < n; ++i) v[i] = i;
-  return v;
-}
+TVec Ramp(int n) { return TVec(n).Ramp(); }
 
 TEST(SubRange, OwnStorageAndNesting) {
   TVec v = Ramp(10);
@@ -68,8 +63,7 @@ TEST(SubRange, SelectFlagsAreMirrored) {
 
 TEST(SubRange, ViewOntoAnotherVector) {
   TVec src = Ramp(6);
-  TVec view;
-  view.SetLength(2);
+  TVec view(2);
   view.SetSubRange(src, 2, 3);
   EXPECT_EQ(view.Length(), 3);
   view[0] = 42;
@@ -132,22 +126,18 @@ TEST(Validate, MessagesAndMinusOneRule) {
   s.ValidateParams(2, len);
   EXPECT_EQ(len, 3);
   len = 2;
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateParams(s, 0, 0, len); }),
-            "Invalid params: X is equal to Self");
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateParams(x, 2, 0, len); }),
-            "X params out of range: XIndex: 2, Len: 2, X.Length: 3");
   EXPECT_NO_THROW(s.ValidateParams2(s, 0, 0, len));
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateParams(x, s, 0, 0, 0, len); }),
-            "Invalid params: X1 or X2 is equal to Self");
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateParams(x, x, 0, 2, 0, len); }),
-            "X2 params out of range: Index: 2, Len: 2, Length: 3");
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateRealIndexLen(4, 2); }),
-            "Index params out of range: Index: 4, RealSrcLen: 2, Self.Length: 5");
-  len = 2;
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.ValidateRealArrayIndexes(1, 2, 0, len); }),
-            "ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (1 + 2 > 2)");
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ValidateCplxArrayIndexes(0, 2, 0, len); }),
-            "ValidateCplxArrayIndexes: Self must be Complex");
+  test::ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { s.ValidateParams(s, 0, 0, len); }, "Invalid params: X is equal to Self"},
+      {[&] { s.ValidateParams(x, s, 0, 0, 0, len); }, "Invalid params: X1 or X2 is equal to Self"},
+      {[&] { s.ValidateCplxArrayIndexes(0, 2, 0, len); }, "ValidateCplxArrayIndexes: Self must be Complex"},
+  });
+  test::ExpectMessages<EQuorelRangeError>({
+      {[&] { s.ValidateParams(x, 2, 0, len); }, "X params out of range: XIndex: 2, Len: 2, X.Length: 3"},
+      {[&] { s.ValidateParams(x, x, 0, 2, 0, len); }, "X2 params out of range: Index: 2, Len: 2, Length: 3"},
+      {[&] { s.ValidateRealIndexLen(4, 2); }, "Index params out of range: Index: 4, RealSrcLen: 2, Self.Length: 5"},
+      {[&] { s.ValidateRealArrayIndexes(1, 2, 0, len); }, "ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (1 + 2 > 2)"},
+  });
   s.CondDisable();
   len = -1;
   s.ValidateParams(4, len);  // the -1 rule applies with checks off
