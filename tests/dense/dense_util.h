@@ -58,21 +58,22 @@ inline double MaxAbs(const TMtx& a) {
   return m;
 }
 
+/// a - b (complex when either is).
+inline TMtx Minus(const TMtx& a, const TMtx& b) {
+  TMtx r(a.Rows(), a.Cols(), a.Complex() || b.Complex());
+  for (int i = 0; i < a.Rows(); ++i)
+    for (int j = 0; j < a.Cols(); ++j) Put(r, i, j, Get(a, i, j) - Get(b, i, j));
+  return r;
+}
+
 /// max|a - b| / (max|a| eps n): small (a few units) when a and b agree to working precision.
 inline double Diff(const TMtx& a, const TMtx& b) {
-  double m = 0;
-  for (int i = 0; i < a.Rows(); ++i)
-    for (int j = 0; j < a.Cols(); ++j) m = std::max(m, std::abs(Get(a, i, j) - Get(b, i, j)));
-  return m / (std::max(MaxAbs(a), 1e-300) * kEps * std::max(a.Rows(), a.Cols()));
+  return MaxAbs(Minus(a, b)) / (std::max(MaxAbs(a), 1e-300) * kEps * std::max(a.Rows(), a.Cols()));
 }
 
 /// ||A X - B|| / (||A|| ||X|| eps n) with max norms.
 inline double Residual(const TMtx& a, const TMtx& x, const TMtx& b) {
-  const TMtx ax = NaiveMul(a, x);
-  double m = 0;
-  for (int i = 0; i < b.Rows(); ++i)
-    for (int j = 0; j < b.Cols(); ++j) m = std::max(m, std::abs(Get(ax, i, j) - Get(b, i, j)));
-  return m / (MaxAbs(a) * MaxAbs(x) * kEps * a.Cols());
+  return MaxAbs(Minus(NaiveMul(a, x), b)) / (MaxAbs(a) * MaxAbs(x) * kEps * a.Cols());
 }
 
 /// Tolerance of the scaled residuals above (LAPACK's own tests use 30).

@@ -170,10 +170,7 @@ TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
     TMtx g = Random(6, 4, cplx, 95), bm = Random(6, 2, cplx, 96), xm;
     EXPECT_EQ(g.SVDSolve(bm, xm, s, 1e-12), 4);
     // The residual is orthogonal to the columns: A^H (A x - b) = 0.
-    TMtx r = NaiveMul(g, xm);
-    for (int i = 0; i < 6; ++i)
-      for (int j = 0; j < 2; ++j) Put(r, i, j, Get(r, i, j) - Get(bm, i, j));
-    EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), r)), 1e-13);
+    EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), Minus(NaiveMul(g, xm), bm))), 1e-13);
   }
   TMtx xm;
   ExpectMessages<EQuorelInvalidArgument>({
@@ -220,9 +217,7 @@ TEST(LQRSolve, OverAndUnderdeterminedWithEveryOperation) {
         TMtx b = Random(oa.Rows(), 2, cplx, 112);
         a.LQRSolve(b, x, &r, op);
         ASSERT_EQ(x.Rows(), oa.Cols());
-        TMtx res = NaiveMul(oa, x);
-        for (int i = 0; i < res.Rows(); ++i)
-          for (int j = 0; j < 2; ++j) Put(res, i, j, Get(res, i, j) - Get(b, i, j));
+        const TMtx res = Minus(NaiveMul(oa, x), b);
         if (oa.Rows() > oa.Cols()) {
           EXPECT_LT(MaxAbs(NaiveMul(Op(oa, opHerm), res)), 1e-13) << cplx << op;  // normal equations
         } else {

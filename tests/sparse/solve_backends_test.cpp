@@ -52,17 +52,8 @@ TEST_F(SolveBackEnds, DefaultIterativeSolveOnLowerTriangleStorage) {
   EXPECT_LE(a.ActualIters(), 1);
 }
 
-TEST_F(SolveBackEnds, IterativeFailureIsReportedAndArgumentsRaise) {
-  convection.IterativeMethod = itmJAC;
-  convection.MaxIters = 3;
+TEST_F(SolveBackEnds, IterativeArgumentsRaise) {
   TVec b, x;
-  KnownRhs(convection, b, x);
-  convection.Solve(b, x, mtGeneral);
-  EXPECT_EQ(convection.ErrorText(), "Method failed to converge in ITMAX steps");
-  EXPECT_EQ(convection.ActualIters(), 3);
-  ASSERT_FALSE(convection.Report().empty());
-  EXPECT_EQ(convection.Report().back(), "Method failed to converge in ITMAX steps\n");
-
   KnownRhs(poisson, b, x);
   x.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> X.Length");

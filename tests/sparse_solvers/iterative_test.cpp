@@ -108,6 +108,8 @@ TEST(SparseIterative, ErrorTexts) {
   EXPECT_EQ(a.ErrorText(), "Method failed to converge in ITMAX steps");
   EXPECT_EQ(a.ActualIters(), 3);
   EXPECT_GT(a.BackError(), 1e-12);
+  ASSERT_FALSE(a.Report().empty());
+  EXPECT_EQ(a.Report().back(), "Method failed to converge in ITMAX steps\n");
   // A tolerance below roundoff is raised to 500 eps; the solve still finishes.
   Iterate(a, full, itmICCG, 1e-20, 500);
   EXPECT_EQ(a.ErrorText(), "User error tolerance set too tight. Reset to 500.0*D1MACH(3). Iteration proceeded.");
