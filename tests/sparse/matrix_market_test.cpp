@@ -137,13 +137,7 @@ TEST(MatrixMarketWrite, TextAndFileReadBack) {
     EXPECT_TRUE(b.Equal(a)) << name;
   }
   std::filesystem::remove(file);
-
-  // The Harwell-Boeing entry points stay placeholders.
-  id.SaveToHarwellBoeingFile(file);
-  EXPECT_EQ(std::filesystem::file_size(file), 0u);
-  id.LoadFromHarwellBoeingFile(file);
-  EXPECT_EQ(id.NonZeros(), 2);
-  std::filesystem::remove(file);
+  // The Harwell-Boeing reader is a placeholder, but still checks the file.
   EXPECT_RAISES(id.LoadFromHarwellBoeingFile(file), "File " + file + " does not exist!");
 }
 

@@ -1,3 +1,5 @@
+#include <array>
+
 #include "sparse_test_util.h"
 #include "support/values.h"
 
@@ -27,8 +29,7 @@ TEST(SparseSolveUmfPack, MatrixRightHandSidesAndAliasing) {
   for (int i = 0; i < 67; ++i)
     for (int j = 0; j < 3; ++j) b.Values(i, j) = std::cos(i + 7.0 * j);
   a.SolveUmfPack(b, x);
-  EXPECT_EQ(x.Rows(), 67);
-  EXPECT_EQ(x.Cols(), 3);
+  EXPECT_EQ((std::array{x.Rows(), x.Cols()}), (std::array{67, 3}));
   EXPECT_LT(a.ResidualNorm(b, x), 1e-10);
 
   TVec v, w;

@@ -1,3 +1,4 @@
+#include <array>
 #include <numeric>
 
 #include "sparse_test_util.h"
@@ -75,8 +76,7 @@ TEST(SparseTriplets, MatrixFormsRoundTripRealAndComplex) {
 
   a.SparseToTriplets(t, true);
   EXPECT_FALSE(t.Complex());
-  EXPECT_EQ(t.Rows(), 4);
-  EXPECT_EQ(t.Cols(), a.NonZeros());
+  EXPECT_EQ((std::array{t.Rows(), t.Cols()}), (std::array{4, a.NonZeros()}));
   EXPECT_EQ(t.Values(3, 0), a.CValues()[0].Im);
 
   TDoubleArray re;
@@ -96,17 +96,13 @@ TEST(SparseElementWrites, FlushTakesTheExtentsWrittenAndReadsWaitForIt) {
   TSparseMtx b;
   EXPECT_RAISES(b.Mul(a, a), "Call TripletsToSparseAndFlush first!");
   a.TripletsToSparseAndFlush();
-  EXPECT_EQ(a.Rows(), 3);
-  EXPECT_EQ(a.Cols(), 4);
-  EXPECT_EQ(a.NonZeros(), 1);
+  EXPECT_EQ((std::array{a.Rows(), a.Cols(), a.NonZeros(), a.PendingCount()}), (std::array{3, 4, 1, 0}));
   EXPECT_EQ(a.GetValue(2, 3), 1.0);
-  EXPECT_EQ(a.PendingCount(), 0);
 
   // Beyond the first buffer, with repeated positions summed.
   for (int k = 0; k < 3000; ++k) a.SetValue(k % 50, k % 7, 1.0);
   a.TripletsToSparseAndFlush();
-  EXPECT_EQ(a.Rows(), 50);
-  EXPECT_EQ(a.Cols(), 7);
+  EXPECT_EQ((std::array{a.Rows(), a.Cols()}), (std::array{50, 7}));
   EXPECT_EQ(std::accumulate(a.Values().begin(), a.Values().end(), 0.0), 3000.0);
 
   EXPECT_RAISES(a.GetValue(0, 7), "ACol > (FCols-1)");
@@ -148,8 +144,7 @@ TEST(SparseConversions, DenseAndBandedRoundTrips) {
   Poisson2D(t, 4);
   TMtx band;
   t.SparseToBanded(band);
-  EXPECT_EQ(band.SuperDiag(), 4);
-  EXPECT_EQ(band.SubDiag(), 4);
+  EXPECT_EQ((std::array{band.SuperDiag(), band.SubDiag()}), (std::array{4, 4}));
   TSparseMtx u;
   u.SetDontStripZeros(false);
   u.BandedToSparse(band);

@@ -171,14 +171,12 @@ TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
 }
 
 TEST(SparsePardiso, FailuresAndMessages) {
-  TSparseMtx empty, rank1, ok;
-  // Structurally singular (an empty column) and numerically singular (rank one) matrices.
+  // Structurally singular (an empty column); the numerically singular case is in solve_backends_test.
+  TSparseMtx empty, ok;
   empty.TripletsToSparse(3, 3, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
-  rank1.TripletsToSparse(2, 2, TIntegerArray{0, 0, 1, 1}, TIntegerArray{0, 1, 0, 1}, TDoubleArray{1, 2, 2, 4});
   Poisson2D(ok, 3);
-  for (TSparseMtx* a : {&empty, &rank1, &ok}) a->SparseSolver = ssPardiso;
+  for (TSparseMtx* a : {&empty, &ok}) a->SparseSolver = ssPardiso;
   EXPECT_NE(SolveChecked(empty, empty, mtGeneral, 0), "");
-  EXPECT_EQ(SolveChecked(rank1, rank1, mtGeneral, 0), "zero pivot, numerical factorization problem");
   EXPECT_EQ(SolveChecked(ok, ok, mtGeneral, 1e-14), "");
   TPardisoSettings& s = ok.Pardiso();
   EXPECT_TRUE(s.HasSolver());
