@@ -22,7 +22,7 @@ void KnownRhs(const TSparseMtx& a, TMtx& b, TMtx& x) {
 double RelativeResidual(const TSparseMtx& full, const TMtx& b, const TMtx& x) {
   double xn = 0;
   for (double v : x.Values()) xn = std::max(xn, std::abs(v));
-  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * xn);
+  return full.ResidualNorm(b, x) / (Norm2(full) * xn);
 }
 
 class SolveBackEnds : public ::testing::Test {

@@ -118,15 +118,10 @@ inline TSparseMtx& Hermitian(TSparseMtx& out, const TSparseMtx& a, double shift)
   });
 }
 
-inline double FrobeniusNorm(const TSparseMtx& a) {
+/// 2-norm of the stored values (Frobenius for a matrix).
+inline double Norm2(const TQuorel& q) {
   double s = 0;
-  for (double x : a.Values()) s += x * x;
-  return std::sqrt(s);
-}
-
-inline double Norm2(const TVec& x) {
-  double s = 0;
-  for (double v : x.Values()) s += v * v;
+  for (double v : q.Values()) s += v * v;
   return std::sqrt(s);
 }
 
@@ -150,7 +145,7 @@ inline TVec KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
 
 /// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
 inline double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
-  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x));
+  return full.ResidualNorm(b, x) / (Norm2(full) * Norm2(x));
 }
 
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {
