@@ -50,7 +50,6 @@ inline TMtx NaiveMul(const TMtx& a, const TMtx& b) {
   return r;
 }
 
-/// Largest |element|.
 inline double MaxAbs(const TMtx& a) {
   double m = 0;
   for (int i = 0; i < a.Rows(); ++i)
@@ -126,8 +125,7 @@ inline TMtx Mtx(bool complex, int rows, int cols, std::initializer_list<double> 
   return m;
 }
 
-/// a with `value` in the triangle opposite to `tf` (diagonal excluded) and TriangleForm tf: what
-/// a one-triangle type must not read.
+/// a with `value` in the triangle a TriangleForm tf type must not read.
 inline TMtx Dirty(TMtx a, TTriangleForm tf, C value) {
   for (int i = 0; i < a.Rows(); ++i)
     for (int j = 0; j < a.Cols(); ++j)
@@ -148,7 +146,6 @@ inline TVec RandomVec(int n, bool complex, unsigned seed) {
   return v;
 }
 
-/// The identity.
 inline TMtx Eye(int n, bool complex) {
   TMtx r(n, n, complex);
   r.Eye();
@@ -163,7 +160,6 @@ inline std::vector<double> Sorted(const TVec& v) {
   return r;
 }
 
-/// Hilbert matrix.
 inline TMtx Hilbert(int n) {
   TMtx a(n, n, false);
   for (int i = 0; i < n; ++i)

@@ -74,8 +74,7 @@ TEST_F(SolveBackEnds, IterativeArgumentsRaise) {
   EXPECT_RAISES(poisson.Solve(bm, xm, mtGeneral), "B.Length <> X.Length");
 }
 
-// Each back end solves vector and matrix right-hand sides (Cholesky LU goes to the sparse LU
-// back end and accepts a general matrix).
+// Each back end solves vector and matrix right-hand sides (Taucs LU takes a general matrix).
 TEST_F(SolveBackEnds, VectorAndMatrixRightHandSides) {
   struct Case {
     TSparseMtx* a;

@@ -94,8 +94,7 @@ TSparseMtx& Mapped(TSparseMtx& out, const TSparseMtx& a, F f) {
   return out.TripletsToSparse(a.Rows(), a.Cols(), r, c, std::span<const T>(v));
 }
 
-/// Swaps rows 2k and 2k+1 (an even row count): a zero-free but weak diagonal that a solver
-/// without pivoting handles badly.
+/// Swaps rows 2k and 2k+1: a weak diagonal that a solver without pivoting handles badly.
 inline void SwapRowPairs(TSparseMtx& a) {
   TIntegerArray r, c;
   TDoubleArray v;
@@ -104,14 +103,12 @@ inline void SwapRowPairs(TSparseMtx& a) {
   a.TripletsToSparse(a.Rows(), a.Cols(), r, c, v);
 }
 
-/// A real matrix with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is
-/// indefinite).
+/// A with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is indefinite).
 inline TSparseMtx& Shifted(TSparseMtx& out, const TSparseMtx& a, double shift) {
   return Mapped(out, a, [=](int i, int j, double v) { return i == j ? v - shift : v; });
 }
 
-/// Hermitian: A's values (diagonal less `shift`) with imaginary parts +0.3 below and -0.3 above
-/// the diagonal.
+/// Hermitian: A's values, diagonal less `shift`, imaginary +0.3 below and -0.3 above it.
 inline TSparseMtx& Hermitian(TSparseMtx& out, const TSparseMtx& a, double shift) {
   return Mapped(out, a, [=](int i, int j, double v) {
     return TCplx{i == j ? v - shift : v, i > j ? 0.3 : i < j ? -0.3 : 0.0};

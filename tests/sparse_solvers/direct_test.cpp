@@ -33,8 +33,7 @@ class DirectBackEnds : public ::testing::Test {
   TSparseMtx poisson, lower, herm, hermLower;
 };
 
-// Every Cholesky variant on Poisson and on a Hermitian matrix, stored as lower triangles; the
-// factor stays in the settings until FreeTaucs.
+// Every Cholesky variant on lower triangles; the factor is held until FreeTaucs.
 TEST_F(DirectBackEnds, CholeskyVariantsSolve) {
   for (TTaucsFactorization f : {tfCholesky, tfLDL, tfMultiFrontal, tfLeftLooking})
     for (TTaucsReordering r : {tpMETIS, tpAMD, tpIdentity})
@@ -136,8 +135,7 @@ TEST_F(DirectBackEnds, OutOfCoreUsesTheWorkingFolder) {
   fs::remove_all(dir);
 }
 
-// Each matrix type on a matrix of its kind, the symmetric and Hermitian ones from their lower
-// triangle (complex values interleaved), with both orderings.
+// Each matrix type on a matrix of its kind (symmetric ones as lower triangles), both orderings.
 TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
   TSparseMtx ind, indLower, hermInd, hermIndLower, csym, csymLower, swapped, cuns, convection;
   indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
@@ -161,8 +159,7 @@ TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
       ASSERT_GE(tri->Report().size(), 6u);
       EXPECT_EQ(tri->Report()[4], "Number of nonzeros on the factors: " + std::to_string(tri->Pardiso().Iparm[17]));
     }
-  // A symmetric type reads the lower triangle only, so full storage gives the same answer; the
-  // refinement step is counted in the report.
+  // Symmetric types read only the lower triangle; refinement steps are reported.
   ind.SparseSolver = ssPardiso;
   ind.Pardiso().IterativeStep = piCG;
   EXPECT_EQ(SolveChecked(ind, ind, mtSymmetric, 1e-14), "");
