@@ -50,7 +50,6 @@ inline TMtx NaiveMul(const TMtx& a, const TMtx& b) {
   return r;
 }
 
-/// Largest |element|.
 inline double MaxAbs(const TMtx& a) {
   double m = 0;
   for (int i = 0; i < a.Rows(); ++i)
@@ -58,21 +57,22 @@ inline double MaxAbs(const TMtx& a) {
   return m;
 }
 
+/// a - b (complex when either is).
+inline TMtx Minus(const TMtx& a, const TMtx& b) {
+  TMtx r(a.Rows(), a.Cols(), a.Complex() || b.Complex());
+  for (int i = 0; i < a.Rows(); ++i)
+    for (int j = 0; j < a.Cols(); ++j) Put(r, i, j, Get(a, i, j) - Get(b, i, j));
+  return r;
+}
+
 /// max|a - b| / (max|a| eps n): small (a few units) when a and b agree to working precision.
 inline double Diff(const TMtx& a, const TMtx& b) {
-  double m = 0;
-  for (int i = 0; i < a.Rows(); ++i)
-    for (int j = 0; j < a.Cols(); ++j) m = std::max(m, std::abs(Get(a, i, j) - Get(b, i, j)));
-  return m / (std::max(MaxAbs(a), 1e-300) * kEps * std::max(a.Rows(), a.Cols()));
+  return MaxAbs(Minus(a, b)) / (std::max(MaxAbs(a), 1e-300) * kEps * std::max(a.Rows(), a.Cols()));
 }
 
 /// ||A X - B|| / (||A|| ||X|| eps n) with max norms.
 inline double Residual(const TMtx& a, const TMtx& x, const TMtx& b) {
-  const TMtx ax = NaiveMul(a, x);
-  double m = 0;
-  for (int i = 0; i < b.Rows(); ++i)
-    for (int j = 0; j < b.Cols(); ++j) m = std::max(m, std::abs(Get(ax, i, j) - Get(b, i, j)));
-  return m / (MaxAbs(a) * MaxAbs(x) * kEps * a.Cols());
+  return MaxAbs(Minus(NaiveMul(a, x), b)) / (MaxAbs(a) * MaxAbs(x) * kEps * a.Cols());
 }
 
 /// Tolerance of the scaled residuals above (LAPACK's own tests use 30).
@@ -125,8 +125,7 @@ inline TMtx Mtx(bool complex, int rows, int cols, std::initializer_list<double> 
   return m;
 }
 
-/// a with `value` in the triangle opposite to `tf` (diagonal excluded) and TriangleForm tf: what
-/// a one-triangle type must not read.
+/// a with `value` in the triangle a TriangleForm tf type must not read.
 inline TMtx Dirty(TMtx a, TTriangleForm tf, C value) {
   for (int i = 0; i < a.Rows(); ++i)
     for (int j = 0; j < a.Cols(); ++j)
@@ -147,7 +146,6 @@ inline TVec RandomVec(int n, bool complex, unsigned seed) {
   return v;
 }
 
-/// The identity.
 inline TMtx Eye(int n, bool complex) {
   TMtx r(n, n, complex);
   r.Eye();
@@ -162,7 +160,6 @@ inline std::vector<double> Sorted(const TVec& v) {
   return r;
 }
 
-/// Hilbert matrix.
 inline TMtx Hilbert(int n) {
   TMtx a(n, n, false);
   for (int i = 0; i < n; ++i)

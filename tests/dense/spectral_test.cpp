@@ -170,10 +170,7 @@ TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
     TMtx g = Random(6, 4, cplx, 95), bm = Random(6, 2, cplx, 96), xm;
     EXPECT_EQ(g.SVDSolve(bm, xm, s, 1e-12), 4);
     // The residual is orthogonal to the columns: A^H (A x - b) = 0.
-    TMtx r = NaiveMul(g, xm);
-    for (int i = 0; i < 6; ++i)
-      for (int j = 0; j < 2; ++j) Put(r, i, j, Get(r, i, j) - Get(bm, i, j));
-    EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), r)), 1e-13);
+    EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), Minus(NaiveMul(g, xm), bm))), 1e-13);
   }
   TMtx xm;
   ExpectMessages<EQuorelInvalidArgument>({
@@ -184,26 +181,23 @@ TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
 }
 
 TEST(LQR, TallTakesQRAndWideTakesLQ) {
-  for (bool cplx : {false, true}) {
-    TMtx tall = Random(6, 4, cplx, 101), q, r, l;
-    tall.LQR(nullptr, &q, &r);
-    ASSERT_EQ((std::array{q.Rows(), q.Cols(), r.Rows()}), (std::array{6, 6, 6}));
-    EXPECT_LT(Diff(tall, NaiveMul(q, r)), 8) << cplx;
-    EXPECT_LT(Diff(Eye(6, cplx), NaiveMul(Op(q, opHerm), q)), 8);
-    tall.LMinQR(nullptr, &q, &r);
-    ASSERT_EQ((std::array{q.Cols(), r.Rows()}), (std::array{4, 4}));
-    EXPECT_EQ(Get(r, 3, 0), C(0));
-    EXPECT_LT(Diff(tall, NaiveMul(q, r)), 8);
-
-    TMtx wide = Random(3, 5, cplx, 102);
-    wide.LQR(&l, &q, nullptr);
-    ASSERT_EQ((std::array{l.Rows(), l.Cols(), q.Rows()}), (std::array{3, 5, 5}));
-    EXPECT_LT(Diff(wide, NaiveMul(l, q)), 8) << cplx;
-    wide.LMinQR(&l, &q, nullptr);
-    ASSERT_EQ((std::array{l.Cols(), q.Rows()}), (std::array{3, 3}));
-    EXPECT_EQ(Get(l, 0, 2), C(0));
-    EXPECT_LT(Diff(wide, NaiveMul(l, q)), 8);
-  }
+  // Tall: A = Q R; wide: A = L Q; the Min forms are economy sized. Q is orthonormal along the
+  // shared dimension, and R (L) is zero below (above) its diagonal.
+  for (bool cplx : {false, true})
+    for (auto [m, n] : {std::pair{6, 4}, std::pair{3, 5}})
+      for (bool economy : {false, true}) {
+        SCOPED_TRACE(::testing::Message() << cplx << " " << m << "x" << n << " " << economy);
+        const bool tall = m > n;
+        const int inner = economy ? std::min(m, n) : std::max(m, n);
+        TMtx a = Random(m, n, cplx, tall ? 101 : 102), q, f;  // f: R or L
+        TMtx *l = tall ? nullptr : &f, *r = tall ? &f : nullptr;
+        if (economy) a.LMinQR(l, &q, r);
+        else a.LQR(l, &q, r);
+        ASSERT_EQ((std::array{tall ? q.Cols() : q.Rows(), tall ? f.Rows() : f.Cols()}), (std::array{inner, inner}));
+        EXPECT_LT(Diff(a, tall ? NaiveMul(q, f) : NaiveMul(f, q)), 8);
+        EXPECT_LT(Diff(Eye(inner, cplx), tall ? NaiveMul(Op(q, opHerm), q) : NaiveMul(q, Op(q, opHerm))), 8);
+        EXPECT_EQ(tall ? Get(f, inner - 1, 0) : Get(f, 0, inner - 1), C(0));
+      }
   TMtx a = Random(2, 2, false, 1), q;
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.LQR(nullptr, &a, nullptr); }, "Q=Self"},
@@ -220,9 +214,7 @@ TEST(LQRSolve, OverAndUnderdeterminedWithEveryOperation) {
         TMtx b = Random(oa.Rows(), 2, cplx, 112);
         a.LQRSolve(b, x, &r, op);
         ASSERT_EQ(x.Rows(), oa.Cols());
-        TMtx res = NaiveMul(oa, x);
-        for (int i = 0; i < res.Rows(); ++i)
-          for (int j = 0; j < 2; ++j) Put(res, i, j, Get(res, i, j) - Get(b, i, j));
+        const TMtx res = Minus(NaiveMul(oa, x), b);
         if (oa.Rows() > oa.Cols()) {
           EXPECT_LT(MaxAbs(NaiveMul(Op(oa, opHerm), res)), 1e-13) << cplx << op;  // normal equations
         } else {

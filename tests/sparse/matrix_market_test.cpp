@@ -61,10 +61,7 @@ TEST(MatrixMarketRead, SymmetryExpansion) {
   // A packed symmetric array lists the lower triangle column by column.
   TSparseMtx s;
   s.LoadFromMatrixMarketFile(MatrixFile("fullrsa.mtx"));
-  EXPECT_EQ(s.GetValue(0, 0), 1.3);
-  EXPECT_EQ(s.GetValue(1, 0), 3.4);
-  EXPECT_EQ(s.GetValue(0, 1), 3.4);
-  EXPECT_EQ(s.GetValue(1, 1), 7.7);
+  EXPECT_EQ(Dense(s), (std::vector<std::vector<TCplx>>{{{1.3, 0}, {3.4, 0}}, {{3.4, 0}, {7.7, 0}}}));
 
   TSparseMtx p;
   p.StringsToValues(Lines({"%%MatrixMarket matrix coordinate pattern symmetric", "% a", "%b", "3 3 2", "1 1", "3 2"}),
@@ -140,13 +137,7 @@ TEST(MatrixMarketWrite, TextAndFileReadBack) {
     EXPECT_TRUE(b.Equal(a)) << name;
   }
   std::filesystem::remove(file);
-
-  // The Harwell-Boeing entry points stay placeholders.
-  id.SaveToHarwellBoeingFile(file);
-  EXPECT_EQ(std::filesystem::file_size(file), 0u);
-  id.LoadFromHarwellBoeingFile(file);
-  EXPECT_EQ(id.NonZeros(), 2);
-  std::filesystem::remove(file);
+  // The Harwell-Boeing reader is a placeholder, but still checks the file.
   EXPECT_RAISES(id.LoadFromHarwellBoeingFile(file), "File " + file + " does not exist!");
 }
 

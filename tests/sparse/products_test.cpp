@@ -1,3 +1,5 @@
+#include <array>
+
 #include "sparse_test_util.h"
 
 namespace quorel::test {
@@ -30,8 +32,7 @@ TEST(SparseProducts, MulMatchesDenseForEveryMixOfRealAndComplex) {
       RandomPattern(c, 7, 6, 0.3, cc, 2);
       p.Mul(b, c);
       EXPECT_EQ(p.Complex(), cb || cc);
-      EXPECT_EQ(p.Rows(), 9);
-      EXPECT_EQ(p.Cols(), 6);
+      EXPECT_EQ((std::array{p.Rows(), p.Cols()}), (std::array{9, 6}));
       ExpectNear(Dense(p), DenseMul(Dense(b), Dense(c)));
     }
 }

@@ -22,7 +22,7 @@ void KnownRhs(const TSparseMtx& a, TMtx& b, TMtx& x) {
 double RelativeResidual(const TSparseMtx& full, const TMtx& b, const TMtx& x) {
   double xn = 0;
   for (double v : x.Values()) xn = std::max(xn, std::abs(v));
-  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * xn);
+  return full.ResidualNorm(b, x) / (Norm2(full) * xn);
 }
 
 class SolveBackEnds : public ::testing::Test {
@@ -52,17 +52,8 @@ TEST_F(SolveBackEnds, DefaultIterativeSolveOnLowerTriangleStorage) {
   EXPECT_LE(a.ActualIters(), 1);
 }
 
-TEST_F(SolveBackEnds, IterativeFailureIsReportedAndArgumentsRaise) {
-  convection.IterativeMethod = itmJAC;
-  convection.MaxIters = 3;
+TEST_F(SolveBackEnds, IterativeArgumentsRaise) {
   TVec b, x;
-  KnownRhs(convection, b, x);
-  convection.Solve(b, x, mtGeneral);
-  EXPECT_EQ(convection.ErrorText(), "Method failed to converge in ITMAX steps");
-  EXPECT_EQ(convection.ActualIters(), 3);
-  ASSERT_FALSE(convection.Report().empty());
-  EXPECT_EQ(convection.Report().back(), "Method failed to converge in ITMAX steps\n");
-
   KnownRhs(poisson, b, x);
   x.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> X.Length");
@@ -83,8 +74,7 @@ TEST_F(SolveBackEnds, IterativeFailureIsReportedAndArgumentsRaise) {
   EXPECT_RAISES(poisson.Solve(bm, xm, mtGeneral), "B.Length <> X.Length");
 }
 
-// Each back end solves vector and matrix right-hand sides (Cholesky LU goes to the sparse LU
-// back end and accepts a general matrix).
+// Each back end solves vector and matrix right-hand sides (Taucs LU takes a general matrix).
 TEST_F(SolveBackEnds, VectorAndMatrixRightHandSides) {
   struct Case {
     TSparseMtx* a;
@@ -166,18 +156,12 @@ TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
   b.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> Rows");
 
-  // Cholesky of a general matrix, and of an indefinite one: reported, X unchanged, no raise.
+  // Cholesky of a general matrix: reported, X unchanged, no raise (indefinite: direct_test).
   KnownRhs(poisson, b, x);
   x[0] = 42;
   poisson.Solve(b, x, mtGeneral);
   EXPECT_EQ(poisson.ErrorText(), "The parameters passed to the routine are invalid.");
   EXPECT_EQ(poisson.ErrorText(), poisson.Taucs().ErrorText());
-  TSparseMtx neg;
-  neg.Copy(lower);
-  neg.Values()[0] = -4;
-  neg.SparseSolver = ssTaucs;
-  neg.Solve(b, x, mtSymmPosDef);
-  EXPECT_EQ(neg.ErrorText(), "Input matrix is not positive definite.");
   EXPECT_EQ(x[0], 42);
 }
 

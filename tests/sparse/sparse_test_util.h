@@ -94,8 +94,7 @@ TSparseMtx& Mapped(TSparseMtx& out, const TSparseMtx& a, F f) {
   return out.TripletsToSparse(a.Rows(), a.Cols(), r, c, std::span<const T>(v));
 }
 
-/// Swaps rows 2k and 2k+1 (an even row count): a zero-free but weak diagonal that a solver
-/// without pivoting handles badly.
+/// Swaps rows 2k and 2k+1: a weak diagonal that a solver without pivoting handles badly.
 inline void SwapRowPairs(TSparseMtx& a) {
   TIntegerArray r, c;
   TDoubleArray v;
@@ -104,29 +103,22 @@ inline void SwapRowPairs(TSparseMtx& a) {
   a.TripletsToSparse(a.Rows(), a.Cols(), r, c, v);
 }
 
-/// A real matrix with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is
-/// indefinite).
+/// A with `shift` subtracted from its diagonal (Poisson shifted into its spectrum is indefinite).
 inline TSparseMtx& Shifted(TSparseMtx& out, const TSparseMtx& a, double shift) {
   return Mapped(out, a, [=](int i, int j, double v) { return i == j ? v - shift : v; });
 }
 
-/// Hermitian: A's values (diagonal less `shift`) with imaginary parts +0.3 below and -0.3 above
-/// the diagonal.
+/// Hermitian: A's values, diagonal less `shift`, imaginary +0.3 below and -0.3 above it.
 inline TSparseMtx& Hermitian(TSparseMtx& out, const TSparseMtx& a, double shift) {
   return Mapped(out, a, [=](int i, int j, double v) {
     return TCplx{i == j ? v - shift : v, i > j ? 0.3 : i < j ? -0.3 : 0.0};
   });
 }
 
-inline double FrobeniusNorm(const TSparseMtx& a) {
+/// 2-norm of the stored values (Frobenius for a matrix).
+inline double Norm2(const TQuorel& q) {
   double s = 0;
-  for (double x : a.Values()) s += x * x;
-  return std::sqrt(s);
-}
-
-inline double Norm2(const TVec& x) {
-  double s = 0;
-  for (double v : x.Values()) s += v * v;
+  for (double v : q.Values()) s += v * v;
   return std::sqrt(s);
 }
 
@@ -150,7 +142,7 @@ inline TVec KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
 
 /// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
 inline double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
-  return full.ResidualNorm(b, x) / (FrobeniusNorm(full) * Norm2(x));
+  return full.ResidualNorm(b, x) / (Norm2(full) * Norm2(x));
 }
 
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {

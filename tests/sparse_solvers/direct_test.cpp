@@ -13,12 +13,14 @@
 namespace quorel::test {
 namespace {
 
-/// Solves with `tri` (the stored form) and checks the residual against `full`; returns the text.
+/// Solves with `tri` (the stored form) and checks the residual against `full`, or on a failure
+/// that X kept its zeros; returns the text.
 std::string SolveChecked(TSparseMtx& tri, const TSparseMtx& full, TMtxType type, double bound) {
   TVec b, x;
   KnownRhs(full, b, x);
   tri.Solve(b, x, type);
   if (tri.ErrorText().empty()) EXPECT_LT(RelativeResidual(full, b, x), bound) << int(type);
+  else EXPECT_EQ(Norm2(x), 0.0) << tri.ErrorText();
   return tri.ErrorText();
 }
 
@@ -33,8 +35,7 @@ class DirectBackEnds : public ::testing::Test {
   TSparseMtx poisson, lower, herm, hermLower;
 };
 
-// Every Cholesky variant on Poisson and on a Hermitian matrix, stored as lower triangles; the
-// factor stays in the settings until FreeTaucs.
+// Every Cholesky variant on lower triangles; the factor is held until FreeTaucs.
 TEST_F(DirectBackEnds, CholeskyVariantsSolve) {
   for (TTaucsFactorization f : {tfCholesky, tfLDL, tfMultiFrontal, tfLeftLooking})
     for (TTaucsReordering r : {tpMETIS, tpAMD, tpIdentity})
@@ -136,8 +137,7 @@ TEST_F(DirectBackEnds, OutOfCoreUsesTheWorkingFolder) {
   fs::remove_all(dir);
 }
 
-// Each matrix type on a matrix of its kind, the symmetric and Hermitian ones from their lower
-// triangle (complex values interleaved), with both orderings.
+// Each matrix type on a matrix of its kind (symmetric ones as lower triangles), both orderings.
 TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
   TSparseMtx ind, indLower, hermInd, hermIndLower, csym, csymLower, swapped, cuns, convection;
   indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
@@ -161,8 +161,7 @@ TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
       ASSERT_GE(tri->Report().size(), 6u);
       EXPECT_EQ(tri->Report()[4], "Number of nonzeros on the factors: " + std::to_string(tri->Pardiso().Iparm[17]));
     }
-  // A symmetric type reads the lower triangle only, so full storage gives the same answer; the
-  // refinement step is counted in the report.
+  // Symmetric types read only the lower triangle; refinement steps are reported.
   ind.SparseSolver = ssPardiso;
   ind.Pardiso().IterativeStep = piCG;
   EXPECT_EQ(SolveChecked(ind, ind, mtSymmetric, 1e-14), "");
@@ -171,18 +170,14 @@ TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
 }
 
 TEST(SparsePardiso, FailuresAndMessages) {
-  TSparseMtx empty, rank1, ok;
-  // Structurally singular (an empty column) and numerically singular (rank one) matrices.
+  // Structurally singular (an empty column); the numerically singular case is in solve_backends_test.
+  TSparseMtx empty, ok;
   empty.TripletsToSparse(3, 3, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});
-  rank1.TripletsToSparse(2, 2, TIntegerArray{0, 0, 1, 1}, TIntegerArray{0, 1, 0, 1}, TDoubleArray{1, 2, 2, 4});
   Poisson2D(ok, 3);
-  for (TSparseMtx* a : {&empty, &rank1, &ok}) a->SparseSolver = ssPardiso;
+  for (TSparseMtx* a : {&empty, &ok}) a->SparseSolver = ssPardiso;
   EXPECT_NE(SolveChecked(empty, empty, mtGeneral, 0), "");
-  EXPECT_EQ(SolveChecked(rank1, rank1, mtGeneral, 0), "zero pivot, numerical factorization problem");
   EXPECT_EQ(SolveChecked(ok, ok, mtGeneral, 1e-14), "");
   TPardisoSettings& s = ok.Pardiso();
-  EXPECT_EQ(s.MatrixNumber, 1);
-  EXPECT_EQ(s.MaxFactorizedMatrices, 1);
   EXPECT_TRUE(s.HasSolver());
   s.FreeMemory();
   EXPECT_FALSE(s.HasSolver());

@@ -24,8 +24,7 @@ double Iterate(TSparseMtx& a, const TSparseMtx& full, TIterativeMethod method, d
   return RelativeResidual(full, b, x);
 }
 
-// Every method reaches the tolerance on the SPD 2-D Poisson matrix, stored both ways, with
-// either stopping test; the reported error is the test's final value and the residual agrees.
+// Every method and stopping test on SPD Poisson, full and lower-triangle storage.
 TEST(SparseIterative, AllMethodsSolvePoisson) {
   TSparseMtx full, lower;
   Poisson2D(full, 12);
@@ -45,8 +44,7 @@ TEST(SparseIterative, AllMethodsSolvePoisson) {
       }
 }
 
-// Unsymmetric with a weak diagonal: the ILU Krylov methods converge (a fudged factorisation is
-// reported, not fatal).
+// Unsymmetric, weak diagonal: the ILU Krylov methods converge (a fudged ILU is not fatal).
 TEST(SparseIterative, UnsymmetricNeedsTheKrylovMethods) {
   TSparseMtx a;
   Stencil2D(a, 10, 4, -1.4, -0.6, -1, -1);
@@ -98,16 +96,16 @@ TEST(SparseIterative, IterationCountsOnPoissonMatchTheory) {
   }
 }
 
-// Error texts users meet.
 TEST(SparseIterative, ErrorTexts) {
   TSparseMtx full, a;
   Poisson2D(full, 8);
   a.LowerTriangle(full);
-  // Too few iterations.
   Iterate(a, full, itmICCG, 1e-12, 3);
   EXPECT_EQ(a.ErrorText(), "Method failed to converge in ITMAX steps");
   EXPECT_EQ(a.ActualIters(), 3);
   EXPECT_GT(a.BackError(), 1e-12);
+  ASSERT_FALSE(a.Report().empty());
+  EXPECT_EQ(a.Report().back(), "Method failed to converge in ITMAX steps\n");
   // A tolerance below roundoff is raised to 500 eps; the solve still finishes.
   Iterate(a, full, itmICCG, 1e-20, 500);
   EXPECT_EQ(a.ErrorText(), "User error tolerance set too tight. Reset to 500.0*D1MACH(3). Iteration proceeded.");
@@ -123,7 +121,6 @@ TEST(SparseIterative, ErrorTexts) {
   EXPECT_LT(Iterate(swap, swap, itmLUGMRES, 1e-12, 500), 1e-12);
   EXPECT_EQ(swap.ErrorText(),
             "Incomplete factorization broke down and was fudged. Resulting preconditioning may be less than the best.");
-  // Jacobi with a zero diagonal is bad input.
   Iterate(swap, swap, itmJAC, 1e-12, 500);
   EXPECT_EQ(swap.ErrorText(), "Error in user input. Check input value of N, ITOL");
   // Texts of codes the tests above do not reach, whose odd spacing is part of the interface.
