@@ -12,12 +12,6 @@
 namespace quorel::test {
 namespace {
 
-TMtx Filled(std::int32_t rows, std::int32_t cols, bool complex, std::initializer_list<double> doubles) {
-  TMtx m(rows, cols, complex);
-  std::copy(doubles.begin(), doubles.end(), m.PValues1D(0));
-  return m;
-}
-
 TBytes Saved(const TMtx& m) {
   TQuorelMemoryStream s;
   m.SaveToStream(s);
@@ -25,7 +19,7 @@ TBytes Saved(const TMtx& m) {
 }
 
 TEST(MtxFormat, RealWithSettingsAndComplexRowMajorBytes) {
-  TMtx m = Filled(2, 3, false, {1, 2, 3, -4, 5.5, 6});
+  TMtx m = RealMtx(2, 3, {1, 2, 3, -4, 5.5, 6});
   m.SetAutoMtxType(true);
   m.SetEigGenType(etABz);
   m.SetBalance(btScale);
@@ -41,12 +35,9 @@ TEST(MtxFormat, RealWithSettingsAndComplexRowMajorBytes) {
   Put<float>(expected, {0, 2, 3, 0, 1, 1, 1, 1, 2, 0, 1, 1, 1, 2, 1, 8, 200, 5, 64019, 0, 0, 0, 0, 0, 0, 0});
   PutCaption(expected, "m");
   Put<double>(expected, {1, 2, 3, -4, 5.5, 6});
-  const TBytes got = Saved(m);
-  EXPECT_EQ(got, expected);
-  // The constant 8.0 and the version stand in the opposite order to the vector header.
-  EXPECT_EQ(TBytes(got.begin() + 60, got.begin() + 68), (TBytes{0, 0, 0, 0x41, 0, 0, 0x48, 0x43}));
+  EXPECT_EQ(Saved(m), expected);
 
-  TMtx c = Filled(2, 2, true, {1.5, -1.5, 2, 3, 9e6, -9e6, 0.4, 7.9});
+  TMtx c = CplxMtx(2, 2, {{1.5, -1.5}, {2, 3}, {9e6, -9e6}, {0.4, 7.9}});
   c.SetPrecision(prInt24);
   expected.clear();
   Put<float>(expected, {1, 2, 2, 1, 0, 0, btFull, 1, 0, prInt24, 0, 0, 0, 0, 0, 8, 200, 0, 64019, 0, 0, 0, 0, 0, 0, 0});
@@ -85,7 +76,7 @@ TEST(MtxFormat, OldVersionAndSettings) {
 }
 
 TEST(MtxFormat, RefusalsChangeNothing) {
-  TMtx m = Filled(1, 2, false, {4, 5});
+  TMtx m = RealMtx(1, 2, {4, 5});
   m.SetCaption("c");
   const auto load = [&](float rows, float cols, float code, std::size_t keep) {
     TBytes b;
