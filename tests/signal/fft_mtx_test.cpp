@@ -57,29 +57,24 @@ TEST(FftMtx, RowAndTwoDimensionalTransformsMatchTheSums) {
       const TMtx x = NoiseMtx(rows, cols, complex, 7);
       LMtx rowsWant = AsRows(x);
       for (auto& r : rowsWant) r = NaiveDft(r, -1);
-      TMtx y, z(x);
+      const auto expectNear = [&](std::initializer_list<const TMtx*> got, const LMtx& want) {
+        for (const TMtx* g : got) EXPECT_LE(ErrEps2(AsRows(*g), want, rows, cols), tol);
+      };
+      TMtx y, z(x), f2, g2(x), b1, b2;
       y.FFT1D(x);
       z.FFT1D();
-      EXPECT_LE(ErrEps2(AsRows(y), rowsWant, rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(z), rowsWant, rows, cols), tol);
-      const LMtx want2 = Dft2(AsRows(x), -1);
-      TMtx f2, g2(x);
       f2.FFT2D(x);
       g2.FFT2D();
-      EXPECT_LE(ErrEps2(AsRows(f2), want2, rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(g2), want2, rows, cols), tol);
+      expectNear({&y, &z}, rowsWant);
+      expectNear({&f2, &g2}, Dft2(AsRows(x), -1));
       // Inverses bring the complex signal back; unscaled ones are larger by the length.
-      TMtx b1, b2;
       b1.IFFT1D(y);
       b2.IFFT2D(f2);
-      EXPECT_LE(ErrEps2(AsRows(b1), AsRows(x), rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(b2), AsRows(x), rows, cols), tol);
       z.IFFT1D(true);
       g2.IFFT2D(true);
       z.Scale(1.0 / cols);
       g2.Scale(1.0 / (rows * cols));
-      EXPECT_LE(ErrEps2(AsRows(z), AsRows(x), rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(g2), AsRows(x), rows, cols), tol);
+      expectNear({&b1, &b2, &z, &g2}, AsRows(x));
     }
   }
 }
