@@ -122,23 +122,19 @@ TEST(CplxToStr, Forms) {
 
 TEST(FormatCplx, PartsWithoutAddedSign) {
   const std::string re = "0.00", im = "+0.00'i';-0.00'i'";
-  EXPECT_EQ(FormatCplx({1, 2}, re, im), "1.00+2.00i");
-  EXPECT_EQ(FormatCplx({1, -2}, re, im), "1.00-2.00i");
-  EXPECT_EQ(FormatCplx({0, 2}, re, im), "+2.00i");
-  EXPECT_EQ(FormatCplx({3, 0}, re, im), "3.00");
-  EXPECT_EQ(FormatCplx({1, 2}, "0", "0"), "12");  // deliberately nothing in between
-  EXPECT_EQ(FormatCplx({1, -1}, "", im), "1-i");
-  EXPECT_EQ(FormatCplx({1, -1}, re, ""), "1-i");
+  const struct { TCplx z; std::string re, im; const char* text; } rows[] = {
+      {{1, 2}, re, im, "1.00+2.00i"}, {{1, -2}, re, im, "1.00-2.00i"}, {{0, 2}, re, im, "+2.00i"},
+      {{3, 0}, re, im, "3.00"},       {{1, 2}, "0", "0", "12"},  // deliberately nothing in between
+      {{1, -1}, "", im, "1-i"},       {{1, -1}, re, "", "1-i"}};
+  for (const auto& r : rows) EXPECT_EQ(FormatCplx(r.z, r.re, r.im), r.text) << r.re << " " << r.im;
   EXPECT_EQ(FormatSample(2.5, "0.0"), "2.5");
 }
 
 TEST(OffsetPos, Search) {
-  EXPECT_EQ(OffsetPos("b", "abcb", 1), 2);
-  EXPECT_EQ(OffsetPos("b", "abcb", 3), 4);
-  EXPECT_EQ(OffsetPos("cb", "abcb", 3), 3);
-  EXPECT_EQ(OffsetPos("b", "abcb", 5), 0);
-  EXPECT_EQ(OffsetPos("", "abc", 1), 0);
-  EXPECT_EQ(OffsetPos("\0"s, "a\0b"s, 1), 2);
+  const struct { std::string sub, text; int offset, pos; } rows[] = {
+      {"b", "abcb", 1, 2}, {"b", "abcb", 3, 4}, {"cb", "abcb", 3, 3}, {"b", "abcb", 5, 0}, {"", "abc", 1, 0},
+      {"\0"s, "a\0b"s, 1, 2}};
+  for (const auto& r : rows) EXPECT_EQ(OffsetPos(r.sub, r.text, r.offset), r.pos) << r.sub << " " << r.offset;
   for (int offset : {0, -5})
     EXPECT_THAT([=] { OffsetPos("b", "abc", offset); }, ThrowsMessage<EQuorelException>(StrEq("Offset < 1")));
 }
@@ -153,9 +149,8 @@ TEST(Extract, SkipsEmptyFieldsStopsAtTheEndAndKeepsPosOnError) {
   ExpectCplx(ExtractCplx(line, pos, ";"), 0, 0, "past the end");
   EXPECT_EQ(pos, 7);
   pos = 1;
-  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 0, -1, "multi-byte delimiter");
-  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 3, 0, "second");
-  ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), 0, 4, "third");
+  for (TCplx want : {TCplx{0, -1}, TCplx{3, 0}, TCplx{0, 4}})
+    ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), want.Re, want.Im, "multi-byte delimiter");
   pos = 1;
   ExpectCplx(ExtractCplx("1-2i", pos, ""), 1, -2, "no delimiter reads the rest");
   EXPECT_EQ(pos, 5);

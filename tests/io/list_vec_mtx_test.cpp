@@ -11,12 +11,6 @@
 namespace quorel::test {
 namespace {
 
-TMtx Ramp(std::int32_t rows, std::int32_t cols, bool complex) {
-  TMtx m(rows, cols, complex);
-  for (std::size_t k = 0; k < m.Values().size(); ++k) m.Values()[k] = static_cast<double>(k);
-  return m;
-}
-
 TEST(VecList, ItemsAreKeptAndCopied) {
   TVecList list;
   list.SetCount(2);
@@ -24,8 +18,7 @@ TEST(VecList, ItemsAreKeptAndCopied) {
   list.SetItems(1, Real({1, 2, 3}));
   list.SetCount(4);
   list.Delete(0);
-  EXPECT_EQ(&list[0], second);  // written into and kept, not replaced
-  EXPECT_EQ(list[0].Length(), 3);
+  EXPECT_TRUE(&list[0] == second && list[0].Length() == 3);  // written into and kept, not replaced
   EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { list.Items(3); }), "List index out of bounds (3)");
   EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { list.SetCount(-1); }), "List count out of bounds (-1)");
   TVecList copy;
@@ -68,8 +61,8 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   s.Seek(0, soBeginning);
   target.LoadFromStream(s);
   EXPECT_EQ(&target[0], kept);
-  EXPECT_EQ(target[0][1], -2);
-  EXPECT_EQ(target[1].CValues()[0], (TCplx{3, 4}));
+  EXPECT_EQ(Doubles(target[0]), (std::vector<double>{1.5, -2}));
+  EXPECT_TRUE(target[1].Complex() && Doubles(target[1]) == (std::vector<double>{3, 4}));
   EXPECT_EQ(target[1].Precision(), prSmallInt);
 
   TMtxList matrices, loaded;
@@ -103,30 +96,25 @@ TEST(VecList, FailedLoadRemovesTheItemsItAdded) {
 
 TEST(VecList, DecomposeAndComposeRoundTrip) {
   for (bool complex : {false, true}) {
-    const TMtx m = Ramp(3, 2, complex);
+    const TMtx m = Numbered(3, 2, complex);
     TVecList rows, cols;
     rows.DecomposeRowMatrix(m);
     cols.DecomposeColumnMatrix(m);
-    ASSERT_EQ(rows.Count(), 3);
-    ASSERT_EQ(cols.Count(), 2);
-    EXPECT_EQ(rows[2].Length(), 2);
-    EXPECT_EQ(cols[1].Length(), 3);
+    ASSERT_TRUE(rows.Count() == 3 && cols.Count() == 2);
+    EXPECT_TRUE(rows[2].Length() == 2 && cols[1].Length() == 3);
     EXPECT_EQ(rows[2].Values()[complex ? 3 : 1], m.Values()[complex ? 11 : 5]);
     EXPECT_EQ(cols[1].Values()[complex ? 5 : 2], m.Values()[complex ? 11 : 5]);
     TMtx fromRows, fromCols(1, 1);
     rows.ComposeRowMatrix(fromRows);
     cols.ComposeColumnMatrix(fromCols);
-    for (const TMtx* r : {&fromRows, &fromCols}) {
-      EXPECT_EQ(r->Rows(), 3);
-      EXPECT_EQ(r->Cols(), 2);
-      EXPECT_TRUE(std::ranges::equal(r->Values(), m.Values()));
-    }
+    for (const TMtx* r : {&fromRows, &fromCols})
+      EXPECT_TRUE(r->Rows() == 3 && r->Cols() == 2 && std::ranges::equal(r->Values(), m.Values()));
   }
   TVecList list;
   list.SetCount(2);
   list.SetItems(0, Real({1, 2}));
   list.SetItems(1, Cplx({{1, 2}, {3, 4}}));
-  TMtx dst = Ramp(1, 1, false);
+  TMtx dst = Numbered(1, 1, false);
   const char* msg = "(Dst.Rows <> Items[i].Length) or (Dst.Complex <> Items[i].Length)";
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { list.ComposeColumnMatrix(dst); }), msg);
   list.SetItems(1, Real({1, 2, 3}));
@@ -135,7 +123,7 @@ TEST(VecList, DecomposeAndComposeRoundTrip) {
 }
 
 TEST(VecList, RowViewsShareTheMatrixStorage) {
-  TMtx m = Ramp(3, 2, false);
+  TMtx m = Numbered(3, 2, false);
   TVecList rows;
   rows.SetCount(5);
   rows.SetItems(0, Real({9, 9, 9, 9}));
@@ -143,11 +131,11 @@ TEST(VecList, RowViewsShareTheMatrixStorage) {
   ASSERT_EQ(rows.Count(), 3);
   rows[1][0] = -1;
   EXPECT_EQ(m.Values(1, 0), -1);
-  EXPECT_EQ(rows[2][1], 5);
+  EXPECT_EQ(rows[2][1], 201);
   rows.SetFullRange();
   EXPECT_EQ(rows[0].Length(), 4);  // back to its own storage
   EXPECT_EQ(rows[0][3], 9);
-  TMtx c = Ramp(2, 2, true);
+  TMtx c = Numbered(2, 2, true);
   rows.SetSubRange(c);
   EXPECT_EQ(rows[1].CValues()[1], c.CValues(1, 1));
 }

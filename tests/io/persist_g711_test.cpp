@@ -35,16 +35,13 @@ constexpr std::pair<int, int> kALawLevels[] = {
     {0xE5, 1056},  {0xF5, 528},    {0x85, 4224}, {0xB5, 8448},  {0xAA, 32256}, {0x80, 5504},
     {0xFF, 848},   {0x7F, -848}};
 
-TEST(G711, TableValuesBothWays) {
+// Besides the tables: every code's level encodes back to the code (mu-law's negative zero 0x7F
+// becomes 0xFF), and levels fall strictly as positive mu-law codes rise.
+TEST(G711, TableValuesBothWaysAndEveryCodeIsAFixedPoint) {
   for (auto [x, code] : kMuLawCodes) EXPECT_EQ(LinearToMuLaw(static_cast<std::int16_t>(x)), code) << x;
   for (auto [x, code] : kALawCodes) EXPECT_EQ(LinearToALaw(static_cast<std::int16_t>(x)), code) << x;
   for (auto [code, y] : kMuLawLevels) EXPECT_EQ(MuLawToLinear(static_cast<std::uint8_t>(code)), y) << code;
   for (auto [code, y] : kALawLevels) EXPECT_EQ(ALawToLinear(static_cast<std::uint8_t>(code)), y) << code;
-}
-
-// Every code's level encodes back to the code (mu-law's negative zero 0x7F becomes 0xFF), and
-// levels fall strictly as positive mu-law codes rise.
-TEST(G711, EveryCodeIsAFixedPoint) {
   for (int c = 0; c < 256; ++c) {
     const auto code = static_cast<std::uint8_t>(c);
     EXPECT_EQ(LinearToMuLaw(MuLawToLinear(code)), c == 0x7F ? 0xFF : c) << c;

@@ -31,11 +31,7 @@ TEST(VecFormat, HeaderCaptionAndComplexValues) {
   TBytes expected = VecHeader(0, 3, 1, 0, 7);
   PutCaption(expected, "ab");
   Put<double>(expected, {1, -2.5, 3});
-  const TBytes got = Saved(v);
-  EXPECT_EQ(got, expected);
-  // Version 200.0f and file code 64019.0f as literal little-endian singles.
-  EXPECT_EQ(TBytes(got.begin() + 20, got.begin() + 24), (TBytes{0x00, 0x00, 0x48, 0x43}));
-  EXPECT_EQ(TBytes(got.begin() + 32, got.begin() + 36), (TBytes{0x00, 0x13, 0x7A, 0x47}));
+  EXPECT_EQ(Saved(v), expected);
 
   TVec c = Cplx({{1.4, -2.6}, {40000, 7}});
   c.SetPrecision(prSmallInt);
@@ -85,11 +81,8 @@ TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
   s.Seek(0, soBeginning);
   TVec r = Real({9});
   r.LoadFromStream(s);
-  EXPECT_EQ(r.Length(), 3);
-  EXPECT_EQ(r.CValues()[2], (TCplx{5, 6}));
-  EXPECT_EQ(r.Caption(), "caption");
-  EXPECT_EQ(r.Tag(), -12);
-  EXPECT_EQ(r.Precision(), prInteger);
+  EXPECT_EQ(Doubles(r), Doubles(v));
+  EXPECT_TRUE(r.Length() == 3 && r.Caption() == "caption" && r.Tag() == -12 && r.Precision() == prInteger);
   EXPECT_FALSE(r.ConditionCheck());
   EXPECT_EQ(QuorelTVecVer.load(), 200);
 
@@ -98,10 +91,8 @@ TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
   Put<std::int16_t>(old, {-7, 9});
   TQuorelMemoryStream o(old);
   r.LoadFromStream(o);
-  EXPECT_EQ(r[0], -7);
-  EXPECT_EQ(r[1], 9);
-  EXPECT_EQ(r.Caption(), "caption");  // neither caption nor tag in that layout
-  EXPECT_EQ(r.Tag(), -12);
+  EXPECT_EQ(Doubles(r), (std::vector<double>{-7, 9}));
+  EXPECT_TRUE(r.Caption() == "caption" && r.Tag() == -12);  // neither caption nor tag in that layout
   EXPECT_EQ(QuorelTVecVer.load(), 100);
 }
 
@@ -136,10 +127,8 @@ TEST(VecFormat, RefusalsChangeNothing) {
   EXPECT_EQ(MessageOf<EQuorelException>([&] { load(3, 64019, 43); }), "Error reading stream!");
   EXPECT_EQ(MessageOf<EOutOfMemory>([&] { load(1e30f, 64019, 99); }), "Quorel: Out of memory!");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { load(-3, 64019, 99); }), "Value < 0");
-  EXPECT_EQ(v.Length(), 2);
-  EXPECT_EQ(v[1], 5);
-  EXPECT_EQ(v.Caption(), "c");
-  EXPECT_EQ(v.Tag(), 0);
+  EXPECT_EQ(Doubles(v), (std::vector<double>{4, 5}));
+  EXPECT_TRUE(v.Caption() == "c" && v.Tag() == 0);
 }
 
 // A short values block fills what arrived and zeroes the rest, whatever the storage held.

@@ -33,13 +33,11 @@ TEST(Report, ValuesGetNamesOrGenericLabels) {
                                   "Array (1x1)", "", " 3.0000", "",                    //
                                   "Z", "", "-3.0000", "",                              //
                                   "CplxVar = (1.0) - 2.0j", ""}));
-}
-
-TEST(Report, CreatedWithATextStartsEmptyWithTheDefaults) {
-  TQuorelReport r("Title\r\n");
-  EXPECT_EQ(r.DataString(), "");
-  r.PrintSample({-0.5});
-  EXPECT_EQ(r.DataString(), CrLf({"Var = -0.5000", ""}));
+  // A report created with a text starts empty, with the default formats.
+  TQuorelReport titled("Title\r\n");
+  EXPECT_EQ(titled.DataString(), "");
+  titled.PrintSample({-0.5});
+  EXPECT_EQ(titled.DataString(), CrLf({"Var = -0.5000", ""}));
 }
 
 TEST(Report, VectorAndMatrixBlocks) {

@@ -47,14 +47,6 @@ TMtx Padded(const TMtx& x, std::int32_t rows, std::int32_t width) {
   return p;
 }
 
-TMtx RandomMtx(std::int32_t rows, std::int32_t cols, bool complex, unsigned seed) {
-  TMtx m;
-  m.Size(rows, cols, complex);
-  const auto v = Noise(static_cast<std::size_t>(rows) * cols * (complex ? 2 : 1), seed);
-  std::copy(v.begin(), v.end(), m.PValues1D(0));
-  return m;
-}
-
 const std::pair<std::int32_t, std::int32_t> kShapes[] = {{1, 7}, {3, 5}, {4, 6}, {5, 8}, {2, 1}};
 
 TEST(FftMtx, RowAndTwoDimensionalTransformsMatchTheSums) {
@@ -62,32 +54,27 @@ TEST(FftMtx, RowAndTwoDimensionalTransformsMatchTheSums) {
     SCOPED_TRACE(testing::Message() << rows << "x" << cols);
     const double tol = FftTol(static_cast<std::size_t>(rows) * cols);
     for (bool complex : {true, false}) {
-      const TMtx x = RandomMtx(rows, cols, complex, 7);
+      const TMtx x = NoiseMtx(rows, cols, complex, 7);
       LMtx rowsWant = AsRows(x);
       for (auto& r : rowsWant) r = NaiveDft(r, -1);
-      TMtx y, z(x);
+      const auto expectNear = [&](std::initializer_list<const TMtx*> got, const LMtx& want) {
+        for (const TMtx* g : got) EXPECT_LE(ErrEps2(AsRows(*g), want, rows, cols), tol);
+      };
+      TMtx y, z(x), f2, g2(x), b1, b2;
       y.FFT1D(x);
       z.FFT1D();
-      EXPECT_LE(ErrEps2(AsRows(y), rowsWant, rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(z), rowsWant, rows, cols), tol);
-      const LMtx want2 = Dft2(AsRows(x), -1);
-      TMtx f2, g2(x);
       f2.FFT2D(x);
       g2.FFT2D();
-      EXPECT_LE(ErrEps2(AsRows(f2), want2, rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(g2), want2, rows, cols), tol);
+      expectNear({&y, &z}, rowsWant);
+      expectNear({&f2, &g2}, Dft2(AsRows(x), -1));
       // Inverses bring the complex signal back; unscaled ones are larger by the length.
-      TMtx b1, b2;
       b1.IFFT1D(y);
       b2.IFFT2D(f2);
-      EXPECT_LE(ErrEps2(AsRows(b1), AsRows(x), rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(b2), AsRows(x), rows, cols), tol);
       z.IFFT1D(true);
       g2.IFFT2D(true);
       z.Scale(1.0 / cols);
       g2.Scale(1.0 / (rows * cols));
-      EXPECT_LE(ErrEps2(AsRows(z), AsRows(x), rows, cols), tol);
-      EXPECT_LE(ErrEps2(AsRows(g2), AsRows(x), rows, cols), tol);
+      expectNear({&b1, &b2, &z, &g2}, AsRows(x));
     }
   }
 }
@@ -97,7 +84,7 @@ TEST(FftMtx, RealRowTransformsInEveryFormatRoundTrip) {
     for (auto format : {fsfCCS, fsfPack, fsfPerm}) {
       SCOPED_TRACE(testing::Message() << rows << "x" << cols << " format " << int(format));
       const double tol = FftTol(cols);
-      const TMtx x = RandomMtx(rows, cols, false, 8);
+      const TMtx x = NoiseMtx(rows, cols, false, 8);
       TMtx s, back;
       s.SetFFTStorageFormat(format);
       back.SetFFTStorageFormat(format);
@@ -128,7 +115,7 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
   for (auto [rows, cols] : {std::pair{3, 5}, std::pair{4, 6}, std::pair{6, 4}}) {
     SCOPED_TRACE(testing::Message() << rows << "x" << cols);
     const double tol = FftTol(static_cast<std::size_t>(rows) * cols);
-    const TMtx x = RandomMtx(rows, cols, false, 9);
+    const TMtx x = NoiseMtx(rows, cols, false, 9);
     const LMtx want = Dft2(AsRows(x), -1);
     TMtx s;
     s.FFT2DFromReal(x);
@@ -156,7 +143,7 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
 }
 
 TEST(FftMtx, Messages) {
-  TMtx r = RandomMtx(3, 4, false, 1), c = RandomMtx(3, 2, true, 2);
+  TMtx r = NoiseMtx(3, 4, false, 1), c = NoiseMtx(3, 2, true, 2);
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { c.FFT1DFromReal(); }, "TMtx.FFT1DFromReal: Self is Complex"},
       {[&] { r.FFT1DFromReal(r); }, "TMtx.FFT1DFromReal: Mtx = Self"},
@@ -169,10 +156,10 @@ TEST(FftMtx, Messages) {
       {[&] { r.IFFT2DToReal(); }, "TMtx.FFT2DFromReal: Self is not Complex"},
       {[&] { c.IFFT2DToReal(c, false); }, "TMtx.IFFT2DToReal: Mtx = Self"},
       {[&] { r.IFFT2DToReal(TMtx(r), false); }, "TMtx.IFFT2DFromReal: Mtx is not Complex"},
-      {[&] { TMtx(RandomMtx(3, 5, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Cols: 5"},
-      {[&] { TMtx(RandomMtx(2, 4, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Rows: 2"},
-      {[&] { TMtx(RandomMtx(3, 1, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Cols: 1"},
-      {[&] { TMtx(RandomMtx(2, 2, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Rows: 2"},
+      {[&] { TMtx(NoiseMtx(3, 5, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Cols: 5"},
+      {[&] { TMtx(NoiseMtx(2, 4, false, 3)).FFT2DFromReal(); }, "TMtx.FFT2DFromReal: Invalid Rows: 2"},
+      {[&] { TMtx(NoiseMtx(3, 1, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Cols: 1"},
+      {[&] { TMtx(NoiseMtx(2, 2, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Rows: 2"},
   });
   // An empty matrix given to FFT2D is only marked complex.
   TMtx e;

@@ -87,12 +87,8 @@ TEST(Correlate, AutoAndCrossAgreeWithTheirSums) {
 TEST(Convolve, TwoDimensionalFullAndFiltered) {
   for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
     PathScope scope(path);
-    TMtx x, h;
-    x.Size(6, 7, false);
-    h.Size(3, 4, false);
-    const auto vx = Noise(42, 5), vh = Noise(12, 6);
-    std::copy(vx.begin(), vx.end(), x.PValues1D(0));
-    std::copy(vh.begin(), vh.end(), h.PValues1D(0));
+    const TMtx x = NoiseMtx(6, 7, false, 5), h = NoiseMtx(3, 4, false, 6);
+    const double *vx = x.PValues1D(0), *vh = h.PValues1D(0);
     std::vector<long double> full(8 * 10);
     for (int i = 0; i < 6; ++i)
       for (int j = 0; j < 7; ++j)

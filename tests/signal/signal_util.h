@@ -70,6 +70,14 @@ inline double ErrEps(const std::vector<LCplx>& got, const std::vector<LCplx>& wa
   return static_cast<double>(err / scale / 2.220446049250313e-16L);
 }
 
+/// A rows x cols matrix of Noise values (complex: interleaved re, im).
+inline TMtx NoiseMtx(std::int32_t rows, std::int32_t cols, bool complex, unsigned seed) {
+  TMtx m(rows, cols, complex);
+  const auto v = Noise(static_cast<std::size_t>(rows) * cols * (complex ? 2 : 1), seed);
+  std::copy(v.begin(), v.end(), m.PValues1D(0));
+  return m;
+}
+
 /// Tolerance for an FFT of length n, in eps: a few log2 n.
 inline double FftTol(std::size_t n) { return 4.0 * (1.0 + std::log2(static_cast<double>(std::max<std::size_t>(n, 2)))); }
 
