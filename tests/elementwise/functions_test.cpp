@@ -24,34 +24,18 @@ double CplxErrorEps(TCplx got, std::complex<long double> want) {
 // Complex results of the vector members stay within a few MACHEP of the exact value.
 constexpr double kComplexTolEps = 8;
 
-// The other complex members are checked against reference data (accuracy_test.cpp).
-TEST(ComplexFunctions, Log10AgainstLongDouble) {
+// The other members are checked against reference data (accuracy_test.cpp).
+TEST(ComplexFunctions, Log10AndExp10) {
   for (const TCplx& p : {TCplx{0.5, 0.25}, TCplx{-1.5, 2}, TCplx{3, -0.75}, TCplx{0, 1}}) {
     TVec v = Cplx({p});
     v.Log10();
     EXPECT_LE(CplxErrorEps(v.CValues()[0], std::log10(std::complex<long double>(p.Re, p.Im))), kComplexTolEps)
         << p.Re << "," << p.Im;
   }
-}
-
-TEST(ComplexFunctions, SpecialPoints) {
-  TVec v = Cplx({{0, 1}});
-  v.Sin();
-  EXPECT_DOUBLE_EQ(v.CValues()[0].Im, std::sinh(1.0));
-  EXPECT_EQ(v.CValues()[0].Re, 0);
-  TVec c = Cplx({{0, 1}});
-  c.Cos();
-  EXPECT_DOUBLE_EQ(c.CValues()[0].Re, std::cosh(1.0));
   TVec e = Cplx({{0, 1}});
   e.Exp10();
   EXPECT_NEAR(e.CValues()[0].Re, std::cos(LN10), 4 * MACHEP);
   EXPECT_NEAR(e.CValues()[0].Im, std::sin(LN10), 4 * MACHEP);
-  TVec r = Real({10});
-  r.Exp2();
-  EXPECT_NEAR(r[0], 1024, 1024 * 4 * MACHEP);
-  TVec l = Real({8});
-  l.Log2();
-  EXPECT_NEAR(l[0], 3, 4 * MACHEP);
 }
 
 TEST(Rounding, ThroughInt32AndParts) {
@@ -126,8 +110,6 @@ TEST(Thresholds, LevelsAndMessages) {
   EXPECT_TRUE(b.IsEqual(Real({9, 9, 2})));
   b.ThresholdGT_LT(Real({-2, 0, 2}), 0, -5, 0, 5);  // equal levels are accepted
   EXPECT_TRUE(b.IsEqual(Real({-5, 0, 5})));
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.ThresholdGT_LT(1, 0, 0, 0); }),
-            "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
   // The level check is one of the checks ConditionCheck switches off.
   b.SetConditionCheck(false);
   b.ThresholdGT_LT(Real({-2, 0, 2}), 1, -5, 0, 5);
@@ -135,8 +117,6 @@ TEST(Thresholds, LevelsAndMessages) {
   TVec c = Cplx({{3, 4}, {0.3, 0.4}});
   c.ThreshTop(1);  // modulus limited, phase kept
   EXPECT_TRUE(c.IsEqual(Cplx({{0.6, 0.8}, {0.3, 0.4}}), 1e-15, cmpAbsolute));
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.ThresholdLT(1, TCplx{0, 1}); }),
-            "TQuorel.ThresholdLT: Self is not Complex");
 }
 
 TEST(Parameters, PowerLogNSinCos) {

@@ -111,12 +111,6 @@ TEST(IsEqual, AbsoluteRelativeAndFlags) {
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
-}  // namespace
-}  // namespace quorel
-
-namespace quorel {
-namespace {
-
 TEST(FreeFunctions, ForwardAndPrime) {
   TVec x = test::Real({1, 2, 3, 10});
   EXPECT_EQ(Sum(x), 16);
@@ -126,13 +120,8 @@ TEST(FreeFunctions, ForwardAndPrime) {
   EXPECT_EQ(Find(x, 3.0), 2);
   EXPECT_TRUE(Equal(x, test::Real({1, 2, 3, 10.5}), 0.5));
   EXPECT_DOUBLE_EQ(NormL2(x, test::Real({1, 2, 3, 0}), false), 10);
-  EXPECT_TRUE(Prime(1));
-  EXPECT_TRUE(Prime(-8));
-  EXPECT_TRUE(Prime(3));
-  EXPECT_FALSE(Prime(4));
-  EXPECT_TRUE(Prime(97));
-  EXPECT_FALSE(Prime(7917));  // 3 * 7 * 13 * 29
-  EXPECT_TRUE(Prime(7919));
+  for (int n : {1, -8, 3, 97, 7919}) EXPECT_TRUE(Prime(n)) << n;
+  for (int n : {4, 7917}) EXPECT_FALSE(Prime(n)) << n;  // 7917 = 3 * 7 * 13 * 29
 }
 
 }  // namespace

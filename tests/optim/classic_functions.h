@@ -74,11 +74,6 @@ inline std::vector<TClassic> ClassicProblems() {
   };
 }
 
-/// Freudenstein–Roth's two minima: 0 at (5, 4) and 48.98425367924 at (11.4128, -0.896805).
-inline bool FreudensteinRothMinimum(double f) {
-  return std::abs(f) < 1e-8 || std::abs(f - 48.98425367924) < 1e-8;
-}
-
 /// Number of matching significant digits of got against want (17 when equal).
 inline double SignificantDigits(double got, double want) {
   if (got == want) return 17;

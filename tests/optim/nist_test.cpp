@@ -46,10 +46,8 @@ TEST(NistNonlinear, BothMarquardtsReachCertifiedValues) {
     ASSERT_EQ(prob.X.size(), prob.Y.size());
     ASSERT_GT(prob.X.size(), prob.Certified.size());
     TVec xs, ys;
-    xs.Size(static_cast<std::int32_t>(prob.X.size()), false);
-    ys.Size(static_cast<std::int32_t>(prob.Y.size()), false);
-    std::copy(prob.X.begin(), prob.X.end(), xs.Values().begin());
-    std::copy(prob.Y.begin(), prob.Y.end(), ys.Values().begin());
+    xs.SetDouble(prob.X);
+    ys.SetDouble(prob.Y);
     TQuorel* const data[] = {&xs, &ys};
     const auto residuals = [&](std::span<const double> b, std::span<const double>, std::span<TQuorel* const>,
                                std::span<double> r) {
@@ -62,26 +60,22 @@ TEST(NistNonlinear, BothMarquardtsReachCertifiedValues) {
         },
         calls);
     for (int start = 1; start <= 2; ++start) {
-      const std::vector<double>& from = start == 1 ? prob.Start1 : prob.Start2;
-
-      std::vector<double> b = from;
-      double fmin;
-      TOptStopReason reason;
-      std::int32_t evals = 0;
-      std::int32_t iters = NewMarquardt(residuals, static_cast<std::int32_t>(prob.X.size()), b, {}, {}, fmin, reason, 1000,
-                                        1e-12, nullptr, &evals);
-      double digits = WorstDigits(b, prob.Certified);
-      std::printf("%-9s %-6d %-13s %5d %6d %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, "NewMarquardt",
-                  iters, evals, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
-      EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " NewMarquardt";
-
-      b = from;
-      calls = 0;
-      iters = Marquardt(ssr, nullptr, b, {}, data, fmin, reason, 1000, 1e-12, 0, nullptr);
-      digits = WorstDigits(b, prob.Certified);
-      std::printf("%-9s %-6d %-13s %5d %6ld %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, "Marquardt", iters,
-                  calls, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
-      EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " Marquardt";
+      for (bool general : {false, true}) {
+        const char* method = general ? "Marquardt" : "NewMarquardt";
+        std::vector<double> b = start == 1 ? prob.Start1 : prob.Start2;
+        double fmin;
+        TOptStopReason reason;
+        std::int32_t evals = 0;
+        calls = 0;
+        const std::int32_t iters =
+            general ? Marquardt(ssr, nullptr, b, {}, data, fmin, reason, 1000, 1e-12, 0, nullptr)
+                    : NewMarquardt(residuals, static_cast<std::int32_t>(prob.X.size()), b, {}, {}, fmin, reason, 1000,
+                                   1e-12, nullptr, &evals);
+        const double digits = WorstDigits(b, prob.Certified);
+        std::printf("%-9s %-6d %-13s %5d %6ld %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, method, iters,
+                    general ? calls : long{evals}, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
+        EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " " << method;
+      }
     }
   }
 }

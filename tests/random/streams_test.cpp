@@ -9,8 +9,10 @@
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/stats/random_streams.h"
+#include "support/messages.h"
 
 using namespace quorel;
+using quorel::test::MessageOf;
 
 namespace {
 
@@ -57,12 +59,7 @@ TEST(RandomStream, StatusesLeaveTheDestinationAlone) {
 
   TVec clam;
   clam.SetCplx({{1, 0}, {2, 0}});
-  try {
-    s.RandomPoisson(v, clam);
-    FAIL() << "no exception";
-  } catch (const EQuorelException& e) {
-    EXPECT_STREQ(e.what(), "Lamda.Complex = True!");
-  }
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { s.RandomPoisson(v, clam); }), "Lamda.Complex = True!");
 }
 
 TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
@@ -178,16 +175,8 @@ TEST(RandomGenerator, IndependenceSchemes) {
   g.Init(brgMCG31, 42);  // re-seeds all streams with the new step
   EXPECT_EQ(Uniforms(g.Streams(2), 1)[0], ref[20]);
 
-  for (std::int32_t bad : {3, -1}) {
-    try {
-      g.Streams(bad);
-      FAIL() << bad;
-    } catch (const EQuorelException& e) {
-      EXPECT_STREQ(e.what(), "Stream index out of bounds!");
-    }
-  }
-  g.SetStreamCount(0);
-  EXPECT_EQ(g.StreamCount(), 0);
+  for (std::int32_t bad : {3, -1})
+    EXPECT_EQ(MessageOf<EQuorelException>([&] { g.Streams(bad); }), "Stream index out of bounds!") << bad;
 }
 
 }  // namespace
