@@ -1,4 +1,4 @@
-#include "quorel/sparse/iterative/csr.h"
+#include "quorel/sparse/detail/slap_csr.h"
 
 #include <algorithm>
 #include <cmath>

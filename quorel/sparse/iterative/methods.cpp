@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "quorel/sparse/detail/solver_iterative.h"
-#include "quorel/sparse/iterative/csr.h"
+#include "quorel/sparse/detail/slap_csr.h"
 
 namespace quorel::detail {
 namespace {
