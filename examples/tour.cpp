@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <sstream>
 #include <string>
 
 #include "quorel/quorel.h"
@@ -55,21 +56,24 @@ void Show(const char* label, const TMtx& m, const char* expected = nullptr) {
 
 void Create() {
   SectionTitle("Vectors and matrices");
-  TVec v;
-  v.SetIt(false, {1, 2, 3, 4});
-  Show("from values:", v);
-  TVec r;
-  r.Size(5, false).Ramp(0, 0.25);  // methods return the object, so calls chain
-  Show("Size(5) then Ramp(0, 0.25):", r, "0 to 1 in steps of 0.25");
-  TVec z;
-  z.SetCplx({{1, 2}, {3, -4}});
+  TVec v{1, 2, 3, 4};
+  Show("TVec v{1, 2, 3, 4}:", v);
+  TVec r(5);  // five zeros; methods return the object, so calls chain
+  r.Ramp(0, 0.25);
+  Show("TVec r(5) then r.Ramp(0, 0.25):", r, "0 to 1 in steps of 0.25");
+  TVec z{TCplx(1, 2), TCplx(3, -4)};
   Show("complex:", z);
-  TMtx m;
-  m.SetIt(2, 3, false, {1, 2, 3, 4, 5, 6});
-  Show("2 x 3 matrix, row by row:", m);
+  TMtx m{{1, 2, 3}, {4, 5, 6}};
+  Show("TMtx m{{1, 2, 3}, {4, 5, 6}}:", m);
+  std::ostringstream printed;
+  printed << m;  // operator<< lays a matrix out row by row
+  std::string rows = printed.str();
+  for (std::size_t at = rows.find('\n'); at != std::string::npos; at = rows.find('\n', at + 1)) rows.replace(at, 1, "\n" + std::string(37, ' '));
+  std::printf("  %-34s %s\n", "std::cout << m:", rows.c_str());
   TMtx eye(3, 3);
   eye.Eye();
   Show("Eye (3 x 3):", eye);
+  std::printf("  %-34s %g   (expected 6)\n", "m(1, 2):", m(1, 2));
 
   // A sub-range makes every method see only part of the object.
   v.SetSubRange(1, 2);
