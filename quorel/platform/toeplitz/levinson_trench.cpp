@@ -3,7 +3,9 @@
 #include "quorel/platform/toeplitz/levinson_trench.h"
 
 #include <complex>
-#include <vector>
+#include <utility>
+
+#include "quorel/platform/lapack/work_arena.h"
 
 namespace quorel::detail {
 
@@ -16,12 +18,19 @@ std::int32_t Solve(const T* row, const T* col, const T* y, T* x, std::int32_t n)
   // t(m) for m > 0 lies below the diagonal (col[m - 1]), t(-m) above it (row[m]). The sums run
   // over t(k - j) for j = 0 .. k - 1: kept reversed, rev[n - 1 - k + j] = t(k - j), so that every
   // loop walks its arrays forward.
-  std::vector<T> rev(n), f(n), g(n), nf(n), ng(n);
+  // Five work arrays from a kept arena, so a repeated solve allocates nothing. Every element is
+  // written before it is read: rev[n - 1] is never read, f and g grow by one per step.
+  lapack::TLapackWork work;
+  T* rev = reinterpret_cast<T*>(work.Take<double>(5 * std::int64_t{n} * (sizeof(T) / sizeof(double))));
+  T* f = rev + n;
+  T* g = f + n;
+  T* nf = g + n;
+  T* ng = nf + n;
   for (std::int32_t m = 1; m < n; ++m) rev[n - 1 - m] = col[m - 1];
   f[0] = g[0] = T(1) / row[0];
   x[0] = y[0] / row[0];
   for (std::int32_t k = 1; k < n; ++k) {
-    const T* t = rev.data() + (n - 1 - k);
+    const T* t = rev + (n - 1 - k);
     T ef(0), eg(0), theta(0);
     for (std::int32_t j = 0; j < k; ++j) {
       ef += t[j] * f[j];
@@ -40,8 +49,8 @@ std::int32_t Solve(const T* row, const T* col, const T* y, T* x, std::int32_t n)
     }
     nf[k] = -ef * g[k - 1] * inv;
     ng[k] = g[k - 1] * inv;
-    f.swap(nf);
-    g.swap(ng);
+    std::swap(f, nf);
+    std::swap(g, ng);
     const T c = y[k] - theta;
     x[k] = T(0);
     for (std::int32_t j = 0; j <= k; ++j) x[j] += c * g[j];
