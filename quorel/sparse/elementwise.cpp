@@ -116,6 +116,7 @@ void TSparseValueViews::WriteBack(TSparseMtx& m, TVec& view) {
         static_cast<TSparseMtx&>(*this), [](TVec& self, auto&... a) { self.name(a...); } QUOREL_SPARSE_ARGS args); \
   }
 #include "quorel/objects/elementwise_methods.inc"
+#include "quorel/objects/value_methods.inc"
 #undef QUOREL_SELF_METHOD
 #undef QUOREL_SPARSE_ARGS
 

@@ -57,6 +57,7 @@ class TSparseElementwise : public TQuorel {
  public:
 #define QUOREL_SELF_METHOD(name, params, args) TSparseMtx& name params;
 #include "quorel/objects/elementwise_methods.inc"
+#include "quorel/objects/value_methods.inc"
 #undef QUOREL_SELF_METHOD
 
  protected:

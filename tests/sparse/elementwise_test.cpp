@@ -54,6 +54,27 @@ TEST(SparseElementwise, ASourceGivesSelfItsPattern) {
   EXPECT_THAT(c.Values(), ::testing::ElementsAre(4, 9, 10, 10));
 }
 
+TEST(SparseElementwise, MembersWithShapesOfTheirOwnTakeStoredValuesToo) {
+  TSparseMtx a, b, t, f;
+  Pattern(a);
+  Pattern(b, 0.5);
+  a.SetVal(1.5, 1, 2);
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(4, 1.5, 1.5, 25));
+  a.AddProduct(b, b);  // Self + b * b on the values: 4 + 4, 1.5 + 20.25, ...
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(8, 21.75, 65.5, 181.25));
+  a.Normalize(b, 2.0, 0.5);  // (b - 2) / 0.5
+  EXPECT_THAT(a.Values(), ::testing::ElementsAre(0, 5, 12, 21));
+  a.ArcTan2(b, b);
+  EXPECT_NEAR(a.Values()[3], std::atan(1.0), 1e-15);
+  b.Offset(0.25).TruncAndFrac(t, f);  // outputs take b's pattern
+  EXPECT_THAT(t.Values(), ::testing::ElementsAre(2, 4, 8, 12));
+  EXPECT_THAT(f.Values(), ::testing::ElementsAre(0.25, 0.75, 0.25, 0.75));
+  EXPECT_THAT(Rows(f), ::testing::ElementsAre(0, 2, 1, 0));
+  t.ExtendToComplex(true);
+  EXPECT_TRUE(t.Complex());
+  EXPECT_EQ(t.NonZeros(), 4);
+}
+
 TEST(SparseElementwise, BinaryFormsNeedTheSamePattern) {
   TSparseMtx a, b, other;
   Pattern(a);
