@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 
+#include "quorel/core/errors.h"
 #include "quorel/objects/detail/release_hooks.h"
 
 namespace quorel::detail {
@@ -43,7 +43,7 @@ std::size_t Rounded(std::size_t bytes) {
 
 void* Map(std::size_t bytes) {
   void* p = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (p == MAP_FAILED) throw std::bad_alloc();
+  if (p == MAP_FAILED) EOutOfMemoryRaise("Quorel: Out of memory!");
   // Random scatters over large arrays are bound by TLB misses without large pages.
   if (bytes >= kHugePage) ::madvise(p, bytes, MADV_HUGEPAGE);
   return p;
