@@ -1,6 +1,8 @@
-// Levenberg–Marquardt: a general-objective form on a numeric Hessian and a least-squares form on a
-// forward-difference Jacobian. Both update the damping by Nielsen's rule: after a step with gain
-// ratio rho > 0, lambda *= max(1/3, 1 - (2 rho - 1)^3); after a rejected step lambda *= nu, nu *= 2.
+// Levenberg–Marquardt: a general-objective form on a numeric Hessian, whose damping follows
+// Nielsen's rule (after a step with gain ratio rho > 0, lambda *= max(1/3, 1 - (2 rho - 1)^3);
+// after a rejected step lambda *= nu, nu *= 2), and a least-squares form on a forward-difference
+// Jacobian with a scaled trust region: the radius follows the gain ratio and lambda is whatever
+// keeps the step inside it (Moré 1978).
 
 #include <cmath>
 #include <limits>
@@ -17,36 +19,31 @@ namespace {
 
 constexpr double kLambdaStart = 1e-3;
 constexpr double kLambdaMax = 1e16;
-constexpr double kAcceptRho = 1e-4;  // smaller gains count as failures
-constexpr double kSecantRho = 0.25;  // a step that gained less than this fraction: difference J again
-constexpr int kSecantRun = 2;        // at most this many secant updates between differenced Jacobians
+constexpr double kAcceptRho = 1e-4;    // smaller gains count as failures
+constexpr double kRegionFactor = 100;  // first trust radius: this many times |D x|
+constexpr double kShrinkRho = 0.25;    // gain ratios up to this shrink the trust region
+constexpr double kGrowRho = 0.75;      // and from this on widen it
+constexpr double kSecantMiss = 0.1;    // |change of r - J p| / |J p| that still allows a secant update
+// Tolerances below this ask for more than a forward-difference Jacobian resolves (its relative
+// error is about sqrt(eps)): such runs are polished on central differences.
+constexpr double kPolishTol = 1e-10;
 
 struct TDamping {
   double Lambda = kLambdaStart, Nu = 2;
-  double LastAccepted = kLambdaStart;  // lambda after the latest accepted step
   void Accept(double rho) {
     Lambda *= std::max(1.0 / 3, 1 - std::pow(2 * rho - 1, 3));
-    Nu = 2;
-    LastAccepted = Lambda;
-  }
-  // For the polish: nearly undamped, forgetting the rejections of the stalled model. A fit that
-  // stalled on the forward-difference model needs steps along its weak directions, which any
-  // sizeable lambda damps out; if the Gauss-Newton step fails, lambda grows again as usual.
-  void Rewind() {
-    Lambda = std::min(LastAccepted, 1e-10);
     Nu = 2;
   }
   void Reject() {
     Lambda *= Nu;
     Nu *= 2;
   }
-  bool TooBig() const { return !(Lambda <= kLambdaMax); }
 };
 
 // The limits, checked after every iteration that set no other reason.
-void CheckLimits(const TDamping& damping, std::int64_t count, std::int32_t maxIter, TOptStopReason& reason) {
+void CheckLimits(double lambda, std::int64_t count, std::int32_t maxIter, TOptStopReason& reason) {
   if (reason != OptResNotFound) return;
-  if (damping.TooBig()) reason = OptResBigLambda;
+  if (!(lambda <= kLambdaMax)) reason = OptResBigLambda;
   else if (detail::PastMaxIter(count, maxIter)) reason = OptResMaxIter;
 }
 
@@ -145,7 +142,7 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
     if (!accepted) damping.Reject();
     ++count;
     log.Line(count, f, damping.Lambda);
-    CheckLimits(damping, count, MaxIter, StopReason);
+    CheckLimits(damping.Lambda, count, MaxIter, StopReason);
   }
   std::copy(x.begin(), x.end(), Pars.begin());
   FMin = f;
@@ -199,12 +196,13 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
   }
   // The Jacobian, the column scales D and the QR of J with c = Q'(-r). Forward differences put an
   // O(sqrt(eps)) error into J; near the solution of an ill-conditioned problem J'r is then mostly
-  // that error and the iteration stalls short of the minimum. Once the forward model has converged
-  // the run is polished with central differences (error O(h^2), step eps^(1/3): about eps^(2/3),
-  // a thousand times below the forward error, which measured enough for the hardest NIST fits).
+  // that error and the iteration stalls short of the minimum. When the tolerance asks for more
+  // than that model can give, a run converged on it is polished with central differences (error
+  // O(h^2), step eps^(1/3): about eps^(2/3), a thousand times below the forward error).
+  const double eps = std::numeric_limits<double>::epsilon();
+  const bool wantPolish = Tol < kPolishTol;
   bool polish = false;
   bool secant = false;  // jac holds a secant update, not differences
-  int secantRun = 0;    // secant updates in a row
   const auto linearise = [&](bool broyden = false) {
     secant = broyden;
     if (broyden) {
@@ -219,34 +217,33 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
         d[j] = std::max(d[j], std::sqrt(norm));
       }
     } else {
-    const double eps = std::numeric_limits<double>::epsilon();
-    const double scale = polish ? std::cbrt(eps) : std::sqrt(eps);
-    const std::span<double> acc = work.subspan(0, m);
-    const auto at = [&](std::size_t j, double xj, double step, double weight) {
-      x[j] = xj + step;
-      residuals(x, rt.subspan(0, m));
-      for (std::size_t i = 0; i < m; ++i) acc[i] += weight * rt[i];
-    };
-    for (std::size_t j = 0; j < n; ++j) {
-      const double xj = x[j];
-      volatile double moved = xj + scale * detail::DiffScale(xj);
-      const double h = moved - xj;
-      std::fill(acc.begin(), acc.end(), 0.0);
-      if (polish) {
-        at(j, xj, h, 1), at(j, xj, -h, -1);
-        for (double& v : acc) v /= 2 * h;
-      } else {
-        at(j, xj, h, 1);
-        for (std::size_t i = 0; i < m; ++i) acc[i] = (acc[i] - r[i]) / h;
+      const double scale = polish ? std::cbrt(eps) : std::sqrt(eps);
+      const std::span<double> acc = work.subspan(0, m);
+      const auto at = [&](std::size_t j, double xj, double step, double weight) {
+        x[j] = xj + step;
+        residuals(x, rt.subspan(0, m));
+        for (std::size_t i = 0; i < m; ++i) acc[i] += weight * rt[i];
+      };
+      for (std::size_t j = 0; j < n; ++j) {
+        const double xj = x[j];
+        volatile double moved = xj + scale * detail::DiffScale(xj);
+        const double h = moved - xj;
+        std::fill(acc.begin(), acc.end(), 0.0);
+        if (polish) {
+          at(j, xj, h, 1), at(j, xj, -h, -1);
+          for (double& v : acc) v /= 2 * h;
+        } else {
+          at(j, xj, h, 1);
+          for (std::size_t i = 0; i < m; ++i) acc[i] = (acc[i] - r[i]) / h;
+        }
+        x[j] = xj;
+        double norm = 0;
+        for (std::size_t i = 0; i < m; ++i) {
+          jac[i * n + j] = acc[i];
+          norm += acc[i] * acc[i];
+        }
+        d[j] = std::max(d[j], std::sqrt(norm));
       }
-      x[j] = xj;
-      double norm = 0;
-      for (std::size_t i = 0; i < m; ++i) {
-        jac[i * n + j] = acc[i];
-        norm += acc[i] * acc[i];
-      }
-      d[j] = std::max(d[j], std::sqrt(norm));
-    }
     }
     for (double& v : d)
       if (v == 0) v = 1;
@@ -276,78 +273,102 @@ std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::spa
     return std::sqrt(s);
   };
 
+  // The trust region |D p| <= delta starts wide; the first step then sets it to its own length.
+  double delta = 0, lambda = 0;
+  bool fresh = true;
+  const auto openRegion = [&] {
+    const double xNorm = scaledNorm(x);
+    delta = xNorm > 0 ? kRegionFactor * xNorm : kRegionFactor;
+    lambda = 0;
+    fresh = true;
+  };
+  const auto startPolish = [&] {
+    polish = true;
+    StopReason = OptResNotFound;
+    linearise();
+    openRegion();
+  };
   linearise();
-  TDamping damping;
+  openRegion();
   std::int64_t count = 0;
-  log.Line(count, f, damping.Lambda);
+  log.Line(count, f, lambda);
   while (StopReason == OptResNotFound) {
     if (f == 0) {
       StopReason = OptResConverged;
       break;
     }
     if (gradientCosine() <= Tol) {
-      if (polish) {
+      if (polish || !wantPolish) {
         StopReason = OptResSmallGrad;
         break;
       }
-      polish = true;
-      damping.Rewind();
-      linearise();
+      startPolish();
       continue;
     }
-    bool accepted = false;
-    if (!detail::DampedLeastSquaresStep(qr, rows, c, d, damping.Lambda, n, work, p)) {
+    if (!detail::TrustRegionStep(qr, rows, c, d, delta, lambda, n, work, p)) {
       StopReason = OptResSingular;
       break;
     }
-    // Predicted sum of squares |J p + r|^2 of the linear model.
-    double model = 0;
+    const double stepNorm = scaledNorm(p), deltaBefore = delta, lambdaBefore = lambda;
+    if (fresh) delta = std::min(delta, stepNorm);
+    fresh = false;
+    // The linear model: predicted sum of squares |J p + r|^2 and the slope 2 r'J p along p.
+    double model = 0, slope = 0, jpNorm2 = 0, linearMiss = 1e300;
     for (std::size_t i = 0; i < m; ++i) {
-      const double v = r[i] + detail::Dot(jac.subspan(i * n, n), p);
-      model += v * v;
+      const double jp = detail::Dot(jac.subspan(i * n, n), p);
+      jpNorm2 += jp * jp;
+      model += (r[i] + jp) * (r[i] + jp);
+      slope += 2 * r[i] * jp;
     }
     const double predicted = f - model;
     for (std::size_t j = 0; j < n; ++j) xt[j] = x[j] + p[j];
     const double ft = residuals(xt, rt.subspan(0, m));
-    const double rho = predicted > 0 ? (f - ft) / predicted : -1;
-    const double stepNorm = scaledNorm(p), xNorm = scaledNorm(x);
-    if (rho > kAcceptRho) {
-      accepted = true;
-      damping.Accept(rho);
-      const double fOld = f;
+    const double actual = f - ft;
+    const double rho = predicted > 0 ? actual / predicted : -1;
+    // The radius: shrunk after a poor step (to the minimum of the quadratic through f, the slope
+    // and f(x + p) when the step lost, by at most a factor of 10), doubled around a good one.
+    if (!(rho > kShrinkRho)) {
+      double t = 0.5;
+      if (!(actual >= 0)) t = slope / (2 * (actual + slope));
+      if (!(ft <= 100 * f) || !(t >= 0.1)) t = 0.1;
+      delta = t * std::min(delta, stepNorm / 0.1);
+      lambda /= t;
+    } else if (lambda == 0 || rho >= kGrowRho) {
+      delta = 2 * stepNorm;
+      lambda /= 2;
+    }
+    const bool accepted = rho >= kAcceptRho;
+    const double fOld = f;
+    if (accepted) {
       for (std::size_t i = 0; i < m; ++i) work[i] = rt[i] - r[i] - detail::Dot(jac.subspan(i * n, n), p);
+      linearMiss = std::sqrt(detail::Dot(work.subspan(0, m), work.subspan(0, m))) / std::sqrt(std::max(jpNorm2, 1e-300));
       std::copy(xt.begin(), xt.end(), x.begin());
       std::copy(rt.begin(), rt.begin() + static_cast<std::ptrdiff_t>(m), r.begin());
       f = ft;
-      // Converged when the step gained little and even the undamped Gauss-Newton step could not
-      // gain more: its predicted reduction is |c|^2, free from the QR. (The damped prediction alone
-      // is small whenever lambda is large, which stops ill-conditioned fits early.)
-      if (Tol > 0 && fOld - f <= Tol * fOld && detail::Dot(c, c) <= Tol * fOld) StopReason = OptResConverged;
-      else if (Tol > 0 && stepNorm <= Tol * xNorm) StopReason = OptResSmallStep;
-      else {
-        // While the model predicts well, the forward phase updates J by secants between
-        // differenced ones; the polish always differences, for the accuracy it exists for.
-        const bool update = !polish && rho > kSecantRho && ++secantRun <= kSecantRun;
-        if (!update) secantRun = 0;
-        linearise(update);
-      }
-    } else if (Tol > 0 && stepNorm <= Tol * xNorm) {
-      StopReason = OptResSmallStep;
     }
-    if (!accepted && secant && StopReason == OptResNotFound) {
-      secantRun = 0;
-      linearise();  // a failed step on a secant model: first try the differenced one
-    } else if (!accepted) damping.Reject();
-    ++count;
-    log.Line(count, f, damping.Lambda);
-    if (StopReason != OptResNotFound && StopReason != OptResSingular && !polish && f > 0) {
-      // Converged on the forward-difference model: polish with the central-difference Jacobian.
-      polish = true;
-      StopReason = OptResNotFound;
-      damping.Rewind();
+    // Converged when the achieved relative reduction and the one the undamped Gauss-Newton step
+    // predicts (|c|^2, free from the QR) are both within Tol; a small step when the region shrank
+    // below Tol relative to x. A secant model can judge neither: the Jacobian is differenced
+    // first. A step failed on such a model blames the model, not the region, which is restored.
+    const bool converged = Tol > 0 && std::abs(actual) <= Tol * fOld && detail::Dot(c, c) <= Tol * fOld && rho <= 2;
+    const bool stop = converged || (Tol > 0 && delta <= Tol * scaledNorm(x));
+    if (secant && (stop || !accepted)) {
+      if (!accepted) delta = deltaBefore, lambda = lambdaBefore;
       linearise();
+    } else if (converged) StopReason = OptResConverged;
+    else if (Tol > 0 && delta <= Tol * scaledNorm(x)) StopReason = OptResSmallStep;
+    else if (accepted) {
+      // A secant update instead of differences only where the differenced J has just proved
+      // itself linear: an undamped step whose residual change J p matched to kSecantMiss, and
+      // never twice in a row. Looser use (after damped steps or far from linear, where the
+      // update corrupts J along the other directions) led Lanczos3 into a saddle and MGH09 off
+      // to infinity. The polish always differences, for the accuracy it exists for.
+      linearise(!polish && !secant && lambdaBefore == 0 && linearMiss <= kSecantMiss);
     }
-    CheckLimits(damping, count, MaxIter, StopReason);
+    ++count;
+    log.Line(count, f, lambda);
+    if ((StopReason == OptResConverged || StopReason == OptResSmallStep) && wantPolish && !polish && f > 0) startPolish();
+    CheckLimits(lambda, count, MaxIter, StopReason);
   }
   std::copy(x.begin(), x.end(), Pars.begin());
   FMin = f;

@@ -112,17 +112,19 @@ std::int32_t Marquardt(const TRealFunction& Fun, const TGradProc& Grad, std::spa
                        double Tol, double GradTol, TStringList* Verbose);
 
 /// Levenberg–Marquardt for least squares: minimises the sum of squares of the M residuals written
-/// by Fun. The Jacobian comes from forward differences (n calls), between which up to two steps
-/// that gained well update it by Broyden's secant rule instead (no calls); once that model has converged,
-/// the run continues on central differences (2n calls) until it converges again, which
-/// removes the bias forward differences leave on ill-conditioned fits. Each step solves
-/// min |J p + r|^2 + lambda |D p|^2 (D the largest column norms of J seen so far) by Householder
-/// QR, so the condition number is never squared; lambda follows Nielsen's rule. Stops with
-/// OptResConverged (relative reduction of the sum of squares, both the one achieved and the one
-/// the undamped Gauss-Newton step predicts, <= Tol, or a zero sum), OptResSmallStep
-/// (|D p| <= Tol |D x|), OptResSmallGrad (every column of J at most Tol from orthogonal to the
-/// residuals), OptResBigLambda, OptResMaxIter. FMin is the sum of
-/// squares. Returns the iteration count; Evaluations (optional) receives the number of calls of Fun.
+/// by Fun. Each step solves min |J p + r|^2 + lambda |D p|^2 by Householder QR (the condition
+/// number is never squared), D the largest column norms of J seen so far, with lambda chosen so
+/// that |D p| fits a trust radius that follows the ratio of achieved to predicted reduction (the
+/// Lambda column of the log). The Jacobian comes from forward differences (n calls); after an
+/// undamped step that J predicted to within 10%, the next one is a Broyden secant update instead
+/// (no calls). With Tol < 1e-10 a run converged on that model continues on central differences
+/// (2n calls) until it converges again, which removes the bias forward differences leave on
+/// ill-conditioned fits. Stops with OptResConverged (relative reduction of the sum of squares,
+/// both the one achieved and the one the undamped Gauss-Newton step predicts, <= Tol, or a zero
+/// sum), OptResSmallStep (trust radius <= Tol |D x|), OptResSmallGrad (every column of J at most
+/// Tol from orthogonal to the residuals), OptResSingular, OptResBigLambda, OptResMaxIter. FMin is
+/// the sum of squares. Returns the iteration count; Evaluations (optional) receives the number of
+/// calls of Fun.
 std::int32_t NewMarquardt(const TResidualFunction& Fun, std::int32_t M, std::span<double> Pars, std::span<const double> Consts,
                           std::span<TQuorel* const> ObjConst, double& FMin, TOptStopReason& StopReason, std::int32_t MaxIter,
                           double Tol, TStringList* Verbose, std::int32_t* Evaluations = nullptr);

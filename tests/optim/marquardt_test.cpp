@@ -72,6 +72,93 @@ TEST(DampedSolve, QRStepMatchesNormalEquations) {
   EXPECT_NEAR(p[0] + p[1], 1, 1e-3);
 }
 
+// The trust-region step: undamped when the Gauss-Newton step fits, else |D p| within 10% of the
+// radius, p the damped step of the lambda returned, lambda growing as the radius shrinks.
+TEST(DampedSolve, TrustRegionStepFitsTheRadius) {
+  const std::size_t n = 3, m = 5;
+  // Columns of very different scales, as in the NIST exponential fits.
+  const std::vector<double> j{1, 100, 0.01, 2, -50, 0.02, 3, 10, -0.01, 0.5, 70, 0.03, -1, 20, 0.05};
+  const std::vector<double> b{1, -2, 0.5, 3, -1}, d{3.9, 130, 0.06};
+  std::vector<double> a((n + 1) * m), tau(n + 1), work(2 * n * (n + 1) + 2 * n + 1), p(n);
+  for (std::size_t i = 0; i < m; ++i) {
+    for (std::size_t k = 0; k < n; ++k) a[k * m + i] = j[i * n + k];
+    a[n * m + i] = b[i];
+  }
+  detail::LeastSquaresQR(a, m, n, tau);
+  const std::span<const double> c = std::span<const double>(a).subspan(n * m, n);
+  const auto scaled = [&] { return std::hypot(d[0] * p[0], d[1] * p[1], d[2] * p[2]); };
+  double lambda = 0.5;
+  ASSERT_TRUE(detail::TrustRegionStep(a, m, c, d, 1e6, lambda, n, work, p));
+  EXPECT_EQ(lambda, 0);
+  const double gnNorm = scaled();
+  double lastLambda = 0;
+  for (double radius : {0.5 * gnNorm, 0.1 * gnNorm, 1e-4 * gnNorm}) {
+    for (double guess : {0.0, 1e-8, 1e8}) {  // the caller's lambda only starts the search
+      lambda = guess;
+      ASSERT_TRUE(detail::TrustRegionStep(a, m, c, d, radius, lambda, n, work, p)) << radius;
+      EXPECT_NEAR(scaled(), radius, 0.1 * radius) << radius << " from " << guess;
+      EXPECT_GT(lambda, lastLambda);
+      const std::vector<double> step = p;
+      bool ok = false;
+      EXPECT_EQ(DampedStep(j, b, n, d, lambda, ok), step);
+    }
+    lastLambda = lambda;
+  }
+  // Equal columns: no Gauss-Newton step, yet a damped one inside the region.
+  const std::vector<double> rank1{1, 1, 2, 2, 3, 3}, b1{1, 2, 4}, d1{1, 1};
+  std::vector<double> a1(3 * 3);
+  for (std::size_t i = 0; i < 3; ++i) a1[i] = a1[3 + i] = rank1[2 * i], a1[6 + i] = b1[i];
+  detail::LeastSquaresQR(a1, 3, 2, tau);
+  lambda = 0;
+  ASSERT_TRUE(detail::TrustRegionStep(a1, 3, std::span<const double>(a1).subspan(6, 2), d1, 0.1, lambda, 2, work, p));
+  EXPECT_GT(lambda, 0);
+  EXPECT_NEAR(p[0], p[1], 1e-12);
+  EXPECT_LE(std::hypot(p[0], p[1]), 0.11);
+}
+
+// Least-squares forms of classic problems: a curved valley, a Jacobian singular at the solution,
+// a local minimum, and fewer residuals than parameters.
+TEST(NewMarquardt, ClassicResidualProblems) {
+  using TResiduals = void (*)(std::span<const double>, std::span<double>);
+  struct TCase {
+    const char* name;
+    std::int32_t m;
+    TResiduals fun;
+    std::vector<double> start;
+    double fMax;      // the sum of squares reached, below this
+    double fLocal;    // or at this local minimum (negative: none)
+  };
+  const TCase cases[] = {
+      {"Rosenbrock", 2, [](auto x, auto r) { r[0] = 10 * (x[1] - x[0] * x[0]), r[1] = 1 - x[0]; }, {-1.2, 1}, 1e-20, -1},
+      {"Powell singular", 4,
+       [](auto x, auto r) {
+         r[0] = x[0] + 10 * x[1], r[1] = std::sqrt(5) * (x[2] - x[3]);
+         r[2] = (x[1] - 2 * x[2]) * (x[1] - 2 * x[2]), r[3] = std::sqrt(10) * (x[0] - x[3]) * (x[0] - x[3]);
+       },
+       {3, -1, 0, 1}, 1e-20, -1},
+      {"Freudenstein-Roth", 2,
+       [](auto x, auto r) {
+         r[0] = -13 + x[0] + ((5 - x[1]) * x[1] - 2) * x[1], r[1] = -29 + x[0] + ((x[1] + 1) * x[1] - 14) * x[1];
+       },
+       {0.5, -2}, 1e-20, 48.98425367924},
+      {"circle (m < n)", 1, [](auto x, auto r) { r[0] = x[0] * x[0] + x[1] * x[1] + x[2] * x[2] - 1; }, {2, 1, 0.5}, 1e-20, -1},
+  };
+  for (const TCase& t : cases) {
+    std::vector<double> x = t.start;
+    double fmin;
+    TOptStopReason reason;
+    std::int32_t evals = 0;
+    const auto fun = [&](std::span<const double> p, std::span<const double>, std::span<TQuorel* const>, std::span<double> r) {
+      t.fun(p, r);
+    };
+    const std::int32_t iters = NewMarquardt(fun, t.m, x, {}, {}, fmin, reason, 500, 1e-12, nullptr, &evals);
+    std::printf("NewMarquardt %-18s %4d iterations %5d evaluations f = %.3g reason %d\n", t.name, iters, evals, fmin, reason);
+    EXPECT_TRUE(fmin < t.fMax || std::abs(fmin - t.fLocal) < 1e-8) << t.name << " " << fmin;
+    // Not the iteration limit: Powell's singular Jacobian converges only linearly, but well within it.
+    EXPECT_TRUE(reason == OptResConverged || reason == OptResSmallGrad || reason == OptResSmallStep) << t.name << " " << reason;
+  }
+}
+
 TEST(Marquardt, ExactFitLogAndStops) {
   const std::vector<double> xs{0, 0.5, 1, 1.5, 2, 3, 4, 6};
   std::vector<double> b{1, 0};
@@ -86,8 +173,9 @@ TEST(Marquardt, ExactFitLogAndStops) {
   EXPECT_LT(fmin, 1e-20);
   EXPECT_EQ(log[0], "Marquardt");
   EXPECT_EQ(log[1], "Iteration Fun                Lambda");
-  // Start sum of squares 3.08: one significant digit, ten decimals, lambda under its header.
-  EXPECT_EQ(log[2], "0000      3.0000000000       0.001");
+  // Start sum of squares 3.08: one significant digit, ten decimals, lambda under its header (0:
+  // the region starts wide, so the first step is undamped).
+  EXPECT_EQ(log[2], "0000      3.0000000000       0");
   EXPECT_EQ(log.size(), static_cast<std::size_t>(iters) + 3);
 
   // The general form on the same sum of squares, with the data as Consts.

@@ -27,4 +27,12 @@ bool DampedLeastSquaresStep(std::span<const double> r, std::size_t ldr, std::spa
                             std::span<const double> d, double lambda, std::size_t n, std::span<double> work,
                             std::span<double> p);
 
+/// The step of a scaled trust region of radius delta: lambda >= 0 (started from the caller's value,
+/// returned) such that the damped least-squares step p has |D p| within 10% of delta, or lambda = 0
+/// when the Gauss-Newton step is no longer than 1.1 delta. Lambda comes from safeguarded Newton
+/// iterations on 1/|D p(lambda)| between bounds from the gradient and the Gauss-Newton step, at
+/// most ten solves. `work` holds at least 2n (n + 1) + 2n + 1 doubles. False when no step exists.
+bool TrustRegionStep(std::span<const double> r, std::size_t ldr, std::span<const double> c, std::span<const double> d,
+                     double delta, double& lambda, std::size_t n, std::span<double> work, std::span<double> p);
+
 }  // namespace quorel::detail
