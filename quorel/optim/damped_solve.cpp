@@ -67,7 +67,7 @@ double ScaledNorm(std::span<const double> d, std::span<const double> p, std::siz
   return std::sqrt(s);
 }
 
-// |R^-T w|^2 / |D p| for w = D^2 p / |D p|, R the triangle DampedLeastSquaresStep left in `work`:
+// |R^-T w|^2 for w = D^2 p / |D p|, R the triangle DampedLeastSquaresStep left in `work`:
 // minus the derivative of |D p(lambda)| with respect to lambda, divided by |D p|.
 double NormSlope(std::span<const double> d, std::span<const double> p, std::size_t n, double q, std::span<double> work) {
   const std::size_t rows = 2 * n;
