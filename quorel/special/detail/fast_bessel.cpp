@@ -8,7 +8,11 @@
 #include "quorel/special/detail/fast_bessel.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+
+#include "quorel/special/detail/fast_bessel_tables.h"
 
 namespace quorel::detail {
 namespace fast_plain {
