@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <complex>
 #include <cstdint>
 
 #include "quorel/special/detail/fast_bessel_tables.h"
