@@ -70,7 +70,10 @@ TEST(SpecialBessel, CorrectlyRoundedAgainstReference) {
 }
 
 // The series path returns only values it has proved correctly rounded: on a dense sweep of its
-// region it must agree bit for bit with the ball evaluation, and it must actually take most points.
+// region it must agree bit for bit with the ball evaluation, and it must settle nearly all of them.
+// The sweep covers every order it accepts (the 1/Gamma divisor up to 12 factors), orders just off
+// an integer with large Re z (K's two terms cancel by up to 2^50 there, and the length of its
+// series follows that cancellation), and arguments down to 2^-40 (powers of z far below 1).
 TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
   using detail::TBesselKind;
   std::uint64_t state = 12345;
@@ -81,9 +84,15 @@ TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
   for (TBesselKind kind : {TBesselKind::J, TBesselKind::Y, TBesselKind::I, TBesselKind::K}) {
     int taken = 0, total = 0;
     for (int i = 0; i < 1500; ++i) {
-      double nu = 6 * uniform(), r = 12 * std::sqrt(uniform()), t = 2 * M_PI * uniform();
+      double nu = 12 * uniform(), r = 12 * std::sqrt(uniform()), t = 2 * M_PI * uniform();
       if (i % 5 == 0) nu = std::floor(nu) + 0.5;
       if (i % 7 == 0 && kind != TBesselKind::Y && kind != TBesselKind::K) nu = std::floor(nu);
+      if (i % 13 == 0) {
+        nu = std::round(nu) + (uniform() < 0.5 ? -1 : 1) * std::ldexp(1.0, -4 - static_cast<int>(20 * uniform()));
+        t = (uniform() - 0.5) * M_PI * 0.8;
+      }
+      if (i % 17 == 0) r = 12 * std::ldexp(1.0, -static_cast<int>(40 * uniform()));
+      nu = std::fabs(nu);
       TCplx z{r * std::cos(t), i % 11 == 0 ? 0.0 : r * std::sin(t)};
       for (bool scaled : {false, true}) {
         auto scale = scaled ? detail::ScaleOf(kind) : detail::TBesselScale::None;
@@ -98,7 +107,8 @@ TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
       }
     }
     RecordProperty("series_share_" + std::to_string(static_cast<int>(kind)), 100 * taken / total);
-    EXPECT_GT(taken, total / 2) << static_cast<int>(kind);
+    // Each value the series path gives up costs a ball evaluation, about 30 times as much.
+    EXPECT_GT(taken, total * 9 / 10) << static_cast<int>(kind);
   }
 }
 
