@@ -96,14 +96,21 @@ TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
       TCplx z{r * std::cos(t), i % 11 == 0 ? 0.0 : r * std::sin(t)};
       for (bool scaled : {false, true}) {
         auto scale = scaled ? detail::ScaleOf(kind) : detail::TBesselScale::None;
-        TCplx fast;
+        TCplx fast, portable;
         ++total;
-        if (!detail::FastBessel(kind, nu, z, scale, fast)) continue;
-        ++taken;
+        // The build without fused multiply-add rounds differently: it must be just as certain.
+        const bool tookFast = detail::FastBessel(kind, nu, z, scale, fast);
+        const bool tookPortable = detail::FastBesselPortable(kind, nu, z, scale, portable);
+        if (!tookFast && !tookPortable) continue;
+        taken += tookFast;
         int ierr = 0;
         TCplx ball = detail::ArbBessel(kind, nu, z, scale, ierr);
-        ASSERT_EQ(fast, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z) << " scaled=" << scaled
-                              << " fast " << Show(fast) << " ball " << Show(ball);
+        if (tookFast)
+          ASSERT_EQ(fast, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z) << " scaled=" << scaled
+                                << " fast " << Show(fast) << " ball " << Show(ball);
+        if (tookPortable)
+          ASSERT_EQ(portable, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z)
+                                    << " scaled=" << scaled << " portable " << Show(portable);
       }
     }
     RecordProperty("series_share_" + std::to_string(static_cast<int>(kind)), 100 * taken / total);

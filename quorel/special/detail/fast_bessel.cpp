@@ -46,4 +46,8 @@ bool FastBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, TCplx&
   return fast_plain::Evaluate(kind, nu, z, scale, out);
 }
 
+bool FastBesselPortable(TBesselKind kind, double nu, TCplx z, TBesselScale scale, TCplx& out) {
+  return fast_plain::Evaluate(kind, nu, z, scale, out);
+}
+
 }  // namespace quorel::detail

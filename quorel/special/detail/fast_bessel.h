@@ -18,4 +18,7 @@ inline constexpr double kFastBesselMaxOrder = 12;
 /// the normal double range.
 bool FastBessel(TBesselKind kind, double nu, TCplx z, TBesselScale scale, TCplx& out);
 
+/// FastBessel without fused multiply-add whatever the processor offers, for the tests.
+bool FastBesselPortable(TBesselKind kind, double nu, TCplx z, TBesselScale scale, TCplx& out);
+
 }  // namespace quorel::detail
