@@ -2,8 +2,10 @@
 // arithmetic (about 106 bits) with, for every value, a bound on its absolute error built from
 // the rounding bounds of each operation. A result is returned only when its whole error interval
 // rounds to one double, so it is the correctly rounded value; otherwise the caller evaluates in
-// ball arithmetic. The bounds are generous (2^-100 per operation against a true 2^-104 or so):
-// the margin costs nothing, since 2^-53 is all the rounding test needs.
+// ball arithmetic. The bounds are generous (2^-100 per operation against a true 2^-102 or less):
+// the margin costs little, since 2^-53 is all the rounding test needs. Where no cancellation
+// follows, the series stop at 2^-72 of their sums; K sizes its series to the cancellation of its
+// two terms, estimated from their partial sums.
 
 #include "quorel/special/detail/fast_bessel.h"
 
