@@ -5,7 +5,8 @@
 // ball arithmetic. The bounds are generous (2^-100 per operation against a true 2^-102 or less):
 // the margin costs little, since 2^-53 is all the rounding test needs. Where no cancellation
 // follows, the series stop at 2^-72 of their sums; K sizes its series to the cancellation of its
-// two terms, estimated from their partial sums.
+// two terms, estimated from their partial sums. Y and K of integer order come from the limit
+// formula, whose second series carries digamma weights.
 
 #include "quorel/special/detail/fast_bessel.h"
 
