@@ -70,7 +70,11 @@ TEST(SpecialBessel, CorrectlyRoundedAgainstReference) {
 }
 
 // The series path returns only values it has proved correctly rounded: on a dense sweep of its
-// region it must agree bit for bit with the ball evaluation, and it must actually take most points.
+// region it must agree bit for bit with the ball evaluation, and it must settle nearly all of them.
+// The sweep covers every order it accepts (the 1/Gamma divisor up to 12 factors), integer orders
+// (Y and K from the limit formula with digamma weights), orders just off an integer with large
+// Re z (K's two terms cancel by up to 2^50 there, and the length of its series follows that
+// cancellation), and arguments down to 2^-60 (powers of z far below 1).
 TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
   using detail::TBesselKind;
   std::uint64_t state = 12345;
@@ -81,24 +85,57 @@ TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
   for (TBesselKind kind : {TBesselKind::J, TBesselKind::Y, TBesselKind::I, TBesselKind::K}) {
     int taken = 0, total = 0;
     for (int i = 0; i < 1500; ++i) {
-      double nu = 6 * uniform(), r = 12 * std::sqrt(uniform()), t = 2 * M_PI * uniform();
+      double nu = 12 * uniform(), r = 12 * std::sqrt(uniform()), t = 2 * M_PI * uniform();
       if (i % 5 == 0) nu = std::floor(nu) + 0.5;
-      if (i % 7 == 0 && kind != TBesselKind::Y && kind != TBesselKind::K) nu = std::floor(nu);
+      if (i % 7 == 0) nu = std::floor(nu);
+      if (i % 13 == 0) {
+        nu = std::round(nu) + (uniform() < 0.5 ? -1 : 1) * std::ldexp(1.0, -4 - static_cast<int>(20 * uniform()));
+        t = (uniform() - 0.5) * M_PI * 0.8;
+      }
+      if (i % 17 == 0) r = 12 * std::ldexp(1.0, -static_cast<int>(64 * uniform()));
+      nu = std::fabs(nu);
       TCplx z{r * std::cos(t), i % 11 == 0 ? 0.0 : r * std::sin(t)};
       for (bool scaled : {false, true}) {
         auto scale = scaled ? detail::ScaleOf(kind) : detail::TBesselScale::None;
-        TCplx fast;
+        TCplx fast, portable;
         ++total;
-        if (!detail::FastBessel(kind, nu, z, scale, fast)) continue;
-        ++taken;
+        // The build without fused multiply-add rounds differently: it must be just as certain.
+        const bool tookFast = detail::FastBessel(kind, nu, z, scale, fast);
+        const bool tookPortable = detail::FastBesselPortable(kind, nu, z, scale, portable);
+        if (!tookFast && !tookPortable) continue;
+        taken += tookFast;
         int ierr = 0;
         TCplx ball = detail::ArbBessel(kind, nu, z, scale, ierr);
-        ASSERT_EQ(fast, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z) << " scaled=" << scaled
-                              << " fast " << Show(fast) << " ball " << Show(ball);
+        if (tookFast)
+          ASSERT_EQ(fast, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z) << " scaled=" << scaled
+                                << " fast " << Show(fast) << " ball " << Show(ball);
+        if (tookPortable)
+          ASSERT_EQ(portable, ball) << static_cast<int>(kind) << " nu=" << nu << " z=" << Show(z)
+                                    << " scaled=" << scaled << " portable " << Show(portable);
       }
     }
     RecordProperty("series_share_" + std::to_string(static_cast<int>(kind)), 100 * taken / total);
-    EXPECT_GT(taken, total / 2) << static_cast<int>(kind);
+    // Each value the series path gives up costs a ball evaluation, about 30 times as much.
+    EXPECT_GT(taken, total * 9 / 10) << static_cast<int>(kind);
+  }
+}
+
+// Tiny arguments and large orders: (z/2)^nu near 1e-160, whose squared modulus (in 1 / (z/2)^nu)
+// falls below the normal range. The values near 1e158 once came out a few ulps off.
+TEST(SpecialBessel, LargeOrderNextToTheOrigin) {
+  struct Case {
+    bool k;
+    double nu;
+    TCplx z;
+  };
+  for (const Case& c : {Case{true, 9.3816620002808584, {-4.3170685139430069e-17, 7.1201402685524675e-17}},
+                        Case{false, 11.256361622151797, {4.2427244017007898e-14, -4.1790538104311543e-15}},
+                        Case{true, 9.5783207560575114, {-6.8911416194450842e-17, 1.5160675419403773e-16}}}) {
+    auto kind = c.k ? detail::TBesselKind::K : detail::TBesselKind::Y;
+    int ierr = 0;
+    TCplx ball = detail::ArbBessel(kind, c.nu, c.z, detail::TBesselScale::None, ierr), fast;
+    ASSERT_TRUE(detail::FastBessel(kind, c.nu, c.z, detail::TBesselScale::None, fast)) << c.nu << Show(c.z);
+    EXPECT_EQ(fast, ball) << c.nu << Show(c.z);
   }
 }
 
