@@ -192,19 +192,9 @@ void NormalCDF(const TDenseQuorel& X, double mu, double sigma, TDenseQuorel& Res
 
 void NormalCDFInv(const TDenseQuorel& P, double mu, double sigma, TDenseQuorel& Res) {
   if (!(sigma > 0.0)) return EachElement(P, Res, kP, [&](double v) { return NormalCDFInv(v, mu, sigma); });
-  EachBlock(P, Res, kP, [&](const double* p, double* r, double* w, std::int32_t n) {
-    double* y = w;
-    for (std::int32_t i = 0; i < n; ++i) y[i] = 2.0 * p[i] - 1.0;
-    detail::ErfInvBlock(y, r, n);
-    for (std::int32_t i = 0; i < n; ++i) {
-      // ErfInv(+-1) is +-MaxDouble; p = 0 and p = 1 give +INF; p outside [0, 1] or NaN gives NaN.
-      constexpr double kMax = std::numeric_limits<double>::max();
-      double x = y[i] == 1.0 ? kMax : (y[i] == -1.0 ? -kMax : r[i]);
-      double v = SQRT2 * sigma * x + mu;
-      v = p[i] == 0.0 || p[i] == 1.0 ? INF : v;
-      r[i] = p[i] >= 0.0 && p[i] <= 1.0 ? v : detail::NaNResult();
-    }
-  });
+  detail::RequireState(!P.Complex(), kP);
+  Res.Size(P, false);
+  detail::NormalCdfInvBlock(P.PValues1D(0), Res.PValues1D(0), P.Length(), mu, sigma);
 }
 
 // --- block formulas ----------------------------------------------------------------------------
