@@ -56,6 +56,7 @@ namespace erf_plain {
 #define QUOREL_ERF_FMA 0
 #define QUOREL_ERF_LANES 2
 #include "quorel/stats/detail/erf_block_impl.inc"
+#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_plain
@@ -68,6 +69,7 @@ namespace erf_avx2 {
 #define QUOREL_ERF_FMA 1
 #define QUOREL_ERF_LANES 4
 #include "quorel/stats/detail/erf_block_impl.inc"
+#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_avx2
@@ -78,6 +80,7 @@ namespace erf_avx512 {
 #define QUOREL_ERF_FMA 1
 #define QUOREL_ERF_LANES 8
 #include "quorel/stats/detail/erf_block_impl.inc"
+#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_avx512
@@ -126,6 +129,9 @@ void NormalCdfInvBlock(const double* p, double* r, std::int32_t n, double mu, do
   QUOREL_ERF_DISPATCH(NormalCdfInv(p, r, n, mu, sigma))
 }
 void NormalCdfBlock(const double* z, double* r, std::int32_t n) { QUOREL_ERF_DISPATCH(NormalCdf(z, r, n)) }
+void GammaCdfBlock(const double* x, double* r, std::int32_t n, double a, double b, double lga) {
+  QUOREL_ERF_DISPATCH(GammaCdf(x, r, n, a, b, lga))
+}
 
 #undef QUOREL_ERF_DISPATCH
 

@@ -141,9 +141,15 @@ void GammaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
   EachElement(X, Res, kX, [&](double v) { return detail::GammaPDFLg(v, a, b, lga); });
 }
+// The CDF evaluates the scalar function's series and fraction on whole blocks (rounding-level
+// agreement); invalid parameters, and shapes past the series' reach (a + 1 = a), take the scalar loop.
 void GammaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
-  EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+  if (!(a > 0.0 && b > 0.0) || a + 1.0 == a)
+    return EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+  detail::RequireState(!X.Complex(), kX);
+  Res.Size(X, false);
+  detail::GammaCdfBlock(X.PValues1D(0), Res.PValues1D(0), X.Length(), a, b, lga);
 }
 void ChiSquarePDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
   if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });

@@ -1,6 +1,6 @@
 #pragma once
-// Error functions on whole blocks, branch-free so the element loops vectorise; used by the
-// vector normal distribution functions in place of the scalar incomplete-gamma route.
+// Error functions and the incomplete gamma function on whole blocks, on SIMD registers; used by
+// the vector normal and gamma distribution functions in place of a scalar call per element.
 
 #include <cstdint>
 
@@ -25,5 +25,9 @@ void NormalCdfInvBlock(const double* p, double* r, std::int32_t n, double mu, do
 /// r[i] = 0.5 erfc(-z[i]) for z[i] < 0, else min(1, 0.5 (1 + erf(z[i]))): the normal CDF of
 /// z = (x - mu) / (sigma sqrt 2), NaN giving 1 as the scalar form does; r may be z.
 void NormalCdfBlock(const double* z, double* r, std::int32_t n);
+
+/// r[i] = GammaCDF(x[i], a, b) for a > 0, b > 0 and a + 1 > a, given lga = LnGamma(a): the
+/// scalar function's series and fraction with its stopping tests, to rounding level. r may be x.
+void GammaCdfBlock(const double* x, double* r, std::int32_t n, double a, double b, double lga);
 
 }  // namespace quorel::detail
