@@ -1,8 +1,10 @@
-// Block error functions. erfc(a) = e^{-a^2} H(t) / (a + k) with t = (a - k) / (a + k), which maps
-// [0, inf) onto [-1, 1); H is smooth there (it tends to 1/sqrt(pi)) and its Chebyshev series,
-// computed once in ball arithmetic, falls below 1e-18 by 32 terms. e^{-a^2} takes the rounding
-// error of a^2 into account, so the far tail keeps its relative accuracy. erf near 0 comes from
-// its Taylor series, where 1 - erfc would lose the relative accuracy.
+// Block error functions and the incomplete gamma function, one copy per instruction set, the
+// best the processor has chosen at run time. erfc(a) = e^{-a^2} H(t) / (a + k) with
+// t = (a - k) / (a + k), which maps [0, inf) onto [-1, 1); H is smooth there (it tends to
+// 1/sqrt(pi)) and its Chebyshev series, computed once in ball arithmetic, falls below 1e-18 by 32
+// terms. e^{-a^2} takes the rounding error of a^2 into account, so the far tail keeps its relative
+// accuracy. erf near 0 comes from its Taylor series, where 1 - erfc would lose the relative
+// accuracy. The normal quantile evaluates erf once per point; see TwoSteps in erf_block_impl.inc.
 
 #include <algorithm>
 #include <atomic>
@@ -10,7 +12,9 @@
 #include <cstring>
 #include <limits>
 
+#if defined(__x86_64__)
 #include <immintrin.h>
+#endif
 
 #include "quorel/core/constants.h"
 #include "quorel/core/detail/checks.h"
