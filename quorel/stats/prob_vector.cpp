@@ -141,9 +141,15 @@ void GammaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
   EachElement(X, Res, kX, [&](double v) { return detail::GammaPDFLg(v, a, b, lga); });
 }
+// The CDF evaluates the scalar function's series and fraction on whole blocks (rounding-level
+// agreement); invalid parameters, and shapes past the series' reach (a + 1 = a), take the scalar loop.
 void GammaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
-  EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+  if (!(a > 0.0 && b > 0.0) || a + 1.0 == a)
+    return EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
+  detail::RequireState(!X.Complex(), kX);
+  Res.Size(X, false);
+  detail::GammaCdfBlock(X.PValues1D(0), Res.PValues1D(0), X.Length(), a, b, lga);
 }
 void ChiSquarePDF(const TDenseQuorel& X, std::int32_t nu, TDenseQuorel& Res) {
   if (nu < 1) return EachElement(X, Res, kX, [](double) { return detail::NaNResult(); });
@@ -192,19 +198,9 @@ void NormalCDF(const TDenseQuorel& X, double mu, double sigma, TDenseQuorel& Res
 
 void NormalCDFInv(const TDenseQuorel& P, double mu, double sigma, TDenseQuorel& Res) {
   if (!(sigma > 0.0)) return EachElement(P, Res, kP, [&](double v) { return NormalCDFInv(v, mu, sigma); });
-  EachBlock(P, Res, kP, [&](const double* p, double* r, double* w, std::int32_t n) {
-    double* y = w;
-    for (std::int32_t i = 0; i < n; ++i) y[i] = 2.0 * p[i] - 1.0;
-    detail::ErfInvBlock(y, r, n);
-    for (std::int32_t i = 0; i < n; ++i) {
-      // ErfInv(+-1) is +-MaxDouble; p = 0 and p = 1 give +INF; p outside [0, 1] or NaN gives NaN.
-      constexpr double kMax = std::numeric_limits<double>::max();
-      double x = y[i] == 1.0 ? kMax : (y[i] == -1.0 ? -kMax : r[i]);
-      double v = SQRT2 * sigma * x + mu;
-      v = p[i] == 0.0 || p[i] == 1.0 ? INF : v;
-      r[i] = p[i] >= 0.0 && p[i] <= 1.0 ? v : detail::NaNResult();
-    }
-  });
+  detail::RequireState(!P.Complex(), kP);
+  Res.Size(P, false);
+  detail::NormalCdfInvBlock(P.PValues1D(0), Res.PValues1D(0), P.Length(), mu, sigma);
 }
 
 // --- block formulas ----------------------------------------------------------------------------
