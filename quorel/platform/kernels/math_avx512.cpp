@@ -315,15 +315,13 @@ QUOREL_AVX512_INLINE V Trig(V x, F f, G fallback) {
   return y;
 }
 
-// y with its sign flipped where bit b of n is set.
-template <int kBit>
-QUOREL_AVX512_INLINE V FlipByBit(V y, I n) {
-  // 0x78: y ^ (s & sign bit)
-  return _mm512_castsi512_pd(_mm512_ternarylogic_epi64(_mm512_castpd_si512(y), _mm512_slli_epi64(n, 63 - kBit),
+// y with its sign flipped where bit 1 of n is set (0x78: y ^ (s & sign bit)).
+QUOREL_AVX512_INLINE V FlipByBit1(V y, I n) {
+  return _mm512_castsi512_pd(_mm512_ternarylogic_epi64(_mm512_castpd_si512(y), _mm512_slli_epi64(n, 62),
                                                         _mm512_set1_epi64(INT64_MIN), 0x78));
 }
 
-// What sine, cosine and tangent of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w + we
+// What sine and cosine of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w + we
 // (hr rh is exact, and so is 1 - w, as w lies in [0.69, 1]).
 struct Squares {
   V z, w, we;
@@ -356,28 +354,34 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
     const V p = HornerEither(s.z, c, kSinCoef, kCosCoef);
     const V y0 = s.z * _mm512_mask_blend_pd(c, q.rh, s.z);
     const V e = Fma(_mm512_mask_blend_pd(c, s.w, -q.rh), q.rl, _mm512_maskz_mov_pd(c, s.we));
-    return FlipByBit<1>(_mm512_mask_blend_pd(c, q.rh, s.w) + Fma(y0, p, e), q.n);
+    return FlipByBit1(_mm512_mask_blend_pd(c, q.rh, s.w) + Fma(y0, p, e), q.n);
   };
   return Trig<kCos ? 1 : 0>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
 }
 
-// tan x = nu / de (n even) or -de / nu (n odd), from the rational fit nu / de = tan r with the
-// large parts carried exactly, as for sine and cosine (P's leading -1/6 makes rl w nu's
-// first-order term):
-//   nu = rh + (rh z P(z) + rl w),  de = w + (z^2 Q(z) + we - rh rl),
-// then one quotient of the two pairs with its rounding error brought back by one fused residual.
+// tan x = nu / de (n even) or -de / nu (n odd), from the rational fit nu / de = tan rh with the
+// large part of de carried exactly, as for cosine (qr rh is exact, and so is 1 - w):
+//   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - rh^2/4
+// (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
+// the two sums, its residual rho brought back by a fused step, and rl by the derivative of tan,
+// 1 + t^2 (of cot, -(1 + t^2)), all added to t in one rounding.
 QUOREL_AVX512_INLINE V TanOf(V x) {
   const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
-    const Squares s = SquaresOf(q.rh);
-    const V nt = Fma(q.rh * s.z, Horner(s.z, kTanNum), s.w * q.rl);
-    const V dt = Fma(s.z * s.z, Horner(s.z, kTanDen), Fma(-q.rh, q.rl, s.we));
+    const V qr = q.rh * 0.25, z = q.rh * q.rh;
+    const V w = Fma(-qr, q.rh, Set(1.0));
+    const V we = Fma(-qr, q.rh, Set(1.0) - w);
+    const V nt = (q.rh * z) * Horner(z, kTanNum);
+    const V dt = Fma(z * z, Horner(z, kTanDen), we);
     const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
-    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, s.w), _mm512_mask_blend_pd(odd, nt, dt)};
-    const Pair den = {_mm512_mask_blend_pd(odd, s.w, q.rh), _mm512_mask_blend_pd(odd, dt, nt)};
+    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
+    const Pair den = {_mm512_mask_blend_pd(odd, w, q.rh), _mm512_mask_blend_pd(odd, dt, nt)};
     const V d = den.hi + den.lo;
     const V t = (num.hi + num.lo) / d;
     const V rho = Fma(-t, den.lo, Fma(-t, den.hi, num.hi) + num.lo);
-    return FlipByBit<0>(Fma(rho, _mm512_rcp14_pd(d), t), q.n);
+    const V rl = _mm512_mask_xor_pd(q.rl, odd, q.rl, Set(-0.0));  // cot falls as r grows
+    const V y = t + Fma(rho, _mm512_rcp14_pd(d), Fma(rl * t, t, rl));
+    // Odd quadrants negate.
+    return _mm512_mask_xor_pd(y, odd, y, Set(-0.0));
   };
   return Trig<0>(x, f, [](V v) { return Sleef_tand8_u10(v); });
 }

@@ -3,17 +3,17 @@
 
 namespace quorel::kern::detail {
 
-/// tan r = r (1 + z N(z)) / (1 - z/2 + z^2 D(z)), z = r^2, |r| <= pi/4 (relative error 2^-59.2).
+/// tan r = r (1 + z N(z)) / (1 - z/4 + z^2 D(z)), z = r^2, |r| <= pi/4 (relative error 2^-57.2).
 inline constexpr double kTanNum[3] = {
-    -0x1.5555555555556p-3,
-    0x1.f0446dea6daaep-8,
-    -0x1.946dcd0458e6bp-14,
+    0x1.5555555555560p-4,
+    -0x1.8259dbd728629p-6,
+    0x1.02d324ecbbc0bp-11,
 };
 inline constexpr double kTanDen[4] = {
-    0x1.4f199ece5ebeep-5,
-    -0x1.0edd6dbe06412p-10,
-    0x1.4cbd220d255a5p-18,
-    0x1.9be05e18653d5p-27,
+    -0x1.2d6343c296cbep-4,
+    0x1.1f6c9e0da715dp-8,
+    -0x1.ded80cc4c0722p-16,
+    -0x1.4f317624fcdb1p-24,
 };
 
 }  // namespace quorel::kern::detail
