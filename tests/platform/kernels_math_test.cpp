@@ -168,6 +168,13 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
     x.insert(x.end(), {near, std::nextafter(near, 0.0), near + frac(rng) * 1e-6});
   }
   for (int i = 0; i < 20000; ++i) x.push_back(frac(rng) * 20);
+  // Every multiple below 2^10 and a little past it, either sign (the range of the cheaper
+  // reduction), and vectors mixing small arguments with ones past the fast range.
+  for (int k = -700; k <= 700; ++k) {
+    const double near = k * M_PI_2;
+    x.insert(x.end(), {near, std::nextafter(near, -1e9), std::nextafter(near, 1e9)});
+  }
+  for (int i = 0; i < 800; ++i) x.push_back(i % 2 ? frac(rng) * 6 : std::ldexp(mant(rng), 19 + i % 6));
   const struct {
     const char* name;
     RealFn kernel;

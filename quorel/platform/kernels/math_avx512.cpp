@@ -359,12 +359,12 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
   return Trig<kCos ? 1 : 0>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
 }
 
-// tan x = nu / de (n even) or -de / nu (n odd), from the rational fit nu / de = tan rh with the
+// tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh with the
 // large part of de carried exactly, as for cosine (qr rh is exact, and so is 1 - w):
 //   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - rh^2/4
 // (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
-// the two sums, its residual rho brought back by a fused step, and rl by the derivative of tan,
-// 1 + t^2 (of cot, -(1 + t^2)), all added to t in one rounding.
+// the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
+// (of tan, and of -cot), all added to t in one rounding.
 QUOREL_AVX512_INLINE V TanOf(V x) {
   const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
     const V qr = q.rh * 0.25, z = q.rh * q.rh;
@@ -373,15 +373,13 @@ QUOREL_AVX512_INLINE V TanOf(V x) {
     const V nt = (q.rh * z) * Horner(z, kTanNum);
     const V dt = Fma(z * z, Horner(z, kTanDen), we);
     const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
+    const V zero = _mm512_setzero_pd();
     const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
-    const Pair den = {_mm512_mask_blend_pd(odd, w, q.rh), _mm512_mask_blend_pd(odd, dt, nt)};
+    const Pair den = {_mm512_mask_sub_pd(w, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
     const V d = den.hi + den.lo;
     const V t = (num.hi + num.lo) / d;
-    const V rho = Fma(-t, den.lo, Fma(-t, den.hi, num.hi) + num.lo);
-    const V rl = _mm512_mask_xor_pd(q.rl, odd, q.rl, Set(-0.0));  // cot falls as r grows
-    const V y = t + Fma(rho, _mm512_rcp14_pd(d), Fma(rl * t, t, rl));
-    // Odd quadrants negate.
-    return _mm512_mask_xor_pd(y, odd, y, Set(-0.0));
+    const V rho = _mm512_fnmadd_pd(t, den.lo, _mm512_fnmadd_pd(t, den.hi, num.hi) + num.lo);
+    return t + Fma(rho, _mm512_rcp14_pd(d), Fma(q.rl * t, t, q.rl));
   };
   return Trig<0>(x, f, [](V v) { return Sleef_tand8_u10(v); });
 }
