@@ -304,12 +304,17 @@ QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
 }
 
 // f(reduction of x) with the cheaper reduction where every lane allows it; lanes beyond
-// kTrigFastMax or NaN take fallback(x), SLEEF's value.
-template <int kQuarter, class F, class G>
+// kTrigFastMax or NaN take fallback(x), SLEEF's value. For the odd functions (kOdd) a zero x is
+// its own result (the sums in f would turn -0 into +0): zeros take the slower way, which mends them.
+template <int kQuarter, bool kOdd, class F, class G>
 QUOREL_AVX512_INLINE V Trig(V x, F f, G fallback) {
   const V a = _mm512_abs_pd(x);
-  if (!_mm512_cmp_pd_mask(a, Set(kTrigNarrowMax), _CMP_NLE_UQ)) return f(ReduceHalfPi<false, kQuarter>(x));
+  M wide = _mm512_cmp_pd_mask(a, Set(kTrigNarrowMax), _CMP_NLE_UQ);
+  if constexpr (kOdd) wide |= _mm512_fpclass_pd_mask(x, 0x06);  // +0, -0
+  if (!wide) return f(ReduceHalfPi<false, kQuarter>(x));
   V y = f(ReduceHalfPi<true, kQuarter>(x));
+  // Table: x's class "zero" (2) answers x itself (1); every other class keeps y.
+  if constexpr (kOdd) y = _mm512_fixupimm_pd(y, x, _mm512_set1_epi64(1 << 8), 0);
   const M out = _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ);
   if (out) y = _mm512_mask_blend_pd(out, y, fallback(x));
   return y;
@@ -322,7 +327,7 @@ QUOREL_AVX512_INLINE V FlipByBit1(V y, I n) {
 }
 
 // What sine and cosine of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w + we
-// (hr rh is exact, and so is 1 - w, as w lies in [0.69, 1]).
+// (hr = rh/2 is exact, and so is 1 - w, as w lies in [0.69, 1]).
 struct Squares {
   V z, w, we;
 };
@@ -356,11 +361,11 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
     const V e = Fma(_mm512_mask_blend_pd(c, s.w, -q.rh), q.rl, _mm512_maskz_mov_pd(c, s.we));
     return FlipByBit1(_mm512_mask_blend_pd(c, q.rh, s.w) + Fma(y0, p, e), q.n);
   };
-  return Trig<kCos ? 1 : 0>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
+  return Trig<kCos ? 1 : 0, !kCos>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
 }
 
 // tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh with the
-// large part of de carried exactly, as for cosine (qr rh is exact, and so is 1 - w):
+// large part of de carried exactly, as for cosine (qr = rh/4 is exact, and so is 1 - w):
 //   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - rh^2/4
 // (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
 // the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
@@ -381,7 +386,7 @@ QUOREL_AVX512_INLINE V TanOf(V x) {
     const V rho = _mm512_fnmadd_pd(t, den.lo, _mm512_fnmadd_pd(t, den.hi, num.hi) + num.lo);
     return t + Fma(rho, _mm512_rcp14_pd(d), Fma(q.rl * t, t, q.rl));
   };
-  return Trig<0>(x, f, [](V v) { return Sleef_tand8_u10(v); });
+  return Trig<0, true>(x, f, [](V v) { return Sleef_tand8_u10(v); });
 }
 
 // tanh |x| = 1 - 2 / (e^2|x| + 1) with the exponential and the quotient as pairs; below 1/8 an odd
