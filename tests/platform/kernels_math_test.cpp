@@ -168,6 +168,13 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
     x.insert(x.end(), {near, std::nextafter(near, 0.0), near + frac(rng) * 1e-6});
   }
   for (int i = 0; i < 20000; ++i) x.push_back(frac(rng) * 20);
+  // Every multiple below 2^10 and a little past it, either sign (the range of the cheaper
+  // reduction), and vectors mixing small arguments with ones past the fast range.
+  for (int k = -700; k <= 700; ++k) {
+    const double near = k * M_PI_2;
+    x.insert(x.end(), {near, std::nextafter(near, -1e9), std::nextafter(near, 1e9)});
+  }
+  for (int i = 0; i < 800; ++i) x.push_back(i % 2 ? frac(rng) * 6 : std::ldexp(mant(rng), 19 + i % 6));
   const struct {
     const char* name;
     RealFn kernel;
@@ -216,7 +223,8 @@ TEST(KernelsMath, SpecialValues) {
       {Exp10, -400.0, 0.0},   {ArcCosh, 0.5, kNaN},    {ArcCosh, kInf, kInf},  {ArcSinh, -0.0, -0.0},
       {ArcSinh, -kInf, -kInf}, {ArcSinh, kNaN, kNaN},  {InvSqrt, 4.0, 0.5},    {InvSqrt, 0.0, kInf},
       {InvSqrt, -0.0, -kInf}, {InvSqrt, -1.0, kNaN},   {InvSqrt, kInf, 0.0},   {InvCbrt, -8.0, -0.5},
-      {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},
+      {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},  {Sin, -0.0, -0.0},
+      {Tan, -0.0, -0.0},      {Cos, -0.0, 1.0},
   };
   errno = 0;
   ForEachIsa([&](const std::string& isa) {
@@ -225,6 +233,14 @@ TEST(KernelsMath, SpecialValues) {
       c.kernel(&c.x, r, 1);
       c.kernel(&c.x, r + 1, 0);
       EXPECT_TRUE(Same(r[0], c.want) && r[1] == 12345) << isa << " row " << &c - cases << " got " << r[0];
+    }
+    // Signed zeros beside a large argument (another reduction) in one vector.
+    const double zeros[] = {-0.0, 0.0, 5000.0, -0.0, -1e-300, 0.0, -0.0, 1.0};
+    const RealFn odds[] = {Sin, Tan};
+    for (RealFn odd : odds) {
+      double r[8];
+      odd(zeros, r, 8);
+      for (int i : {0, 1, 3, 4, 5, 6}) EXPECT_TRUE(Same(r[i], zeros[i])) << isa << " element " << i << " got " << r[i];
     }
     const double bad[] = {-1.0, 0.0, 1000.0, -kInf, kNaN, 1.5e308, 1.5e308};
     double r[7], s[7];

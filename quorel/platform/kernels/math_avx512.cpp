@@ -10,7 +10,8 @@
 // each) with tables of log c in their own base: see LogFast.
 // exp: a = (m + j/16) ln 2 + r with |r| <= ln 2 / 32; 2^(j/16) from a 16-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
-// sin, cos, tan: an exact Cody-Waite reduction by pi/2 and fitted polynomials (see ReduceHalfPi).
+// sin, cos, tan: an exact Cody-Waite reduction by pi/2; sin and cos evaluate one polynomial per
+// lane, tan a rational fit (see SinOrCos and TanOf).
 // The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
 // Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
 // arguments; results near overflow or underflow; trigonometric arguments beyond 2^20) take
@@ -41,6 +42,7 @@
 #endif
 
 #include "quorel/platform/kernels/detail/math_tables.h"
+#include "quorel/platform/kernels/detail/math_tables_trig.h"
 
 namespace quorel::kern::detail {
 
@@ -52,6 +54,7 @@ using I = __m512i;
 using M = __mmask8;
 
 #define QUOREL_AVX512_INLINE [[gnu::always_inline]] inline
+#define QUOREL_AVX512_INLINE_LAMBDA __attribute__((always_inline))
 
 QUOREL_AVX512_INLINE V Set(double v) { return _mm512_set1_pd(v); }
 QUOREL_AVX512_INLINE V Fma(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
@@ -269,81 +272,121 @@ QUOREL_AVX512_INLINE V Hyperbolic(V x) {
   return y;
 }
 
-// a = n pi/2 + r for 0 <= a <= kTrigFastMax, r = rh + rl good to about 2^-100 relative. r1 = a - n c1
-// is exact (0 <= n < 2^20, and r1 is a multiple of 2^-53 below 1 where n > 0); rh + rl = r1 - p - pe,
-// with p + pe = n c2 exactly, is an exact two-sum even when r1 and p nearly cancel (r1 is then a
-// multiple of ulp(p)). Lanes beyond the range or NaN are flagged in out.
-constexpr double kTrigFastMax = 0x1p20;
+// x = n pi/2 + r, r = rh + rl good to about 2^-100 relative, for |x| <= kTrigFastMax (either sign:
+// the quadrant's low bits are those of n even where n < 0, and a signed reduction spares the
+// symmetry fix-ups). r1 = x - n c1 is exact (|n| < 2^20, and r1 is a multiple of 2^-53 below 1 where
+// n != 0); rh + rl = r1 - p - pe, with p + pe = n c2 exactly, is an exact two-sum even when r1 and
+// p nearly cancel (r1 is then a multiple of ulp(p)). Within kTrigNarrowMax (|n| < 2^10) a c2 of
+// 43 bits makes p exact by itself, which saves forming pe. The shifter also adds kQuarter to n.
+constexpr double kTrigFastMax = 0x1p20, kTrigNarrowMax = 0x1p10;
 struct Quadrant {
   V rh, rl;
   I n;  // n in the low bits
-  M out;
 };
-QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V a) {
-  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
-  constexpr double kPio2A = 0x1.921fb54442d18p+0, kPio2B = 0x1.1a62633145c07p-54, kPio2C = -0x1.f1976b7ed8fbcp-110;
-  const V t = Fma(a, Set(kTwoOverPi), Set(kShifter));
-  const V n = t - kShifter;
-  const V r1 = Fma(n, Set(-kPio2A), a);
-  const V p = n * kPio2B;
-  const V rh = r1 - p;
-  const V rl = Fma(n, Set(-kPio2C), ((r1 - rh) - p) - Fma(n, Set(kPio2B), -p));
-  return {rh, rl, _mm512_castpd_si512(t), _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ)};
+template <bool kWide, int kQuarter>
+QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
+  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1, kShift = kShifter + kQuarter;
+  constexpr double kPio2A = 0x1.921fb54442d18p+0;
+  const V t = Fma(x, Set(kTwoOverPi), Set(kShift));
+  const V n = t - kShift;
+  const V r1 = Fma(n, Set(-kPio2A), x);
+  if constexpr (kWide) {
+    constexpr double kPio2B = 0x1.1a62633145c07p-54, kPio2C = -0x1.f1976b7ed8fbcp-110;
+    const V p = n * kPio2B;
+    const V rh = r1 - p;
+    return {rh, Fma(n, Set(-kPio2C), ((r1 - rh) - p) - Fma(n, Set(kPio2B), -p)), _mm512_castpd_si512(t)};
+  } else {
+    constexpr double kPio2B = 0x1.1a62633145cp-54, kPio2C = 0x1.b839a252049c1p-104;
+    const V p = n * kPio2B;
+    const V rh = r1 - p;
+    return {rh, Fma(n, Set(-kPio2C), (r1 - rh) - p), _mm512_castpd_si512(t)};
+  }
 }
 
-// sin(rh + rl) and cos(rh + rl) for |r| <= pi/4 (plus a little) as unevaluated sums hi + lo with
-// |lo| < |hi| / 8, each about 0.5 ulp once added: the leading terms are carried exactly (cos:
-// 1 - r^2/2 as a pair, with the rounding error of r^2).
-// z = rh^2 and hz = z / 2.
-QUOREL_AVX512_INLINE Pair SinPoly(V rh, V rl, V z, V hz) {
-  const V p = Horner(z, kSinCoef);
-  return {rh, Fma(z * rh, p, Fma(-hz, rl, rl))};
-}
-QUOREL_AVX512_INLINE Pair CosPoly(V rh, V rl, V z, V hz) {
-  const V p = Horner(z, kCosCoef);
-  const V w = 1.0 - hz;
-  const V we = (1.0 - w) - hz;
-  const V ze = Fma(rh, rh, -z);
-  return {w, Fma(Set(-0.5), ze, Fma(-rh, rl, Fma(z * z, p, we)))};
+// f(reduction of x) with the cheaper reduction where every lane allows it; lanes beyond
+// kTrigFastMax or NaN take fallback(x), SLEEF's value. For the odd functions (kOdd) a zero x is
+// its own result (the sums in f would turn -0 into +0): zeros take the slower way, which mends them.
+template <int kQuarter, bool kOdd, class F, class G>
+QUOREL_AVX512_INLINE V Trig(V x, F f, G fallback) {
+  const V a = _mm512_abs_pd(x);
+  M wide = _mm512_cmp_pd_mask(a, Set(kTrigNarrowMax), _CMP_NLE_UQ);
+  if constexpr (kOdd) wide |= _mm512_fpclass_pd_mask(x, 0x06);  // +0, -0
+  if (!wide) return f(ReduceHalfPi<false, kQuarter>(x));
+  V y = f(ReduceHalfPi<true, kQuarter>(x));
+  // Table: x's class "zero" (2) answers x itself (1); every other class keeps y.
+  if constexpr (kOdd) y = _mm512_fixupimm_pd(y, x, _mm512_set1_epi64(1 << 8), 0);
+  const M out = _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ);
+  if (out) y = _mm512_mask_blend_pd(out, y, fallback(x));
+  return y;
 }
 
-// Sine (kCos false) or cosine of x: quadrant n of |x| picks +-sin r or +-cos r.
+// y with its sign flipped where bit 1 of n is set (0x78: y ^ (s & sign bit)).
+QUOREL_AVX512_INLINE V FlipByBit1(V y, I n) {
+  return _mm512_castsi512_pd(_mm512_ternarylogic_epi64(_mm512_castpd_si512(y), _mm512_slli_epi64(n, 62),
+                                                        _mm512_set1_epi64(INT64_MIN), 0x78));
+}
+
+// What sine and cosine of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w + we
+// (hr = rh/2 is exact, and so is 1 - w, as w lies in [0.69, 1]).
+struct Squares {
+  V z, w, we;
+};
+QUOREL_AVX512_INLINE Squares SquaresOf(V rh) {
+  const V hr = rh * 0.5;
+  const V w = Fma(-hr, rh, Set(1.0));
+  return {rh * rh, w, Fma(-hr, rh, Set(1.0) - w)};
+}
+
+// Horner's rule with the coefficients of a in the lanes of m clear and those of b in the lanes set.
+template <std::size_t N>
+QUOREL_AVX512_INLINE V HornerEither(V z, M m, const double (&a)[N], const double (&b)[N]) {
+  V p = _mm512_mask_blend_pd(m, Set(a[N - 1]), Set(b[N - 1]));
+  for (std::size_t k = N - 1; k-- > 0;) p = Fma(z, p, _mm512_mask_blend_pd(m, Set(a[k]), Set(b[k])));
+  return p;
+}
+
+// Sine (kCos false) or cosine of x: quadrant n picks +-sin r or +-cos r (cos x = sin(x + pi/2), one
+// quadrant further), and each lane evaluates only the one it needs, as h + (y P(z) + e) with P's
+// coefficients chosen per lane:
+//   sin r = rh + (rh z S(z) + rl w)         (w is cos rh to 2^-6: rl w is the first-order term)
+//   cos r = w + (z^2 C(z) + we - rh rl)
+// Each is about 0.5 ulp once added: |y P + e| < |h| / 2 and h is exact.
 template <bool kCos>
 QUOREL_AVX512_INLINE V SinOrCos(V x) {
-  const V a = _mm512_abs_pd(x);
-  const Quadrant q = ReduceHalfPi(a);
-  const V z = q.rh * q.rh, hz = 0.5 * z;
-  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
-  const V s = sp.hi + sp.lo, c = cp.hi + cp.lo;
-  // cos x = sin(x + pi/2): one quadrant further.
-  const I n = kCos ? _mm512_add_epi64(q.n, _mm512_set1_epi64(1)) : q.n;
-  V y = _mm512_mask_blend_pd(_mm512_test_epi64_mask(n, _mm512_set1_epi64(1)), s, c);
-  I sign = _mm512_slli_epi64(_mm512_and_si512(n, _mm512_set1_epi64(2)), 62);
-  if constexpr (!kCos) sign = _mm512_xor_si512(sign, _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
-  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
-  if (q.out) y = _mm512_mask_blend_pd(q.out, y, kCos ? Sleef_cosd8_u10(x) : Sleef_sind8_u10(x));
-  return y;
+  const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
+    const M c = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));  // lanes taking cos r
+    const Squares s = SquaresOf(q.rh);
+    const V p = HornerEither(s.z, c, kSinCoef, kCosCoef);
+    const V y0 = s.z * _mm512_mask_blend_pd(c, q.rh, s.z);
+    const V e = Fma(_mm512_mask_blend_pd(c, s.w, -q.rh), q.rl, _mm512_maskz_mov_pd(c, s.we));
+    return FlipByBit1(_mm512_mask_blend_pd(c, q.rh, s.w) + Fma(y0, p, e), q.n);
+  };
+  return Trig<kCos ? 1 : 0, !kCos>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
 }
 
-// tan x = sin r / cos r (n even) or -cos r / sin r (n odd), the quotient of the two pairs with
-// its rounding error brought back by one fused residual.
+// tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh with the
+// large part of de carried exactly, as for cosine (qr = rh/4 is exact, and so is 1 - w):
+//   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - rh^2/4
+// (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
+// the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
+// (of tan, and of -cot), all added to t in one rounding.
 QUOREL_AVX512_INLINE V TanOf(V x) {
-  const V a = _mm512_abs_pd(x);
-  const Quadrant q = ReduceHalfPi(a);
-  const V z = q.rh * q.rh, hz = 0.5 * z;
-  const Pair sp = SinPoly(q.rh, q.rl, z, hz), cp = CosPoly(q.rh, q.rl, z, hz);
-  const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
-  const Pair num = FastTwoSum(_mm512_mask_blend_pd(odd, sp.hi, cp.hi), _mm512_mask_blend_pd(odd, sp.lo, cp.lo));
-  const Pair den = FastTwoSum(_mm512_mask_blend_pd(odd, cp.hi, sp.hi), _mm512_mask_blend_pd(odd, cp.lo, sp.lo));
-  const V t = num.hi / den.hi;
-  const V rho = Fma(-t, den.lo, Fma(-t, den.hi, num.hi) + num.lo);
-  V y = Fma(rho, _mm512_rcp14_pd(den.hi), t);
-  // The sign: odd quadrants negate, and tan is odd in x.
-  const I sign = _mm512_xor_si512(_mm512_slli_epi64(_mm512_and_si512(q.n, _mm512_set1_epi64(1)), 63),
-                                  _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN)));
-  y = _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y), sign));
-  if (q.out) y = _mm512_mask_blend_pd(q.out, y, Sleef_tand8_u10(x));
-  return y;
+  const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
+    const V qr = q.rh * 0.25, z = q.rh * q.rh;
+    const V w = Fma(-qr, q.rh, Set(1.0));
+    const V we = Fma(-qr, q.rh, Set(1.0) - w);
+    const V nt = (q.rh * z) * Horner(z, kTanNum);
+    const V dt = Fma(z * z, Horner(z, kTanDen), we);
+    const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
+    const V zero = _mm512_setzero_pd();
+    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
+    const Pair den = {_mm512_mask_sub_pd(w, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
+    const V d = den.hi + den.lo;
+    const V t = (num.hi + num.lo) / d;
+    const V rho = _mm512_fnmadd_pd(t, den.lo, _mm512_fnmadd_pd(t, den.hi, num.hi) + num.lo);
+    return t + Fma(rho, _mm512_rcp14_pd(d), Fma(q.rl * t, t, q.rl));
+  };
+  return Trig<0, true>(x, f, [](V v) { return Sleef_tand8_u10(v); });
 }
 
 // tanh |x| = 1 - 2 / (e^2|x| + 1) with the exponential and the quotient as pairs; below 1/8 an odd
