@@ -16,6 +16,8 @@ from mpmath import mp
 
 mp.prec = 200
 LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
+# Steps of the 16-entry high parts of log c in bases e, 2, 10: the ulps of 42-bit ln 2, 1, log10 2.
+LOG16_QUANTUM = (mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -43)
 EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
                    "detail", "math_tables.h")
@@ -31,11 +33,14 @@ def split(v):
     return hi, lo
 
 
-def fit(g, deg, b, iters=40, npts=300, start=0):
-    """Coefficients c of sum c[k] z^k near-minimax for g on [start, b], weighted by |z| (the error
-    relative to the function once the leading terms are added: z is r^2 for the odd functions,
-    and g is weighted by r^2 for log), and the worst error, log2."""
-    weight = (lambda z: z) if start == 0 else (lambda z: z * z)
+def fit(g, deg, b, iters=40, npts=300, start=0, power=None):
+    """Coefficients c of sum c[k] z^k near-minimax for g on [start, b], weighted by |z|^power (the
+    error relative to the function once the leading terms are added: z is r^2 for the odd
+    functions, power 1; g is weighted by r^2 or r for log, by the power of r it was divided by
+    less one), and the worst error, log2."""
+    if power is None:
+        power = 1 if start == 0 else 2
+    weight = lambda z: abs(z) ** power
     pts = [start + (b - start) * (1 - mpmath.cos(mp.pi * (i + 0.5) / npts)) / 2 for i in range(npts)]
     gv = [g(z) for z in pts]
     lam = [mpmath.mpf(1) / npts] * npts
@@ -75,15 +80,19 @@ def polynomials():
          fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
         ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 7/16",
          fit(odd_tail(mpmath.atan), 10, (mpmath.mpf(7) / 16) ** 2, iters=25, npts=150)),
-        # |r| <= 2^-5 (plus a little) on the 16-entry tables
-        ("kLog16Coef", "log(1 + r) = r - r^2/2 + r^3 L(r), |r| <= 0.0313",
-         fit(lambda r: (mpmath.log1p(r) - r + r * r / 2) / r ** 3, 7, mpmath.mpf(0.0313), iters=25, npts=150,
-             start=-mpmath.mpf(0.0313))),
+    ] + [
+        # -0.0295 <= r <= 2^-5 (plus a little) on the 16-entry tables, in each base
+        ("kLog16Coef" + suffix, "log_%s(1 + r) = r / ln %s + r^2 Q(r), -0.0295 <= r <= 0.0313" % (base, base),
+         fit(lambda r, lb=lb: (mpmath.log1p(r) - r) / (r * r * lb), 7, mpmath.mpf(0.0313), iters=25, npts=150,
+             start=-mpmath.mpf(0.0295), power=1))
+        for suffix, base, lb in (("", "e", mpmath.mpf(1)), ("2", "2", mpmath.log(2)), ("10", "10", mpmath.log(10)))
     ]
 
 
-def log_rows(bits):
-    """1/c and -log(1/c) for the 2^bits subintervals of [OFF, 2 OFF), and OFF."""
+def log_rows(bits, quantum=None):
+    """1/c and -log(1/c) for the 2^bits subintervals of [OFF, 2 OFF), and OFF. With quantum (a
+    power of 2 per base), the high parts are multiples of it, so that k log_B 2 (high part) plus
+    the high part is exact."""
     # Bits of 0.6875 plus half a subinterval, so that 1 lies inside one (where c = 1), not on a border.
     off = 0x3FE6000000000000 + (1 << (51 - bits))
     shift = 52 - bits
@@ -94,12 +103,19 @@ def log_rows(bits):
         c = mpmath.mpf(1) if lo_z <= 1 < hi_z else (lo_z + hi_z) / 2
         invc = float(1 / c)
         logc = -mpmath.log(mpmath.mpf(invc))
-        rows.append((invc,) + split(logc) + split(logc / mpmath.log(2)) + split(logc / mpmath.log(10)))
+        row = (invc,)
+        for k, v in enumerate((logc, logc / mpmath.log(2), logc / mpmath.log(10))):
+            if quantum is None:
+                row += split(v)
+            else:
+                hi = mpmath.nint(v / quantum[k]) * quantum[k]
+                row += (float(hi), float(v - hi))
+        rows.append(row)
     return rows, off
 
 
 def main():
-    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4)]
+    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4, LOG16_QUANTUM)]
     exp_rows = [split(mpmath.power(2, mpmath.mpf(j) / (1 << EXP_BITS))) for j in range(1 << EXP_BITS)]
 
     polys = polynomials()

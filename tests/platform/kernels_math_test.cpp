@@ -155,8 +155,8 @@ TEST(KernelsMath, RealResultsAreWithinOneUlpInEveryElement) {
 }
 
 // Dense random sweep against the long double functions (good to 2^-11 ulp): arguments spread
-// over every binade of each kernel's fast range and past it, and near multiples of pi/2
-// (where the reduced argument cancels).
+// over every binade of each kernel's fast range and past it, near multiples of pi/2 (where the
+// reduced argument cancels) and near 1.
 TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
   std::mt19937_64 rng(7);
   std::vector<D> x;
@@ -168,6 +168,8 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
     x.insert(x.end(), {near, std::nextafter(near, 0.0), near + frac(rng) * 1e-6});
   }
   for (int i = 0; i < 20000; ++i) x.push_back(frac(rng) * 20);
+  // Around 1, where log c of the table and log(1 + r) nearly cancel next to the subinterval holding 1.
+  for (int i = 0; i < 20000; ++i) x.push_back(1 + frac(rng) * 0.2);
   const struct {
     const char* name;
     RealFn kernel;
@@ -176,7 +178,7 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
   } cases[] = {
       {"sin", Sin, sinl, false},   {"cos", Cos, cosl, false},   {"tan", Tan, tanl, false},
       {"atan", ArcTan, atanl, false}, {"tanh", Tanh, tanhl, false}, {"ln", Ln, logl, true},
-      {"log2", Log2, log2l, true},
+      {"log2", Log2, log2l, true}, {"log10", Log10, log10l, true},
   };
   ForEachIsa([&](const std::string& isa) {
     for (const auto& c : cases) {

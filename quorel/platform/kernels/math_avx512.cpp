@@ -140,20 +140,23 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   return {hi, lo - (hi - s.hi)};
 }
 
-// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute,
-// |r| <= 2^-5 rounded once (as in LogPair), and a polynomial of degree 7 for the rest of
-// log(1 + r) after r - r^2/2. s1 = k log_B 2 + log_B c and s1 + r / ln B are exact two-sums:
-// s1 is 0 or larger than r / ln B (log c >= 0.06 away from the subinterval holding 1).
+// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute, and
+// log_B(1 + r) = r / ln B + r^2 Q(r), Q of degree 7 fitted in each base, -0.0295 <= r <= 2^-5;
+// about 0.55 ulp.
+// The high parts of log_B c are multiples of ulp(k log_B 2 high part), so s1 = k log_B 2 + log_B c
+// is one exact fused step; s1 + r / ln B is an exact two-sum (s1 is 0 or larger: log c >= 0.03
+// away from the subinterval holding 1, where c = 1). Outside lanes give garbage (see LogOutside).
 template <TFastFn F>
 QUOREL_AVX512_INLINE V LogFast(V x) {
-  constexpr bool kNatural = F == TFastFn::Ln;
-  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B.
-  constexpr double kHi = kNatural ? kLn2Hi : F == TFastFn::Log2 ? 1.0 : 0x1.34413509f7800p-2;
-  constexpr double kLo = kNatural ? kLn2Lo : F == TFastFn::Log2 ? 0.0 : 0x1.fef311f12b358p-46;
-  constexpr double kInvHi = F == TFastFn::Log2 ? kInvLn2 : kInvLn10;
-  constexpr double kInvLo = F == TFastFn::Log2 ? kInvLn2Rest : kInvLn10Rest;
-  constexpr const double* kCHi = kNatural ? kLog16CHi : F == TFastFn::Log2 ? kLog16C2Hi : kLog16C10Hi;
-  constexpr const double* kCLo = kNatural ? kLog16CLo : F == TFastFn::Log2 ? kLog16C2Lo : kLog16C10Lo;
+  constexpr bool kNatural = F == TFastFn::Ln, kBase2 = F == TFastFn::Log2;
+  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B likewise.
+  constexpr double kHi = kNatural ? kLn2Hi : kBase2 ? 1.0 : 0x1.34413509f7800p-2;
+  constexpr double kLo = kNatural ? kLn2Lo : kBase2 ? 0.0 : 0x1.fef311f12b358p-46;
+  constexpr double kInvHi = kBase2 ? kInvLn2 : kInvLn10;
+  constexpr double kInvLo = kBase2 ? kInvLn2Rest : kInvLn10Rest;
+  constexpr const double* kCHi = kNatural ? kLog16CHi : kBase2 ? kLog16C2Hi : kLog16C10Hi;
+  constexpr const double* kCLo = kNatural ? kLog16CLo : kBase2 ? kLog16C2Lo : kLog16C10Lo;
+  constexpr const auto& kCoef = kNatural ? kLog16Coef : kBase2 ? kLog16Coef2 : kLog16Coef10;
   constexpr int kShift = 52 - kLog16TableBits;
   const I ix = _mm512_castpd_si512(x);
   const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLog16Offset)));
@@ -161,30 +164,32 @@ QUOREL_AVX512_INLINE V LogFast(V x) {
   const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
   const V z = _mm512_castsi512_pd(
       _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
-  const auto lookup = [i](const double* t) { return Lookup16(t, i); };
-  const V r = Fma(z, lookup(kLog16InvC), Set(-1.0));
-  const V p = kd * kHi;
-  const V ch = lookup(kCHi);
-  const V s1 = p + ch;
-  const V e1 = (p - s1) + ch;
-  const V g = Horner(r, kLog16Coef);
-  V tail = (r * r) * Fma(r, g, Set(-0.5));
-  V lead = r;
-  if constexpr (!kNatural) {
+  // r = z / c - 1 = (p - 1) + pe exactly (p - 1 is exact): rounding r would cost half an ulp of
+  // the result next to the subinterval holding 1, where log_B c and r nearly cancel.
+  const V invc = Lookup16(kLog16InvC, i);
+  const V p = z * invc;
+  const V pe = Fma(z, invc, -p);
+  const V r = p - 1.0;
+  const V s1 = Fma(kd, Set(kHi), Lookup16(kCHi, i));
+  // log(1 + r + pe) = log(1 + r) + pe - r pe + O(pe r^2): pe goes into lo, -r pe into the tail r h.
+  V lead = r, lo = Lookup16(kCLo, i), h;
+  if constexpr (kNatural) {
+    lo += pe;
+    h = Fma(r, Horner(r, kCoef), -pe);
+  } else {
     lead = r * kInvHi;
-    tail = Fma(tail, Set(kInvHi), Fma(r, Set(kInvHi), -lead) + r * kInvLo);
+    lo += Fma(r, Set(kInvHi), -lead);
+    lo = Fma(pe, Set(kInvHi), lo);
+    h = Fma(r, Horner(r, kCoef), Fma(-pe, Set(kInvHi), Set(kInvLo)));
   }
+  if constexpr (!kBase2) lo = Fma(kd, Set(kLo), lo);
   const V s2 = s1 + lead;
   const V e2 = (s1 - s2) + lead;
-  V lo = lookup(kCLo);
-  if constexpr (F != TFastFn::Log2) lo = Fma(kd, Set(kLo), lo);
-  return s2 + ((e1 + e2) + lo + tail);
+  return s2 + Fma(r, h, e2 + lo);
 }
 
-// Lanes where LogPair does not apply: below the normal range, infinite or NaN.
-QUOREL_AVX512_INLINE M LogOutside(V x) {
-  return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
-}
+// Lanes where LogPair and LogFast do not apply: zero, negative, subnormal, infinite or NaN.
+QUOREL_AVX512_INLINE M LogOutside(V x) { return _mm512_fpclass_pd_mask(x, 0xff); }
 
 // e^(a + b) = 2^m 2^(j/16) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
 // value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
