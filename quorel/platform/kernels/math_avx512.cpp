@@ -462,21 +462,54 @@ QUOREL_AVX512_INLINE V PowOf(V x, V y) {
   return p;
 }
 
-// Runs f on blocks of 8; the tail reads 1.0 in its unused lanes and writes only its own.
-template <class F>
-QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
+// From 8 MB on the results cannot stay in the caches anyway: storing them around the caches
+// (non-temporal stores) saves reading each destination line before it is overwritten.
+constexpr ptrdiff_t kStreamMin = ptrdiff_t{1} << 20;
+
+// r[i, i + 8) = g(i, m) over [0, n): g reads its inputs from element i, 1.0 in the lanes outside
+// the mask m of a partial block. Long results that overlap no input are streamed.
+template <class G>
+QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g) {
+  constexpr M kAll = 0xff;
   ptrdiff_t i = 0;
+  if (apart && n >= kStreamMin && reinterpret_cast<std::uintptr_t>(r) % 8 == 0) {
+    // Up to the first 64-byte line of r, then whole lines.
+    const auto head = static_cast<ptrdiff_t>((0 - reinterpret_cast<std::uintptr_t>(r) / 8) % 8);
+    if (head != 0) {
+      const M m = static_cast<M>((1u << head) - 1);
+      _mm512_mask_storeu_pd(r, m, g(0, m));
+      i = head;
+    }
+    for (; i + 16 <= n; i += 16) {
+      const V a = g(i, kAll), b = g(i + 8, kAll);
+      _mm512_stream_pd(r + i, a);
+      _mm512_stream_pd(r + i + 8, b);
+    }
+    _mm_sfence();
+  }
   // Two independent vectors per step give the long dependency chains something to overlap with.
   for (; i + 16 <= n; i += 16) {
-    const V a = f(_mm512_loadu_pd(x + i)), b = f(_mm512_loadu_pd(x + i + 8));
+    const V a = g(i, kAll), b = g(i + 8, kAll);
     _mm512_storeu_pd(r + i, a);
     _mm512_storeu_pd(r + i + 8, b);
   }
-  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, f(_mm512_loadu_pd(x + i)));
+  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, g(i, kAll));
   if (i < n) {
     const M m = static_cast<M>((1u << (n - i)) - 1);
-    _mm512_mask_storeu_pd(r + i, m, f(_mm512_mask_loadu_pd(Set(1.0), m, x + i)));
+    _mm512_mask_storeu_pd(r + i, m, g(i, m));
   }
+}
+
+// Block i of x, 1.0 outside the mask m.
+QUOREL_AVX512_INLINE V LoadBlock(const double* x, ptrdiff_t i, M m) {
+  return m == 0xff ? _mm512_loadu_pd(x + i) : _mm512_mask_loadu_pd(Set(1.0), m, x + i);
+}
+QUOREL_AVX512_INLINE bool Apart(const double* x, const double* r, ptrdiff_t n) { return x + n <= r || r + n <= x; }
+
+// r[i] = f(x[i]).
+template <class F>
+QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
+  Blocks(r, n, Apart(x, r, n), [x, f](ptrdiff_t i, M m) { return f(LoadBlock(x, i, m)); });
 }
 
 template <TFastFn F>
@@ -505,13 +538,8 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
 }
 
 void FastPowAvx512(const double* a, const double* b, double* r, ptrdiff_t n) {
-  ptrdiff_t i = 0;
-  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, PowOf(_mm512_loadu_pd(a + i), _mm512_loadu_pd(b + i)));
-  if (i < n) {
-    const M m = static_cast<M>((1u << (n - i)) - 1);
-    const V p = PowOf(_mm512_mask_loadu_pd(Set(1.0), m, a + i), _mm512_mask_loadu_pd(Set(1.0), m, b + i));
-    _mm512_mask_storeu_pd(r + i, m, p);
-  }
+  Blocks(r, n, Apart(a, r, n) && Apart(b, r, n),
+         [a, b](ptrdiff_t i, M m) { return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m)); });
 }
 
 void FastPowxAvx512(const double* x, double v, double* r, ptrdiff_t n) {
