@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log and exp and
-the polynomial coefficients of the vector sin, cos, tanh and atan.
+the polynomial coefficients of the vector sin, cos, sinh, tanh, atan and log.
 
 Run with Debian's Python (it needs mpmath):  /usr/bin/python3 scripts/gen_math_tables.py
 Every table value is exact to about 106 bits (a high and a low double), computed at 200 bits.
@@ -78,6 +78,7 @@ def polynomials():
          fit(lambda z: (mpmath.cos(mpmath.sqrt(z)) - 1 + z / 2) / (z * z), 5, quarter_pi)),
         ("kTanhCoef", "tanh x = x + x^3 T(x^2), |x| <= 1/8",
          fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
+        ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2", fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
         ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 7/16",
          fit(odd_tail(mpmath.atan), 10, (mpmath.mpf(7) / 16) ** 2, iters=25, npts=150)),
     ] + [

@@ -175,16 +175,18 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
     RealFn kernel;
     long double (*exact)(long double);
     bool positive;
+    double limit;  // arguments beyond it (where the result overflows) are left out
   } cases[] = {
-      {"sin", Sin, sinl, false},   {"cos", Cos, cosl, false},   {"tan", Tan, tanl, false},
-      {"atan", ArcTan, atanl, false}, {"tanh", Tanh, tanhl, false}, {"ln", Ln, logl, true},
-      {"log2", Log2, log2l, true}, {"log10", Log10, log10l, true},
+      {"sin", Sin, sinl, false, kInf},       {"cos", Cos, cosl, false, kInf},      {"tan", Tan, tanl, false, kInf},
+      {"atan", ArcTan, atanl, false, kInf},  {"tanh", Tanh, tanhl, false, kInf},   {"sinh", Sinh, sinhl, false, 710},
+      {"cosh", Cosh, coshl, false, 710},     {"ln", Ln, logl, true, kInf},         {"log2", Log2, log2l, true, kInf},
+      {"log10", Log10, log10l, true, kInf},
   };
   ForEachIsa([&](const std::string& isa) {
     for (const auto& c : cases) {
-      std::vector<D> in = x;
-      if (c.positive)
-        for (D& v : in) v = std::fabs(v);
+      std::vector<D> in;
+      for (D v : x)
+        if (std::fabs(v) <= c.limit) in.push_back(c.positive ? std::fabs(v) : v);
       std::vector<D> r(in.size());
       c.kernel(in.data(), r.data(), std::ssize(in));
       ExpectWorst(c.name + isa + " sweep", in.size(),
@@ -243,7 +245,8 @@ TEST(KernelsMath, SpecialValues) {
       {Exp10, -400.0, 0.0},   {ArcCosh, 0.5, kNaN},    {ArcCosh, kInf, kInf},  {ArcSinh, -0.0, -0.0},
       {ArcSinh, -kInf, -kInf}, {ArcSinh, kNaN, kNaN},  {InvSqrt, 4.0, 0.5},    {InvSqrt, 0.0, kInf},
       {InvSqrt, -0.0, -kInf}, {InvSqrt, -1.0, kNaN},   {InvSqrt, kInf, 0.0},   {InvCbrt, -8.0, -0.5},
-      {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},
+      {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},   {Sinh, -0.0, -0.0},
+      {Sinh, -kInf, -kInf},   {Cosh, -kInf, kInf},     {Cosh, kNaN, kNaN},     {Log10, 1.0, 0.0},
   };
   errno = 0;
   ForEachIsa([&](const std::string& isa) {

@@ -52,6 +52,8 @@ using I = __m512i;
 using M = __mmask8;
 
 #define QUOREL_AVX512_INLINE [[gnu::always_inline]] inline
+// For lambdas: a kernel called out of line per block reloads every constant and table.
+#define QUOREL_AVX512_LAMBDA_INLINE __attribute__((always_inline))
 
 QUOREL_AVX512_INLINE V Set(double v) { return _mm512_set1_pd(v); }
 QUOREL_AVX512_INLINE V Fma(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
@@ -239,35 +241,47 @@ QUOREL_AVX512_INLINE Pair ExpPair(V a) {
   return {e.hi * scale, e.lo * scale};
 }
 
-// cosh x = (e^|x| + e^-|x|) / 2 and sinh x = (e^|x| - e^-|x|) / 2 from one exponential and its
-// reciprocal as pairs, rounded once; sinh below |x| = 1/2 by its odd series (8 terms) instead of the difference.
+// cosh x = (e^a + e^-a) / 2 and sinh x = (e^a - e^-a) / 2, a = |x|, from one reduction and no
+// division: a = (16 m + j) ln 2 / 16 + r gives -a = -(16 m + j) ln 2 / 16 - r, so e^-a takes
+// the table entry and the power of 2 of the negated index n = -(16 m + j) (j' = n mod 16,
+// m' = floor(n / 16)), and e^-r - 1 = even - odd where e^r - 1 = even + odd. Each exponential
+// is a pair, scaled by 2^(m - 1) or 2^(m' - 1) (normal for a <= kExpFastMax), rounded once.
+// sinh below a = 1/2 is its odd series instead (the difference would cancel).
 template <bool kSinh>
 QUOREL_AVX512_INLINE V Hyperbolic(V x) {
+  constexpr double kInvLn2N = 0x1.71547652b82fep+4;  // 16 / ln 2
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-5, kLn2NLo = 0x1.abc9e3b39803fp-60;
   const V a = _mm512_abs_pd(x);
-  const Pair e = ExpPair(a);
-  // e^-|x| as the reciprocal pair: one division and a correction step.
-  const V r0 = 1.0 / e.hi;
-  const Pair f = {r0, r0 * (Fma(-e.hi, r0, Set(1.0)) - e.lo * r0)};
-  V y;
+  const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
+  const I ki = _mm512_castpd_si512(kd0);  // j in the low 4 bits, m above
+  const I ni = _mm512_sub_epi64(_mm512_setzero_si512(), ki);
+  const V kd = kd0 - kShifter;
+  V r = Fma(kd, Set(-kLn2NHi), a);
+  r = Fma(kd, Set(-kLn2NLo), r);
+  // |r| <= ln 2 / 32: the next term, r^8 / 8!, is below 2^-59.
+  const V r2 = r * r;
+  const V even = r2 * Fma(r2, Fma(r2, Set(1.0 / 720), Set(1.0 / 24)), Set(0.5));
+  const V odd = Fma(r * r2, Fma(r2, Fma(r2, Set(1.0 / 5040), Set(1.0 / 120)), Set(1.0 / 6)), r);
+  const V qp = even + odd, qm = even - odd;
+  const V th = Lookup16(kExp2Hi, ki), fh = Lookup16(kExp2Hi, ni);
+  const V el = Fma(th, qp, Lookup16(kExp2Lo, ki)), fl = Fma(fh, qm, Lookup16(kExp2Lo, ni));
+  // 2^(m - 1) from the bits of ki above the index (the shifter's own bits leave through the top).
+  const auto half_scale = [](I k) {
+    return _mm512_castsi512_pd(
+        _mm512_slli_epi64(_mm512_add_epi64(_mm512_srai_epi64(k, kExpTableBits), _mm512_set1_epi64(1022)), 52));
+  };
+  const V s = half_scale(ki), sn = kSinh ? -half_scale(ni) : half_scale(ni);
+  const Pair e = FastTwoSum(th * s, fh * sn);  // e^a >= e^-a
+  V y = e.hi + (Fma(s, el, sn * fl) + e.lo);
   if constexpr (kSinh) {
-    const Pair d = FastTwoSum(e.hi, -f.hi);
-    y = (d.hi + (d.lo + e.lo - f.lo)) * 0.5;
-    const V x2 = x * x;
-    V p = Fma(x2, Set(1.0 / 355687428096000.0), Set(1.0 / 1307674368000.0));
-    p = Fma(x2, p, Set(1.0 / 6227020800.0));
-    p = Fma(x2, p, Set(1.0 / 39916800.0));
-    p = Fma(x2, p, Set(1.0 / 362880.0));
-    p = Fma(x2, p, Set(1.0 / 5040.0));
-    p = Fma(x2, p, Set(1.0 / 120.0));
-    p = Fma(x2, p, Set(1.0 / 6.0));
-    const V small = Fma(a * x2, p, a);
-    y = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ), y, small);
+    const M small = _mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ);
+    if (small) {
+      const V z = a * a;
+      y = _mm512_mask_blend_pd(small, y, Fma(a * z, Horner(z, kSinhCoef), a));
+    }
     // The sign of x (odd function).
     y = _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
                                             _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
-  } else {
-    const Pair s = FastTwoSum(e.hi, f.hi);
-    y = (s.hi + (s.lo + e.lo + f.lo)) * 0.5;
   }
   const M out = ExpOutside(a);
   if (out) y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
@@ -509,12 +523,12 @@ QUOREL_AVX512_INLINE bool Apart(const double* x, const double* r, ptrdiff_t n) {
 // r[i] = f(x[i]).
 template <class F>
 QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
-  Blocks(r, n, Apart(x, r, n), [x, f](ptrdiff_t i, M m) { return f(LoadBlock(x, i, m)); });
+  Blocks(r, n, Apart(x, r, n), [x, f](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE { return f(LoadBlock(x, i, m)); });
 }
 
 template <TFastFn F>
 void UnaryLoop(const double* x, double* r, ptrdiff_t n) {
-  Blocks1(x, r, n, [](V v) { return Unary<F>(v); });
+  Blocks1(x, r, n, [](V v) QUOREL_AVX512_LAMBDA_INLINE { return Unary<F>(v); });
 }
 
 }  // namespace
@@ -539,12 +553,12 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
 
 void FastPowAvx512(const double* a, const double* b, double* r, ptrdiff_t n) {
   Blocks(r, n, Apart(a, r, n) && Apart(b, r, n),
-         [a, b](ptrdiff_t i, M m) { return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m)); });
+         [a, b](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE { return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m)); });
 }
 
 void FastPowxAvx512(const double* x, double v, double* r, ptrdiff_t n) {
   const V e = Set(v);
-  Blocks1(x, r, n, [e](V b) { return PowOf(b, e); });
+  Blocks1(x, r, n, [e](V b) QUOREL_AVX512_LAMBDA_INLINE { return PowOf(b, e); });
 }
 
 }  // namespace quorel::kern::detail

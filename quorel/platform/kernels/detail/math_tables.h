@@ -309,6 +309,16 @@ inline constexpr double kTanhCoef[6] = {
     0x1.cca9989c2d00dp-9,
 };
 
+/// sinh x = x + x^3 S(x^2), |x| <= 1/2.
+inline constexpr double kSinhCoef[6] = {
+    0x1.5555555555555p-3,
+    0x1.1111111111157p-7,
+    0x1.a01a019ffddc9p-13,
+    0x1.71de3aa92a83dp-19,
+    0x1.ae635a967ac6cp-26,
+    0x1.6299049747ab4p-33,
+};
+
 /// atan u = u + u^3 A(u^2), |u| <= 7/16.
 inline constexpr double kATanCoef[11] = {
     -0x1.555555555550dp-2,
