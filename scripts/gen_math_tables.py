@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log and exp and
+"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log, exp and atan and
 the polynomial coefficients of the vector sin, cos, sinh, tanh, atan and log.
 
 Run with Debian's Python (it needs mpmath):  /usr/bin/python3 scripts/gen_math_tables.py
@@ -18,6 +18,7 @@ mp.prec = 200
 LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
 # Steps of the 16-entry high parts of log c in bases e, 2, 10: the ulps of 42-bit ln 2, 1, log10 2.
 LOG16_QUANTUM = (mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -43)
+ATAN_SCALE = 7.4995       # atan: bins of width 1/ATAN_SCALE in t or 1/t
 EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
                    "detail", "math_tables.h")
@@ -79,8 +80,8 @@ def polynomials():
         ("kTanhCoef", "tanh x = x + x^3 T(x^2), |x| <= 1/8",
          fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
         ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2", fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
-        ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 7/16",
-         fit(odd_tail(mpmath.atan), 10, (mpmath.mpf(7) / 16) ** 2, iters=25, npts=150)),
+        ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 0.0668",
+         fit(odd_tail(mpmath.atan), 4, mpmath.mpf(0.0668) ** 2, iters=25, npts=150)),
     ] + [
         # -0.0295 <= r <= 2^-5 (plus a little) on the 16-entry tables, in each base
         ("kLog16Coef" + suffix, "log_%s(1 + r) = r / ln %s + r^2 Q(r), -0.0295 <= r <= 0.0313" % (base, base),
@@ -115,6 +116,14 @@ def log_rows(bits, quantum=None):
     return rows, off
 
 
+def atan_rows():
+    """c and atan c (high and low parts) for the 16 bins of atan: k = round(K t) for t < 1 (c = k / K),
+    8 + round(K / t) beyond (c = K / k, 2^60 for k = 0), K a little below 7.5 so that k <= 7
+    even with an approximate 1 / t; |(t - c) / (1 + c t)| <= 0.0668."""
+    rows = [float(k / ATAN_SCALE) for k in range(8)] + [2.0 ** 60] + [float(ATAN_SCALE / k) for k in range(1, 8)]
+    return [(c,) + split(mpmath.atan(mpmath.mpf(c))) for c in rows]
+
+
 def main():
     log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4, LOG16_QUANTUM)]
     exp_rows = [split(mpmath.power(2, mpmath.mpf(j) / (1 << EXP_BITS))) for j in range(1 << EXP_BITS)]
@@ -140,6 +149,13 @@ def main():
         for name, k in (("kExp2Hi", 0), ("kExp2Lo", 1)):
             f.write("alignas(64) inline constexpr double %s[%d] = {\n" % (name, len(exp_rows)))
             f.write("".join("    %s,\n" % r[k].hex() for r in exp_rows))
+            f.write("};\n")
+        f.write("\ninline constexpr double kATanScale = %s;\n" % ATAN_SCALE.hex())
+        f.write("/// atan: c of each bin and atan c as high and low parts.\n")
+        atan = atan_rows()
+        for name, k in (("kATanC", 0), ("kATanHi", 1), ("kATanLo", 2)):
+            f.write("alignas(64) inline constexpr double %s[16] = {\n" % name)
+            f.write("".join("    %s,\n" % r[k].hex() for r in atan))
             f.write("};\n")
         for name, what, (coef, worst) in polys:
             print("%s: worst error 2^%.1f" % (name, worst))

@@ -247,6 +247,7 @@ TEST(KernelsMath, SpecialValues) {
       {InvSqrt, -0.0, -kInf}, {InvSqrt, -1.0, kNaN},   {InvSqrt, kInf, 0.0},   {InvCbrt, -8.0, -0.5},
       {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},   {Sinh, -0.0, -0.0},
       {Sinh, -kInf, -kInf},   {Cosh, -kInf, kInf},     {Cosh, kNaN, kNaN},     {Log10, 1.0, 0.0},
+      {ArcTan, -0.0, -0.0},   {ArcTan, -kInf, -M_PI_2}, {ArcTan, 1e300, M_PI_2}, {ArcTan, kNaN, kNaN},
   };
   errno = 0;
   ForEachIsa([&](const std::string& isa) {

@@ -390,41 +390,34 @@ QUOREL_AVX512_INLINE V TanhOf(V x) {
                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
 }
 
-// atan |x| = atan c + atan u, u = (t - c) / (1 + t c), with c = 0, 1/2, 1, 3/2 on the bins
-// [0, 7/16), [7/16, 11/16), [11/16, 19/16), [19/16, 39/16), and atan t = pi/2 + atan(-1/t) beyond.
-// u = N / D with N = m t + b exact and D = c t + m as an exact pair; the quotient gets its
-// rounding error back from one fused residual, so |u| <= 7/16 enters the polynomial as a pair.
+// atan t = atan c + atan u, u = (t - c) / (1 + c t), t = |x|, with c from 16 bins: c = k / K for
+// t < 1, k = round(K t), and c = K / k beyond, k = round(K / t) from the approximate reciprocal
+// (K = kATanScale, a little below 7.5, keeps k <= 7; c = 2^60 for k = 0), so |u| <= 0.0668 and
+// a polynomial of five terms. For t < 1, t - c is exact and 1 + c t an exact pair (c t < 1), and
+// the quotient gets its rounding error back from one fused residual: u enters as a pair. Beyond
+// 1 the result is at least pi/4 and u rounded is enough.
 QUOREL_AVX512_INLINE V ATanOf(V x) {
-  alignas(64) static constexpr double kM[8] = {1, 2, 1, 1, 0, 0, 0, 0};
-  alignas(64) static constexpr double kB[8] = {0, -1, -1, -1.5, -1, 0, 0, 0};
-  alignas(64) static constexpr double kC[8] = {0, 1, 1, 1.5, 1, 0, 0, 0};
-  alignas(64) static constexpr double kAtHi[8] = {0, 0x1.dac670561bb4fp-2, 0x1.921fb54442d18p-1, 0x1.f730bd281f69bp-1,
-                                                  0x1.921fb54442d18p+0, 0, 0, 0};
-  alignas(64) static constexpr double kAtLo[8] = {0, 0x1.a2b7f222f65e2p-56, 0x1.1a62633145c07p-55, 0x1.007887af0cbbdp-56,
-                                                  0x1.1a62633145c07p-54, 0, 0, 0};
-  // Beyond 2^60, -1/t vanishes against pi/2; NaN stays NaN.
-  const V t = _mm512_min_pd(Set(0x1p60), _mm512_abs_pd(x));
-  I k = _mm512_setzero_si512();
-  const I one = _mm512_set1_epi64(1);
-  for (double edge : {7.0 / 16, 11.0 / 16, 19.0 / 16, 39.0 / 16})
-    k = _mm512_mask_add_epi64(k, _mm512_cmp_pd_mask(t, Set(edge), _CMP_GE_OQ), k, one);
-  const V m = _mm512_permutexvar_pd(k, _mm512_load_pd(kM));
-  const V c = _mm512_permutexvar_pd(k, _mm512_load_pd(kC));
-  const V num = Fma(m, t, _mm512_permutexvar_pd(k, _mm512_load_pd(kB)));
+  // Beyond 2^100, u vanishes against atan c; NaN stays NaN.
+  const V t = _mm512_min_pd(Set(0x1p100), _mm512_abs_pd(x));
+  const M beyond = _mm512_cmp_pd_mask(t, Set(1.0), _CMP_GE_OQ);
+  const V w = _mm512_mask_blend_pd(beyond, t, _mm512_rcp14_pd(t));
+  I k = _mm512_castpd_si512(Fma(w, Set(kATanScale), Set(kShifter)));  // k in the low 3 bits
+  k = _mm512_mask_or_epi64(k, beyond, k, _mm512_set1_epi64(8));
+  const V c = Lookup16(kATanC, k);
+  const V num = t - c;
   const V p = c * t;
-  const V dh = m + p;  // exact as a pair: m is 0, or a multiple of ulp(dh) at least as large as p's
-  const V dl = (p - (dh - m)) + Fma(c, t, -p);
+  const V dh = 1.0 + p;
+  const V dl = _mm512_maskz_add_pd(static_cast<M>(~beyond), (1.0 - dh) + p, Fma(c, t, -p));
   const V uh = num / dh;
   const V ul = Fma(-uh, dl, Fma(-uh, dh, num)) * _mm512_rcp14_pd(dh);
   const V z = uh * uh;
-  const V poly = Horner(z, kATanCoef);
-  const V ah = _mm512_permutexvar_pd(k, _mm512_load_pd(kAtHi));
+  const V ah = Lookup16(kATanHi, k);
   const V sh = ah + uh;  // |uh| <= atan c, or atan c = 0
   const V sl = (ah - sh) + uh;
-  const V lo = sl + _mm512_permutexvar_pd(k, _mm512_load_pd(kAtLo)) + Fma(-ul, z, ul) + uh * z * poly;
-  const V y = sh + lo;
-  return _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y),
-                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+  const V y = sh + Fma(uh * z, Horner(z, kATanCoef), (sl + Lookup16(kATanLo, k)) + ul);
+  // The sign of x (odd function): y ^ (x & sign bit).
+  return _mm512_castsi512_pd(
+      _mm512_ternarylogic_epi64(_mm512_castpd_si512(y), _mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN), 0x78));
 }
 
 template <TFastFn F>

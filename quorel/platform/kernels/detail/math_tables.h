@@ -279,6 +279,63 @@ alignas(64) inline constexpr double kExp2Lo[16] = {
     -0x1.e9c23179c2893p-54,
 };
 
+inline constexpr double kATanScale = 0x1.dff7ced916873p+2;
+/// atan: c of each bin and atan c as high and low parts.
+alignas(64) inline constexpr double kATanC[16] = {
+    0x0.0p+0,
+    0x1.1115ba315371cp-3,
+    0x1.1115ba315371cp-2,
+    0x1.99a09749fd2abp-2,
+    0x1.1115ba315371cp-1,
+    0x1.555b28bda84e4p-1,
+    0x1.99a09749fd2abp-1,
+    0x1.dde605d652072p-1,
+    0x1.0000000000000p+60,
+    0x1.dff7ced916873p+2,
+    0x1.dff7ced916873p+1,
+    0x1.3ffa89e60f04dp+1,
+    0x1.dff7ced916873p+0,
+    0x1.7ff972474538fp+0,
+    0x1.3ffa89e60f04dp+0,
+    0x1.12447632e84d4p+0,
+};
+alignas(64) inline constexpr double kATanHi[16] = {
+    0x0.0p+0,
+    0x1.0f7bc1cab331ap-3,
+    0x1.0adfb4600ff9ep-2,
+    0x1.85a97d88b046dp-2,
+    0x1.f5bea15ac772ep-2,
+    0x1.2d12b5de473cbp-1,
+    0x1.597be84f112f3p-1,
+    0x1.807e22067089ep-1,
+    0x1.921fb54442d18p+0,
+    0x1.70303d0aec6b5p+0,
+    0x1.4f67c82c3ed31p+0,
+    0x1.30b555e216bfdp+0,
+    0x1.14b00ced90f4dp+0,
+    0x1.f72cb4aa3e666p-1,
+    0x1.cac382397473ep-1,
+    0x1.a3c1488215192p-1,
+};
+alignas(64) inline constexpr double kATanLo[16] = {
+    0x0.0p+0,
+    -0x1.bedb4b501fd90p-59,
+    -0x1.448a2b55d1c1ep-56,
+    -0x1.d34f895b78441p-57,
+    -0x1.2296c761a4fbdp-56,
+    -0x1.3eddc14361e6fp-57,
+    -0x1.2b129f8d55be4p-56,
+    0x1.b292ec25b2321p-55,
+    0x1.1662633145c07p-54,
+    -0x1.3eef3fd97e1dcp-58,
+    -0x1.070a732f623e4p-54,
+    0x1.e1f82dded7b19p-55,
+    -0x1.5c07b2ef7f472p-54,
+    -0x1.bace5ce78707fp-56,
+    0x1.085e2162d1339p-56,
+    0x1.b4cb3d987e12fp-56,
+};
+
 /// sin r = r + r^3 S(r^2), |r| <= pi/4.
 inline constexpr double kSinCoef[6] = {
     -0x1.5555555555549p-3,
@@ -319,19 +376,13 @@ inline constexpr double kSinhCoef[6] = {
     0x1.6299049747ab4p-33,
 };
 
-/// atan u = u + u^3 A(u^2), |u| <= 7/16.
-inline constexpr double kATanCoef[11] = {
-    -0x1.555555555550dp-2,
-    0x1.999999998eb47p-3,
-    -0x1.24924920060e2p-3,
-    0x1.c71c6fe18c5b7p-4,
-    -0x1.745cdc4656687p-4,
-    0x1.3b0f2a2b1c203p-4,
-    -0x1.10d662b6782c7p-4,
-    0x1.dde27da5287acp-5,
-    -0x1.97b36bc285cccp-5,
-    0x1.2b418e864a98bp-5,
-    -0x1.0aceb4c14c85ap-6,
+/// atan u = u + u^3 A(u^2), |u| <= 0.0668.
+inline constexpr double kATanCoef[5] = {
+    -0x1.555555555551ap-2,
+    0x1.999999993ce8fp-3,
+    -0x1.249247aec68e8p-3,
+    0x1.c7174d747c3d2p-4,
+    -0x1.703fbe53cf661p-4,
 };
 
 /// log_e(1 + r) = r / ln e + r^2 Q(r), -0.0295 <= r <= 0.0313.
