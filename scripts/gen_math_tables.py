@@ -16,8 +16,8 @@ from mpmath import mp
 
 mp.prec = 200
 LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
-# Steps of the 16-entry high parts of log c in bases e, 2, 10: the ulps of 42-bit ln 2, 1, log10 2.
-LOG16_QUANTUM = (mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -43)
+# Steps of the high parts of log c in bases e, 2, 10: the ulps of 42-bit ln 2, 1, log10 2.
+LOG_QUANTUM = (mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -43)
 ATAN_SCALE = 7.4995       # atan: bins of width 1/ATAN_SCALE in t or 1/t
 EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
@@ -82,6 +82,10 @@ def polynomials():
         ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2", fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
         ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 0.0668",
          fit(odd_tail(mpmath.atan), 4, mpmath.mpf(0.0668) ** 2, iters=25, npts=150)),
+        # -0.0153 <= r <= 2^-6 (plus a little) on the 32-entry table of the log for pow
+        ("kLogCoef", "log(1 + r) = r - r^2/2 + r^3 P(r), -0.0153 <= r <= 0.0157",
+         fit(lambda r: (mpmath.log1p(r) - r + r * r / 2) / r ** 3, 7, mpmath.mpf(0.0157), iters=25, npts=150,
+             start=-mpmath.mpf(0.0153))),
     ] + [
         # -0.0295 <= r <= 2^-5 (plus a little) on the 16-entry tables, in each base
         ("kLog16Coef" + suffix, "log_%s(1 + r) = r / ln %s + r^2 Q(r), -0.0295 <= r <= 0.0313" % (base, base),
@@ -125,7 +129,7 @@ def atan_rows():
 
 
 def main():
-    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4, LOG16_QUANTUM)]
+    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS, LOG_QUANTUM), ("kLog16", 4) + log_rows(4, LOG_QUANTUM)]
     exp_rows = [split(mpmath.power(2, mpmath.mpf(j) / (1 << EXP_BITS))) for j in range(1 << EXP_BITS)]
 
     polys = polynomials()

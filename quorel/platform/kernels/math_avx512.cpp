@@ -4,7 +4,7 @@
 //
 // log (for pow): x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
 // subinterval of z; r = z/c - 1 is formed exactly as a pair of doubles (|r| <= 2^-6), and
-// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 9. The sum k ln 2 + log c + log(1 + r) is
+// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 7 fitted. The sum k ln 2 + log c + log(1 + r) is
 // carried as a pair of doubles, accurate to about 2^-66 relative, so that pow can multiply it
 // by y without losing the last bits. Ln, Log2 and Log10 alone use 16-entry tables (one permute
 // each) with tables of log c in their own base: see LogFast.
@@ -108,7 +108,7 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   constexpr int kShift = 52 - kLogTableBits;
   const I ix = _mm512_castpd_si512(x);
   const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLogOffset)));
-  const I i = _mm512_and_si512(_mm512_srli_epi64(tmp, kShift), _mm512_set1_epi64((1 << kLogTableBits) - 1));
+  const I i = _mm512_srli_epi64(tmp, kShift);  // Lookup32 reads only its low 5 bits
   const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
   const V z = _mm512_castsi512_pd(
       _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
@@ -124,20 +124,12 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   const V half = -0.5 * r2;  // exact
   const V bh = r.hi + half;  // |r| > r^2/2
   const V bl = (r.hi - bh) + half;
-  // k ln 2 is 0 or larger than any log c; log c is 0 (c = 1) or larger than r in every subinterval.
-  const Pair a = FastTwoSum(kd * kLn2Hi, ch);
-  const Pair s = FastTwoSum(a.hi, bh);
-  V poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
-  poly = Fma(r.hi, poly, Set(-1.0 / 10));
-  poly = Fma(r.hi, poly, Set(1.0 / 9));
-  poly = Fma(r.hi, poly, Set(-1.0 / 8));
-  poly = Fma(r.hi, poly, Set(1.0 / 7));
-  poly = Fma(r.hi, poly, Set(-1.0 / 6));
-  poly = Fma(r.hi, poly, Set(1.0 / 5));
-  poly = Fma(r.hi, poly, Set(-1.0 / 4));
-  poly = Fma(r.hi, poly, Set(1.0 / 3));
+  // k ln 2 (high part) + log c (high part) is exact: the latter are multiples of ulp(kLn2Hi).
+  // The sum is 0 or larger than r.hi - r^2/2: log c is 0 (c = 1) or larger than r in every subinterval.
+  const Pair s = FastTwoSum(Fma(kd, Set(kLn2Hi), ch), bh);
+  const V poly = Horner(r.hi, kLogCoef);
   // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
-  const V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
+  const V lo = s.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
   const V hi = s.hi + lo;
   return {hi, lo - (hi - s.hi)};
 }
