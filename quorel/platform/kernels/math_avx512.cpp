@@ -138,8 +138,9 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
 // log_B(1 + r) = r / ln B + r^2 Q(r), Q of degree 7 fitted in each base, -0.0295 <= r <= 2^-5;
 // about 0.55 ulp.
 // The high parts of log_B c are multiples of ulp(k log_B 2 high part), so s1 = k log_B 2 + log_B c
-// is one exact fused step; s1 + r / ln B is an exact two-sum (s1 is 0 or larger: log c >= 0.03
-// away from the subinterval holding 1, where c = 1). Outside lanes give garbage (see LogOutside).
+// is one exact fused step; s1 + r / ln B is an exact two-sum (s1 is 0 or at least twice as large:
+// |log c| >= 0.03 away from the subinterval holding 1, where c = 1). Outside lanes give garbage
+// (see LogOutside).
 template <TFastFn F>
 QUOREL_AVX512_INLINE V LogFast(V x) {
   constexpr bool kNatural = F == TFastFn::Ln, kBase2 = F == TFastFn::Log2;
@@ -166,19 +167,22 @@ QUOREL_AVX512_INLINE V LogFast(V x) {
   const V r = p - 1.0;
   const V s1 = Fma(kd, Set(kHi), Lookup16(kCHi, i));
   // log(1 + r + pe) = log(1 + r) + pe - r pe + O(pe r^2): pe goes into lo, -r pe into the tail r h.
-  V lead = r, lo = Lookup16(kCLo, i), h;
+  V lo = Lookup16(kCLo, i), h, s2, e2;
   if constexpr (kNatural) {
     lo += pe;
     h = Fma(r, Horner(r, kCoef), -pe);
+    s2 = s1 + r;
+    e2 = (s1 - s2) + r;
   } else {
-    lead = r * kInvHi;
-    lo += Fma(r, Set(kInvHi), -lead);
-    lo = Fma(pe, Set(kInvHi), lo);
-    h = Fma(r, Horner(r, kCoef), Fma(-pe, Set(kInvHi), Set(kInvLo)));
+    const V q = pe * kInvHi;  // the fused units are the busier ones: adds where they do
+    lo += q;
+    h = Fma(r, Horner(r, kCoef), kInvLo - q);
+    // s1 + r / ln B rounded once, and its error: s1 - s2 is exact as in a two-sum (|s1| is 0 or
+    // at least twice r / ln B), so the second fused step leaves only the tiny error to round.
+    s2 = Fma(r, Set(kInvHi), s1);
+    e2 = Fma(r, Set(kInvHi), s1 - s2);
   }
   if constexpr (!kBase2) lo = Fma(kd, Set(kLo), lo);
-  const V s2 = s1 + lead;
-  const V e2 = (s1 - s2) + lead;
   return s2 + Fma(r, h, e2 + lo);
 }
 
