@@ -115,10 +115,10 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   const V invc = Lookup32(kLogInvC, i);
   const V ch = Lookup32(kLogCHi, i);
   const V cl = Lookup32(kLogCLo, i);
-  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding error.
+  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), the fused step gives the product's
+  // rounding error; normalised, so that r.lo r^2 is negligible.
   const V p = _mm512_mul_pd(z, invc);
-  const V pe = Fma(z, invc, -p);
-  const Pair r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
+  const Pair r = FastTwoSum(p - 1.0, Fma(z, invc, -p));  // p - 1 is 0 or at least ulp(p) > |pe|
   const V r2 = r.hi * r.hi;
   const V r2e = Fma(r.hi, r.hi, -r2);
   const V half = -0.5 * r2;  // exact
@@ -129,7 +129,8 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   const Pair s = FastTwoSum(Fma(kd, Set(kLn2Hi), ch), bh);
   const V poly = Horner(r.hi, kLogCoef);
   // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
-  const V lo = s.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
+  const V small = Fma(Set(-0.5), r2e, Fma(-r.lo, r.hi, r.lo));
+  const V lo = Fma(r2 * r.hi, poly, ((s.lo + bl) + Fma(kd, Set(kLn2Lo), cl)) + small);
   const V hi = s.hi + lo;
   return {hi, lo - (hi - s.hi)};
 }
@@ -458,7 +459,7 @@ QUOREL_AVX512_INLINE V Unary(V x) {
 QUOREL_AVX512_INLINE V PowOf(V x, V y) {
   const Pair l = LogPair(x);
   const V a = y * l.hi;
-  const V b = Fma(y, l.hi, -a) + y * l.lo;
+  const V b = Fma(y, l.lo, Fma(y, l.hi, -a));
   V p = ExpOf(a, b);
   const M out = LogOutside(x) | ExpOutside(a);
   if (out) p = _mm512_mask_blend_pd(out, p, Sleef_powd8_u10(x, y));
