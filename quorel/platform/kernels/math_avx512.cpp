@@ -10,6 +10,8 @@
 // each) with tables of log c in their own base: see LogFast.
 // exp: a = (m + j/16) ln 2 + r with |r| <= ln 2 / 32; 2^(j/16) from a 16-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
+// cosh, sinh: e^|x| and e^-|x| from one such reduction, without a division (see Hyperbolic).
+// atan: 16 bins of t or 1/t and one division (see ATanOf).
 // sin, cos, tan: an exact Cody-Waite reduction by pi/2 and fitted polynomials (see ReduceHalfPi).
 // The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
 // Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
