@@ -79,7 +79,8 @@ def polynomials():
          fit(lambda z: (mpmath.cos(mpmath.sqrt(z)) - 1 + z / 2) / (z * z), 5, quarter_pi)),
         ("kTanhCoef", "tanh x = x + x^3 T(x^2), |x| <= 1/8",
          fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
-        ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2", fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
+        ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2",
+         fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
         ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 0.0668",
          fit(odd_tail(mpmath.atan), 4, mpmath.mpf(0.0668) ** 2, iters=25, npts=150)),
         # -0.0153 <= r <= 2^-6 (plus a little) on the 32-entry table of the log for pow

@@ -232,7 +232,8 @@ TEST(KernelsMath, LongResultsEqualShortOnes) {
     for (const auto& [name, run] : cases) {
       D* r = whole.data() + 3;  // 24 bytes past a line boundary at most
       run(a.data(), b.data(), r, n);
-      for (ptrdiff_t from = 0; from < n; from += 1000) run(&a[from], &b[from], &pieces[from], std::min<ptrdiff_t>(1000, n - from));
+      for (ptrdiff_t from = 0; from < n; from += 1000)
+        run(&a[from], &b[from], &pieces[from], std::min<ptrdiff_t>(1000, n - from));
       ptrdiff_t bad = 0;
       while (bad < n && Same(r[bad], pieces[bad])) ++bad;
       EXPECT_EQ(bad, n) << name << isa;

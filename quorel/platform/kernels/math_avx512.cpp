@@ -544,8 +544,9 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
 }
 
 void FastPowAvx512(const double* a, const double* b, double* r, ptrdiff_t n) {
-  Blocks(r, n, Apart(a, r, n) && Apart(b, r, n),
-         [a, b](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE { return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m)); });
+  Blocks(r, n, Apart(a, r, n) && Apart(b, r, n), [a, b](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE {
+    return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m));
+  });
 }
 
 void FastPowxAvx512(const double* x, double v, double* r, ptrdiff_t n) {
