@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log and exp and
-the polynomial coefficients of the vector sin, cos, tanh and atan; and math_tables_trig.h: the
-rational fit of the vector tan.
+"""Writes quorel/platform/kernels/detail/math_tables.h: the tables of the vector log, exp and atan and
+the polynomial coefficients of the vector sin, cos, sinh, tanh, atan and log; and
+math_tables_trig.h: the rational fit of the vector tan.
 
 Run with Debian's Python (it needs mpmath):  /usr/bin/python3 scripts/gen_math_tables.py
 Every table value is exact to about 106 bits (a high and a low double), computed at 200 bits.
@@ -17,6 +17,9 @@ from mpmath import mp
 
 mp.prec = 200
 LOG_BITS = 5            # log for pow: 2^LOG_BITS subintervals of [OFF, 2 OFF), OFF near 0.69 (16 for log alone)
+# Steps of the high parts of log c in bases e, 2, 10: the ulps of 42-bit ln 2, 1, log10 2.
+LOG_QUANTUM = (mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -42, mpmath.mpf(2) ** -43)
+ATAN_SCALE = 7.4995       # atan: bins of width 1/ATAN_SCALE in t or 1/t
 EXP_BITS = 4            # exp: 2^(j / 2^EXP_BITS), j < 2^EXP_BITS (one permute per table)
 OUT = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "quorel", "platform", "kernels",
                    "detail", "math_tables.h")
@@ -33,11 +36,14 @@ def split(v):
     return hi, lo
 
 
-def fit(g, deg, b, iters=40, npts=300, start=0):
-    """Coefficients c of sum c[k] z^k near-minimax for g on [start, b], weighted by |z| (the error
-    relative to the function once the leading terms are added: z is r^2 for the odd functions,
-    and g is weighted by r^2 for log), and the worst error, log2."""
-    weight = (lambda z: z) if start == 0 else (lambda z: z * z)
+def fit(g, deg, b, iters=40, npts=300, start=0, power=None):
+    """Coefficients c of sum c[k] z^k near-minimax for g on [start, b], weighted by |z|^power (the
+    error relative to the function once the leading terms are added: z is r^2 for the odd
+    functions, power 1; g is weighted by r^2 or r for log, by the power of r it was divided by
+    less one), and the worst error, log2."""
+    if power is None:
+        power = 1 if start == 0 else 2
+    weight = lambda z: abs(z) ** power
     pts = [start + (b - start) * (1 - mpmath.cos(mp.pi * (i + 0.5) / npts)) / 2 for i in range(npts)]
     gv = [g(z) for z in pts]
     lam = [mpmath.mpf(1) / npts] * npts
@@ -75,17 +81,27 @@ def polynomials():
          fit(lambda z: (mpmath.cos(mpmath.sqrt(z)) - 1 + z / 2) / (z * z), 5, quarter_pi)),
         ("kTanhCoef", "tanh x = x + x^3 T(x^2), |x| <= 1/8",
          fit(odd_tail(mpmath.tanh), 5, mpmath.mpf(1) / 64, iters=25, npts=150)),
-        ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 7/16",
-         fit(odd_tail(mpmath.atan), 10, (mpmath.mpf(7) / 16) ** 2, iters=25, npts=150)),
-        # |r| <= 2^-5 (plus a little) on the 16-entry tables
-        ("kLog16Coef", "log(1 + r) = r - r^2/2 + r^3 L(r), |r| <= 0.0313",
-         fit(lambda r: (mpmath.log1p(r) - r + r * r / 2) / r ** 3, 7, mpmath.mpf(0.0313), iters=25, npts=150,
-             start=-mpmath.mpf(0.0313))),
+        ("kSinhCoef", "sinh x = x + x^3 S(x^2), |x| <= 1/2",
+         fit(odd_tail(mpmath.sinh), 5, mpmath.mpf(1) / 4, iters=25, npts=150)),
+        ("kATanCoef", "atan u = u + u^3 A(u^2), |u| <= 0.0668",
+         fit(odd_tail(mpmath.atan), 4, mpmath.mpf(0.0668) ** 2, iters=25, npts=150)),
+        # -0.0153 <= r <= 2^-6 (plus a little) on the 32-entry table of the log for pow
+        ("kLogCoef", "log(1 + r) = r - r^2/2 + r^3 P(r), -0.0153 <= r <= 0.0157",
+         fit(lambda r: (mpmath.log1p(r) - r + r * r / 2) / r ** 3, 7, mpmath.mpf(0.0157), iters=25, npts=150,
+             start=-mpmath.mpf(0.0153))),
+    ] + [
+        # -0.0295 <= r <= 2^-5 (plus a little) on the 16-entry tables, in each base
+        ("kLog16Coef" + suffix, "log_%s(1 + r) = r / ln %s + r^2 Q(r), -0.0295 <= r <= 0.0313" % (base, base),
+         fit(lambda r, lb=lb: (mpmath.log1p(r) - r) / (r * r * lb), 7, mpmath.mpf(0.0313), iters=25, npts=150,
+             start=-mpmath.mpf(0.0295), power=1))
+        for suffix, base, lb in (("", "e", mpmath.mpf(1)), ("2", "2", mpmath.log(2)), ("10", "10", mpmath.log(10)))
     ]
 
 
-def log_rows(bits):
-    """1/c and -log(1/c) for the 2^bits subintervals of [OFF, 2 OFF), and OFF."""
+def log_rows(bits, quantum=None):
+    """1/c and -log(1/c) for the 2^bits subintervals of [OFF, 2 OFF), and OFF. With quantum (a
+    power of 2 per base), the high parts are multiples of it, so that k log_B 2 (high part) plus
+    the high part is exact."""
     # Bits of 0.6875 plus half a subinterval, so that 1 lies inside one (where c = 1), not on a border.
     off = 0x3FE6000000000000 + (1 << (51 - bits))
     shift = 52 - bits
@@ -96,7 +112,14 @@ def log_rows(bits):
         c = mpmath.mpf(1) if lo_z <= 1 < hi_z else (lo_z + hi_z) / 2
         invc = float(1 / c)
         logc = -mpmath.log(mpmath.mpf(invc))
-        rows.append((invc,) + split(logc) + split(logc / mpmath.log(2)) + split(logc / mpmath.log(10)))
+        row = (invc,)
+        for k, v in enumerate((logc, logc / mpmath.log(2), logc / mpmath.log(10))):
+            if quantum is None:
+                row += split(v)
+            else:
+                hi = mpmath.nint(v / quantum[k]) * quantum[k]
+                row += (float(hi), float(v - hi))
+        rows.append(row)
     return rows, off
 
 
@@ -160,8 +183,16 @@ def write_trig_tables():
     print("wrote", TRIG_OUT)
 
 
+def atan_rows():
+    """c and atan c (high and low parts) for the 16 bins of atan: k = round(K t) for t < 1 (c = k / K),
+    8 + round(K / t) beyond (c = K / k, 2^60 for k = 0), K a little below 7.5 so that k <= 7
+    even with an approximate 1 / t; |(t - c) / (1 + c t)| <= 0.0668."""
+    rows = [float(k / ATAN_SCALE) for k in range(8)] + [2.0 ** 60] + [float(ATAN_SCALE / k) for k in range(1, 8)]
+    return [(c,) + split(mpmath.atan(mpmath.mpf(c))) for c in rows]
+
+
 def main():
-    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS), ("kLog16", 4) + log_rows(4)]
+    log_tables = [("kLog", LOG_BITS) + log_rows(LOG_BITS, LOG_QUANTUM), ("kLog16", 4) + log_rows(4, LOG_QUANTUM)]
     exp_rows = [split(mpmath.power(2, mpmath.mpf(j) / (1 << EXP_BITS))) for j in range(1 << EXP_BITS)]
 
     polys = polynomials()
@@ -185,6 +216,13 @@ def main():
         for name, k in (("kExp2Hi", 0), ("kExp2Lo", 1)):
             f.write("alignas(64) inline constexpr double %s[%d] = {\n" % (name, len(exp_rows)))
             f.write("".join("    %s,\n" % r[k].hex() for r in exp_rows))
+            f.write("};\n")
+        f.write("\ninline constexpr double kATanScale = %s;\n" % ATAN_SCALE.hex())
+        f.write("/// atan: c of each bin and atan c as high and low parts.\n")
+        atan = atan_rows()
+        for name, k in (("kATanC", 0), ("kATanHi", 1), ("kATanLo", 2)):
+            f.write("alignas(64) inline constexpr double %s[16] = {\n" % name)
+            f.write("".join("    %s,\n" % r[k].hex() for r in atan))
             f.write("};\n")
         for name, what, (coef, worst) in polys:
             print("%s: worst error 2^%.1f" % (name, worst))

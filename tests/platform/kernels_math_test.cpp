@@ -155,8 +155,8 @@ TEST(KernelsMath, RealResultsAreWithinOneUlpInEveryElement) {
 }
 
 // Dense random sweep against the long double functions (good to 2^-11 ulp): arguments spread
-// over every binade of each kernel's fast range and past it, and near multiples of pi/2
-// (where the reduced argument cancels).
+// over every binade of each kernel's fast range and past it, near multiples of pi/2 (where the
+// reduced argument cancels) and near 1.
 TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
   std::mt19937_64 rng(7);
   std::vector<D> x;
@@ -175,25 +175,75 @@ TEST(KernelsMath, RandomSweepStaysWithinOneUlp) {
     x.insert(x.end(), {near, std::nextafter(near, -1e9), std::nextafter(near, 1e9)});
   }
   for (int i = 0; i < 800; ++i) x.push_back(i % 2 ? frac(rng) * 6 : std::ldexp(mant(rng), 19 + i % 6));
+  // Around 1, where log c of the table and log(1 + r) nearly cancel next to the subinterval holding 1.
+  for (int i = 0; i < 20000; ++i) x.push_back(1 + frac(rng) * 0.2);
   const struct {
     const char* name;
     RealFn kernel;
     long double (*exact)(long double);
     bool positive;
+    double limit;  // arguments beyond it (where the result overflows) are left out
   } cases[] = {
-      {"sin", Sin, sinl, false},   {"cos", Cos, cosl, false},   {"tan", Tan, tanl, false},
-      {"atan", ArcTan, atanl, false}, {"tanh", Tanh, tanhl, false}, {"ln", Ln, logl, true},
-      {"log2", Log2, log2l, true},
+      {"sin", Sin, sinl, false, kInf},       {"cos", Cos, cosl, false, kInf},      {"tan", Tan, tanl, false, kInf},
+      {"atan", ArcTan, atanl, false, kInf},  {"tanh", Tanh, tanhl, false, kInf},   {"sinh", Sinh, sinhl, false, 710},
+      {"cosh", Cosh, coshl, false, 710},     {"ln", Ln, logl, true, kInf},         {"log2", Log2, log2l, true, kInf},
+      {"log10", Log10, log10l, true, kInf},
   };
   ForEachIsa([&](const std::string& isa) {
     for (const auto& c : cases) {
-      std::vector<D> in = x;
-      if (c.positive)
-        for (D& v : in) v = std::fabs(v);
+      std::vector<D> in;
+      for (D v : x)
+        if (std::fabs(v) <= c.limit) in.push_back(c.positive ? std::fabs(v) : v);
       std::vector<D> r(in.size());
       c.kernel(in.data(), r.data(), std::ssize(in));
       ExpectWorst(c.name + isa + " sweep", in.size(),
                   [&](std::size_t i) { return UlpError(r[i], c.exact(in[i])); }, kMaxUlp, "ulp", true);
+    }
+  });
+}
+
+// x^y with y log x up to +-700: the log pair must hold about 2^-66 relative, worst near x = 1
+// (large y) and next to the table's subinterval holding 1; a third of the rows are ordinary.
+TEST(KernelsMath, PowerSweepWithLargeProductsStaysWithinOneUlp) {
+  std::mt19937_64 rng(11);
+  std::uniform_real_distribution<double> near1(0.97, 1.04), wide(-30, 30), prod(-700, 700), small(-2, 2);
+  std::vector<D> x, y;
+  for (int i = 0; i < 60000; ++i) {
+    x.push_back(i % 2 ? near1(rng) : std::exp(wide(rng)));
+    y.push_back(i % 3 == 0 || x.back() == 1 ? small(rng) : prod(rng) / std::log(x.back()));
+  }
+  std::vector<D> r(x.size()), rx(x.size());
+  ForEachIsa([&](const std::string& isa) {
+    Pow(x.data(), y.data(), r.data(), std::ssize(x));
+    for (std::size_t i = 0; i < x.size(); ++i) Powx(&x[i], y[i], &rx[i], 1);
+    for (const std::vector<D>* got : {&r, &rx})
+      ExpectWorst((got == &r ? "pow" : "powx") + isa + " sweep", x.size(),
+                  [&](std::size_t i) { return UlpError((*got)[i], powl(x[i], y[i])); }, kMaxUlp, "ulp", true);
+  });
+}
+
+// Long results go around the caches from the first 64-byte line of the destination on: every
+// element, the unaligned head included, equals the one computed in short pieces.
+TEST(KernelsMath, LongResultsEqualShortOnes) {
+  const ptrdiff_t n = (ptrdiff_t{1} << 20) + 13;
+  std::vector<D> a(n), b(n), whole(n + 3), pieces(n);
+  std::mt19937_64 rng(3);
+  std::uniform_real_distribution<double> u(0.25, 4.0);
+  for (ptrdiff_t i = 0; i < n; ++i) a[i] = u(rng), b[i] = u(rng);
+  const std::pair<const char*, std::function<void(const D*, const D*, D*, ptrdiff_t)>> cases[] = {
+      {"ln", [](const D* x, const D*, D* r, ptrdiff_t m) { Ln(x, r, m); }},
+      {"cosh", [](const D* x, const D*, D* r, ptrdiff_t m) { Cosh(x, r, m); }},
+      {"pow", [](const D* x, const D* y, D* r, ptrdiff_t m) { Pow(x, y, r, m); }},
+  };
+  ForEachIsa([&](const std::string& isa) {
+    for (const auto& [name, run] : cases) {
+      D* r = whole.data() + 3;  // 24 bytes past a line boundary at most
+      run(a.data(), b.data(), r, n);
+      for (ptrdiff_t from = 0; from < n; from += 1000)
+        run(&a[from], &b[from], &pieces[from], std::min<ptrdiff_t>(1000, n - from));
+      ptrdiff_t bad = 0;
+      while (bad < n && Same(r[bad], pieces[bad])) ++bad;
+      EXPECT_EQ(bad, n) << name << isa;
     }
   });
 }
@@ -224,7 +274,10 @@ TEST(KernelsMath, SpecialValues) {
       {ArcSinh, -kInf, -kInf}, {ArcSinh, kNaN, kNaN},  {InvSqrt, 4.0, 0.5},    {InvSqrt, 0.0, kInf},
       {InvSqrt, -0.0, -kInf}, {InvSqrt, -1.0, kNaN},   {InvSqrt, kInf, 0.0},   {InvCbrt, -8.0, -0.5},
       {InvCbrt, 0.0, kInf},   {InvCbrt, -kInf, -0.0},  {InvCbrt, kNaN, kNaN},  {Sin, -0.0, -0.0},
-      {Tan, -0.0, -0.0},      {Cos, -0.0, 1.0},
+      {Tan, -0.0, -0.0},      {Cos, -0.0, 1.0},        {Sinh, -0.0, -0.0},
+      {Sinh, -kInf, -kInf},   {Cosh, -kInf, kInf},     {Cosh, kNaN, kNaN},     {Log10, 1.0, 0.0},
+      {Sinh, -710.4, static_cast<double>(sinhl(-710.4))}, {Cosh, 710.4, static_cast<double>(coshl(710.4))}, {Sinh, 710.5, kInf},
+      {ArcTan, -0.0, -0.0},   {ArcTan, -kInf, -M_PI_2}, {ArcTan, 1e300, M_PI_2}, {ArcTan, kNaN, kNaN},
   };
   errno = 0;
   ForEachIsa([&](const std::string& isa) {

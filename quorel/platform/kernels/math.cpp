@@ -31,6 +31,7 @@
 #include "quorel/core/constants.h"
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/cplx.h"
+#include "quorel/platform/kernels/detail/hyperbolic_edge.h"
 #include "quorel/platform/kernels/detail/math_avx512.h"
 #include "quorel/platform/kernels/loops.h"
 
@@ -151,11 +152,29 @@ template <int W>
 struct SinhCoshV {
   Vec<W> sh, ch;
 };
+// Lanes of x beyond the point where e^|x| overflows but sinh and cosh need not: the value in
+// extended precision (rare lanes, one at a time). sh or ch may be null.
+template <int W>
+QUOREL_KERNEL_INLINE void FixNearOverflow(Vec<W> x, Vec<W>* sh, Vec<W>* ch) {
+  const Vec<W> a = x < 0.0 ? -x : x;
+  const auto edge = a > detail::kHyperbolicEdge && a <= detail::kHyperbolicTop;
+  bool any = false;
+  for (int k = 0; k < W; ++k) any |= edge[k] != 0;
+  if (!any) return;
+  for (int k = 0; k < W; ++k) {
+    if (!edge[k]) continue;
+    if (sh) (*sh)[k] = detail::SinhNearOverflow(x[k]);
+    if (ch) (*ch)[k] = detail::CoshNearOverflow(x[k]);
+  }
+}
+
 template <int W>
 QUOREL_KERNEL_INLINE SinhCoshV<W> SinhCoshOf(Vec<W> x) {
   const Vec<W> e = Simd<W>::kFn1[kExp](x);
   const Vec<W> r = Splat<W>(1.0) / e;
-  return {(e - r) * 0.5, (e + r) * 0.5};
+  SinhCoshV<W> h{(e - r) * 0.5, (e + r) * 0.5};
+  FixNearOverflow<W>(x, &h.sh, &h.ch);
+  return h;
 }
 
 // --- the loop driver ----------------------------------------------------------------------
@@ -305,6 +324,13 @@ struct FastUnaryOp {
   QUOREL_KERNEL_INLINE static void Run(const double* x, double* r, ptrdiff_t n) {
     if constexpr (W == 8) {
       detail::FastUnaryAvx512(kFast<F>, x, r, n);
+    } else if constexpr (F == kSinh || F == kCosh) {
+      Drive<W>(In1{x}, {1}, Out1{r}, {1}, n, [](const In1& s, const Out1& d) QUOREL_BLOCK_INLINE {
+        const Vec<W> v = Load<W>(s[0]);
+        Vec<W> y = Simd<W>::kFn1[F](v);
+        FixNearOverflow<W>(v, F == kSinh ? &y : nullptr, F == kCosh ? &y : nullptr);
+        Store<W>(d[0], y);
+      });
     } else {
       UnaryOp<F>::template Run<W>(x, r, n);
     }
@@ -532,5 +558,14 @@ void CartToPolar(const TCplx* x, double* mag, double* phase, ptrdiff_t n) {
 void PolarToCart(const double* mag, const double* phase, TCplx* r, ptrdiff_t n) {
   Run<PolarToCartOp>(mag, phase, r, n);
 }
+
+namespace detail {
+
+// Long double carries 11 bits beyond a double and its range holds e^|x|; the C library's
+// sinhl/coshl are within an ulp of that format, so one rounding to double stays within 0.51 ulp.
+double SinhNearOverflow(double x) { return static_cast<double>(sinhl(x)); }
+double CoshNearOverflow(double x) { return static_cast<double>(coshl(x)); }
+
+}  // namespace detail
 
 }  // namespace quorel::kern

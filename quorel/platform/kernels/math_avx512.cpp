@@ -4,12 +4,14 @@
 //
 // log (for pow): x = 2^k z with z in [0.69, 1.38); a 32-entry table gives 1/c and log c for the
 // subinterval of z; r = z/c - 1 is formed exactly as a pair of doubles (|r| <= 2^-6), and
-// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 9. The sum k ln 2 + log c + log(1 + r) is
+// log(1 + r) = r - r^2/2 + r^3 P(r), P of degree 7 fitted. The sum k ln 2 + log c + log(1 + r) is
 // carried as a pair of doubles, accurate to about 2^-66 relative, so that pow can multiply it
 // by y without losing the last bits. Ln, Log2 and Log10 alone use 16-entry tables (one permute
 // each) with tables of log c in their own base: see LogFast.
 // exp: a = (m + j/16) ln 2 + r with |r| <= ln 2 / 32; 2^(j/16) from a 16-entry table as a pair
 // of doubles; e^r - 1 by a degree-7 polynomial; the result rounds once (about 0.51 ulp).
+// cosh, sinh: e^|x| and e^-|x| from one such reduction, without a division (see Hyperbolic).
+// atan: 16 bins of t or 1/t and one division (see ATanOf).
 // sin, cos, tan: an exact Cody-Waite reduction by pi/2; sin and cos evaluate one polynomial per
 // lane, tan a rational fit (see SinOrCos and TanOf).
 // The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
@@ -43,6 +45,7 @@
 
 #include "quorel/platform/kernels/detail/math_tables.h"
 #include "quorel/platform/kernels/detail/math_tables_trig.h"
+#include "quorel/platform/kernels/detail/hyperbolic_edge.h"
 
 namespace quorel::kern::detail {
 
@@ -54,7 +57,8 @@ using I = __m512i;
 using M = __mmask8;
 
 #define QUOREL_AVX512_INLINE [[gnu::always_inline]] inline
-#define QUOREL_AVX512_INLINE_LAMBDA __attribute__((always_inline))
+// For lambdas: a kernel called out of line per block reloads every constant and table.
+#define QUOREL_AVX512_LAMBDA_INLINE __attribute__((always_inline))
 
 QUOREL_AVX512_INLINE V Set(double v) { return _mm512_set1_pd(v); }
 QUOREL_AVX512_INLINE V Fma(V a, V b, V c) { return _mm512_fmadd_pd(a, b, c); }
@@ -109,54 +113,51 @@ QUOREL_AVX512_INLINE Pair LogPair(V x) {
   constexpr int kShift = 52 - kLogTableBits;
   const I ix = _mm512_castpd_si512(x);
   const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLogOffset)));
-  const I i = _mm512_and_si512(_mm512_srli_epi64(tmp, kShift), _mm512_set1_epi64((1 << kLogTableBits) - 1));
+  const I i = _mm512_srli_epi64(tmp, kShift);  // Lookup32 reads only its low 5 bits
   const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
   const V z = _mm512_castsi512_pd(
       _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
   const V invc = Lookup32(kLogInvC, i);
   const V ch = Lookup32(kLogCHi, i);
   const V cl = Lookup32(kLogCLo, i);
-  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), pe is the product's rounding error.
+  // r = z invc - 1 exactly: p - 1 is exact (p is near 1), the fused step gives the product's
+  // rounding error; normalised, so that r.lo r^2 is negligible.
   const V p = _mm512_mul_pd(z, invc);
-  const V pe = Fma(z, invc, -p);
-  const Pair r = FastTwoSum(p - 1.0, pe);  // p - 1 is 0 or at least ulp(p) > |pe|
+  const Pair r = FastTwoSum(p - 1.0, Fma(z, invc, -p));  // p - 1 is 0 or at least ulp(p) > |pe|
   const V r2 = r.hi * r.hi;
   const V r2e = Fma(r.hi, r.hi, -r2);
   const V half = -0.5 * r2;  // exact
   const V bh = r.hi + half;  // |r| > r^2/2
   const V bl = (r.hi - bh) + half;
-  // k ln 2 is 0 or larger than any log c; log c is 0 (c = 1) or larger than r in every subinterval.
-  const Pair a = FastTwoSum(kd * kLn2Hi, ch);
-  const Pair s = FastTwoSum(a.hi, bh);
-  V poly = Fma(r.hi, Set(-1.0 / 12), Set(1.0 / 11));
-  poly = Fma(r.hi, poly, Set(-1.0 / 10));
-  poly = Fma(r.hi, poly, Set(1.0 / 9));
-  poly = Fma(r.hi, poly, Set(-1.0 / 8));
-  poly = Fma(r.hi, poly, Set(1.0 / 7));
-  poly = Fma(r.hi, poly, Set(-1.0 / 6));
-  poly = Fma(r.hi, poly, Set(1.0 / 5));
-  poly = Fma(r.hi, poly, Set(-1.0 / 4));
-  poly = Fma(r.hi, poly, Set(1.0 / 3));
+  // k ln 2 (high part) + log c (high part) is exact: the latter are multiples of ulp(kLn2Hi).
+  // The sum is 0 or larger than r.hi - r^2/2: log c is 0 (c = 1) or larger than r in every subinterval.
+  const Pair s = FastTwoSum(Fma(kd, Set(kLn2Hi), ch), bh);
+  const V poly = Horner(r.hi, kLogCoef);
   // log(1 + r.hi + r.lo) = log(1 + r.hi) + r.lo (1 - r.hi) + O(2^-64 r.lo).
-  const V lo = s.lo + a.lo + bl + Fma(kd, Set(kLn2Lo), cl) + r2 * r.hi * poly + (Fma(-r.lo, r.hi, r.lo) - 0.5 * r2e);
+  const V small = Fma(Set(-0.5), r2e, Fma(-r.lo, r.hi, r.lo));
+  const V lo = Fma(r2 * r.hi, poly, ((s.lo + bl) + Fma(kd, Set(kLn2Lo), cl)) + small);
   const V hi = s.hi + lo;
   return {hi, lo - (hi - s.hi)};
 }
 
-// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute,
-// |r| <= 2^-5 rounded once (as in LogPair), and a polynomial of degree 7 for the rest of
-// log(1 + r) after r - r^2/2. s1 = k log_B 2 + log_B c and s1 + r / ln B are exact two-sums:
-// s1 is 0 or larger than r / ln B (log c >= 0.06 away from the subinterval holding 1).
+// log_B x alone (B = e, 2 or 10), rounded once: 16 subintervals, each table one permute, and
+// log_B(1 + r) = r / ln B + r^2 Q(r), Q of degree 7 fitted in each base, -0.0295 <= r <= 2^-5;
+// about 0.55 ulp.
+// The high parts of log_B c are multiples of ulp(k log_B 2 high part), so s1 = k log_B 2 + log_B c
+// is one exact fused step; s1 + r / ln B is an exact two-sum (s1 is 0 or at least twice as large:
+// |log c| >= 0.03 away from the subinterval holding 1, where c = 1). Outside lanes give garbage
+// (see LogOutside).
 template <TFastFn F>
 QUOREL_AVX512_INLINE V LogFast(V x) {
-  constexpr bool kNatural = F == TFastFn::Ln;
-  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B.
-  constexpr double kHi = kNatural ? kLn2Hi : F == TFastFn::Log2 ? 1.0 : 0x1.34413509f7800p-2;
-  constexpr double kLo = kNatural ? kLn2Lo : F == TFastFn::Log2 ? 0.0 : 0x1.fef311f12b358p-46;
-  constexpr double kInvHi = F == TFastFn::Log2 ? kInvLn2 : kInvLn10;
-  constexpr double kInvLo = F == TFastFn::Log2 ? kInvLn2Rest : kInvLn10Rest;
-  constexpr const double* kCHi = kNatural ? kLog16CHi : F == TFastFn::Log2 ? kLog16C2Hi : kLog16C10Hi;
-  constexpr const double* kCLo = kNatural ? kLog16CLo : F == TFastFn::Log2 ? kLog16C2Lo : kLog16C10Lo;
+  constexpr bool kNatural = F == TFastFn::Ln, kBase2 = F == TFastFn::Log2;
+  // log_B 2 as a high part with 42 bits (k times it is exact) and the rest; 1 / ln B likewise.
+  constexpr double kHi = kNatural ? kLn2Hi : kBase2 ? 1.0 : 0x1.34413509f7800p-2;
+  constexpr double kLo = kNatural ? kLn2Lo : kBase2 ? 0.0 : 0x1.fef311f12b358p-46;
+  constexpr double kInvHi = kBase2 ? kInvLn2 : kInvLn10;
+  constexpr double kInvLo = kBase2 ? kInvLn2Rest : kInvLn10Rest;
+  constexpr const double* kCHi = kNatural ? kLog16CHi : kBase2 ? kLog16C2Hi : kLog16C10Hi;
+  constexpr const double* kCLo = kNatural ? kLog16CLo : kBase2 ? kLog16C2Lo : kLog16C10Lo;
+  constexpr const auto& kCoef = kNatural ? kLog16Coef : kBase2 ? kLog16Coef2 : kLog16Coef10;
   constexpr int kShift = 52 - kLog16TableBits;
   const I ix = _mm512_castpd_si512(x);
   const I tmp = _mm512_sub_epi64(ix, _mm512_set1_epi64(static_cast<long long>(kLog16Offset)));
@@ -164,30 +165,35 @@ QUOREL_AVX512_INLINE V LogFast(V x) {
   const V kd = _mm512_cvtepi64_pd(_mm512_srai_epi64(tmp, 52));
   const V z = _mm512_castsi512_pd(
       _mm512_sub_epi64(ix, _mm512_and_si512(tmp, _mm512_set1_epi64(static_cast<long long>(0xfffULL << 52)))));
-  const auto lookup = [i](const double* t) { return Lookup16(t, i); };
-  const V r = Fma(z, lookup(kLog16InvC), Set(-1.0));
-  const V p = kd * kHi;
-  const V ch = lookup(kCHi);
-  const V s1 = p + ch;
-  const V e1 = (p - s1) + ch;
-  const V g = Horner(r, kLog16Coef);
-  V tail = (r * r) * Fma(r, g, Set(-0.5));
-  V lead = r;
-  if constexpr (!kNatural) {
-    lead = r * kInvHi;
-    tail = Fma(tail, Set(kInvHi), Fma(r, Set(kInvHi), -lead) + r * kInvLo);
+  // r = z / c - 1 = (p - 1) + pe exactly (p - 1 is exact): rounding r would cost half an ulp of
+  // the result next to the subinterval holding 1, where log_B c and r nearly cancel.
+  const V invc = Lookup16(kLog16InvC, i);
+  const V p = z * invc;
+  const V pe = Fma(z, invc, -p);
+  const V r = p - 1.0;
+  const V s1 = Fma(kd, Set(kHi), Lookup16(kCHi, i));
+  // log(1 + r + pe) = log(1 + r) + pe - r pe + O(pe r^2): pe goes into lo, -r pe into the tail r h.
+  V lo = Lookup16(kCLo, i), h, s2, e2;
+  if constexpr (kNatural) {
+    lo += pe;
+    h = Fma(r, Horner(r, kCoef), -pe);
+    s2 = s1 + r;
+    e2 = (s1 - s2) + r;
+  } else {
+    const V q = pe * kInvHi;  // the fused units are the busier ones: adds where they do
+    lo += q;
+    h = Fma(r, Horner(r, kCoef), kInvLo - q);
+    // s1 + r / ln B rounded once, and its error: s1 - s2 is exact as in a two-sum (|s1| is 0 or
+    // at least twice r / ln B), so the second fused step leaves only the tiny error to round.
+    s2 = Fma(r, Set(kInvHi), s1);
+    e2 = Fma(r, Set(kInvHi), s1 - s2);
   }
-  const V s2 = s1 + lead;
-  const V e2 = (s1 - s2) + lead;
-  V lo = lookup(kCLo);
-  if constexpr (F != TFastFn::Log2) lo = Fma(kd, Set(kLo), lo);
-  return s2 + ((e1 + e2) + lo + tail);
+  if constexpr (!kBase2) lo = Fma(kd, Set(kLo), lo);
+  return s2 + Fma(r, h, e2 + lo);
 }
 
-// Lanes where LogPair does not apply: below the normal range, infinite or NaN.
-QUOREL_AVX512_INLINE M LogOutside(V x) {
-  return _mm512_cmp_pd_mask(x, Set(0x1p-1022), _CMP_NGE_UQ) | _mm512_cmp_pd_mask(x, Set(0x1.fffffffffffffp1023), _CMP_NLE_UQ);
-}
+// Lanes where LogPair and LogFast do not apply: zero, negative, subnormal, infinite or NaN.
+QUOREL_AVX512_INLINE M LogOutside(V x) { return _mm512_fpclass_pd_mask(x, 0xff); }
 
 // e^(a + b) = 2^m 2^(j/16) e^r split for |a| <= kExpFastMax and |b| <= 2^-40 |a|: the table
 // value th + tl and q = e^r - 1; m sits in the bits of ki above the table index.
@@ -237,38 +243,63 @@ QUOREL_AVX512_INLINE Pair ExpPair(V a) {
   return {e.hi * scale, e.lo * scale};
 }
 
-// cosh x = (e^|x| + e^-|x|) / 2 and sinh x = (e^|x| - e^-|x|) / 2 from one exponential and its
-// reciprocal as pairs, rounded once; sinh below |x| = 1/2 by its odd series (8 terms) instead of the difference.
+// cosh x = (e^a + e^-a) / 2 and sinh x = (e^a - e^-a) / 2, a = |x|, from one reduction and no
+// division: a = (16 m + j) ln 2 / 16 + r gives -a = -(16 m + j) ln 2 / 16 - r, so e^-a takes
+// the table entry and the power of 2 of the negated index n = -(16 m + j) (j' = n mod 16,
+// m' = floor(n / 16)), and e^-r - 1 = even - odd where e^r - 1 = even + odd. Each exponential
+// is a pair, scaled by 2^(m - 1) or 2^(m' - 1) (normal for a <= kExpFastMax), rounded once.
+// sinh below a = 1/2 is its odd series instead (the difference would cancel).
 template <bool kSinh>
 QUOREL_AVX512_INLINE V Hyperbolic(V x) {
+  constexpr double kInvLn2N = 0x1.71547652b82fep+4;  // 16 / ln 2
+  constexpr double kLn2NHi = 0x1.62e42fefa39efp-5, kLn2NLo = 0x1.abc9e3b39803fp-60;
   const V a = _mm512_abs_pd(x);
-  const Pair e = ExpPair(a);
-  // e^-|x| as the reciprocal pair: one division and a correction step.
-  const V r0 = 1.0 / e.hi;
-  const Pair f = {r0, r0 * (Fma(-e.hi, r0, Set(1.0)) - e.lo * r0)};
-  V y;
+  const V kd0 = Fma(a, Set(kInvLn2N), Set(kShifter));
+  const I ki = _mm512_castpd_si512(kd0);  // j in the low 4 bits, m above
+  const I ni = _mm512_sub_epi64(_mm512_setzero_si512(), ki);
+  const V kd = kd0 - kShifter;
+  V r = Fma(kd, Set(-kLn2NHi), a);
+  r = Fma(kd, Set(-kLn2NLo), r);
+  // |r| <= ln 2 / 32: the next term, r^8 / 8!, is below 2^-59.
+  const V r2 = r * r;
+  const V even = r2 * Fma(r2, Fma(r2, Set(1.0 / 720), Set(1.0 / 24)), Set(0.5));
+  const V odd = Fma(r * r2, Fma(r2, Fma(r2, Set(1.0 / 5040), Set(1.0 / 120)), Set(1.0 / 6)), r);
+  const V qp = even + odd, qm = even - odd;
+  const V th = Lookup16(kExp2Hi, ki), fh = Lookup16(kExp2Hi, ni);
+  const V el = Fma(th, qp, Lookup16(kExp2Lo, ki)), fl = Fma(fh, qm, Lookup16(kExp2Lo, ni));
+  // 2^(m - 1) from the bits of ki above the index (the shifter's own bits leave through the top).
+  const auto half_scale = [](I k) {
+    return _mm512_castsi512_pd(
+        _mm512_slli_epi64(_mm512_add_epi64(_mm512_srai_epi64(k, kExpTableBits), _mm512_set1_epi64(1022)), 52));
+  };
+  const V s = half_scale(ki), sn = kSinh ? -half_scale(ni) : half_scale(ni);
+  const Pair e = FastTwoSum(th * s, fh * sn);  // e^a >= e^-a
+  V y = e.hi + (Fma(s, el, sn * fl) + e.lo);
   if constexpr (kSinh) {
-    const Pair d = FastTwoSum(e.hi, -f.hi);
-    y = (d.hi + (d.lo + e.lo - f.lo)) * 0.5;
-    const V x2 = x * x;
-    V p = Fma(x2, Set(1.0 / 355687428096000.0), Set(1.0 / 1307674368000.0));
-    p = Fma(x2, p, Set(1.0 / 6227020800.0));
-    p = Fma(x2, p, Set(1.0 / 39916800.0));
-    p = Fma(x2, p, Set(1.0 / 362880.0));
-    p = Fma(x2, p, Set(1.0 / 5040.0));
-    p = Fma(x2, p, Set(1.0 / 120.0));
-    p = Fma(x2, p, Set(1.0 / 6.0));
-    const V small = Fma(a * x2, p, a);
-    y = _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ), y, small);
+    const M small = _mm512_cmp_pd_mask(a, Set(0.5), _CMP_LT_OQ);
+    if (small) {
+      const V z = a * a;
+      y = _mm512_mask_blend_pd(small, y, Fma(a * z, Horner(z, kSinhCoef), a));
+    }
     // The sign of x (odd function).
     y = _mm512_castsi512_pd(_mm512_or_si512(_mm512_castpd_si512(y),
                                             _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
-  } else {
-    const Pair s = FastTwoSum(e.hi, f.hi);
-    y = (s.hi + (s.lo + e.lo + f.lo)) * 0.5;
   }
   const M out = ExpOutside(a);
-  if (out) y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
+  if (out) {
+    y = _mm512_mask_blend_pd(out, y, kSinh ? Sleef_sinhd8_u10(x) : Sleef_coshd8_u10(x));
+    // SLEEF's e^|x| overflows before sinh and cosh do.
+    const M edge = _mm512_mask_cmp_pd_mask(out, a, Set(kHyperbolicEdge), _CMP_GT_OQ) &
+                   _mm512_cmp_pd_mask(a, Set(kHyperbolicTop), _CMP_LE_OQ);
+    if (edge) {
+      alignas(64) double xs[8], ys[8];
+      _mm512_store_pd(xs, x);
+      _mm512_store_pd(ys, y);
+      for (int k = 0; k < 8; ++k)
+        if (edge >> k & 1) ys[k] = kSinh ? SinhNearOverflow(xs[k]) : CoshNearOverflow(xs[k]);
+      y = _mm512_load_pd(ys);
+    }
+  }
   return y;
 }
 
@@ -353,7 +384,7 @@ QUOREL_AVX512_INLINE V HornerEither(V z, M m, const double (&a)[N], const double
 // Each is about 0.5 ulp once added: |y P + e| < |h| / 2 and h is exact.
 template <bool kCos>
 QUOREL_AVX512_INLINE V SinOrCos(V x) {
-  const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
+  const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
     const M c = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));  // lanes taking cos r
     const Squares s = SquaresOf(q.rh);
     const V p = HornerEither(s.z, c, kSinCoef, kCosCoef);
@@ -371,7 +402,7 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
 // the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
 // (of tan, and of -cot), all added to t in one rounding.
 QUOREL_AVX512_INLINE V TanOf(V x) {
-  const auto f = [](const Quadrant& q) QUOREL_AVX512_INLINE_LAMBDA {
+  const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
     const V qr = q.rh * 0.25, z = q.rh * q.rh;
     const V w = Fma(-qr, q.rh, Set(1.0));
     const V we = Fma(-qr, q.rh, Set(1.0) - w);
@@ -414,41 +445,34 @@ QUOREL_AVX512_INLINE V TanhOf(V x) {
                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
 }
 
-// atan |x| = atan c + atan u, u = (t - c) / (1 + t c), with c = 0, 1/2, 1, 3/2 on the bins
-// [0, 7/16), [7/16, 11/16), [11/16, 19/16), [19/16, 39/16), and atan t = pi/2 + atan(-1/t) beyond.
-// u = N / D with N = m t + b exact and D = c t + m as an exact pair; the quotient gets its
-// rounding error back from one fused residual, so |u| <= 7/16 enters the polynomial as a pair.
+// atan t = atan c + atan u, u = (t - c) / (1 + c t), t = |x|, with c from 16 bins: c = k / K for
+// t < 1, k = round(K t), and c = K / k beyond, k = round(K / t) from the approximate reciprocal
+// (K = kATanScale, a little below 7.5, keeps k <= 7; c = 2^60 for k = 0), so |u| <= 0.0668 and
+// a polynomial of five terms. For t < 1, t - c is exact and 1 + c t an exact pair (c t < 1), and
+// the quotient gets its rounding error back from one fused residual: u enters as a pair. Beyond
+// 1 the result is at least pi/4 and u rounded is enough.
 QUOREL_AVX512_INLINE V ATanOf(V x) {
-  alignas(64) static constexpr double kM[8] = {1, 2, 1, 1, 0, 0, 0, 0};
-  alignas(64) static constexpr double kB[8] = {0, -1, -1, -1.5, -1, 0, 0, 0};
-  alignas(64) static constexpr double kC[8] = {0, 1, 1, 1.5, 1, 0, 0, 0};
-  alignas(64) static constexpr double kAtHi[8] = {0, 0x1.dac670561bb4fp-2, 0x1.921fb54442d18p-1, 0x1.f730bd281f69bp-1,
-                                                  0x1.921fb54442d18p+0, 0, 0, 0};
-  alignas(64) static constexpr double kAtLo[8] = {0, 0x1.a2b7f222f65e2p-56, 0x1.1a62633145c07p-55, 0x1.007887af0cbbdp-56,
-                                                  0x1.1a62633145c07p-54, 0, 0, 0};
-  // Beyond 2^60, -1/t vanishes against pi/2; NaN stays NaN.
-  const V t = _mm512_min_pd(Set(0x1p60), _mm512_abs_pd(x));
-  I k = _mm512_setzero_si512();
-  const I one = _mm512_set1_epi64(1);
-  for (double edge : {7.0 / 16, 11.0 / 16, 19.0 / 16, 39.0 / 16})
-    k = _mm512_mask_add_epi64(k, _mm512_cmp_pd_mask(t, Set(edge), _CMP_GE_OQ), k, one);
-  const V m = _mm512_permutexvar_pd(k, _mm512_load_pd(kM));
-  const V c = _mm512_permutexvar_pd(k, _mm512_load_pd(kC));
-  const V num = Fma(m, t, _mm512_permutexvar_pd(k, _mm512_load_pd(kB)));
+  // Beyond 2^100, u vanishes against atan c; NaN stays NaN.
+  const V t = _mm512_min_pd(Set(0x1p100), _mm512_abs_pd(x));
+  const M beyond = _mm512_cmp_pd_mask(t, Set(1.0), _CMP_GE_OQ);
+  const V w = _mm512_mask_blend_pd(beyond, t, _mm512_rcp14_pd(t));
+  I k = _mm512_castpd_si512(Fma(w, Set(kATanScale), Set(kShifter)));  // k in the low 3 bits
+  k = _mm512_mask_or_epi64(k, beyond, k, _mm512_set1_epi64(8));
+  const V c = Lookup16(kATanC, k);
+  const V num = t - c;
   const V p = c * t;
-  const V dh = m + p;  // exact as a pair: m is 0, or a multiple of ulp(dh) at least as large as p's
-  const V dl = (p - (dh - m)) + Fma(c, t, -p);
+  const V dh = 1.0 + p;
+  const V dl = _mm512_maskz_add_pd(static_cast<M>(~beyond), (1.0 - dh) + p, Fma(c, t, -p));
   const V uh = num / dh;
   const V ul = Fma(-uh, dl, Fma(-uh, dh, num)) * _mm512_rcp14_pd(dh);
   const V z = uh * uh;
-  const V poly = Horner(z, kATanCoef);
-  const V ah = _mm512_permutexvar_pd(k, _mm512_load_pd(kAtHi));
+  const V ah = Lookup16(kATanHi, k);
   const V sh = ah + uh;  // |uh| <= atan c, or atan c = 0
   const V sl = (ah - sh) + uh;
-  const V lo = sl + _mm512_permutexvar_pd(k, _mm512_load_pd(kAtLo)) + Fma(-ul, z, ul) + uh * z * poly;
-  const V y = sh + lo;
-  return _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(y),
-                                              _mm512_and_si512(_mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN))));
+  const V y = sh + Fma(uh * z, Horner(z, kATanCoef), (sl + Lookup16(kATanLo, k)) + ul);
+  // The sign of x (odd function): y ^ (x & sign bit).
+  return _mm512_castsi512_pd(
+      _mm512_ternarylogic_epi64(_mm512_castpd_si512(y), _mm512_castpd_si512(x), _mm512_set1_epi64(INT64_MIN), 0x78));
 }
 
 template <TFastFn F>
@@ -493,33 +517,66 @@ QUOREL_AVX512_INLINE V Unary(V x) {
 QUOREL_AVX512_INLINE V PowOf(V x, V y) {
   const Pair l = LogPair(x);
   const V a = y * l.hi;
-  const V b = Fma(y, l.hi, -a) + y * l.lo;
+  const V b = Fma(y, l.lo, Fma(y, l.hi, -a));
   V p = ExpOf(a, b);
   const M out = LogOutside(x) | ExpOutside(a);
   if (out) p = _mm512_mask_blend_pd(out, p, Sleef_powd8_u10(x, y));
   return p;
 }
 
-// Runs f on blocks of 8; the tail reads 1.0 in its unused lanes and writes only its own.
-template <class F>
-QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
+// From 8 MB on the results cannot stay in the caches anyway: storing them around the caches
+// (non-temporal stores) saves reading each destination line before it is overwritten.
+constexpr ptrdiff_t kStreamMin = ptrdiff_t{1} << 20;
+
+// r[i, i + 8) = g(i, m) over [0, n): g reads its inputs from element i, 1.0 in the lanes outside
+// the mask m of a partial block. Long results that overlap no input are streamed.
+template <class G>
+QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g) {
+  constexpr M kAll = 0xff;
   ptrdiff_t i = 0;
+  if (apart && n >= kStreamMin && reinterpret_cast<std::uintptr_t>(r) % 8 == 0) {
+    // Up to the first 64-byte line of r, then whole lines.
+    const auto head = static_cast<ptrdiff_t>((0 - reinterpret_cast<std::uintptr_t>(r) / 8) % 8);
+    if (head != 0) {
+      const M m = static_cast<M>((1u << head) - 1);
+      _mm512_mask_storeu_pd(r, m, g(0, m));
+      i = head;
+    }
+    for (; i + 16 <= n; i += 16) {
+      const V a = g(i, kAll), b = g(i + 8, kAll);
+      _mm512_stream_pd(r + i, a);
+      _mm512_stream_pd(r + i + 8, b);
+    }
+    _mm_sfence();
+  }
   // Two independent vectors per step give the long dependency chains something to overlap with.
   for (; i + 16 <= n; i += 16) {
-    const V a = f(_mm512_loadu_pd(x + i)), b = f(_mm512_loadu_pd(x + i + 8));
+    const V a = g(i, kAll), b = g(i + 8, kAll);
     _mm512_storeu_pd(r + i, a);
     _mm512_storeu_pd(r + i + 8, b);
   }
-  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, f(_mm512_loadu_pd(x + i)));
+  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, g(i, kAll));
   if (i < n) {
     const M m = static_cast<M>((1u << (n - i)) - 1);
-    _mm512_mask_storeu_pd(r + i, m, f(_mm512_mask_loadu_pd(Set(1.0), m, x + i)));
+    _mm512_mask_storeu_pd(r + i, m, g(i, m));
   }
+}
+
+// Block i of x, 1.0 outside the mask m.
+QUOREL_AVX512_INLINE V LoadBlock(const double* x, ptrdiff_t i, M m) {
+  return m == 0xff ? _mm512_loadu_pd(x + i) : _mm512_mask_loadu_pd(Set(1.0), m, x + i);
+}
+QUOREL_AVX512_INLINE bool Apart(const double* x, const double* r, ptrdiff_t n) { return x + n <= r || r + n <= x; }
+
+// r[i] = f(x[i]).
+template <class F>
+QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) {
+  Blocks(r, n, Apart(x, r, n), [x, f](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE { return f(LoadBlock(x, i, m)); });
 }
 
 template <TFastFn F>
 void UnaryLoop(const double* x, double* r, ptrdiff_t n) {
-  Blocks1(x, r, n, [](V v) { return Unary<F>(v); });
+  Blocks1(x, r, n, [](V v) QUOREL_AVX512_LAMBDA_INLINE { return Unary<F>(v); });
 }
 
 }  // namespace
@@ -543,18 +600,14 @@ void FastUnaryAvx512(TFastFn f, const double* x, double* r, ptrdiff_t n) {
 }
 
 void FastPowAvx512(const double* a, const double* b, double* r, ptrdiff_t n) {
-  ptrdiff_t i = 0;
-  for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, PowOf(_mm512_loadu_pd(a + i), _mm512_loadu_pd(b + i)));
-  if (i < n) {
-    const M m = static_cast<M>((1u << (n - i)) - 1);
-    const V p = PowOf(_mm512_mask_loadu_pd(Set(1.0), m, a + i), _mm512_mask_loadu_pd(Set(1.0), m, b + i));
-    _mm512_mask_storeu_pd(r + i, m, p);
-  }
+  Blocks(r, n, Apart(a, r, n) && Apart(b, r, n), [a, b](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE {
+    return PowOf(LoadBlock(a, i, m), LoadBlock(b, i, m));
+  });
 }
 
 void FastPowxAvx512(const double* x, double v, double* r, ptrdiff_t n) {
   const V e = Set(v);
-  Blocks1(x, r, n, [e](V b) { return PowOf(b, e); });
+  Blocks1(x, r, n, [e](V b) QUOREL_AVX512_LAMBDA_INLINE { return PowOf(b, e); });
 }
 
 }  // namespace quorel::kern::detail
