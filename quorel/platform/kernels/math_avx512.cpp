@@ -406,8 +406,10 @@ QUOREL_AVX512_INLINE V TanOf(V x) {
     const V qr = q.rh * 0.25, z = q.rh * q.rh;
     const V w = Fma(-qr, q.rh, Set(1.0));
     const V we = Fma(-qr, q.rh, Set(1.0) - w);
-    const V nt = (q.rh * z) * Horner(z, kTanNum);
-    const V dt = Fma(z * z, Horner(z, kTanDen), we);
+    // rl enters as nu += rl de, de -= rl nu (either way round): that moves the quotient by
+    // rl (1 + t^2), the derivative of tan and of -cot alike.
+    const V nt = Fma(q.rl, w, (q.rh * z) * Horner(z, kTanNum));
+    const V dt = _mm512_fnmadd_pd(q.rl, q.rh, Fma(z * z, Horner(z, kTanDen), we));
     const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
     const V zero = _mm512_setzero_pd();
     const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
@@ -415,7 +417,7 @@ QUOREL_AVX512_INLINE V TanOf(V x) {
     const V d = den.hi + den.lo;
     const V t = (num.hi + num.lo) / d;
     const V rho = _mm512_fnmadd_pd(t, den.lo, _mm512_fnmadd_pd(t, den.hi, num.hi) + num.lo);
-    return t + Fma(rho, _mm512_rcp14_pd(d), Fma(q.rl * t, t, q.rl));
+    return Fma(rho, _mm512_rcp14_pd(d), t);
   };
   return Trig<0, true>(x, f, [](V v) { return Sleef_tand8_u10(v); });
 }
