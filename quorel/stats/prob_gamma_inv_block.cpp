@@ -97,7 +97,7 @@ bool GammaCdfInvBlock(const double* p, double* r, std::int32_t n, double a, doub
         ++s.count[j];
         const double x = s.x[j], dx = (s.cdf[j] - s.p[j]) / s.pdf[j];
         const double xNew = x - dx;
-        // below the support: a tenth of the way to zero, the step being what was taken
+        // below the support: a tenth of the old point, the step being the move actually made
         s.x[j] = xNew < 0.0 ? 0.1 * x : xNew;
         s.dx[j] = xNew < 0.0 ? x - 0.1 * x : dx;
       }

@@ -1,8 +1,7 @@
 // Vector overloads: every element agrees with the scalar function (exactly for the element
 // loops, to a few eps for the block formulas and the block forms of the normal and gamma CDFs
-// and the gamma quantile,
-// which use the vector kernels), across block boundaries and in place; and the messages of the
-// argument checks.
+// and the gamma quantile, which use the vector kernels), across block boundaries and in place;
+// and the messages of the argument checks.
 
 #include <gtest/gtest.h>
 
