@@ -54,6 +54,7 @@ DIST_BENCH(GammaCDF, 0.0, 20.0, 3.2, 1.5)
 DIST_BENCH(BetaCDF, 0.0, 1.0, 2.5, 0.7)
 DIST_BENCH(StudentCDF, -9.0, 9.0, 5)
 DIST_BENCH(ChiSquareCDFInv, 0.0, 0.999, 5)
+DIST_BENCH(GammaCDFInv, 0.0, 0.999, 3.2, 1.5)
 
 }  // namespace
 

@@ -23,6 +23,7 @@ CASES = {
     "BetaCDF": (points(0.0, 1.0), lambda x: special.betainc(2.5, 0.7, x)),
     "StudentCDF": (points(-9.0, 9.0), lambda x: special.stdtr(5, x)),
     "ChiSquareCDFInv": (points(0.0, 0.999), lambda p: special.chdtri(5, 1.0 - p)),
+    "GammaCDFInv": (points(0.0, 0.999), lambda p: special.gammaincinv(3.2, p) * 1.5),
 }
 
 
