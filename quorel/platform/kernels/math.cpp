@@ -147,20 +147,21 @@ QUOREL_KERNEL_INLINE CVec<W> InvC(CVec<W> b) {
   return {b.re * s, -b.im * s};
 }
 
-// sinh and cosh from one exponential, deliberately.
-template <int W>
-struct SinhCoshV {
-  Vec<W> sh, ch;
-};
+// True when a lane of a comparison's result is set.
+template <int W, class Mask>
+QUOREL_KERNEL_INLINE bool AnyLane(Mask mask) {
+  bool any = false;
+  for (int k = 0; k < W; ++k) any |= mask[k] != 0;
+  return any;
+}
+
 // Lanes of x beyond the point where e^|x| overflows but sinh and cosh need not: the value in
 // extended precision (rare lanes, one at a time). sh or ch may be null.
 template <int W>
 QUOREL_KERNEL_INLINE void FixNearOverflow(Vec<W> x, Vec<W>* sh, Vec<W>* ch) {
   const Vec<W> a = x < 0.0 ? -x : x;
   const auto edge = a > detail::kHyperbolicEdge && a <= detail::kHyperbolicTop;
-  bool any = false;
-  for (int k = 0; k < W; ++k) any |= edge[k] != 0;
-  if (!any) return;
+  if (!AnyLane<W>(edge)) return;
   for (int k = 0; k < W; ++k) {
     if (!edge[k]) continue;
     if (sh) (*sh)[k] = detail::SinhNearOverflow(x[k]);
@@ -168,6 +169,11 @@ QUOREL_KERNEL_INLINE void FixNearOverflow(Vec<W> x, Vec<W>* sh, Vec<W>* ch) {
   }
 }
 
+// sinh and cosh from one exponential, deliberately.
+template <int W>
+struct SinhCoshV {
+  Vec<W> sh, ch;
+};
 template <int W>
 QUOREL_KERNEL_INLINE SinhCoshV<W> SinhCoshOf(Vec<W> x) {
   const Vec<W> e = Simd<W>::kFn1[kExp](x);
@@ -266,14 +272,6 @@ struct UnaryOp {
     });
   }
 };
-
-// True when a lane of a comparison's result is set.
-template <int W, class Mask>
-QUOREL_KERNEL_INLINE bool AnyLane(Mask mask) {
-  bool any = false;
-  for (int k = 0; k < W; ++k) any |= mask[k] != 0;
-  return any;
-}
 
 // SLEEF's asinh and acosh overflow for arguments beyond about 1.3e154. There both equal
 // ln(2|x|) far below an ulp (the next term is 1/(4x^2)), taken from the 1-ulp logarithm:
