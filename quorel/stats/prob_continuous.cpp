@@ -106,15 +106,11 @@ double GammaCDFInv(double p, double a, double b) {
   if (!ParamsValid(a > 0.0, b > 0.0, InUnit(p))) return NaNResult();
   if (p == 0.0) return 0.0;
   if (p == 1.0) return 1.0;
-  // start from a log-normal of the same mean and variance; the log-variance stands in for the
-  // spread on purpose, it only shapes the start
-  const double m = a * b, v = a * b * b;
-  const double mu = 2.0 * std::log(m) - 0.5 * std::log(m * m + v);
-  const double s = std::log(m * m + v) - 2.0 * std::log(m);
-  const double x = std::exp(NormalCDFInv(p, mu, s));
+  const detail::TGammaInvStart start = detail::GammaInvStart(a, b);
+  const double x = std::exp(NormalCDFInv(p, start.mu, start.s));
   const double lga = LnGamma(a);
   return NewtonInverse(
-      p, x, 5.6843418860808e-14, 1.4901161194e-8, [&](double t) { return detail::GammaCDFLg(t, a, b, lga); },
+      p, x, detail::kGammaInvRtol, detail::kGammaInvAtol, [&](double t) { return detail::GammaCDFLg(t, a, b, lga); },
       [&](double t) { return detail::GammaPDFLg(t, a, b, lga); },
       [](double xOld, double& xNew, double& dx) {
         if (xNew < 0.0) {

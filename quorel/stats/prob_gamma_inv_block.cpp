@@ -15,13 +15,11 @@
 namespace quorel::detail {
 namespace {
 
-constexpr double kRtol = 5.6843418860808e-14;
-constexpr double kAtol = 1.4901161194e-8;
 constexpr int kMaxSteps = 100;
 
 // The scalar iteration's loop test.
 inline bool Going(double dx, double x, int count) {
-  return std::fabs(dx) > std::fabs(x) * kRtol && std::fabs(dx) > kAtol && count < kMaxSteps;
+  return std::fabs(dx) > std::fabs(x) * kGammaInvRtol && std::fabs(dx) > kGammaInvAtol && count < kMaxSteps;
 }
 
 // The points of one block still iterating, packed at the front.
@@ -63,10 +61,8 @@ void Density(Active& s, double a, double b, double lga, double alb) {
 }  // namespace
 
 bool GammaCdfInvBlock(const double* p, double* r, std::int32_t n, double a, double b) {
-  // the start value's log-normal of the same mean and variance, as the scalar function forms it
-  const double m = a * b, v = a * b * b;
-  const double mu = 2.0 * std::log(m) - 0.5 * std::log(m * m + v);
-  const double sd = std::log(m * m + v) - 2.0 * std::log(m);
+  const TGammaInvStart start = GammaInvStart(a, b);
+  const double mu = start.mu, sd = start.s;
   if (!(a > 0.0 && b > 0.0) || a + 1.0 == a || !std::isfinite(mu) || !(sd > 0.0 && std::isfinite(sd))) return false;
   const double lga = LnGamma(a), alb = a * std::log(b);
   Active s;

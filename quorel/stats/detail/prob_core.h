@@ -17,6 +17,18 @@ double BetaIncompleteLb(double x, double a, double b, double lnB);
 double LnInvBeta(double a, double b);
 
 double GammaPDFLg(double x, double a, double b, double lga);
+
+/// GammaCDFInv's Newton tolerances, relative and absolute.
+inline constexpr double kGammaInvRtol = 5.6843418860808e-14, kGammaInvAtol = 1.4901161194e-8;
+/// The log-normal GammaCDFInv starts from: mu and s from the gamma's mean and variance. The
+/// log-variance stands in for the spread on purpose; it only shapes the start.
+struct TGammaInvStart {
+  double mu, s;
+};
+inline TGammaInvStart GammaInvStart(double a, double b) {
+  const double m = a * b, v = a * b * b;
+  return {2.0 * std::log(m) - 0.5 * std::log(m * m + v), std::log(m * m + v) - 2.0 * std::log(m)};
+}
 double GammaCDFLg(double x, double a, double b, double lga);
 double BetaPDFLb(double x, double a, double b, double lnB);
 double BetaCDFLb(double x, double a, double b, double lnB);
