@@ -340,8 +340,15 @@ QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
 template <int kQuarter, bool kOdd, class F, class G>
 QUOREL_AVX512_INLINE V Trig(V x, F f, G fallback) {
   const V a = _mm512_abs_pd(x);
-  M wide = _mm512_cmp_pd_mask(a, Set(kTrigNarrowMax), _CMP_NLE_UQ);
-  if constexpr (kOdd) wide |= _mm512_fpclass_pd_mask(x, 0x06);  // +0, -0
+  M wide;
+  if constexpr (kOdd) {
+    // |x| - 1 in the bits wraps round for zeros: one unsigned compare finds zeros, large
+    // arguments and NaNs (mask-producing instructions compete with the FMAs for their ports).
+    const I b = _mm512_sub_epi64(_mm512_castpd_si512(a), _mm512_set1_epi64(1));
+    wide = _mm512_cmp_epu64_mask(b, _mm512_castpd_si512(Set(kTrigNarrowMax)), _MM_CMPINT_NLT);
+  } else {
+    wide = _mm512_cmp_pd_mask(a, Set(kTrigNarrowMax), _CMP_NLE_UQ);
+  }
   if (!wide) return f(ReduceHalfPi<false, kQuarter>(x));
   V y = f(ReduceHalfPi<true, kQuarter>(x));
   // Table: x's class "zero" (2) answers x itself (1); every other class keeps y.
@@ -403,13 +410,15 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
 // (of tan, and of -cot), all added to t in one rounding.
 QUOREL_AVX512_INLINE V TanOf(V x) {
   const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
-    const V qr = q.rh * 0.25, z = q.rh * q.rh;
+    const V z = q.rh * q.rh;
+    // rl enters as nu += rl de, de -= rl nu (either way round): that moves the quotient by
+    // rl (1 + t^2), the derivative of tan and of -cot alike. Both are taken to first order, as
+    // nu += rl and de -= rl rh, the latter folded into the carry through qr = rh/4 + rl.
+    const V qr = Fma(q.rh, Set(0.25), q.rl);
     const V w = Fma(-qr, q.rh, Set(1.0));
     const V we = Fma(-qr, q.rh, Set(1.0) - w);
-    // rl enters as nu += rl de, de -= rl nu (either way round): that moves the quotient by
-    // rl (1 + t^2), the derivative of tan and of -cot alike.
-    const V nt = Fma(q.rl, w, (q.rh * z) * Horner(z, kTanNum));
-    const V dt = _mm512_fnmadd_pd(q.rl, q.rh, Fma(z * z, Horner(z, kTanDen), we));
+    const V nt = Fma(q.rh * z, Horner(z, kTanNum), q.rl);
+    const V dt = Fma(z * z, Horner(z, kTanDen), we);
     const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
     const V zero = _mm512_setzero_pd();
     const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
