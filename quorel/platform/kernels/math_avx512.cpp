@@ -403,8 +403,9 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
 }
 
 // tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh with the
-// large part of de carried exactly, as for cosine (qr = rh/4 is exact, and so is 1 - w):
-//   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - rh^2/4
+// large part of de carried exactly, as for cosine (1 - w is exact, and the second fused step
+// recovers the first one's rounding to about 2^-106):
+//   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - qr rh
 // (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
 // the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
 // (of tan, and of -cot), all added to t in one rounding.
@@ -413,7 +414,9 @@ QUOREL_AVX512_INLINE V TanOf(V x) {
     const V z = q.rh * q.rh;
     // rl enters as nu += rl de, de -= rl nu (either way round): that moves the quotient by
     // rl (1 + t^2), the derivative of tan and of -cot alike. Both are taken to first order, as
-    // nu += rl and de -= rl rh, the latter folded into the carry through qr = rh/4 + rl.
+    // nu += rl and de -= rl rh, the latter folded into the carry through qr = rh/4 + rl. That
+    // saves two products; what it leaves out (rl z/4, and qr's rounding) is bounded by about
+    // 0.2 ulp and moved the worst case found in random sweeps from 0.78 to 0.85 ulp.
     const V qr = Fma(q.rh, Set(0.25), q.rl);
     const V w = Fma(-qr, q.rh, Set(1.0));
     const V we = Fma(-qr, q.rh, Set(1.0) - w);
