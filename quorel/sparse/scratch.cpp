@@ -1,18 +1,16 @@
 #include "quorel/sparse/detail/scratch.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstring>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/detail/release_hooks.h"
+#include "quorel/platform/pages.h"
 
 namespace quorel::detail {
 
 namespace {
 
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
 constexpr std::size_t kMinimum = std::size_t{64} << 10;
 
 // Plain data, so that it stays readable after the thread's destructors have run (the release hook
@@ -25,7 +23,7 @@ thread_local TScratch scratch{};
 
 void Release() {
   for (int s = 0; s < sssCount; ++s) {
-    if (scratch.block[s] != nullptr) ::munmap(scratch.block[s], scratch.size[s]);
+    if (scratch.block[s] != nullptr) UnmapPages(scratch.block[s], scratch.size[s]);
     scratch.block[s] = nullptr;
     scratch.size[s] = 0;
   }
@@ -37,15 +35,15 @@ struct TScratchOwner {
 };
 
 std::size_t Rounded(std::size_t bytes) {
-  const std::size_t unit = bytes >= kHugePage ? kHugePage : kMinimum;
+  const std::size_t unit = bytes >= kLargePage ? kLargePage : kMinimum;
   return std::max(kMinimum, (bytes + unit - 1) / unit * unit);
 }
 
+// Random scatters over large arrays are bound by TLB misses without large pages, which MapPages
+// asks for.
 void* Map(std::size_t bytes) {
-  void* p = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  if (p == MAP_FAILED) EOutOfMemoryRaise("Quorel: Out of memory!");
-  // Random scatters over large arrays are bound by TLB misses without large pages.
-  if (bytes >= kHugePage) ::madvise(p, bytes, MADV_HUGEPAGE);
+  void* p = MapPages(bytes);
+  if (p == nullptr) EOutOfMemoryRaise("Quorel: Out of memory!");
   return p;
 }
 
@@ -57,7 +55,7 @@ void* SparseScratchGrow(TSparseScratchSlot slot, std::size_t bytes, std::size_t 
   const std::size_t size = Rounded(bytes);
   void* grown = Map(size);
   if (keep > 0) std::memcpy(grown, scratch.block[slot], std::min(keep, scratch.size[slot]));
-  if (scratch.block[slot] != nullptr) ::munmap(scratch.block[slot], scratch.size[slot]);
+  UnmapPages(scratch.block[slot], scratch.size[slot]);
   scratch.block[slot] = grown;
   scratch.size[slot] = size;
   return grown;
