@@ -22,11 +22,11 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 // the latency of the additions and to fill two AVX registers.
 constexpr int kLanes = 8;
 
-template <class T, class Term, class Op>
-QUOREL_KERNEL_INLINE void FoldLanes(T (&acc)[kLanes], ptrdiff_t n, Term term, Op op) {
+template <class T, int N, class Term, class Op>
+QUOREL_KERNEL_INLINE void FoldLanes(T (&acc)[N], ptrdiff_t n, Term term, Op op) {
   ptrdiff_t i = 0;
-  for (; i + kLanes <= n; i += kLanes)
-    for (int k = 0; k < kLanes; ++k) acc[k] = op(acc[k], term(i + k));
+  for (; i + N <= n; i += N)
+    for (int k = 0; k < N; ++k) acc[k] = op(acc[k], term(i + k));
   for (int k = 0; i < n; ++i, ++k) acc[k] = op(acc[k], term(i));
 }
 
@@ -37,6 +37,19 @@ QUOREL_KERNEL_INLINE TCplx PlusC(TCplx a, TCplx b) { return {a.Re + b.Re, a.Im +
 template <class T, class Op>
 QUOREL_KERNEL_INLINE T Combine(const T (&acc)[kLanes], Op op) {
   return op(op(op(acc[0], acc[1]), op(acc[2], acc[3])), op(op(acc[4], acc[5]), op(acc[6], acc[7])));
+}
+
+// Extremes do not depend on the order of comparison, so their scans keep four times the lanes of
+// a sum: a comparison is as cheap as an addition, and more chains hide more of its latency.
+constexpr int kWideLanes = 4 * kLanes;
+
+// The kWideLanes partial extremes brought down to one.
+template <class Op>
+QUOREL_KERNEL_INLINE double CombineWide(const double (&acc)[kWideLanes], Op op) {
+  double folded[kLanes];
+  for (int k = 0; k < kLanes; ++k)
+    folded[k] = op(op(acc[k], acc[k + kLanes]), op(acc[k + 2 * kLanes], acc[k + 3 * kLanes]));
+  return Combine(folded, op);
 }
 
 template <class Term>
@@ -64,11 +77,11 @@ QUOREL_KERNEL_INLINE TCplx SumOfParts(const double* d, ptrdiff_t n) {
 // Largest term; NaN sticks once seen.
 template <class Term>
 QUOREL_KERNEL_INLINE double MaxOf(ptrdiff_t n, Term term) {
-  double acc[kLanes];
+  double acc[kWideLanes];
   for (double& a : acc) a = -kInf;
   const auto op = [](double a, double t) { return a != a ? a : (!(t <= a) ? t : a); };
   FoldLanes(acc, n, term, op);
-  return Combine(acc, op);
+  return CombineWide(acc, op);
 }
 
 // 2^e for a normal exponent e.
@@ -104,11 +117,11 @@ struct ExtremeScan {
   explicit ExtremeScan(double w) : worst(w), best(w) {}
 
   QUOREL_KERNEL_INLINE void Block(const double* x, ptrdiff_t b, ptrdiff_t len) {
-    double acc[kLanes];
+    double acc[kWideLanes];
     for (double& a : acc) a = worst;
     const auto pick = [](double a, double t) { return Better{}(t, a) ? t : a; };
     FoldLanes(acc, len, [x, b](ptrdiff_t i) { return x[b + i]; }, pick);
-    const double m = Combine(acc, pick);
+    const double m = CombineWide(acc, pick);
     if (Better{}(m, best)) {
       best = m;
       from = b;
