@@ -39,11 +39,13 @@ QUOREL_KERNEL_INLINE T Combine(const T (&acc)[kLanes], Op op) {
   return op(op(op(acc[0], acc[1]), op(acc[2], acc[3])), op(op(acc[4], acc[5]), op(acc[6], acc[7])));
 }
 
-// Extremes do not depend on the order of comparison, so their scans keep four times the lanes of
-// a sum: a comparison is as cheap as an addition, and more chains hide more of its latency.
+// Four times the lanes of a sum, for scans that gain from more independent chains: extremes, which
+// do not depend on the order of comparison, and the sums of squares of the norms (shorter partial
+// sums are no less accurate, and norms are the hot reduction of iterative methods). Plain sums
+// keep kLanes, whose order fixes their rounding.
 constexpr int kWideLanes = 4 * kLanes;
 
-// The kWideLanes partial extremes brought down to one.
+// The kWideLanes partial results brought down to one.
 template <class Op>
 QUOREL_KERNEL_INLINE double CombineWide(const double (&acc)[kWideLanes], Op op) {
   double folded[kLanes];
@@ -57,6 +59,13 @@ QUOREL_KERNEL_INLINE double SumOf(ptrdiff_t n, Term term) {
   double acc[kLanes] = {};
   FoldLanes(acc, n, term, Plus);
   return Combine(acc, Plus);
+}
+
+template <class Term>
+QUOREL_KERNEL_INLINE double WideSumOf(ptrdiff_t n, Term term) {
+  double acc[kWideLanes] = {};
+  FoldLanes(acc, n, term, Plus);
+  return CombineWide(acc, Plus);
 }
 
 template <class Term>
@@ -91,7 +100,7 @@ double Pow2(int e) { return std::bit_cast<double>(static_cast<std::uint64_t>(e +
 template <class Term>
 QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
   if (n <= 0) return kNaN;
-  const double ss = SumOf(n, [term](ptrdiff_t i) { const double t = term(i); return t * t; });
+  const double ss = WideSumOf(n, [term](ptrdiff_t i) { const double t = term(i); return t * t; });
   if (!(ss == kInf || ss < 0x1p-900)) return std::sqrt(ss);
   const double big = MaxOf(n, [term](ptrdiff_t i) { return std::fabs(term(i)); });
   if (big == 0.0 || big == kInf) return big;
@@ -99,7 +108,7 @@ QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
   // normal. Scaling by multiplication: ldexp could set errno when the norm overflows.
   const int e = std::clamp(std::ilogb(big), -1021, 1022);
   const double s = Pow2(-e);
-  const double scaled = SumOf(n, [term, s](ptrdiff_t i) { const double t = term(i) * s; return t * t; });
+  const double scaled = WideSumOf(n, [term, s](ptrdiff_t i) { const double t = term(i) * s; return t * t; });
   return std::sqrt(scaled) * Pow2(e);
 }
 
