@@ -1,5 +1,8 @@
 // The one-pass conversion to narrow integers through single precision against its three steps
 // (to single, back to double, to the integer), on every length and on special values.
+#include <xmmintrin.h>
+
+#include <cfenv>
 #include <vector>
 
 #include "kernel_test_support.h"
@@ -35,6 +38,21 @@ TEST(KernelsConvertViaSingle, MatchesTheThreeSteps) {
   ExpectSameAsThreeSteps<std::uint16_t>(x);
   ExpectSameAsThreeSteps<std::int8_t>(x);
   ExpectSameAsThreeSteps<std::uint8_t>(x);
+}
+
+TEST(KernelsConvertViaSingle, RoundsToNearestEvenInAnyModeAndLeavesTheModeAlone) {
+  // 2.5000001 lies between two singles: upward it would be stored as the one above 2.5.
+  const D x[] = {2.5, 3.5, -2.5, 2.5000001, 0.5, 65534.5};
+  const std::int16_t want[] = {2, 4, -2, 2, 0, 32767};
+  std::int16_t got[6];
+  const int mode = std::fegetround();
+  std::fesetround(FE_UPWARD);
+  const unsigned csr = _mm_getcsr();
+  ConvertViaSingle(x, got, 6, rnRound);
+  const unsigned after = _mm_getcsr();
+  std::fesetround(mode);
+  for (int i = 0; i < 6; ++i) EXPECT_EQ(got[i], want[i]) << x[i];
+  EXPECT_EQ(after, csr);
 }
 
 }  // namespace
