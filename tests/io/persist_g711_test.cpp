@@ -60,5 +60,23 @@ TEST(G711, ArrayFormsRoundAndSaturate) {
   EXPECT_EQ(std::vector<int>(a, a + 4), (std::vector<int>{0xD2, 0xD2, 0xAA, 0x2A}));
 }
 
+// The array coders (vectorised) agree with the one-sample coders on every 16-bit sample, with
+// ties between samples going to the even one.
+TEST(G711, ArrayFormsMatchTheSampleCodersEverywhere) {
+  std::vector<float> in;
+  for (int x = -32768; x <= 32767; ++x) in.push_back(static_cast<float>(x));
+  for (int x = -32768; x < 32767; x += 7) in.push_back(static_cast<float>(x) + 0.5f);
+  std::vector<std::uint8_t> mu(in.size()), a(in.size());
+  LinToMuLaw(in.data(), mu.data(), static_cast<std::ptrdiff_t>(in.size()));
+  LinToALaw(in.data(), a.data(), static_cast<std::ptrdiff_t>(in.size()));
+  for (std::size_t i = 0; i < in.size(); ++i) {
+    const int x = static_cast<int>(in[i]);  // toward zero
+    const int even = in[i] == static_cast<float>(x) || x % 2 == 0 ? x : x + (in[i] > 0 ? 1 : -1);
+    const auto s = static_cast<std::int16_t>(even);
+    ASSERT_EQ(mu[i], LinearToMuLaw(s)) << in[i];
+    ASSERT_EQ(a[i], LinearToALaw(s)) << in[i];
+  }
+}
+
 }  // namespace
 }  // namespace quorel::kern

@@ -1,8 +1,11 @@
 #include "quorel/platform/kernels/g711.h"
 
+#include <algorithm>
 #include <array>
+#include <utility>
 #include <cmath>
 
+#include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"
 
 namespace quorel::kern {
@@ -17,36 +20,37 @@ namespace {
 // array loops vectorise.
 template <int Bits>
 QUOREL_KERNEL_INLINE int Segment(int v) {
-  int seg = 0;
-  for (int i = 0; i < 8; ++i) seg += v > (1 << (Bits + i)) - 1 ? 1 : 0;
-  return seg;
+  // A sum written out: the vectoriser takes an inner loop for control flow.
+  return [v]<int... I>(std::integer_sequence<int, I...>) {
+    return (int{v > (1 << (Bits + I)) - 1} + ...);
+  }(std::make_integer_sequence<int, 8>{});
 }
 
+// The encoders are written with masks and minima rather than choices, which the vectoriser
+// would take for control flow. A segment past the last (8) gives a code above 0x7F, so the
+// minimum with 0x7F is the saturation.
 QUOREL_KERNEL_INLINE std::uint8_t MuLawCode(int x) {
   x >>= 2;
-  const int mask = x < 0 ? 0x7F : 0xFF;
-  int v = x < 0 ? -x : x;
-  v = (v < 8159 ? v : 8159) + 33;
+  const int neg = x >> 31;  // all ones for negative x
+  const int v = std::min((x ^ neg) - neg, 8159) + 33;
   const int seg = Segment<6>(v);
-  const int code = seg > 7 ? 0x7F : (seg << 4) | ((v >> (seg + 1)) & 0xF);
-  return static_cast<std::uint8_t>(code ^ mask);
+  const int code = std::min((seg << 4) | ((v >> (seg + 1)) & 0xF), 0x7F);
+  return static_cast<std::uint8_t>(code ^ (0xFF ^ (neg & 0x80)));
 }
 
 QUOREL_KERNEL_INLINE std::uint8_t ALawCode(int x) {
   x >>= 3;
-  const int mask = x < 0 ? 0x55 : 0xD5;
-  const int v = x < 0 ? -x - 1 : x;
+  const int neg = x >> 31;
+  const int v = x ^ neg;  // -x - 1 for negative x
   const int seg = Segment<5>(v);
-  const int step = seg < 2 ? (v >> 1) & 0xF : (v >> seg) & 0xF;
-  const int code = seg > 7 ? 0x7F : (seg << 4) | step;
-  return static_cast<std::uint8_t>(code ^ mask);
+  const int step = (v >> std::max(seg, 1)) & 0xF;
+  const int code = std::min((seg << 4) | step, 0x7F);
+  return static_cast<std::uint8_t>(code ^ (0xD5 ^ (neg & 0x80)));
 }
 
+// Under NearestRounding.
 QUOREL_KERNEL_INLINE int ToPcm16(float x) {
-  float t = __builtin_roundevenf(x);
-  t = t < -32768.0f ? -32768.0f : t;
-  t = t > 32767.0f ? 32767.0f : t;
-  return static_cast<int>(t == t ? t : 0.0f);
+  return detail::ToIntOrZero<int>(detail::RoundEven(detail::ClampTo(x, -32768.0f, 32767.0f)));
 }
 
 constexpr std::int16_t MuLawLevel(std::uint8_t code) {
@@ -87,10 +91,12 @@ std::int16_t MuLawToLinear(std::uint8_t code) { return kMuLawLevels[code]; }
 std::int16_t ALawToLinear(std::uint8_t code) { return kALawLevels[code]; }
 
 QUOREL_KERNEL void LinToMuLaw(const float* x, std::uint8_t* r, ptrdiff_t n) {
+  const detail::NearestRounding nearest;
   Map(x, r, n, [](float a) { return MuLawCode(ToPcm16(a)); });
 }
 
 QUOREL_KERNEL void LinToALaw(const float* x, std::uint8_t* r, ptrdiff_t n) {
+  const detail::NearestRounding nearest;
   Map(x, r, n, [](float a) { return ALawCode(ToPcm16(a)); });
 }
 
