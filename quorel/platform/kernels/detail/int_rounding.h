@@ -14,13 +14,14 @@ namespace quorel::kern::detail {
 // The integer conversions clamp first: the bounds are doubles (and singles), so clamping is exact,
 // and as they are integers, rounding a clamped value cannot leave them. NaN passes the
 // comparisons unchanged and becomes 0 at the end.
-QUOREL_KERNEL_INLINE double ClampTo(double a, double lo, double hi) {
-  const double t = a < lo ? lo : a;
+template <class T>
+QUOREL_KERNEL_INLINE T ClampTo(T a, T lo, T hi) {
+  const T t = a < lo ? lo : a;
   return t > hi ? hi : t;
 }
 template <class I>
 QUOREL_KERNEL_INLINE double Clamp(double a) {
-  return ClampTo(a, std::numeric_limits<I>::min(), std::numeric_limits<I>::max());
+  return ClampTo<double>(a, std::numeric_limits<I>::min(), std::numeric_limits<I>::max());
 }
 
 // Round to nearest, ties to even, by the shifter: exact for magnitudes below 2^51 (2^22 for a
