@@ -5,7 +5,6 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"

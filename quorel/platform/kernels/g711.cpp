@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <utility>
-#include <cmath>
 
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"

@@ -1,7 +1,6 @@
 #include "quorel/platform/kernels/int24.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "quorel/platform/kernels/detail/int_rounding.h"
