@@ -40,10 +40,12 @@ struct TScratch {
   uint8_t* bytes;  // kChunk x 8 bytes, 32-byte aligned
   float* singles;  // kChunk
   double* doubles; // kChunk
-  explicit TScratch(double* base)
+  kern::TStores stores;  // how decoders store the doubles of a long block
+  TScratch(double* base, kern::TStores stores)
       : bytes(reinterpret_cast<uint8_t*>(base)),
         singles(reinterpret_cast<float*>(base + kChunk)),
-        doubles(base + kChunk + kChunk / 2) {}
+        doubles(base + kChunk + kChunk / 2),
+        stores(stores) {}
 };
 
 using TEncoder = void (*)(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s);
@@ -91,14 +93,14 @@ void EncodeInt24(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding,
 }
 
 template <class T>
-void DecodeWidened(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) {
-  kern::Convert(reinterpret_cast<const T*>(in), r, n);
+void DecodeWidened(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s) {
+  kern::Convert(reinterpret_cast<const T*>(in), r, n, s.stores);
 }
 
 template <void (*Expand)(const uint8_t*, float*, ptrdiff_t)>
 void DecodeCompanded(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s) {
   Expand(in, s.singles, n);
-  kern::Convert(s.singles, r, n);
+  kern::Convert(s.singles, r, n, s.stores);
 }
 
 void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { kern::Bit24ToFloat(in, r, n); }
@@ -128,15 +130,17 @@ ptrdiff_t ValueCount(bool complex, std::int32_t len) {
   return len <= 0 ? 0 : (complex ? 2 * ptrdiff_t{len} : ptrdiff_t{len});
 }
 
-// Runs the chunk loop with the scratch space of a work vector.
+// Runs the chunk loop with the scratch space of a work vector. The chunks of a long decoded
+// block go around the caches (its lines would otherwise be read before being overwritten).
 template <class F>
-void ForEachChunk(ptrdiff_t count, F&& body) {
+void ForEachChunk(ptrdiff_t count, kern::TStores stores, F&& body) {
   TWorkVec work;
   work->SetLength(static_cast<std::int32_t>(kScratchDoubles));
-  const TScratch scratch(work->PValues1D(0));
+  const TScratch scratch(work->PValues1D(0), stores);
   for (ptrdiff_t i = 0; i < count; i += kChunk) {
     if (!body(i, std::min(kChunk, count - i), scratch)) break;
   }
+  if (stores == kern::TStores::Around) kern::FinishStores();
 }
 
 bool Aligned(const void* p, const TCodec& codec) {
@@ -150,7 +154,7 @@ void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& 
     return;
   }
   const bool direct = Aligned(out, codec);
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+  ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     uint8_t* at = out + i * codec.bytes;
     codec.encode(src + i, direct ? at : s.bytes, n, rounding, s);
     if (!direct) std::memcpy(at, s.bytes, static_cast<std::size_t>(n * codec.bytes));
@@ -164,7 +168,7 @@ void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& c
     return;
   }
   const bool direct = Aligned(in, codec);
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+  ForEachChunk(count, kern::StoresFor(count * 8), [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const uint8_t* at = in + i * codec.bytes;
     if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));
     codec.decode(direct ? at : s.bytes, dst + i, n, s);
@@ -229,7 +233,7 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
     stream.WriteFully(src, count * 8);
     return;
   }
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+  ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     codec->encode(src + i, s.bytes, n, rounding, s);
     stream.WriteFully(s.bytes, n * codec->bytes);
     return true;
@@ -256,7 +260,9 @@ ptrdiff_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec,
   }
   if (codec.decode == DecodeDouble) return static_cast<ptrdiff_t>(stream.ReadFully(dst, count * 8) / 8);
   ptrdiff_t done = 0;
-  ForEachChunk(count, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+  // Streams other than memory are read a chunk at a time into the scratch; storing these
+  // chunks around the caches measured slower (the system's copy into the scratch competes).
+  ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const std::int64_t got = stream.ReadFully(s.bytes, n * codec.bytes) / codec.bytes;
     codec.decode(s.bytes, dst + i, got, s);
     done = i + got;

@@ -52,6 +52,18 @@ I ToIntRef(double x, TRounding rounding) {
 
 // The sweep's values scaled to 2.5 times the type's range (its specials included), both
 // roundings; then random integers back to double.
+// Widening to double, kept in the caches and stored around them (every offset of the result,
+// so the lines' heads and tails are covered).
+template <class S>
+void CheckWiden(const char* name) {
+  const auto widen = [](S v) { return static_cast<D>(v); };
+  CheckUnary<S, D>(name, [](const S* x, D* r, ptrdiff_t n) { Convert(x, r, n); }, widen);
+  CheckUnary<S, D>(name, [](const S* x, D* r, ptrdiff_t n) {
+    Convert(x, r, n, TStores::Around);
+    FinishStores();
+  }, widen);
+}
+
 template <class I>
 void CheckToInt(const char* name) {
   const double scale = 0.25 * static_cast<double>(std::numeric_limits<I>::max());
@@ -62,7 +74,7 @@ void CheckToInt(const char* name) {
       Convert(scaled.data(), r, n, mode);
     }, [=](D x) { return ToIntRef<I>(x * scale, mode); });
   }
-  CheckUnary<I, D>(name, Pick<I, D>(Convert), [](I v) { return static_cast<D>(v); });
+  CheckWiden<I>(name);
 }
 
 TEST(KernelsConvert, DoubleToIntegersSaturatesAndRounds) {
@@ -91,11 +103,30 @@ TEST(KernelsConvert, SingleSaturatesFiniteValuesAndWidensExactly) {
   CheckUnary<D, float>("to float", Pick<D, float>(Convert), [](D x) {
     return static_cast<float>(std::isfinite(x) && std::fabs(x) > FLT_MAX ? std::copysign(D{FLT_MAX}, x) : x);
   });
-  CheckUnary<float, D>("from float", Pick<float, D>(Convert), [](float v) { return D{v}; });
+  CheckWiden<float>("from float");
   const D x[] = {1e39, -1e39, 3.4028235677973366e38, kInf};
   float r[4];
   Convert(x, r, 4);
   EXPECT_TRUE(r[0] == FLT_MAX && r[1] == -FLT_MAX && r[2] == FLT_MAX && std::isinf(r[3]));
+}
+
+// Results of 8 MB and more are stored around the caches in blocks; they must match the short
+// path exactly, with a head before the first whole line and a tail after the last block.
+template <class R, class F>
+void ExpectLongSameAsPieces(F convert) {
+  const ptrdiff_t n = kStreamBytes / static_cast<ptrdiff_t>(sizeof(R)) + 777;
+  std::vector<D> x(n);
+  for (ptrdiff_t i = 0; i < n; ++i) x[i] = 40000.0 * std::sin(0.37 * static_cast<D>(i)) + (i % 5 == 0 ? 0.5 : 0.0);
+  std::vector<R> whole(n + 1), pieces(n + 1);
+  convert(x.data(), whole.data() + 1, n);
+  for (ptrdiff_t i = 0; i < n; i += 4096) convert(x.data() + i, pieces.data() + 1 + i, std::min<ptrdiff_t>(4096, n - i));
+  ASSERT_TRUE(whole == pieces);
+}
+
+TEST(KernelsConvert, LongResultsMatchShortOnes) {
+  ExpectLongSameAsPieces<float>([](const D* x, float* r, ptrdiff_t n) { Convert(x, r, n); });
+  ExpectLongSameAsPieces<std::int16_t>([](const D* x, std::int16_t* r, ptrdiff_t n) { Convert(x, r, n, rnRound); });
+  ExpectLongSameAsPieces<std::uint16_t>([](const D* x, std::uint16_t* r, ptrdiff_t n) { ConvertViaSingle(x, r, n, rnTrunc); });
 }
 
 }  // namespace

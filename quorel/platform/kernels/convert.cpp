@@ -4,7 +4,9 @@
 
 #include <cfloat>
 #include <cmath>
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"
@@ -20,35 +22,41 @@ using std::ptrdiff_t;
 
 namespace {
 
-// From 8 MB of results on, they cannot stay in the caches: they are stored around them
-// (non-temporal stores), so their lines are not read before they are overwritten; for 2-byte
-// values on one side that read is a sixth to nearly half of the memory traffic.
-constexpr ptrdiff_t kStreamBytes = ptrdiff_t{1} << 23;
-
-// r[i] = f(x[i]) for results narrower than double, whole 64-byte lines streamed when long.
-template <class R, class F>
-QUOREL_KERNEL_INLINE void MapNarrow(const double* x, R* r, ptrdiff_t n, F f) {
-  constexpr ptrdiff_t kLine = 64 / sizeof(R);
-  if (n * static_cast<ptrdiff_t>(sizeof(R)) < kStreamBytes) return Map(x, r, n, f);
-  ptrdiff_t i = 0;
-  for (; i < n && reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = f(x[i]);
-  for (; i + kLine <= n; i += kLine) {
-    alignas(64) R line[kLine];
-    for (ptrdiff_t k = 0; k < kLine; ++k) line[k] = f(x[i + k]);
-    for (int k = 0; k < 4; ++k)
-      _mm_stream_si128(reinterpret_cast<__m128i*>(r + i) + k, _mm_load_si128(reinterpret_cast<const __m128i*>(line) + k));
+// r[i] = f(x[i]) with whole 64-byte lines of r stored around the caches. Each block is made by
+// the ordinary loop in a buffer that stays in L1 and then copied out a line at a time: the
+// loop keeps its vector code, and every non-temporal store is a full line.
+template <class S, class R, class F>
+QUOREL_KERNEL_INLINE void MapAround(const S* x, R* r, ptrdiff_t n, F f) {
+  constexpr ptrdiff_t kBlock = 2048 / static_cast<ptrdiff_t>(sizeof(R));
+  if (reinterpret_cast<std::uintptr_t>(r) % sizeof(R) != 0) return Map(x, r, n, f);
+  const auto head = static_cast<ptrdiff_t>((64 - reinterpret_cast<std::uintptr_t>(r) % 64) % 64 / sizeof(R));
+  ptrdiff_t i = std::min(head, n);
+  Map(x, r, i, f);
+  alignas(64) R block[kBlock];
+  for (; i + kBlock <= n; i += kBlock) {
+    Map(x + i, block, kBlock, f);
+    const auto* from = reinterpret_cast<const __m128i*>(block);
+    auto* to = reinterpret_cast<__m128i*>(r + i);
+    for (ptrdiff_t k = 0; k < kBlock * static_cast<ptrdiff_t>(sizeof(R)) / 16; ++k) _mm_stream_si128(to + k, _mm_load_si128(from + k));
   }
   _mm_sfence();
-  for (; i < n; ++i) r[i] = f(x[i]);
+  Map(x + i, r + i, n - i, f);
+}
+
+// r[i] = f(x[i]), long results stored around the caches.
+template <class S, class R, class F>
+QUOREL_KERNEL_INLINE void MapStored(const S* x, R* r, ptrdiff_t n, F f) {
+  if (StoresFor(n * static_cast<ptrdiff_t>(sizeof(R))) == TStores::Auto) return Map(x, r, n, f);
+  MapAround(x, r, n, f);
 }
 
 template <class I>
 QUOREL_KERNEL_INLINE void ToInt(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
   if (rounding == rnRound) {
     const NearestRounding nearest;
-    MapNarrow(x, r, n, [](double a) { return ToIntOrZero<I>(RoundEven(Clamp<I>(a))); });
+    MapStored(x, r, n, [](double a) { return ToIntOrZero<I>(RoundEven(Clamp<I>(a))); });
   } else {
-    MapNarrow(x, r, n, [](double a) { return ToIntOrZero<I>(Clamp<I>(a)); });
+    MapStored(x, r, n, [](double a) { return ToIntOrZero<I>(Clamp<I>(a)); });
   }
 }
 
@@ -64,22 +72,38 @@ template <class I>
 QUOREL_KERNEL_INLINE void ToIntViaSingle(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
   const NearestRounding nearest;
   if (rounding == rnRound) {
-    MapNarrow(x, r, n, [](double a) { return ToIntOrZero<I>(RoundEven(static_cast<float>(Clamp<I>(a)))); });
+    MapStored(x, r, n, [](double a) { return ToIntOrZero<I>(RoundEven(static_cast<float>(Clamp<I>(a)))); });
   } else {
-    MapNarrow(x, r, n, [](double a) { return ToIntOrZero<I>(static_cast<float>(Clamp<I>(a))); });
+    MapStored(x, r, n, [](double a) { return ToIntOrZero<I>(static_cast<float>(Clamp<I>(a))); });
   }
 }
 
+// Widened results are stored around the caches straight from the conversion, 16 bytes at a time
+// (the baseline's widest non-temporal store; wider ones would need code per instruction set).
 template <class S>
-QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
+QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n, TStores stores) {
   const auto widen = [](S a) { return static_cast<double>(a); };
-  if (n * 8 < kStreamBytes || reinterpret_cast<std::uintptr_t>(r) % 8 != 0) return Map(x, r, n, widen);
-  using V2 = double __attribute__((vector_size(16)));
+  const bool around = stores == TStores::Around || StoresFor(n * 8) == TStores::Around;
+  if (!around || reinterpret_cast<std::uintptr_t>(r) % 8 != 0) return Map(x, r, n, widen);
+  typedef double D8 __attribute__((vector_size(64)));
+  typedef S S8 __attribute__((vector_size(8 * sizeof(S))));
   ptrdiff_t i = 0;
-  for (; reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = widen(x[i]);
-  for (; i + 8 <= n; i += 8)
-    for (int k = 0; k < 8; k += 2) _mm_stream_pd(r + i + k, V2{widen(x[i + k]), widen(x[i + k + 1])});
-  _mm_sfence();
+  for (; i < n && reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = widen(x[i]);
+  for (; i + 8 <= n; i += 8) {
+    S8 in;
+    std::memcpy(&in, x + i, sizeof in);
+    // Narrow integers widen to int32 first, which the vector units convert directly.
+    typedef std::int32_t I8 __attribute__((vector_size(32)));
+    D8 line;
+    if constexpr (sizeof(S) < 4) {
+      line = __builtin_convertvector(__builtin_convertvector(in, I8), D8);
+    } else {
+      line = __builtin_convertvector(in, D8);
+    }
+    for (int k = 0; k < 8; k += 2) _mm_stream_pd(r + i + k, __m128d{line[k], line[k + 1]});
+  }
+  // A fence per piece would drain the write-combining buffers every few kilobytes.
+  if (stores == TStores::Auto) _mm_sfence();
   for (; i < n; ++i) r[i] = widen(x[i]);
 }
 
@@ -88,7 +112,7 @@ QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n) {
 // Each storage type: to it from double and back. target_clones needs plain functions, hence the macros.
 #define QUOREL_CONVERT_BOTH_WAYS(I)                                                               \
   QUOREL_KERNEL_WIDE void Convert(const double* x, I* r, ptrdiff_t n, TRounding rounding) { ToInt(x, r, n, rounding); } \
-  QUOREL_KERNEL_WIDE void Convert(const I* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+  QUOREL_KERNEL_WIDE void Convert(const I* x, double* r, ptrdiff_t n, TStores stores) { ToDouble(x, r, n, stores); }
 #define QUOREL_CONVERT_VIA_SINGLE(I)                                                              \
   QUOREL_KERNEL_WIDE void ConvertViaSingle(const double* x, I* r, ptrdiff_t n, TRounding rounding) { \
     ToIntViaSingle(x, r, n, rounding);                                                            \
@@ -105,7 +129,9 @@ QUOREL_CONVERT_VIA_SINGLE(std::uint16_t)
 QUOREL_CONVERT_VIA_SINGLE(std::int8_t)
 QUOREL_CONVERT_VIA_SINGLE(std::uint8_t)
 
-QUOREL_KERNEL_WIDE void Convert(const double* x, float* r, ptrdiff_t n) { MapNarrow(x, r, n, ToSingle); }
-QUOREL_KERNEL_WIDE void Convert(const float* x, double* r, ptrdiff_t n) { ToDouble(x, r, n); }
+void FinishStores() { _mm_sfence(); }
+
+QUOREL_KERNEL_WIDE void Convert(const double* x, float* r, ptrdiff_t n) { MapStored(x, r, n, ToSingle); }
+QUOREL_KERNEL_WIDE void Convert(const float* x, double* r, ptrdiff_t n, TStores stores) { ToDouble(x, r, n, stores); }
 
 }  // namespace quorel::kern

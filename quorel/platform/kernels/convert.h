@@ -13,6 +13,19 @@
 
 namespace quorel::kern {
 
+/// Where widened results are stored: Auto keeps them in the caches unless they fill
+/// kStreamBytes or more (and then orders them before returning); Around stores them past the
+/// caches (non-temporal stores), for a caller that makes a long result piece by piece: it calls
+/// FinishStores once after the last piece, before other threads may read the result.
+enum class TStores { Auto, Around };
+/// Results this long cannot stay in the caches: storing around them saves reading each line
+/// before it is overwritten.
+inline constexpr std::ptrdiff_t kStreamBytes = std::ptrdiff_t{1} << 23;
+/// Around for a whole result of the given size when it is that long.
+constexpr TStores StoresFor(std::ptrdiff_t bytes) { return bytes >= kStreamBytes ? TStores::Around : TStores::Auto; }
+/// Orders the stores made with Around before all later ones.
+void FinishStores();
+
 /// To integers, rounded as asked, saturated, NaN to 0.
 void Convert(const double* x, std::int32_t* r, std::ptrdiff_t n, TRounding rounding);
 void Convert(const double* x, std::uint32_t* r, std::ptrdiff_t n, TRounding rounding);
@@ -32,12 +45,12 @@ void ConvertViaSingle(const double* x, std::int8_t* r, std::ptrdiff_t n, TRoundi
 void ConvertViaSingle(const double* x, std::uint8_t* r, std::ptrdiff_t n, TRounding rounding);
 
 /// Back to double; exact for every source type.
-void Convert(const std::int32_t* x, double* r, std::ptrdiff_t n);
-void Convert(const std::uint32_t* x, double* r, std::ptrdiff_t n);
-void Convert(const std::int16_t* x, double* r, std::ptrdiff_t n);
-void Convert(const std::uint16_t* x, double* r, std::ptrdiff_t n);
-void Convert(const std::int8_t* x, double* r, std::ptrdiff_t n);
-void Convert(const std::uint8_t* x, double* r, std::ptrdiff_t n);
-void Convert(const float* x, double* r, std::ptrdiff_t n);
+void Convert(const std::int32_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const std::uint32_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const std::int16_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const std::uint16_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const std::int8_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const std::uint8_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void Convert(const float* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
 
 }  // namespace quorel::kern
