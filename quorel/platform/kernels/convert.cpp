@@ -2,9 +2,9 @@
 
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -87,13 +87,13 @@ QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n, TStores s
   if (!around || reinterpret_cast<std::uintptr_t>(r) % 8 != 0) return Map(x, r, n, widen);
   typedef double D8 __attribute__((vector_size(64)));
   typedef S S8 __attribute__((vector_size(8 * sizeof(S))));
+  typedef std::int32_t I8 __attribute__((vector_size(32)));
   ptrdiff_t i = 0;
   for (; i < n && reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = widen(x[i]);
   for (; i + 8 <= n; i += 8) {
     S8 in;
     std::memcpy(&in, x + i, sizeof in);
     // Narrow integers widen to int32 first, which the vector units convert directly.
-    typedef std::int32_t I8 __attribute__((vector_size(32)));
     D8 line;
     if constexpr (sizeof(S) < 4) {
       line = __builtin_convertvector(__builtin_convertvector(in, I8), D8);
