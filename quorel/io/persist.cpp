@@ -35,6 +35,8 @@ using std::uint8_t;
 // processor's caches): output bytes, a single-precision stage and a double stage.
 constexpr ptrdiff_t kChunk = 1024;
 constexpr ptrdiff_t kScratchDoubles = kChunk + kChunk / 2 + kChunk;
+// Values read from a stream that lends no memory arrive in blocks of this many bytes.
+constexpr ptrdiff_t kReadBlockBytes = ptrdiff_t{1} << 18;
 
 struct TScratch {
   uint8_t* bytes;  // kChunk x 8 bytes, 32-byte aligned
@@ -147,28 +149,34 @@ bool Aligned(const void* p, const TCodec& codec) {
   return reinterpret_cast<std::uintptr_t>(p) % static_cast<std::uintptr_t>(codec.align) == 0;
 }
 
-// Encodes straight into out when it is aligned for the encoded type, else through the scratch.
+// Encodes one chunk straight into out when it is aligned for the encoded type, else through the
+// scratch.
+void EncodeChunk(uint8_t* out, const double* src, ptrdiff_t n, const TCodec& codec, TRounding rounding,
+                 const TScratch& s) {
+  const bool direct = Aligned(out, codec);
+  codec.encode(src, direct ? out : s.bytes, n, rounding, s);
+  if (!direct) std::memcpy(out, s.bytes, static_cast<std::size_t>(n * codec.bytes));
+}
+
 void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& codec, TRounding rounding) {
   if (codec.encode == EncodeDouble) {
     std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
     return;
   }
-  const bool direct = Aligned(out, codec);
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    uint8_t* at = out + i * codec.bytes;
-    codec.encode(src + i, direct ? at : s.bytes, n, rounding, s);
-    if (!direct) std::memcpy(at, s.bytes, static_cast<std::size_t>(n * codec.bytes));
+    EncodeChunk(out + i * codec.bytes, src + i, n, codec, rounding, s);
     return true;
   });
 }
 
-void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& codec) {
+// stores: how the doubles are stored, for the whole block when this is a piece of it.
+void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& codec, kern::TStores stores) {
   if (codec.decode == DecodeDouble) {
     std::memcpy(dst, in, static_cast<std::size_t>(count) * 8);
     return;
   }
   const bool direct = Aligned(in, codec);
-  ForEachChunk(count, kern::StoresFor(count * 8), [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
+  ForEachChunk(count, stores, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const uint8_t* at = in + i * codec.bytes;
     if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));
     codec.decode(direct ? at : s.bytes, dst + i, n, s);
@@ -224,7 +232,8 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
   const TCodec* codec = CodecOf(precision);
   const ptrdiff_t count = ValueCount(complex, len);
   if (codec == nullptr || count == 0) return;
-  // A memory stream lends its storage: the values are encoded where they belong.
+  // A stream that lends memory for the whole block (a memory stream; a file stream when the block
+  // fits its buffer) gets the values encoded where they belong.
   if (void* at = stream.WriteInPlace(count * codec->bytes)) {
     EncodeInto(static_cast<uint8_t*>(at), src, count, *codec, rounding);
     return;
@@ -233,9 +242,15 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
     stream.WriteFully(src, count * 8);
     return;
   }
+  // A file stream lends its buffer a chunk at a time; other streams take the encoded chunk.
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    codec->encode(src + i, s.bytes, n, rounding, s);
-    stream.WriteFully(s.bytes, n * codec->bytes);
+    const std::int64_t bytes = n * codec->bytes;
+    if (void* at = stream.WriteInPlace(bytes)) {
+      EncodeChunk(static_cast<uint8_t*>(at), src + i, n, *codec, rounding, s);
+    } else {
+      codec->encode(src + i, s.bytes, n, rounding, s);
+      stream.WriteFully(s.bytes, bytes);
+    }
     return true;
   });
 }
@@ -254,20 +269,26 @@ ptrdiff_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec,
   // Only whole values that are there: nothing past the stream, no half-written element.
   count = std::min<ptrdiff_t>(count, stream.Remaining() / codec.bytes);
   if (count <= 0) return 0;
+  const kern::TStores stores = kern::StoresFor(count * 8);
   if (const void* at = stream.ReadInPlace(count * codec.bytes)) {
-    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, codec);
+    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, codec, stores);
     return count;
   }
   if (codec.decode == DecodeDouble) return static_cast<ptrdiff_t>(stream.ReadFully(dst, count * 8) / 8);
+  // Other streams are read in blocks large enough for a file stream to read them straight from
+  // the file, and small enough to stay in the processor's caches until they are decoded.
+  const ptrdiff_t perBlock = kReadBlockBytes / codec.bytes;
+  TWorkVec block;
+  block->SetLength(static_cast<std::int32_t>(std::min(count, perBlock) * codec.bytes / 8 + 1));
+  auto* bytes = reinterpret_cast<uint8_t*>(block->PValues1D(0));
   ptrdiff_t done = 0;
-  // Streams other than memory are read a chunk at a time into the scratch; storing these
-  // chunks around the caches measured slower (the system's copy into the scratch competes).
-  ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
-    const std::int64_t got = stream.ReadFully(s.bytes, n * codec.bytes) / codec.bytes;
-    codec.decode(s.bytes, dst + i, got, s);
-    done = i + got;
-    return got == n;
-  });
+  while (done < count) {
+    const ptrdiff_t want = std::min(perBlock, count - done);
+    const auto got = static_cast<ptrdiff_t>(stream.ReadFully(bytes, want * codec.bytes) / codec.bytes);
+    DecodeFrom(bytes, dst + done, got, codec, stores);
+    done += got;
+    if (got < want) break;
+  }
   return done;
 }
 
@@ -286,7 +307,9 @@ void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, 
 void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len) {
   const TCodec* codec = CodecOf(precision);
   const ptrdiff_t count = ValueCount(complex, len);
-  if (codec != nullptr && count > 0) DecodeFrom(static_cast<const uint8_t*>(src), dst, count, *codec);
+  if (codec != nullptr && count > 0) {
+    DecodeFrom(static_cast<const uint8_t*>(src), dst, count, *codec, kern::StoresFor(count * 8));
+  }
 }
 
 // --- raw 4-byte blocks -----------------------------------------------------------------------------

@@ -1,12 +1,11 @@
 #include "quorel/io/stream.h"
 
+#include "quorel/platform/file.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <utility>
-
-#include <sys/stat.h>
 
 namespace quorel {
 
@@ -45,69 +44,120 @@ void TQuorelStream::WriteBuffer(const void* buffer, std::int64_t count) {
 // --- TQuorelFileStream -----------------------------------------------------------------------------
 
 namespace {
-constexpr std::size_t kBufferSize = std::size_t{1} << 18;
 
-const char* ModeText(TFileMode mode) {
+constexpr std::int64_t kBufferSize = std::int64_t{1} << 18;
+// Reads of at least this many bytes take from the buffer what it holds and the rest straight
+// from the file without refilling it: a run of large reads then never copies through the buffer
+// (a refill would leave a remainder to copy on every read).
+constexpr std::int64_t kDirectRead = std::int64_t{1} << 16;
+
+detail::TFileAccess AccessOf(TFileMode mode) {
   switch (mode) {
-    case fmCreate: return "w+b";
-    case fmOpenRead: return "rb";
-    case fmOpenReadWrite: return "r+b";
+    case fmCreate: return detail::TFileAccess::Create;
+    case fmOpenRead: return detail::TFileAccess::Read;
+    case fmOpenReadWrite: return detail::TFileAccess::ReadWrite;
   }
-  return "rb";
+  return detail::TFileAccess::Read;
 }
+
 }  // namespace
 
-TQuorelFileStream::TQuorelFileStream(const std::string& fileName, TFileMode mode) : fileName_(fileName) {
-  file_ = std::fopen(fileName.c_str(), ModeText(mode));
-  if (file_ == nullptr) {
+// The buffer holds either bytes read from the file at [base, base + length) or bytes written at
+// [base, base + length) and not yet in the file (pending), never both. Every transfer names its
+// offset, so seeks cost nothing and the position is the stream's own.
+struct TQuorelFileStream::Impl {
+  detail::TFile file;
+  bool writable;
+  std::unique_ptr<std::uint8_t[]> buffer = std::make_unique_for_overwrite<std::uint8_t[]>(kBufferSize);
+  std::int64_t base = 0;
+  std::int64_t length = 0;
+  bool pending = false;
+  Impl(const std::string& name, TFileMode mode) : file(name, AccessOf(mode)), writable(mode != fmOpenRead) {}
+};
+
+TQuorelFileStream::TQuorelFileStream(const std::string& fileName, TFileMode mode)
+    : impl_(std::make_unique<Impl>(fileName, mode)), fileName_(fileName) {
+  if (!impl_->file.IsOpen()) {
     const char* verb = mode == fmCreate ? "Cannot create file" : "Cannot open file";
-    throw EFOpenError(std::string(verb) + " \"" + fileName + "\". " + std::strerror(errno));
+    throw EFOpenError(std::string(verb) + " \"" + fileName + "\". " + impl_->file.Error());
   }
-  // Value blocks arrive in chunks of a few kilobytes; a large buffer turns them into few system
-  // calls. Writes larger than the buffer still go straight to the file.
-  // (A null buffer would make the C library ignore the size.)
-  buffer_ = std::make_unique_for_overwrite<char[]>(kBufferSize);
-  std::setvbuf(file_, buffer_.get(), _IOFBF, kBufferSize);
-  struct stat st {};
-  if (::fstat(::fileno(file_), &st) == 0) size_ = static_cast<std::int64_t>(st.st_size);
+  size_ = impl_->file.Size();
 }
 
-TQuorelFileStream::~TQuorelFileStream() {
-  if (file_ != nullptr) std::fclose(file_);
+TQuorelFileStream::~TQuorelFileStream() { Flush(); }
+
+// Writes the pending bytes; false when the file took fewer.
+bool TQuorelFileStream::Flush() {
+  Impl& f = *impl_;
+  if (!f.pending) return true;
+  const bool all = f.file.WriteAt(f.base, f.buffer.get(), f.length) == f.length;
+  f.pending = false;
+  f.length = 0;
+  return all;
 }
 
-void TQuorelFileStream::SwitchTo(bool write) {
-  // A C stream may not switch between reading and writing without a positioning call.
-  if ((write && lastWasRead_) || (!write && lastWasWrite_)) std::fseek(file_, 0, SEEK_CUR);
-  lastWasWrite_ = write;
-  lastWasRead_ = !write;
-}
-
-// Position and size are kept here rather than asked of the C stream: both are wanted before
-// every values block, and asking costs a system call (a seek would even drop the read buffer).
-// The file is assumed not to change under the stream.
 std::int64_t TQuorelFileStream::Read(void* buffer, std::int64_t count) {
   if (count <= 0) return 0;
-  SwitchTo(false);
-  const auto got = static_cast<std::int64_t>(std::fread(buffer, 1, static_cast<std::size_t>(count), file_));
-  pos_ += got;
-  return got;
+  Flush();
+  Impl& f = *impl_;
+  auto* to = static_cast<std::uint8_t*>(buffer);
+  std::int64_t done = 0;
+  if (pos_ >= f.base && pos_ < f.base + f.length) {
+    done = std::min(count, f.base + f.length - pos_);
+    std::memcpy(to, f.buffer.get() + (pos_ - f.base), static_cast<std::size_t>(done));
+  }
+  if (done < count) {
+    if (count >= kDirectRead) {
+      done += f.file.ReadAt(pos_ + done, to + done, count - done);
+    } else {
+      f.base = pos_ + done;
+      f.length = f.file.ReadAt(f.base, f.buffer.get(), kBufferSize);
+      const std::int64_t more = std::min(count - done, f.length);
+      std::memcpy(to + done, f.buffer.get(), static_cast<std::size_t>(more));
+      done += more;
+    }
+  }
+  pos_ += done;
+  return done;
+}
+
+void* TQuorelFileStream::WriteInPlace(std::int64_t count) {
+  Impl& f = *impl_;
+  if (!f.writable || count <= 0 || count > kBufferSize) return nullptr;
+  // Pending bytes are extended only where the new ones follow them and fit.
+  if (f.pending && (pos_ != f.base + f.length || f.length + count > kBufferSize) && !Flush()) return nullptr;
+  if (!f.pending) {
+    f.pending = true;
+    f.base = pos_;
+    f.length = 0;
+  }
+  std::uint8_t* at = f.buffer.get() + f.length;
+  f.length += count;
+  pos_ += count;
+  size_ = std::max(size_, pos_);
+  return at;
 }
 
 std::int64_t TQuorelFileStream::Write(const void* buffer, std::int64_t count) {
-  if (count <= 0) return 0;
-  SwitchTo(true);
-  const auto put = static_cast<std::int64_t>(std::fwrite(buffer, 1, static_cast<std::size_t>(count), file_));
+  if (count <= 0 || !impl_->writable) return 0;
+  if (count < kBufferSize) {
+    void* at = WriteInPlace(count);
+    if (at == nullptr) return 0;
+    std::memcpy(at, buffer, static_cast<std::size_t>(count));
+    return count;
+  }
+  if (!Flush()) return 0;
+  impl_->length = 0;  // the read buffer may hold what is overwritten
+  const std::int64_t put = impl_->file.WriteAt(pos_, buffer, count);
   pos_ += put;
   size_ = std::max(size_, pos_);
   return put;
 }
 
 std::int64_t TQuorelFileStream::Seek(std::int64_t offset, TSeekOrigin origin) {
-  const int whence = origin == soBeginning ? SEEK_SET : origin == soCurrent ? SEEK_CUR : SEEK_END;
-  ::fseeko(file_, static_cast<off_t>(offset), whence);
-  lastWasWrite_ = lastWasRead_ = false;
-  if (const off_t at = ::ftello(file_); at >= 0) pos_ = static_cast<std::int64_t>(at);
+  const std::int64_t base = origin == soBeginning ? 0 : origin == soCurrent ? pos_ : size_;
+  std::int64_t target = 0;
+  if (!__builtin_add_overflow(base, offset, &target) && target >= 0) pos_ = target;
   return pos_;
 }
 

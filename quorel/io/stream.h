@@ -1,11 +1,9 @@
 #pragma once
 // Byte streams for the binary format: one small abstract interface with a file and a memory
-// implementation. The file stream wraps a std::FILE* (RAII) rather than std::fstream: the C
-// stream gives exact byte counts for short reads, 64-bit seeks, and large writes that bypass its
-// buffer, which is what the value blocks need.
+// implementation. The file stream buffers small transfers itself and reads and writes large ones
+// straight between the caller's memory and the file, which is what the value blocks need.
 
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <span>
 #include <string>
@@ -95,18 +93,18 @@ class TQuorelFileStream final : public TQuorelStream {
   std::int64_t Seek(std::int64_t offset, TSeekOrigin origin) override;
   std::int64_t Position() override { return pos_; }
   std::int64_t Size() override { return size_; }
+  /// Buffer space for the next count bytes when they fit the stream's buffer.
+  void* WriteInPlace(std::int64_t count) override;
   /// Name the stream was opened with.
   const std::string& FileName() const { return fileName_; }
 
  private:
-  std::unique_ptr<char[]> buffer_;  // the C stream's buffer; outlives it (closed in the destructor)
-  std::FILE* file_ = nullptr;
+  struct Impl;  // the open file and its buffer
+  std::unique_ptr<Impl> impl_;
   std::string fileName_;
   std::int64_t pos_ = 0;
   std::int64_t size_ = 0;
-  bool lastWasWrite_ = false;  // C streams need a seek between a write and a read
-  bool lastWasRead_ = false;
-  void SwitchTo(bool write);
+  bool Flush();
 };
 
 /// Stream over a growable byte array held in memory.
