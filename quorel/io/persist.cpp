@@ -245,12 +245,9 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
   // A file stream lends its buffer a chunk at a time; other streams take the encoded chunk.
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const std::int64_t bytes = n * codec->bytes;
-    if (void* at = stream.WriteInPlace(bytes)) {
-      EncodeChunk(static_cast<uint8_t*>(at), src + i, n, *codec, rounding, s);
-    } else {
-      codec->encode(src + i, s.bytes, n, rounding, s);
-      stream.WriteFully(s.bytes, bytes);
-    }
+    auto* lent = static_cast<uint8_t*>(stream.WriteInPlace(bytes));
+    EncodeChunk(lent != nullptr ? lent : s.bytes, src + i, n, *codec, rounding, s);
+    if (lent == nullptr) stream.WriteFully(s.bytes, bytes);
     return true;
   });
 }

@@ -4,8 +4,12 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <string>
 #include <limits>
 #include <vector>
+
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -78,7 +82,10 @@ class TTrickleStream final : public TQuorelStream {
 // Long blocks run in chunks. The three paths (memory stream in place, a stream without memory,
 // unaligned caller memory through the scratch) must agree byte for byte and value for value;
 // from 8 MB of doubles on, decoded chunks are stored around the caches.
+// Memory streams lend the whole block, file streams their buffer a chunk at a time (here at an
+// odd offset) and read large blocks past it, other streams take and give small pieces.
 TEST(PersistValues, AllPathsAgreeAcrossChunks) {
+  const std::string name = ::testing::TempDir() + "quorel_values_paths_" + std::to_string(::getpid()) + ".bin";
   for (const std::int32_t n : {2 * 1024 + 37, 512 * 1024 + 37}) {
     TValues src(2 * static_cast<std::size_t>(n));
     for (std::size_t i = 0; i < src.size(); ++i) src[i] = std::sin(0.37 * double(i)) * 40000.0;
@@ -86,24 +93,33 @@ TEST(PersistValues, AllPathsAgreeAcrossChunks) {
       const auto precision = static_cast<TPrecision>(p);
       TQuorelMemoryStream s;
       TTrickleStream t;
+      TQuorelFileStream f(name, fmCreate);
+      const std::uint8_t odd = 0x5A;
+      f.Write(&odd, 1);
       WriteBinaryValues(s, src.data(), precision, rnRound, true, n);
       WriteBinaryValues(t, src.data(), precision, rnRound, true, n);
+      WriteBinaryValues(f, src.data(), precision, rnRound, true, n);
       TBytes mem(static_cast<std::size_t>(s.Size()) + 1);
       WriteBinaryValues(mem.data() + 1, src.data(), precision, rnRound, true, n);
       EXPECT_TRUE(std::ranges::equal(s.Bytes(), t.inner.Bytes())) << p;
       EXPECT_TRUE(std::equal(s.Bytes().begin(), s.Bytes().end(), mem.begin() + 1)) << p;
+      ASSERT_EQ(f.Size(), s.Size() + 1) << p;
 
-      TValues a(src.size()), b(src.size()), c(src.size());
+      TValues a(src.size()), b(src.size()), c(src.size()), d(src.size());
       s.Seek(0, soBeginning);
       t.Seek(0, soBeginning);
+      f.Seek(1, soBeginning);
       ReadBinaryValues(s, a.data(), precision, true, n);
       ReadBinaryValues(t, b.data(), precision, true, n);
       ReadBinaryValues(mem.data() + 1, c.data(), precision, true, n);
+      ReadBinaryValues(f, d.data(), precision, true, n);
       EXPECT_EQ(a, b) << p;
       EXPECT_EQ(a, c) << p;
+      EXPECT_EQ(a, d) << p;
       EXPECT_EQ(a.back(), RoundTrip({src.back()}, precision, rnRound)[0]) << p;
     }
   }
+  std::remove(name.c_str());
 }
 
 TEST(PersistValues, UnknownPrecisionAndEmptyBlocksMoveNothing) {
