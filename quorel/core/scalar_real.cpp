@@ -26,41 +26,21 @@ L SqrtOneMinusSquare(L x) { return std::sqrt((1 - x) * (1 + x)); }
 double D(L x) { return static_cast<double>(x); }
 }  // namespace
 
-// The C library's double functions below are within 1 ulp of the correctly rounded result on
-// the whole reference set (most within half an ulp) and several times faster than evaluating
-// in extended precision; extended precision stays where it buys accuracy double evaluation
-// cannot: near the sensitive points of the inverse, reciprocal and hyperbolic forms, and in
-// Power's fallback.
-double Sin(double x) { return std::sin(x); }
-double Cos(double x) { return std::cos(x); }
-void SinCos(double x, double& s, double& c) {
-  s = std::sin(x);
-  c = std::cos(x);
-}
-double Tan(double x) { return std::tan(x); }
 double ArcSin(double x) { return D(Fpatan(x, SqrtOneMinusSquare(x))); }
 double ArcCos(double x) { return D(Fpatan(SqrtOneMinusSquare(x), x)); }
-double ArcTan(double x) { return std::atan(x); }
-double ArcTan2(double y, double x) { return std::atan2(y, x); }
 
-double Ln(double x) { return std::log(x); }
 double Ln1(double x) {
   if (std::fabs(x) < kLog2p1Range) return D(Fyl2xp1(x, kLn2L));
   return D(Fyl2x(1 + L(x), kLn2L));  // 1 + x is exact in extended precision here
 }
-double Log2(double x) { return std::log2(x); }
 double Log2X(double x) {
   L t = L(x) - 1;
   if (std::fabs(t) < kLog2p1Range) return D(Fyl2xp1(t, 1.0L));
   return D(Fyl2x(x, 1.0L));
 }
-double Log10(double x) { return std::log10(x); }
 double LogN(double base, double x) { return D(Fyl2x(x, 1.0L) / Fyl2x(base, 1.0L)); }
 
-double Exp(double x) { return std::exp(x); }
-double Exp2(double x) { return std::exp2(x); }
 double Exp10(double x) { return D(detail::x87::Exp10L(x)); }
-double Power(double base, double exponent) { return std::pow(base, exponent); }
 double IntPower(double base, int n) {
   L r = 1, b = base;
   for (unsigned long m = std::labs(long(n)); m != 0; m >>= 1) {
@@ -70,13 +50,6 @@ double IntPower(double base, int n) {
   return D(n < 0 ? 1 / r : r);
 }
 
-double Sinh(double x) { return std::sinh(x); }
-double Cosh(double x) { return std::cosh(x); }
-void SinhCosh(double x, double& s, double& c) {
-  s = Sinh(x);
-  c = Cosh(x);
-}
-double Tanh(double x) { return std::tanh(x); }
 double TanhX(double x) {
   if (std::isnan(x)) return x;
   L e = std::expm1(-2 * std::fabs(L(x)));  // in (-1, 0]: no overflow for any x
