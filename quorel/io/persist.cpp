@@ -58,6 +58,7 @@ struct TCodec {
   std::int32_t align;  // of the encoded type: encoders write it, decoders read it in place
   TEncoder encode;
   TDecoder decode;
+  bool staged;  // the encoder passes through the scratch, so it takes a chunk at a time
 };
 
 void EncodeDouble(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
@@ -109,17 +110,17 @@ void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { k
 
 // In TPrecision order.
 constexpr TCodec kCodecs[] = {
-    {8, 8, EncodeDouble, DecodeDouble},
-    {4, 4, EncodeSingle, DecodeWidened<float>},
-    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>},
-    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>},
-    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>},
-    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>},
-    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>},
-    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>},
-    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>},
-    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>},
-    {3, 1, EncodeInt24, DecodeInt24},
+    {8, 8, EncodeDouble, DecodeDouble, false},
+    {4, 4, EncodeSingle, DecodeWidened<float>, false},
+    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>, false},
+    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>, false},
+    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>, false},
+    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>, false},
+    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>, false},
+    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>, false},
+    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>, true},
+    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>, true},
+    {3, 1, EncodeInt24, DecodeInt24, true},
 };
 constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
 static_assert(kPrecisionCount == prInt24 + 1);
@@ -135,12 +136,12 @@ ptrdiff_t ValueCount(bool complex, std::int32_t len) {
 // Runs the chunk loop with the scratch space of a work vector. The chunks of a long decoded
 // block go around the caches (its lines would otherwise be read before being overwritten).
 template <class F>
-void ForEachChunk(ptrdiff_t count, kern::TStores stores, F&& body) {
+void ForEachChunk(ptrdiff_t count, kern::TStores stores, F&& body, ptrdiff_t chunk = kChunk) {
   TWorkVec work;
   work->SetLength(static_cast<std::int32_t>(kScratchDoubles));
   const TScratch scratch(work->PValues1D(0), stores);
-  for (ptrdiff_t i = 0; i < count; i += kChunk) {
-    if (!body(i, std::min(kChunk, count - i), scratch)) break;
+  for (ptrdiff_t i = 0; i < count; i += chunk) {
+    if (!body(i, std::min(chunk, count - i), scratch)) break;
   }
   if (stores == kern::TStores::Around) kern::FinishStores();
 }
@@ -163,10 +164,13 @@ void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& 
     std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
     return;
   }
+  // Unstaged encoders written in place take the block whole: a long one then goes around the
+  // caches (the kernels store results of 8 MB and more that way).
+  const ptrdiff_t chunk = codec.staged || !Aligned(out, codec) ? kChunk : count;
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     EncodeChunk(out + i * codec.bytes, src + i, n, codec, rounding, s);
     return true;
-  });
+  }, chunk);
 }
 
 // stores: how the doubles are stored, for the whole block when this is a piece of it.
