@@ -17,12 +17,13 @@ using detail::CNorm;
 using detail::Map;
 using std::ptrdiff_t;
 
-// The cache-friendly loops behind Add, Sub, Mul and Div of real arrays.
-void AddCached(const double* a, const double* b, double* r, ptrdiff_t n);
-void SubCached(const double* a, const double* b, double* r, ptrdiff_t n);
-void MulCached(const double* a, const double* b, double* r, ptrdiff_t n);
-void DivCached(const double* a, const double* b, double* r, ptrdiff_t n);
-void MulCachedC(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n);
+// The cache-friendly loops behind Add, Sub, Mul and Div of real arrays. Clones are declared as
+// such before their first use (clang insists).
+QUOREL_KERNEL_WIDE void AddCached(const double* a, const double* b, double* r, ptrdiff_t n);
+QUOREL_KERNEL_WIDE void SubCached(const double* a, const double* b, double* r, ptrdiff_t n);
+QUOREL_KERNEL_WIDE void MulCached(const double* a, const double* b, double* r, ptrdiff_t n);
+QUOREL_KERNEL_WIDE void DivCached(const double* a, const double* b, double* r, ptrdiff_t n);
+QUOREL_KERNEL void MulCachedC(const TCplx* a, const TCplx* b, TCplx* r, ptrdiff_t n);
 
 // --- long arrays: results past the caches ------------------------------------------------
 
