@@ -9,6 +9,16 @@
 
 namespace quorel {
 
+namespace {
+// Where a seek lands: any position >= 0, past the end included; pos when the target is negative
+// or overflows.
+std::int64_t SeekTarget(std::int64_t pos, std::int64_t size, std::int64_t offset, TSeekOrigin origin) {
+  const std::int64_t base = origin == soBeginning ? 0 : origin == soCurrent ? pos : size;
+  std::int64_t target = 0;
+  return !__builtin_add_overflow(base, offset, &target) && target >= 0 ? target : pos;
+}
+}  // namespace
+
 // --- TQuorelStream ---------------------------------------------------------------------------------
 
 std::int64_t TQuorelStream::Remaining() { return std::max<std::int64_t>(Size() - Position(), 0); }
@@ -155,9 +165,7 @@ std::int64_t TQuorelFileStream::Write(const void* buffer, std::int64_t count) {
 }
 
 std::int64_t TQuorelFileStream::Seek(std::int64_t offset, TSeekOrigin origin) {
-  const std::int64_t base = origin == soBeginning ? 0 : origin == soCurrent ? pos_ : size_;
-  std::int64_t target = 0;
-  if (!__builtin_add_overflow(base, offset, &target) && target >= 0) pos_ = target;
+  pos_ = SeekTarget(pos_, size_, offset, origin);
   return pos_;
 }
 
@@ -241,9 +249,7 @@ std::int64_t TQuorelMemoryStream::Write(const void* buffer, std::int64_t count) 
 }
 
 std::int64_t TQuorelMemoryStream::Seek(std::int64_t offset, TSeekOrigin origin) {
-  const std::int64_t base = origin == soBeginning ? 0 : origin == soCurrent ? pos_ : size_;
-  std::int64_t target = 0;
-  if (!__builtin_add_overflow(base, offset, &target) && target >= 0) pos_ = target;
+  pos_ = SeekTarget(pos_, size_, offset, origin);
   return pos_;
 }
 
