@@ -1,9 +1,14 @@
 // libFuzzer target over the binary readers: the first byte picks vector, matrix, vector list or
-// matrix list, the rest is the stream. Every object that loads is saved, loaded and saved again;
-// the two saves must agree byte for byte.
+// matrix list, and whether the rest is read from memory or from a file (memory streams lend their
+// bytes, file streams are read through their buffer and in blocks). Every object that loads is
+// saved, loaded and saved again; the two saves must agree byte for byte.
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <span>
+#include <string>
+
+#include <unistd.h>
 
 #include "quorel/io/lists.h"
 
@@ -27,7 +32,7 @@ void CheckResave(const T& object) {
 }
 
 template <class T>
-void LoadObjects(TQuorelMemoryStream& s) {
+void LoadObjects(TQuorelStream& s) {
   T object;
   while (s.Remaining() > 0) {
     object.LoadFromStream(s);
@@ -36,7 +41,7 @@ void LoadObjects(TQuorelMemoryStream& s) {
 }
 
 template <class L>
-void LoadList(TQuorelMemoryStream& s) {
+void LoadList(TQuorelStream& s) {
   L list;
   list.LoadFromStream(s);
   std::int64_t total = 0;
@@ -50,13 +55,9 @@ void LoadList(TQuorelMemoryStream& s) {
   }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size == 0) return 0;
-  TQuorelMemoryStream s(std::span(data + 1, size - 1));
+void LoadAll(std::uint8_t kind, TQuorelStream& s) {
   try {
-    switch (data[0] % 4) {
+    switch (kind % 4) {
       case 0: LoadObjects<TVec>(s); break;
       case 1: LoadObjects<TMtx>(s); break;
       case 2: LoadList<TVecList>(s); break;
@@ -65,5 +66,24 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   } catch (const Exception&) {
     // Refusals are the expected outcome for most inputs.
   }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::span<const std::uint8_t> bytes(data + 1, size - 1);
+  if ((data[0] & 4) == 0) {
+    TQuorelMemoryStream s(bytes);
+    LoadAll(data[0], s);
+    return 0;
+  }
+  static const std::string name = "/tmp/quorel_persist_fuzz_" + std::to_string(::getpid()) + ".bin";
+  std::FILE* f = std::fopen(name.c_str(), "wb");
+  if (f == nullptr) return 0;
+  std::fwrite(bytes.data(), 1, bytes.size(), f);
+  std::fclose(f);
+  TQuorelFileStream s(name, fmOpenRead);
+  LoadAll(data[0], s);
   return 0;
 }
