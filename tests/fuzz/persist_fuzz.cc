@@ -78,7 +78,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     LoadAll(data[0], s);
     return 0;
   }
-  static const std::string name = "/tmp/quorel_persist_fuzz_" + std::to_string(::getpid()) + ".bin";
+  struct TTempFile {
+    std::string name = "/tmp/quorel_persist_fuzz_" + std::to_string(::getpid()) + ".bin";
+    ~TTempFile() { std::remove(name.c_str()); }
+  };
+  static const TTempFile temp;
+  const std::string& name = temp.name;
   std::FILE* f = std::fopen(name.c_str(), "wb");
   if (f == nullptr) return 0;
   std::fwrite(bytes.data(), 1, bytes.size(), f);
