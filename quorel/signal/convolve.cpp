@@ -10,6 +10,7 @@
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
+#include "quorel/platform/kernels/sliding.h"
 #include "quorel/signal/detail/dfti.h"
 
 namespace quorel {
@@ -72,19 +73,42 @@ void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y)
   }
 }
 
-template <class T>
-void DirectConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y) {
-  std::fill(y, y + (na + nb - 1), T{});
-  // The longer operand runs in the inner loop, which vectorises for real data.
+// Direct sums: each output adds its terms in increasing index of the shorter operand (of a, for
+// correlations), real and complex alike.
+void DirectConvolve(const TCplx* a, std::int32_t na, const TCplx* b, std::int32_t nb, TCplx* y) {
+  std::fill(y, y + (na + nb - 1), TCplx{});
+  // The longer operand runs in the inner loop.
   if (na < nb) {
     std::swap(a, b);
     std::swap(na, nb);
   }
   for (std::int32_t j = 0; j < nb; ++j) {
-    const T bj = b[j];
-    T* yj = y + j;
+    const TCplx bj = b[j];
+    TCplx* yj = y + j;
     for (std::int32_t i = 0; i < na; ++i) AddTo(yj[i], Mul(a[i], bj));
   }
+}
+void DirectConvolve(const double* a, std::int32_t na, const double* b, std::int32_t nb, double* y) {
+  if (na < nb) {
+    std::swap(a, b);
+    std::swap(na, nb);
+  }
+  kern::SlidingSums(kern::TSlide::Convolution, b, nb, a, na, 0, y, std::int64_t{na} + nb - 1);
+}
+
+// y[k - lo] = sum over i of conj(a[i]) b[i + k], for k in [lo, hi].
+void DirectCorrelate(const TCplx* a, std::int32_t na, const TCplx* b, std::int32_t nb, std::int32_t lo,
+                     std::int32_t hi, TCplx* y) {
+  for (std::int32_t k = lo; k <= hi; ++k) {
+    const std::int32_t i0 = std::max(0, -k), i1 = std::min(na, nb - k);
+    TCplx s{};
+    for (std::int32_t i = i0; i < i1; ++i) AddTo(s, Mul(Conj(a[i]), b[i + k]));
+    y[k - lo] = s;
+  }
+}
+void DirectCorrelate(const double* a, std::int32_t na, const double* b, std::int32_t nb, std::int32_t lo,
+                     std::int32_t hi, double* y) {
+  kern::SlidingSums(kern::TSlide::Correlation, a, na, b, nb, lo, y, std::int64_t{hi} - lo + 1);
 }
 
 }  // namespace
@@ -110,9 +134,9 @@ bool ConvolveByFft(std::int64_t na, std::int64_t nb, std::int64_t outputs) {
     case ConvPath::Fft: return true;
     case ConvPath::Auto: break;
   }
-  // Crossover measured with bench/fft_bench.cpp ("Convolve/direct" against "Convolve/fft"): the
-  // direct sum costs about 0.5 ns per pair, an FFT product about 2.3 ns per n log2 n (so at
-  // 10^4 values the FFT wins from about 70 filter taps).
+  // Crossover measured with bench/fft_bench.cpp ("ConvCrossover/direct" against "/fft"): the
+  // direct sum costs about 0.06 ns per pair, an FFT product about 0.3 ns per n log2 n (so at
+  // 10^4 values the FFT wins from about 70 filter taps, at 10^6 from about 100).
   constexpr double kFftWork = 5.0;
   const std::int64_t shorter = std::min(na, nb);
   if (shorter < 32) return false;
@@ -133,15 +157,7 @@ void CorrelateArrays(const T* a, std::int32_t na, const T* b, std::int32_t nb, s
   const std::int32_t count = hi - lo + 1;
   std::fill(y, y + count, T{});
   if (na == 0 || nb == 0) return;
-  if (!ConvolveByFft(na, nb, count)) {
-    for (std::int32_t k = lo; k <= hi; ++k) {
-      const std::int32_t i0 = std::max(0, -k), i1 = std::min(na, nb - k);
-      T s{};
-      for (std::int32_t i = i0; i < i1; ++i) AddTo(s, Mul(Conj(a[i]), b[i + k]));
-      y[k - lo] = s;
-    }
-    return;
-  }
+  if (!ConvolveByFft(na, nb, count)) return DirectCorrelate(a, na, b, nb, lo, hi, y);
   // The correlation is the convolution of b with a reversed and conjugated, shifted by na - 1.
   TWorkVec ra, full;
   ra->Size(na, std::is_same_v<T, TCplx>);
@@ -268,16 +284,13 @@ TMtx& TMtx::Convolve(const TMtx& x, const TMtx& h, bool filter) {
     const std::int64_t pairs = std::int64_t{rx} * cx * rh * ch;
     const std::int64_t size = std::int64_t{rf} * cf;
     if (!detail::ConvolveByFft(size, pairs / size + 1, size)) {
+      // Row a of h slides along each row of x into its output row; terms add up in the order of
+      // the rows of h, then along each row.
       std::fill(y, y + size, 0.0);
       for (std::int32_t a = 0; a < rh; ++a)
-        for (std::int32_t b = 0; b < ch; ++b) {
-          const double hv = ph[a * ch + b];
-          for (std::int32_t i = 0; i < rx; ++i) {
-            double* yr = y + std::int64_t{i + a} * cf + b;
-            const double* xr = px + std::int64_t{i} * cx;
-            for (std::int32_t j = 0; j < cx; ++j) yr[j] += hv * xr[j];
-          }
-        }
+        for (std::int32_t i = 0; i < rx; ++i)
+          kern::SlidingSums(kern::TSlide::Convolution, ph + std::int64_t{a} * ch, ch, px + std::int64_t{i} * cx, cx, 0,
+                            y + std::int64_t{i + a} * cf, cf, true);
     } else {
       // Zero-padded in-place real 2-D transforms: rows of 2 * (nc div 2 + 1) doubles.
       const std::int32_t nr = detail::FftGoodSize(rf), nc = detail::FftGoodSize(cf);

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/types.h"
+#include "quorel/platform/kernels/math.h"
 #include "support/accuracy.h"
 
 namespace quorel::kern::test {
@@ -72,6 +73,20 @@ class Guarded {
   std::size_t begin_, end_;
   std::vector<T> store_;
 };
+
+/// Runs body(name) once per code path this processor has, with that path forced.
+template <class F>
+void ForEachIsa(F body) {
+  const TKernelIsa saved = KernelIsa();
+  const std::pair<TKernelIsa, const char*> paths[] = {
+      {TKernelIsa::Sse2, " sse2"}, {TKernelIsa::Avx2Fma, " avx2"}, {TKernelIsa::Avx512, " avx512"}};
+  for (const auto& [isa, name] : paths) {
+    if (!SetKernelIsa(isa)) continue;
+    ASSERT_EQ(KernelIsa(), isa);
+    body(std::string(name));
+  }
+  SetKernelIsa(saved);
+}
 
 /// Random values in [-10, 10] with about one in eight a special value.
 class Values {

@@ -50,20 +50,6 @@ void ExpectWorst(const std::string& what, std::size_t n, Error error, double tol
   EXPECT_LE(worst, tol) << what << " at element " << at;
 }
 
-// Runs body(name) once per code path this processor has, with that path forced.
-template <class F>
-void ForEachIsa(F body) {
-  const TKernelIsa saved = KernelIsa();
-  const std::pair<TKernelIsa, const char*> paths[] = {
-      {TKernelIsa::Sse2, " sse2"}, {TKernelIsa::Avx2Fma, " avx2"}, {TKernelIsa::Avx512, " avx512"}};
-  for (const auto& [isa, name] : paths) {
-    if (!SetKernelIsa(isa)) continue;
-    ASSERT_EQ(KernelIsa(), isa);
-    body(std::string(name));
-  }
-  SetKernelIsa(saved);
-}
-
 // Calls run(from, len) over [0, n) in pieces of 1 to 9 elements, so that every element also
 // goes through the tail code.
 template <class F>
