@@ -184,10 +184,10 @@ void FFT2Measured(benchmark::State& s) {
 }
 
 // --- convolution: automatic choice, and each path forced ------------------------------------------
-void Convolve(benchmark::State& s, detail::ConvPath path) {
+void Convolve(benchmark::State& s, detail::ConvPath path, bool complex) {
   TVec x, h, y;
-  x.Size(s.range(0), false);
-  h.Size(s.range(1), false);
+  x.Size(s.range(0), complex);
+  h.Size(s.range(1), complex);
   Fill(x, 3);
   Fill(h, 4);
   detail::ConvolvePath() = path;
@@ -195,9 +195,13 @@ void Convolve(benchmark::State& s, detail::ConvPath path) {
   for (auto _ : s) y.Convolve(x, h);
   detail::ConvolvePath() = detail::ConvPath::Auto;
 }
-void ConvQuorel(benchmark::State& s) { Convolve(s, detail::ConvPath::Auto); }
-void ConvDirect(benchmark::State& s) { Convolve(s, detail::ConvPath::Direct); }
-void ConvFft(benchmark::State& s) { Convolve(s, detail::ConvPath::Fft); }
+void ConvQuorel(benchmark::State& s) { Convolve(s, detail::ConvPath::Auto, false); }
+void ConvDirect(benchmark::State& s) { Convolve(s, detail::ConvPath::Direct, false); }
+void ConvFft(benchmark::State& s) { Convolve(s, detail::ConvPath::Fft, false); }
+// The crossover rows: range 2 is 1 for complex operands.
+void CrossQuorel(benchmark::State& s) { Convolve(s, detail::ConvPath::Auto, s.range(2) == 1); }
+void CrossDirect(benchmark::State& s) { Convolve(s, detail::ConvPath::Direct, s.range(2) == 1); }
+void CrossFft(benchmark::State& s) { Convolve(s, detail::ConvPath::Fft, s.range(2) == 1); }
 
 const int kSizes[] = {64, 1000, 1024, 4096, 65536, 1 << 20};
 
@@ -225,9 +229,9 @@ BENCHMARK(FFT2FirstCall)->Name("FFT2FirstCall/quorel")->Arg(512)->Iterations(1)-
 BENCHMARK(ConvQuorel)->Name("Convolve/quorel")->Args({100000, 1000})->Args({1000000, 10000})->UseRealTime();
 BENCHMARK(ConvFft)->Name("Convolve/fft")->Args({100000, 1000})->Args({1000000, 10000})->UseRealTime();
 BENCHMARK(ConvDirect)->Name("Convolve/direct")->Args({100000, 1000})->UseRealTime();
-BENCHMARK(ConvQuorel)->Name("ConvCrossover/quorel")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}})->UseRealTime();
-BENCHMARK(ConvDirect)->Name("ConvCrossover/direct")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}})->UseRealTime();
-BENCHMARK(ConvFft)->Name("ConvCrossover/fft")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}})->UseRealTime();
+BENCHMARK(CrossQuorel)->Name("ConvCrossover/quorel")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}, {0, 1}})->UseRealTime();
+BENCHMARK(CrossDirect)->Name("ConvCrossover/direct")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}, {0, 1}})->UseRealTime();
+BENCHMARK(CrossFft)->Name("ConvCrossover/fft")->ArgsProduct({{10000}, {16, 32, 64, 128, 256}, {0, 1}})->UseRealTime();
 
 int main(int argc, char** argv) {
   return bench::RunWithRatios(argc, argv, {"fftw", "measured", "direct", "fft", "pack"}, "allocs");

@@ -18,7 +18,6 @@ namespace detail {
 
 namespace {
 
-inline double Mul(double a, double b) { return a * b; }
 inline TCplx Mul(TCplx a, TCplx b) { return {a.Re * b.Re - a.Im * b.Im, a.Re * b.Im + a.Im * b.Re}; }
 inline double Conj(double a) { return a; }
 inline TCplx Conj(TCplx a) { return {a.Re, -a.Im}; }
@@ -74,21 +73,9 @@ void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y)
 }
 
 // Direct sums: each output adds its terms in increasing index of the shorter operand (of a, for
-// correlations), real and complex alike.
-void DirectConvolve(const TCplx* a, std::int32_t na, const TCplx* b, std::int32_t nb, TCplx* y) {
-  std::fill(y, y + (na + nb - 1), TCplx{});
-  // The longer operand runs in the inner loop.
-  if (na < nb) {
-    std::swap(a, b);
-    std::swap(na, nb);
-  }
-  for (std::int32_t j = 0; j < nb; ++j) {
-    const TCplx bj = b[j];
-    TCplx* yj = y + j;
-    for (std::int32_t i = 0; i < na; ++i) AddTo(yj[i], Mul(a[i], bj));
-  }
-}
-void DirectConvolve(const double* a, std::int32_t na, const double* b, std::int32_t nb, double* y) {
+// correlations).
+template <class T>
+void DirectConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y) {
   if (na < nb) {
     std::swap(a, b);
     std::swap(na, nb);
@@ -97,17 +84,8 @@ void DirectConvolve(const double* a, std::int32_t na, const double* b, std::int3
 }
 
 // y[k - lo] = sum over i of conj(a[i]) b[i + k], for k in [lo, hi].
-void DirectCorrelate(const TCplx* a, std::int32_t na, const TCplx* b, std::int32_t nb, std::int32_t lo,
-                     std::int32_t hi, TCplx* y) {
-  for (std::int32_t k = lo; k <= hi; ++k) {
-    const std::int32_t i0 = std::max(0, -k), i1 = std::min(na, nb - k);
-    TCplx s{};
-    for (std::int32_t i = i0; i < i1; ++i) AddTo(s, Mul(Conj(a[i]), b[i + k]));
-    y[k - lo] = s;
-  }
-}
-void DirectCorrelate(const double* a, std::int32_t na, const double* b, std::int32_t nb, std::int32_t lo,
-                     std::int32_t hi, double* y) {
+template <class T>
+void DirectCorrelate(const T* a, std::int32_t na, const T* b, std::int32_t nb, std::int32_t lo, std::int32_t hi, T* y) {
   kern::SlidingSums(kern::TSlide::Correlation, a, na, b, nb, lo, y, std::int64_t{hi} - lo + 1);
 }
 
@@ -128,27 +106,28 @@ std::int32_t FftGoodSize(std::int32_t n) {
   return static_cast<std::int32_t>(best);
 }
 
-bool ConvolveByFft(std::int64_t na, std::int64_t nb, std::int64_t outputs) {
+bool ConvolveByFft(std::int64_t na, std::int64_t nb, std::int64_t outputs, bool complex) {
   switch (ConvolvePath()) {
     case ConvPath::Direct: return false;
     case ConvPath::Fft: return true;
     case ConvPath::Auto: break;
   }
   // Crossover measured with bench/fft_bench.cpp ("ConvCrossover/direct" against "/fft"): the
-  // direct sum costs about 0.06 ns per pair, an FFT product about 0.3 ns per n log2 n (so at
-  // 10^4 values the FFT wins from about 70 filter taps, at 10^6 from about 100).
-  constexpr double kFftWork = 5.0;
+  // direct sum costs about 0.06 ns per real pair and 0.24 ns per complex one, an FFT product
+  // about 0.3 and 0.5 ns per n log2 n. So at 10^4 values the FFT wins from about 70 real filter
+  // taps (at 10^6 from about 100), and from about 25 complex ones.
+  const double fftWork = complex ? 2.0 : 5.0;
   const std::int64_t shorter = std::min(na, nb);
-  if (shorter < 32) return false;
+  if (shorter < (complex ? 16 : 32)) return false;
   const double n = static_cast<double>(na + nb);
   const double direct = static_cast<double>(outputs) * static_cast<double>(shorter);
-  return direct > kFftWork * n * std::log2(n);
+  return direct > fftWork * n * std::log2(n);
 }
 
 template <class T>
 void ConvolveArrays(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y) {
   if (na == 0 || nb == 0) return;
-  if (ConvolveByFft(na, nb, std::int64_t{na} + nb - 1)) FftConvolve(a, na, b, nb, y);
+  if (ConvolveByFft(na, nb, std::int64_t{na} + nb - 1, std::is_same_v<T, TCplx>)) FftConvolve(a, na, b, nb, y);
   else DirectConvolve(a, na, b, nb, y);
 }
 
@@ -157,7 +136,7 @@ void CorrelateArrays(const T* a, std::int32_t na, const T* b, std::int32_t nb, s
   const std::int32_t count = hi - lo + 1;
   std::fill(y, y + count, T{});
   if (na == 0 || nb == 0) return;
-  if (!ConvolveByFft(na, nb, count)) return DirectCorrelate(a, na, b, nb, lo, hi, y);
+  if (!ConvolveByFft(na, nb, count, std::is_same_v<T, TCplx>)) return DirectCorrelate(a, na, b, nb, lo, hi, y);
   // The correlation is the convolution of b with a reversed and conjugated, shifted by na - 1.
   TWorkVec ra, full;
   ra->Size(na, std::is_same_v<T, TCplx>);
@@ -283,7 +262,7 @@ TMtx& TMtx::Convolve(const TMtx& x, const TMtx& h, bool filter) {
     const double* ph = h.PValues1D(0);
     const std::int64_t pairs = std::int64_t{rx} * cx * rh * ch;
     const std::int64_t size = std::int64_t{rf} * cf;
-    if (!detail::ConvolveByFft(size, pairs / size + 1, size)) {
+    if (!detail::ConvolveByFft(size, pairs / size + 1, size, false)) {
       // Row a of h slides along each row of x into its output row; terms add up in the order of
       // the rows of h, then along each row.
       std::fill(y, y + size, 0.0);

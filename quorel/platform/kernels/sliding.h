@@ -3,6 +3,8 @@
 
 #include <cstddef>
 
+#include "quorel/core/types.h"
+
 namespace quorel::kern {
 
 /// How the index into s moves with the coefficient index j.
@@ -15,5 +17,8 @@ enum class TSlide { Convolution, Correlation };
 /// the written-out loop.
 void SlidingSums(TSlide slide, const double* c, std::ptrdiff_t nc, const double* s, std::ptrdiff_t ns,
                  std::ptrdiff_t base, double* y, std::ptrdiff_t count, bool add = false);
+/// The same for complex values; a correlation takes the conjugates of c.
+void SlidingSums(TSlide slide, const TCplx* c, std::ptrdiff_t nc, const TCplx* s, std::ptrdiff_t ns,
+                 std::ptrdiff_t base, TCplx* y, std::ptrdiff_t count, bool add = false);
 
 }  // namespace quorel::kern

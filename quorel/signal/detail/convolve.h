@@ -12,8 +12,8 @@ enum class ConvPath : std::uint8_t { Auto, Direct, Fft };
 /// The process-wide choice (tests and benchmarks force one path; the library leaves Auto).
 ConvPath& ConvolvePath();
 
-/// True when the FFT evaluation is cheaper for operands of these lengths.
-bool ConvolveByFft(std::int64_t na, std::int64_t nb, std::int64_t outputs);
+/// True when the FFT evaluation is cheaper for operands of these lengths and kind.
+bool ConvolveByFft(std::int64_t na, std::int64_t nb, std::int64_t outputs, bool complex);
 
 /// y[0 .. na + nb - 1) = a * b. y must not overlap a or b.
 template <class T>
