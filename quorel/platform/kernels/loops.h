@@ -4,6 +4,7 @@
 // per clone of the enclosing kernel.
 
 #include <cstddef>
+#include <cstring>
 
 #include "quorel/core/types.h"
 
@@ -20,6 +21,24 @@
 #define QUOREL_KERNEL_INLINE [[gnu::always_inline]] inline
 
 namespace quorel::kern::detail {
+
+// Inlined into code built for the vector's width, so the ABI note about passing wide vectors
+// never applies.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpsabi"
+/// The compiler vector V read from p, which need not be aligned.
+template <class V>
+QUOREL_KERNEL_INLINE V LoadVector(const double* p) {
+  V v;
+  std::memcpy(&v, p, sizeof v);
+  return v;
+}
+/// v written to p, which need not be aligned.
+template <class V>
+QUOREL_KERNEL_INLINE void StoreVector(double* p, V v) {
+  std::memcpy(p, &v, sizeof v);
+}
+#pragma GCC diagnostic pop
 
 /// A complex array as its 2n interleaved doubles (null stays null, for n = 0).
 inline const double* Parts(const TCplx* p) { return reinterpret_cast<const double*>(p); }

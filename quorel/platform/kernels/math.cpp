@@ -109,13 +109,11 @@ using Vec = typename Simd<W>::V;
 
 template <int W>
 QUOREL_KERNEL_INLINE Vec<W> Load(const double* p) {
-  Vec<W> v;
-  std::memcpy(&v, p, sizeof v);
-  return v;
+  return detail::LoadVector<Vec<W>>(p);
 }
 template <int W>
 QUOREL_KERNEL_INLINE void Store(double* p, Vec<W> v) {
-  std::memcpy(p, &v, sizeof v);
+  detail::StoreVector(p, v);
 }
 template <int W>
 QUOREL_KERNEL_INLINE Vec<W> Splat(double s) {

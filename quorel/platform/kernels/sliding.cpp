@@ -1,7 +1,6 @@
 #include "quorel/platform/kernels/sliding.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "quorel/platform/kernels/loops.h"
 #include "quorel/platform/kernels/math.h"
@@ -22,17 +21,6 @@ struct VecOf {
 };
 template <int W>
 using Vec = typename VecOf<W>::type;
-
-template <int W>
-QUOREL_KERNEL_INLINE Vec<W> LoadU(const double* p) {
-  Vec<W> v;
-  std::memcpy(&v, p, sizeof v);
-  return v;
-}
-template <int W>
-QUOREL_KERNEL_INLINE void StoreU(double* p, Vec<W> v) {
-  std::memcpy(p, &v, sizeof v);
-}
 
 // What the block loop needs of its element type: E doubles per element, the coefficient of a
 // tap prepared once, and its products with one element of s and with a vector of s.
@@ -112,7 +100,7 @@ QUOREL_KERNEL_INLINE void SlideBlocks(const double* c, ptrdiff_t nc, const doubl
     double* yb = y + E * o0;
     const ptrdiff_t kept = E * std::min(B, count - o0);
     const bool whole = kept == B * E;
-    for (int u = 0; u < U; ++u) StoreU<W>(acc + u * W, add && whole ? LoadU<W>(yb + u * W) : Vec<W>{});
+    for (int u = 0; u < U; ++u) detail::StoreVector(acc + u * W, add && whole ? detail::LoadVector<Vec<W>>(yb + u * W) : Vec<W>{});
     if (add && !whole)
       for (ptrdiff_t i = 0; i < kept; ++i) acc[i] = yb[i];
     const auto partial = [&](ptrdiff_t j) __attribute__((always_inline)) {
@@ -124,18 +112,18 @@ QUOREL_KERNEL_INLINE void SlideBlocks(const double* c, ptrdiff_t nc, const doubl
     for (ptrdiff_t j = j0; j < f0; ++j) partial(j);
     if (f0 < f1) {
       Vec<W> a[U];
-      for (int u = 0; u < U; ++u) a[u] = LoadU<W>(acc + u * W);
+      for (int u = 0; u < U; ++u) a[u] = detail::LoadVector<Vec<W>>(acc + u * W);
       for (ptrdiff_t j = f0; j < f1; ++j) {
         const auto k = T::Prepare(c, j, conj);
         const double* row = s + E * (q + dir * j);
-        for (int u = 0; u < U; ++u) a[u] = a[u] + T::Term(k, LoadU<W>(row + u * W));
+        for (int u = 0; u < U; ++u) a[u] = a[u] + T::Term(k, detail::LoadVector<Vec<W>>(row + u * W));
       }
-      for (int u = 0; u < U; ++u) StoreU<W>(acc + u * W, a[u]);
+      for (int u = 0; u < U; ++u) detail::StoreVector(acc + u * W, a[u]);
     }
     for (ptrdiff_t j = f1; j < j1; ++j) partial(j);
     // The elements past count read only inside s as well; they are just not kept.
     if (whole) {
-      for (int u = 0; u < U; ++u) StoreU<W>(yb + u * W, LoadU<W>(acc + u * W));
+      for (int u = 0; u < U; ++u) detail::StoreVector(yb + u * W, detail::LoadVector<Vec<W>>(acc + u * W));
     } else {
       for (ptrdiff_t i = 0; i < kept; ++i) yb[i] = acc[i];
     }
