@@ -134,9 +134,11 @@ void ConvolveArrays(const T* a, std::int32_t na, const T* b, std::int32_t nb, T*
 template <class T>
 void CorrelateArrays(const T* a, std::int32_t na, const T* b, std::int32_t nb, std::int32_t lo, std::int32_t hi, T* y) {
   const std::int32_t count = hi - lo + 1;
+  // The direct sums write every lag; the FFT path writes only those the operands reach.
+  if (na > 0 && nb > 0 && !ConvolveByFft(na, nb, count, std::is_same_v<T, TCplx>))
+    return DirectCorrelate(a, na, b, nb, lo, hi, y);
   std::fill(y, y + count, T{});
   if (na == 0 || nb == 0) return;
-  if (!ConvolveByFft(na, nb, count, std::is_same_v<T, TCplx>)) return DirectCorrelate(a, na, b, nb, lo, hi, y);
   // The correlation is the convolution of b with a reversed and conjugated, shifted by na - 1.
   TWorkVec ra, full;
   ra->Size(na, std::is_same_v<T, TCplx>);
