@@ -71,6 +71,10 @@ struct TScaledProduct {
     m = {m.Re * x.Re - m.Im * x.Im, m.Re * x.Im + m.Im * x.Re};
     double a = std::hypot(m.Re, m.Im);
     if (a == 0) return false;
+    if (!std::isfinite(a)) {  // an infinite or NaN factor: the value stays what it is
+      e = 0;
+      return true;
+    }
     while (a < 1) m = {m.Re * 10, m.Im * 10}, a *= 10, --e;
     while (a >= 10) m = {m.Re / 10, m.Im / 10}, a /= 10, ++e;
     return true;

@@ -1,5 +1,6 @@
 // Matrix products through BLAS, choosing the routine by the operands' types.
 #include <cstring>
+#include <optional>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/dense/detail/lapack_util.h"
@@ -60,6 +61,37 @@ void MulT(TMtx& c, const TMtx& a, const TMtx& b, TMtxType ta, TMtxType tb, TMtxO
   }
 }
 
+bool IsStructuredType(TMtxType t) { return IsSymmetricType(t) || IsHermitianType(t) || t == mtTriangle; }
+
+// An operand of a product as MulT can take it. The structured routines read one triangle of their
+// operand and take the other operand as stored, so an operation on the other operand is applied to
+// a copy first. A complex symmetric operand taken adjoint, or a Hermitian one taken transposed, is
+// the conjugate of what its triangle describes: it is expanded and multiplied as a general matrix.
+struct TOperand {
+  const TMtx* m;
+  TMtxType type;
+  TMtxOperation op;
+  std::optional<TWorkMtx> copy;
+
+  void Apply(const TMtx& src) {
+    copy.emplace();
+    if (op == opTran) (*copy)->Transp(src);
+    else (*copy)->Adjung(src);
+    m = copy->get();
+    op = opNone;
+  }
+  void ExpandIfConjugated() {
+    const bool symmetric = IsSymmetricType(type) || IsHermitianType(type);
+    if (!m->Complex() || !symmetric || SymmetricKind(type, op, true) != 0 || !m->Quadratic()) return;
+    TWorkMtx full;
+    full->Copy(*m);
+    MirrorTriangle(*full, m->TriangleForm(), IsHermitianType(type));
+    type = mtGeneral;
+    Apply(*full);
+  }
+  bool Structured() const { return IsStructuredType(type) && m->Quadratic(); }
+};
+
 }  // namespace
 
 TMtx& TMtx::Mul(const TMtx& mtx1, const TMtx& mtx2, TMtxOperation operation1, TMtxOperation operation2) {
@@ -82,10 +114,13 @@ TMtx& TMtx::Mul(const TMtx& mtx1, const TMtx& mtx2, TMtxType mtx1Type, TMtxType 
   const FInt m = t1 ? mtx1.Cols() : mtx1.Rows();
   const FInt k = t1 ? mtx1.Rows() : mtx1.Cols();
   const FInt n = t2 ? mtx2.Rows() : mtx2.Cols();
+  TOperand a{&mtx1, mtx1Type, operation1, {}}, b{&mtx2, mtx2Type, operation2, {}};
+  a.ExpandIfConjugated();
+  b.ExpandIfConjugated();
+  if (a.Structured() && b.op != opNone) b.Apply(*b.m);
+  else if (!a.Structured() && b.Structured() && a.op != opNone) a.Apply(*a.m);
   Size(m, n, mtx1.Complex());
-  OnKind(mtx1.Complex(), [&](auto t) {
-    MulT<decltype(t)>(*this, mtx1, mtx2, mtx1Type, mtx2Type, operation1, operation2, m, n, k);
-  });
+  OnKind(mtx1.Complex(), [&](auto t) { MulT<decltype(t)>(*this, *a.m, *b.m, a.type, b.type, a.op, b.op, m, n, k); });
   return *this;
 }
 

@@ -18,40 +18,46 @@ TEST(Mul, GeneralProductsForEveryOperationPair) {
 }
 
 TEST(Mul, StructuredOperandsUseOnlyTheirTriangle) {
+  // Every operation on either operand: an operation on the general one must not push the product
+  // onto a path that reads the structured operand's whole storage.
+  const TMtxOperation ops[] = {opNone, opTran, opHerm};
+  const int n = 6;
   for (bool cplx : {false, true})
     for (TTriangleForm tf : {tfLower, tfUpper})
-      for (int side = 0; side < 2; ++side) {
-        const int n = 6;
-        TMtx other = Random(side ? 4 : n, side ? n : 4, cplx, 3);
-        // Symmetric/Hermitian: the unused triangle holds garbage that must be ignored.
-        for (TMtxType t : {mtSymmetric, mtHermitian, mtHermPosDef}) {
-          if (!cplx && t != mtSymmetric) continue;
-          TMtx s = t == mtSymmetric ? Indefinite(n, cplx, 4, true) : Indefinite(n, cplx, 4);
-          TMtx dirty = Dirty(s, tf, 99);
-          for (TMtxOperation op : {opNone, t == mtSymmetric ? opTran : opHerm}) {
+      for (int side = 0; side < 2; ++side)
+        for (TMtxOperation otherOp : ops) {
+          // op(other) is 4 x n when it multiplies from the left (side 1), n x 4 otherwise.
+          const bool swapped = (otherOp != opNone) != (side == 1);
+          TMtx other = Random(swapped ? 4 : n, swapped ? n : 4, cplx, 3);
+          const TMtx opOther = Op(other, otherOp);
+          auto product = [&](const TMtx& stored, TMtxType type, TMtxOperation op) {
             TMtx c;
-            if (side) c.Mul(other, dirty, mtGeneral, t, opNone, op);
-            else c.Mul(dirty, other, t, mtGeneral, op, opNone);
-            TMtx ref = side ? NaiveMul(other, s) : NaiveMul(s, other);
-            EXPECT_LT(Diff(ref, c), 4) << cplx << tf << side << t;
+            if (side) c.Mul(other, stored, mtGeneral, type, otherOp, op);
+            else c.Mul(stored, other, type, mtGeneral, op, otherOp);
+            return c;
+          };
+          auto expected = [&](const TMtx& full) { return side ? NaiveMul(opOther, full) : NaiveMul(full, opOther); };
+          // Symmetric/Hermitian: the unused triangle holds garbage that must be ignored.
+          for (TMtxType t : {mtSymmetric, mtHermitian, mtHermPosDef}) {
+            if (!cplx && t != mtSymmetric) continue;
+            TMtx s = t == mtSymmetric ? Indefinite(n, cplx, 4, true) : Indefinite(n, cplx, 4);
+            TMtx dirty = Dirty(s, tf, 99);
+            for (TMtxOperation op : ops)
+              EXPECT_LT(Diff(expected(Op(s, op)), product(dirty, t, op)), 4) << cplx << tf << side << t << op << otherOp;
           }
+          // Triangular, with and without a unit diagonal.
+          for (bool unit : {false, true})
+            for (TMtxOperation op : ops) {
+              TMtx tri = Triangular(n, cplx, 5, tf == tfLower);
+              tri.SetTriangleForm(tf);
+              tri.SetTriangleUnit(unit);
+              TMtx ref = tri;
+              if (unit)
+                for (int i = 0; i < n; ++i) Put(ref, i, i, 1);
+              EXPECT_LT(Diff(expected(Op(ref, op)), product(tri, mtTriangle, op)), 4)
+                  << cplx << tf << side << unit << op << otherOp;
+            }
         }
-        // Triangular, with and without a unit diagonal, each operation.
-        for (bool unit : {false, true})
-          for (TMtxOperation op : {opNone, opTran, opHerm}) {
-            TMtx tri = Triangular(n, cplx, 5, tf == tfLower);
-            tri.SetTriangleForm(tf);
-            tri.SetTriangleUnit(unit);
-            TMtx ref = tri;
-            if (unit)
-              for (int i = 0; i < n; ++i) Put(ref, i, i, 1);
-            TMtx c;
-            if (side) c.Mul(other, tri, mtGeneral, mtTriangle, opNone, op);
-            else c.Mul(tri, other, mtTriangle, mtGeneral, op, opNone);
-            TMtx expect = side ? NaiveMul(other, Op(ref, op)) : NaiveMul(Op(ref, op), other);
-            EXPECT_LT(Diff(expect, c), 4) << cplx << tf << side << unit << op;
-          }
-      }
 }
 
 TEST(Mul, EmptyInnerDimensionGivesZeros) {

@@ -183,6 +183,13 @@ TEST(Determinant, ClosedFormsPivotSignsAndRange) {
   TMtx wide = RealMtx(3, 3, {1e200, 0, 0, 0, 1e200, 0, 0, 0, 1e-300});
   EXPECT_NEAR(wide.Determinant(mtGeneral) / 1e100, 1, 1e-12);
   EXPECT_NEAR(wide.Determinant(mtTriangle) / 1e100, 1, 1e-12);
+  // A pivot that overflows (finite entries) or an infinite entry: the value is infinite, and the
+  // call returns (the scaling loop must not chase an infinite mantissa).
+  TMtx overflow = RealMtx(2, 2, {1e308, 1e308, -1e308, 1e308});
+  EXPECT_TRUE(std::isinf(overflow.Determinant(mtGeneral)));
+  TMtx inf = RealMtx(2, 2, {INFINITY, 1, 1, 2});
+  EXPECT_FALSE(std::isfinite(inf.Determinant(mtGeneral)));
+  EXPECT_TRUE(std::isnan(RealMtx(2, 2, {NAN, 1, 1, 2}).Determinant(mtGeneral)));
   TMtx z = CplxMtx(2, 2, {{1, 1}, {2, 0}, {0, 1}, {3, -1}});  // (1+i)(3-i) - 2i = 4
   TCplx d;
   z.Determinant(d, mtGeneral);
