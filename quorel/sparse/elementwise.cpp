@@ -120,4 +120,41 @@ void TSparseValueViews::WriteBack(TSparseMtx& m, TVec& view) {
 #undef QUOREL_SELF_METHOD
 #undef QUOREL_SPARSE_ARGS
 
+namespace {
+// A quick fill of the stored values: the view draws from the matrix's seed (passed as the reseeding
+// argument, which is the same state) and hands the advanced seed back.
+template <class Fill>
+TSparseMtx& QuickFill(TSparseElementwise& m, std::uint32_t& seed, Fill fill) {
+  std::uint32_t next = seed;
+  header_detail::TSparseValueViews::Run(static_cast<TSparseMtx&>(m), [&](TVec& v) {
+    fill(v, seed);
+    next = v.RandSeed();
+  });
+  seed = next;
+  return static_cast<TSparseMtx&>(m);
+}
+}  // namespace
+
+TSparseMtx& TSparseElementwise::RandGauss(double mean, double stdDev) {
+  return QuickFill(*this, fRandSeed, [&](TVec& v, std::uint32_t s) {
+    if (s != 0) v.RandGauss(s, mean, stdDev);
+    else v.RandGauss(mean, stdDev);
+  });
+}
+
+TSparseMtx& TSparseElementwise::RandGauss(std::uint32_t seed, double mean, double stdDev) {
+  return QuickFill(*this, fRandSeed, [&](TVec& v, std::uint32_t) { v.RandGauss(seed, mean, stdDev); });
+}
+
+TSparseMtx& TSparseElementwise::RandUniform(double low, double high) {
+  return QuickFill(*this, fRandSeed, [&](TVec& v, std::uint32_t s) {
+    if (s != 0) v.RandUniform(s, low, high);
+    else v.RandUniform(low, high);
+  });
+}
+
+TSparseMtx& TSparseElementwise::RandUniform(std::uint32_t seed, double low, double high) {
+  return QuickFill(*this, fRandSeed, [&](TVec& v, std::uint32_t) { v.RandUniform(seed, low, high); });
+}
+
 }  // namespace quorel

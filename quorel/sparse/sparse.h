@@ -58,6 +58,7 @@ class TSparseElementwise : public TQuorel {
 #define QUOREL_SELF_METHOD(name, params, args) TSparseMtx& name params;
 #include "quorel/objects/elementwise_methods.inc"
 #include "quorel/objects/value_methods.inc"
+#include "quorel/stats/random_methods.inc"
 #undef QUOREL_SELF_METHOD
 
  protected:

@@ -65,6 +65,8 @@ std::int32_t TRngStream::SkipAheadStream(std::int64_t n) {
 
 std::int32_t TRngStream::Copy(const TRngStream& src) {
   if (&src == this) return fStream ? rngStatusOk : rngErrNullStream;
+  // The own stream goes first, whether or not there is one to copy.
+  fStream.reset();
   if (!src.fStream) return rngErrNullStream;
   fStream = src.fStream->Clone();
   return rngStatusOk;

@@ -41,7 +41,8 @@ class TRngStream {
   std::int32_t LeapfrogStream(std::int32_t k, std::int32_t nstreams);
   /// Skips n values (n >= 0).
   std::int32_t SkipAheadStream(std::int64_t n);
-  /// Replaces the own stream by a copy of Src's (with its position and Gaussian carry).
+  /// Deletes the own stream and puts a copy of Src's in its place (with its position and Gaussian
+  /// carry); a Src without a stream leaves none.
   std::int32_t Copy(const TRngStream& src);
   /// Copies Src's generator state into the existing stream (same basic generator only).
   std::int32_t CopyState(const TRngStream& src);

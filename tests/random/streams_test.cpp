@@ -134,8 +134,10 @@ TEST(RandomStream, GaussianCarryAndCopies) {
   EXPECT_EQ(Uniforms(y, 5), Uniforms(x, 5));
   EXPECT_EQ(z.CopyState(x), rngErrIncompatibleStreams);
   TRngStream empty;
-  EXPECT_EQ(x.Copy(empty), rngErrNullStream);
-  EXPECT_TRUE(x.HasStream());
+  EXPECT_EQ(x.Copy(empty), rngErrNullStream);  // and x's own stream is gone
+  EXPECT_FALSE(x.HasStream());
+  TVec v;
+  EXPECT_EQ(x.RandomUniform(v, 0, 1), rngErrNullStream);
 }
 
 TEST(RandomGenerator, IndependenceSchemes) {

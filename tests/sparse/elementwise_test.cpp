@@ -25,6 +25,23 @@ TEST(SparseElementwise, UnaryAndScalarMethodsWorkOnTheStoredValuesAndChain) {
   EXPECT_THAT(a.Values(), ::testing::ElementsAre(5, 0, 0, 11));
 }
 
+TEST(SparseElementwise, QuickFillsDrawTheStoredValuesFromTheMatrixSeed) {
+  // The same sequence as a vector of the stored length with the same seed, continued across calls.
+  TSparseMtx a;
+  Pattern(a);
+  TVec v(4, false);
+  a.RandUniform(77u, -1, 1);
+  v.RandUniform(77u, -1, 1);
+  EXPECT_THAT(a.Values(), ::testing::ElementsAreArray(v.PValues(0), 4));
+  a.RandGauss(2, 3);
+  v.RandGauss(2, 3);
+  EXPECT_THAT(a.Values(), ::testing::ElementsAreArray(v.PValues(0), 4));
+  EXPECT_EQ(a.RandSeed(), v.RandSeed());
+  EXPECT_THAT(Rows(a), ::testing::ElementsAre(0, 2, 1, 0));
+  EXPECT_THROW(a.RandGauss(0u, 0, 1), EQuorelException);
+  EXPECT_EQ(a.RandSeed(), v.RandSeed());
+}
+
 TEST(SparseElementwise, ComplexToRealKeepsThePattern) {
   TSparseMtx a;
   a.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TCplxArray{{3, 4}, {0, -2}});
