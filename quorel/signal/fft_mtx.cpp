@@ -91,7 +91,8 @@ TMtx& TMtx::FFT1DFromReal() {
 }
 
 TMtx& TMtx::FFT1DFromReal(const TMtx& mtx) {
-  detail::Require(!Is(mtx), "TMtx.FFT1DFromReal: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.FFT1DFromReal: Mtx = Self");
+  if (Is(mtx)) return FFT1DFromReal();
   detail::RequireChecked(*this, !mtx.Complex(), "TMtx.FFT1DFromReal: Mtx is Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? 2 * mtx.Cols() : mtx.Cols();
   const bool ccs = fFFTStorageFormat == fsfCCS;
@@ -113,7 +114,8 @@ TMtx& TMtx::IFFT1D(bool noScale) {
 }
 
 TMtx& TMtx::IFFT1D(const TMtx& mtx, bool noScale) {
-  detail::Require(!Is(mtx), "TMtx.IFFT1D: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.IFFT1D: Mtx = Self");
+  if (Is(mtx)) return IFFT1D(noScale);
   detail::RequireChecked(*this, mtx.Complex(), "TMtx.IFFT1D: Mtx is not Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Size(rows, cols, true);
@@ -142,7 +144,8 @@ TMtx& TMtx::IFFT1DToReal(bool noScale) {
 }
 
 TMtx& TMtx::IFFT1DToReal(const TMtx& mtx, bool noScale) {
-  detail::Require(!Is(mtx), "TMtx.IFFT1DToReal: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.IFFT1DToReal: Mtx = Self");
+  if (Is(mtx)) return IFFT1DToReal(noScale);
   const TCacheEntryFlags flags = RealFlags(*this, Inverse({cefReal, cefUse1D}, noScale));
   const std::int32_t rows = mtx.Rows();
   if (fFFTStorageFormat != fsfCCS) {
@@ -200,7 +203,8 @@ TMtx& TMtx::FFT2DFromReal() {
 }
 
 TMtx& TMtx::FFT2DFromReal(const TMtx& mtx) {
-  detail::Require(!Is(mtx), "TMtx.FFT2DFromReal: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.FFT2DFromReal: Mtx = Self");
+  if (Is(mtx)) return FFT2DFromReal();
   detail::RequireChecked(*this, !mtx.Complex(), "TMtx.FFT2DFromReal: Mtx is Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? 2 * mtx.Cols() : mtx.Cols();
   Size(rows + 2, cols / 2 + 1, true);
@@ -222,7 +226,8 @@ TMtx& TMtx::IFFT2D(bool noScale) {
 }
 
 TMtx& TMtx::IFFT2D(const TMtx& mtx, bool noScale) {
-  detail::Require(!Is(mtx), "TMtx.IFFT2D: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.IFFT2D: Mtx = Self");
+  if (Is(mtx)) return IFFT2D(noScale);
   detail::RequireChecked(*this, mtx.Complex(), "TMtx.IFFT2D: Mtx is not Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Size(rows, cols, true);
@@ -247,7 +252,8 @@ TMtx& TMtx::IFFT2DToReal(bool noScale) {
 }
 
 TMtx& TMtx::IFFT2DToReal(const TMtx& mtx, bool noScale) {
-  detail::Require(!Is(mtx), "TMtx.IFFT2DToReal: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.IFFT2DToReal: Mtx = Self");
+  if (Is(mtx)) return IFFT2DToReal(noScale);
   detail::RequireChecked(*this, mtx.Complex(), "TMtx.IFFT2DFromReal: Mtx is not Complex");
   const std::int32_t m = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Check2DShape(*this, 2 * m, mtx.Cols(), mtx.Rows(), "TMtx.IFFT2DFromReal: Invalid Cols: %d",

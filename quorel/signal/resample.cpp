@@ -16,7 +16,7 @@ namespace quorel {
 // --- Goertzel ----------------------------------------------------------------------------------------
 
 TVec& TVec::GoertzInit(double freq) {
-  detail::Require(fComplex || freq < 0.5, "(not Complex) and (Freq >= 0.5)");
+  detail::Require(fComplex || !(freq >= 0.5), "(not Complex) and (Freq >= 0.5)");  // NaN is left to "Freq <= 0)"
   detail::Require(freq < 1 || std::isnan(freq), "Freq >= 1)");
   detail::Require(freq > 0, "Freq <= 0)");
   fGoertzFreq = freq;

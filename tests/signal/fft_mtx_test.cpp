@@ -161,6 +161,12 @@ TEST(FftMtx, Messages) {
       {[&] { TMtx(NoiseMtx(3, 1, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Cols: 1"},
       {[&] { TMtx(NoiseMtx(2, 2, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Rows: 2"},
   });
+  // Without condition checking a matrix given itself transforms in place, as the vector forms do.
+  TMtx x = NoiseMtx(4, 6, true, 4), y = x;
+  x.SetConditionCheck(false);
+  x.IFFT2D(x, false);
+  y.IFFT2D(false);
+  EXPECT_TRUE(x.IsEqual(y));
   // An empty matrix given to FFT2D is only marked complex.
   TMtx e;
   e.FFT2D();

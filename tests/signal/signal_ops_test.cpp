@@ -155,6 +155,7 @@ TEST(Goertzel, GivesTheDftValueAtTheFrequency) {
       {[&] { c.GoertzInit(1.0); }, "Freq >= 1)"},
       {[&] { c.GoertzInit(0.0); }, "Freq <= 0)"},
       {[&] { c.GoertzInit(std::nan("")); }, "Freq <= 0)"},
+      {[&] { r.GoertzInit(std::nan("")); }, "Freq <= 0)"},
   });
 }
 
