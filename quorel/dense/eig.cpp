@@ -19,7 +19,9 @@ constexpr const char* kEigFailed = "Failed to find eigenvalues!";
 TMtxType EigType(TMtx& a, TMtxType t) {
   Require(a.Quadratic(), "Quadratic = False");
   if (a.AutoMtxType()) t = a.DetectMtxType(false);
-  if (a.Complex() && IsSymmetricType(t)) ERaise("Eig: Complex symmetric matrix type not supported. Use general!");
+  // A complex matrix declared symmetric positive definite is read as Hermitian, like its Cholesky
+  // factor; only plain complex symmetry has no tridiagonal path.
+  if (a.Complex() && t == mtSymmetric) ERaise("Eig: Complex symmetric matrix type not supported. Use general!");
   if (t > mtGeneral) ERaise("MtxType not supported");
   return t;
 }

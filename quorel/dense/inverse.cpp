@@ -30,7 +30,7 @@ TMtx& TMtx::Inv(TMtxType mtxType) {
       fLapackInfo = info;
       ERaise(text);
     };
-    if (IsPosDefType(mtxType) && !(cplx && mtxType == mtSymmPosDef)) {
+    if (IsPosDefType(mtxType)) {  // complex and declared symmetric: read as Hermitian, as potrf does
       if ((info = potrf<T>(uplo, n, a, n)) != 0) fail(FactorMessage(TFactorKind::Cholesky, info));
       if ((info = potri<T>(uplo, n, a, n)) != 0)
         fail(WithInfo(cplx ? "Cholesky: Erorr at inverse: " : "Erorr at inverse: ", info));
@@ -58,7 +58,7 @@ TMtx& TMtx::Inv(TMtxType mtxType) {
     FromColMajor<T>(*this, a, n, n, n);
   });
   if (IsPosDefType(mtxType) || IsSymmetricType(mtxType) || IsHermitianType(mtxType))
-    MirrorTriangle(*this, TriangleForm(), cplx && IsHermitianType(mtxType));
+    MirrorTriangle(*this, TriangleForm(), cplx && (IsHermitianType(mtxType) || IsPosDefType(mtxType)));
   return *this;
 }
 

@@ -46,6 +46,15 @@ std::vector<TypedMatrix> EveryType(bool cplx, int n) {
   return r;
 }
 
+TEST(Inv, ComplexDeclaredSymmetricPositiveDefiniteIsReadAsHermitian) {
+  const TMtx hpd = Dirty(PosDef(5, true, 31), tfLower, 99);
+  TMtx a = hpd, b = hpd;
+  a.Inv(mtSymmPosDef);
+  b.Inv(mtHermPosDef);
+  EXPECT_TRUE(a.IsEqual(b));
+  EXPECT_LT(Residual(PosDef(5, true, 31), a, Eye(5, true)), kResidualTol);
+}
+
 TEST(LUSolveAndInv, EveryTypeRealAndComplexMatrixAndVectorRightHandSides) {
   for (bool cplx : {false, true})
     for (auto& [name, a, full, type] : EveryType(cplx, 9)) {

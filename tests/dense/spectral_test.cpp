@@ -87,6 +87,12 @@ TEST(Eig, RefusesUnsupportedTypesAndMissingOutputs) {
             "Eig: Complex symmetric matrix type not supported. Use general!");
   cs.Eig(d, mtGeneral);  // the same matrix as general is fine
   EXPECT_EQ(d.Length(), 4);
+  // Declared symmetric positive definite, a complex matrix is read as Hermitian.
+  TMtx hpd = PosDef(4, true, 73);
+  TVec dh, ds;
+  hpd.Eig(dh, mtHermPosDef);
+  hpd.Eig(ds, mtSymmPosDef);
+  EXPECT_TRUE(ds.IsEqual(dh));
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { Random(3, 4, false, 1).Eig(d, mtGeneral); }, "Quadratic = False"},
       {[&] { a.Eig(&a, d, &v, mtGeneral, TMtx::vfEig); }, "VL = Self"},
