@@ -126,6 +126,8 @@ int RunFactorise(Id* id, const TMumpsOptions& o, std::int32_t n, std::vector<MUM
   id->icntl[13] = 40;  // working-space relaxation (percent)
   id->icntl[21] = o.outOfCore ? 1 : 0;
   if (o.outOfCore) {
+    static_assert(sizeof id->ooc_tmpdir == MumpsOocDirCapacity + 1);
+    static_assert(sizeof id->ooc_prefix == MumpsOocPrefixCapacity + 1);
     CopyText(id->ooc_tmpdir, sizeof id->ooc_tmpdir, o.oocDir);
     CopyText(id->ooc_prefix, sizeof id->ooc_prefix, o.oocPrefix);
   }
@@ -164,6 +166,8 @@ int RunSolve(Id* id, std::int32_t n, std::int32_t nrhs, double* x, TMumpsStats& 
   Call(id);
   detail = id->infog[1];
   stats.refinementSteps = id->infog[14];
+  // Warnings add up; +8 is the refinement stopped by its step limit.
+  stats.refinementIncomplete = id->infog[0] > 0 && (id->infog[0] & 8) != 0;
   return id->infog[0];
 }
 

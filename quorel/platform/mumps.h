@@ -2,6 +2,7 @@
 // MUMPS, the sequential multifrontal solver: the only door to it. Input is compressed columns;
 // complex values are interleaved and passed as they are.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -18,6 +19,9 @@ enum class TMumpsSymmetry : std::uint8_t {
 
 enum class TMumpsOrdering : std::uint8_t { Auto, Amd, Metis };
 
+/// Longest out-of-core folder and file prefix the library takes (longer ones it would cut).
+inline constexpr std::size_t MumpsOocDirCapacity = 255, MumpsOocPrefixCapacity = 63;
+
 struct TMumpsOptions {
   TMumpsSymmetry symmetry = TMumpsSymmetry::Unsymmetric;
   TMumpsOrdering ordering = TMumpsOrdering::Auto;
@@ -25,7 +29,9 @@ struct TMumpsOptions {
   std::int32_t refinementSteps = 0;
   /// Factors written to files `oocDir`/`oocPrefix`... instead of kept in memory.
   bool outOfCore = false;
+  /// Folder of the factor files: at most MumpsOocDirCapacity characters.
   std::string oocDir;
+  /// Prefix of the factor files: at most MumpsOocPrefixCapacity characters.
   std::string oocPrefix;
 };
 
@@ -40,6 +46,8 @@ struct TMumpsStats {
   std::int64_t factorEntries = 0;
   double mflops = 0;
   std::int32_t refinementSteps = 0;
+  /// The refinement used up its steps without meeting its stopping criterion.
+  bool refinementIncomplete = false;
 };
 
 }  // namespace quorel::detail

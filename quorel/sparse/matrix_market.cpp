@@ -57,8 +57,13 @@ class TMarketReader {
       while (e < s.size() && s[e] != ' ' && s[e] != '\t' && s[e] != '\r') ++e;
       if (e > p) {
         token_.assign(s, p, e - p);
+        // The library's own number scanner: either decimal separator, and nan/inf words.
         double x = 0;
-        if (!TryStrToFloat(token_, x) || !std::isfinite(x)) Fail(line, "'" + token_ + "' is not a number");
+        try {
+          x = StrToVal(token_);
+        } catch (const EConvertError&) {
+          Fail(line, "'" + token_ + "' is not a number");
+        }
         numbers_.push_back(x);
       }
       p = e;

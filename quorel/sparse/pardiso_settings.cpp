@@ -32,6 +32,13 @@ std::vector<std::string> TPardisoSettings::ReportLines() const {
       "Number of nonzeros on the factors: " + std::to_string(Iparm[17]),
       "MFlops (10^6 operations) necessary to factor the matrix: " + std::to_string(Iparm[18])};
   if (IterativeStep != piNone) lines.push_back("Number of CG/CGS iteration's executed: " + std::to_string(Iparm[6]));
+  static constexpr const char* reasons[] = {
+      "Too large fluctuations of the residuum", "||dxmax_it_cgs/2|| too large (slow convergence)",
+      "Stopping criterion not reached at max_it_cgs", "Perturbed pivots caused iterative refinement",
+      "Factorization is too fast for this matrix. It is better to use the factorization method with iparm(4) = 0"};
+  if (Iparm[19] < 0 && Iparm[19] >= -5)
+    lines.push_back(std::string("CG/CGS iteration's failed. ") + reasons[-Iparm[19] - 1] + ", after " +
+                    std::to_string(Iparm[6]) + " iteration steps!");
   return lines;
 }
 

@@ -38,14 +38,15 @@ class TPardisoSettings {
 
   /// Parameter array (64 entries, zeroed at construction; 1-based in messages). After a solve it
   /// holds the outputs: [6] iterative steps, [13] perturbed pivots, [14]-[16] memory in KB,
-  /// [17] factor entries, [18] MFlops, [19] CG/CGS outcome.
+  /// [17] factor entries, [18] MFlops, [19] CG/CGS outcome (0, or the negative reason code of a
+  /// failed refinement).
   std::array<std::int64_t, 64> Iparm{};
 
   /// Sets ErrorText from a return code (0 clears it); returns the code.
   int CheckError(int code);
   /// Message of the last failing return code ("" after a success).
   const std::string& ErrorText() const { return errorText_; }
-  /// The report lines of the last solve.
+  /// The report lines of the last solve; a failed refinement (Iparm[19] < 0) adds its line last.
   std::vector<std::string> ReportLines() const;
   /// Releases the retained instance (and its factors).
   void FreeMemory();

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/controller.h"
@@ -196,6 +198,8 @@ bool TSparseMtx::SolvePardisoColumns(const double* b, TVec& x, std::int32_t coun
   }
   if (ReportLevel >= prlBasic)
     for (std::string& line : lines) fReport.push_back(std::move(line));
+  else if (ReportLevel >= prlErrorsOnly && fPardiso->Iparm[19] < 0)
+    fReport.push_back(std::move(lines.back()));  // the failed refinement's line
   return true;
 }
 
@@ -239,16 +243,112 @@ bool TSparseMtx::SolveTaucsColumns(const double* b, TVec& x, std::int32_t count,
 }
 
 
-void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
-  RequireFlushed();
-  const std::int32_t flags = MtxTypeTaucs(mtxType);
-  if (fTaucs->UsesLU()) {
+namespace {
+
+constexpr std::int32_t TaucsSymmetricFlags = 8 | 16;
+
+/// Sorts the row indices of one column, carrying the values along.
+template <class T>
+void SortColumn(std::int32_t* ai, T* v, std::int32_t count) {
+  std::vector<std::pair<std::int32_t, T>> e(static_cast<std::size_t>(count));
+  for (std::int32_t k = 0; k < count; ++k) e[k] = {ai[k], v[k]};
+  std::sort(e.begin(), e.end(), [](const auto& p, const auto& q) { return p.first < q.first; });
+  for (std::int32_t k = 0; k < count; ++k) {
+    ai[k] = e[k].first;
+    v[k] = e[k].second;
+  }
+}
+
+/// The whole n x n matrix a stored lower triangle stands for: every strictly lower entry is
+/// mirrored, conjugated, above the diagonal (a complex definite type is Hermitian, as for the
+/// Cholesky factorisations). Rows ascend in every column.
+template <class T>
+void MirrorLower(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const T* v,
+                 std::vector<std::int32_t>& fp, std::vector<std::int32_t>& fi, std::vector<T>& fv) {
+  fp.assign(static_cast<std::size_t>(n) + 1, 0);
+  for (std::int32_t j = 0; j < n; ++j)
+    for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
+      ++fp[j + 1];
+      if (ai[k] != j) ++fp[ai[k] + 1];
+    }
+  for (std::int32_t j = 0; j < n; ++j) fp[j + 1] += fp[j];
+  fi.resize(static_cast<std::size_t>(fp[n]));
+  fv.resize(static_cast<std::size_t>(fp[n]));
+  std::vector<std::int32_t> next(fp.begin(), fp.end() - 1);
+  // A column gets its mirrored entries (rows above it, ascending) before its own stored ones.
+  for (std::int32_t j = 0; j < n; ++j)
+    for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
+      const std::int32_t i = ai[k];
+      fi[next[j]] = i;
+      fv[next[j]++] = v[k];
+      if (i == j) continue;
+      fi[next[i]] = j;
+      fv[next[i]++] = detail::SpConj(v[k]);
+    }
+  // Only a column stored out of order (a product's) needs sorting.
+  for (std::int32_t j = 0; j < n; ++j)
+    if (!std::is_sorted(fi.begin() + fp[j], fi.begin() + fp[j + 1]))
+      SortColumn(fi.data() + fp[j], fv.data() + fp[j], fp[j + 1] - fp[j]);
+}
+
+}  // namespace
+
+template <class B, class X>
+void TSparseMtx::SolveTaucsLU(const B& b, X& x, std::int32_t flags) {
+  fTaucs->BuildOptions(MaxIters, Tolerance);
+  if ((flags & TaucsSymmetricFlags) == 0) {
     SolveUmfPack(b, x);
     return;
   }
+  if (!detail::IsLowerTriangleOnly(fCols, fAp.data(), fAi.data()))
+    ERaise("Symmetric matrix must contain only lower triangle!");
+  // The LU back end needs the whole matrix: it is built once and kept, with its factors, for
+  // as long as this matrix and the settings stay the same.
+  const std::int64_t key = (std::int64_t{flags} + 64) | std::int64_t{fTaucs->Factor} << 8;
+  const bool kept = fTaucs->HasLUMatrix() && Reusable(fTaucsStamp, key) == 2;
+  TSparseMtx& full = fTaucs->LUMatrix();
+  if (!kept) {
+    detail::OnKind(fComplex, [&](auto t) {
+      using T = decltype(t);
+      std::vector<std::int32_t> fp, fi;
+      std::vector<T> fv;
+      MirrorLower(fCols, fAp.data(), fAi.data(), detail::Ptr<T>(*this), fp, fi, fv);
+      full.Assign(fRows, fCols, fp, fi, std::span<const T>(fv));
+    });
+    Made(fTaucsStamp, key, true);
+  }
+  full.SparseSystem = SparseSystem;
+  full.ReportLevel = ReportLevel;
+  full.AutoClearReport = true;
+  full.RefinmentIters = RefinmentIters;
+  full.SparseBlockSize = SparseBlockSize;
+  std::copy(fUmfControl.begin(), fUmfControl.end(), full.fUmfControl.begin());
+  if (AutoClearReport) fReport.clear();
+  // What the solve says, failure or not, is this matrix's to report.
+  auto takeBack = [&] {
+    fErrorText = full.fErrorText;
+    fReport.insert(fReport.end(), full.fReport.begin(), full.fReport.end());
+    fUmfInfo = full.fUmfInfo;
+  };
+  try {
+    full.SolveUmfPack(b, x);
+  } catch (...) {
+    takeBack();
+    throw;
+  }
+  takeBack();
+}
+
+void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
+  RequireFlushed();
+  const std::int32_t flags = MtxTypeTaucs(mtxType);
   if (b.Length() != fRows) ERaise("B.Length <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
+  if (fTaucs->UsesLU()) {
+    SolveTaucsLU(b, x, flags);
+    return;
+  }
   TWorkVec work;
   if (SolveTaucsColumns(b.PValues1D(0), *work, 1, flags)) TakeSolution(*work, x, fRows, fComplex);
 }
@@ -256,13 +356,13 @@ void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
 void TSparseMtx::SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType) {
   RequireFlushed();
   const std::int32_t flags = MtxTypeTaucs(mtxType);
-  if (fTaucs->UsesLU()) {
-    SolveUmfPack(b, x);
-    return;
-  }
   if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
+  if (fTaucs->UsesLU()) {
+    SolveTaucsLU(b, x, flags);
+    return;
+  }
   TWorkMtx bt;
   bt->Transp(b);
   TWorkVec work;

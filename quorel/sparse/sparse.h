@@ -344,6 +344,10 @@ class TSparseMtx : public TSparseElementwise {
   /// (so that X stays unchanged when the library fails); false on failure.
   bool SolvePardisoColumns(const double* b, TVec& work, std::int32_t count, std::int32_t mtype);
   bool SolveTaucsColumns(const double* b, TVec& work, std::int32_t count, std::int32_t flags);
+  /// The Cholesky back end's LU factorisation, through the sparse LU back end; a symmetric or
+  /// Hermitian type is solved on the whole matrix its lower triangle stands for.
+  template <class B, class X>
+  void SolveTaucsLU(const B& b, X& x, std::int32_t flags);
   /// A library failure: the error text into the report (no raise; the text stays readable).
   void ReportFailure(const std::string& text);
 

@@ -247,7 +247,8 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
     const std::int32_t r = row[t], c = column[t];
     const bool above = SpMag(values[t]) > zeroThreshold;
     if (!(keepAll || r == c || above)) continue;
-    entry[rowEnd[r]++] = {c, (above || keepAll) ? values[t] : T{}};
+    // A small diagonal value is kept as an exact zero, whatever DontStripZeros says.
+    entry[rowEnd[r]++] = {c, (above || r != c) ? values[t] : T{}};
   }
 
   // Sum duplicates within each row: a marker at or past the row's start means "claimed here".

@@ -6,6 +6,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/platform/cholmod.h"
+#include "quorel/sparse/sparse.h"
 
 namespace quorel {
 namespace {
@@ -72,7 +73,15 @@ void TTaucsSettings::BuildOptions(std::int32_t maxIters, double tolerance) {
   if (IterativeStep == tiMinRes) AppendOption("taucs.solve.minres=true");
 }
 
-void TTaucsSettings::FreeTaucs() { factor_.reset(); }
+void TTaucsSettings::FreeTaucs() {
+  factor_.reset();
+  luMatrix_.reset();
+}
+
+TSparseMtx& TTaucsSettings::LUMatrix() {
+  if (!luMatrix_) luMatrix_ = std::make_unique<TSparseMtx>();
+  return *luMatrix_;
+}
 
 detail::TCholmodFactor& TTaucsSettings::Factorization() {
   if (!factor_) factor_ = std::make_unique<detail::TCholmodFactor>();

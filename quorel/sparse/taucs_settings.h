@@ -13,6 +13,8 @@ enum TTaucsFactorization : std::uint8_t { tfCholesky, tfLU, tfLDL, tfMultiFronta
 enum TTaucsReordering : std::uint8_t { tpMMD, tpAMD, tpMD, tpMETIS, tpGENMMD, tpCOLAMD, tpRANDOM, tpTREE, tpIdentity };
 enum TTaucsIterative : std::uint8_t { tiNone, tiCG, tiMinRes };
 
+class TSparseMtx;
+
 namespace header_detail {
 class TCholmodFactor;
 }
@@ -65,8 +67,13 @@ class TTaucsSettings {
 
   /// True when the factorisation is LU (solved by the sparse LU back end, not by Cholesky).
   bool UsesLU() const { return Factor == tfLU; }
-  /// Releases the retained factor.
+  /// Releases the retained factor (and the LU matrix with its factors).
   void FreeTaucs();
+  /// The whole matrix that the LU factorisation of a symmetric or Hermitian type works on (its
+  /// lower triangle mirrored); it keeps its factors between solves. Created on first use.
+  TSparseMtx& LUMatrix();
+  /// True when an LU matrix is retained.
+  bool HasLUMatrix() const { return luMatrix_ != nullptr; }
   /// The retained factor (created on first use).
   header_detail::TCholmodFactor& Factorization();
   /// True when a factor is retained.
@@ -76,6 +83,7 @@ class TTaucsSettings {
   std::string errorText_;
   std::vector<std::string> options_;
   std::unique_ptr<header_detail::TCholmodFactor> factor_;
+  std::unique_ptr<TSparseMtx> luMatrix_;
 };
 
 }  // namespace quorel

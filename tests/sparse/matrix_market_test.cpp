@@ -71,6 +71,27 @@ TEST(MatrixMarketRead, SymmetryExpansion) {
   EXPECT_EQ(p.Caption(), "% a\r\n%b\r\n");
 }
 
+TEST(MatrixMarketRead, NumbersTakeEitherSeparatorAndNanInfWords) {
+  TSparseMtx a;
+  a.StringsToValues(Lines({"%%MatrixMarket matrix coordinate real general", "2 2 4", "2 1 7,5", "1 1 -Inf", "2 2 1.5e1",
+                           "1 2 nan"}),
+                    spfMatrixMarket);
+  EXPECT_EQ(a.GetValue(1, 0), 7.5);
+  EXPECT_EQ(a.GetValue(0, 0), -INF);
+  EXPECT_EQ(a.GetValue(1, 1), 15.0);
+  // A NaN off the diagonal is not above the zero threshold, so it is not stored.
+  EXPECT_EQ(a.NonZeros(), 3);
+  TSparseMtx c;
+  c.StringsToValues(Lines({"%%MatrixMarket matrix coordinate complex general", "1 1 1", "1 1 0,25 inf"}),
+                    spfMatrixMarket);
+  EXPECT_EQ(c.GetMtxCValue(0, 0), (TCplx{0.25, INF}));
+  // What the scanner cannot read is still refused with its line.
+  EXPECT_RAISES(a.StringsToValues(Lines({"%%MatrixMarket matrix coordinate real general", "2 2 1", "1 1 7D0"}),
+                                  spfMatrixMarket),
+                "Strings(3): '7D0' is not a number");
+  EXPECT_EQ(a.GetValue(1, 0), 7.5);
+}
+
 TEST(MatrixMarketRead, SpecifiedRefusals) {
   TSparseMtx a;
   for (const char* f : {"mangle1.mtx", "mangle2.mtx", "mangle3.mtx", "mangle4.mtx"})

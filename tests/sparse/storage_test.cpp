@@ -22,6 +22,11 @@ TEST(SparseTriplets, ThresholdAppliesPerTripletBeforeDuplicatesAreSummed) {
   b.TripletsToSparse(2, 2, r, c, v, 1e-10);
   EXPECT_EQ(b.NonZeros(), 3);
   EXPECT_EQ(b.GetValue(0, 1), 1e-20);
+  // Keeping small entries does not keep a small diagonal value: it becomes an exact zero.
+  b.TripletsToSparse(2, 2, TIntegerArray{0, 1, 1}, TIntegerArray{0, 1, 0}, TDoubleArray{1e-20, 3, 1e-20}, 1e-10);
+  EXPECT_EQ(b.GetValue(0, 0), 0.0);
+  EXPECT_EQ(b.GetValue(1, 1), 3.0);
+  EXPECT_EQ(b.GetValue(1, 0), 1e-20);
 }
 
 TEST(SparseTriplets, RowsAscendWithinColumnsAndDuplicatesSum) {

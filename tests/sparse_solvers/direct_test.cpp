@@ -57,6 +57,40 @@ TEST_F(DirectBackEnds, CholeskyVariantsSolve) {
   EXPECT_EQ(SolveChecked(lower, lower, mtTriangle, 1e-15), "");
 }
 
+// LU works on the whole matrix: a symmetric or Hermitian type's lower triangle is mirrored
+// first, with the checks and the option table of the Cholesky factorisations.
+TEST_F(DirectBackEnds, LUOnALowerTriangleSolvesTheWholeMatrix) {
+  // A product of lower triangles stores its columns out of row order.
+  TSparseMtx prod, prodFull;
+  prod.Mul(lower, lower);
+  TMtx dense;
+  prod.SparseToDense(dense);
+  for (int i = 0; i < dense.Rows(); ++i)
+    for (int j = i + 1; j < dense.Cols(); ++j) dense.Values(i, j) = dense.Values(j, i);
+  prodFull.DenseToSparse(dense);
+  for (auto [tri, full, type] : {std::tuple{&lower, &poisson, mtSymmPosDef}, std::tuple{&hermLower, &herm, mtSymmPosDef},
+                                 std::tuple{&hermLower, &herm, mtHermPosDef}, std::tuple{&prod, &prodFull, mtSymmPosDef}}) {
+    tri->SparseSolver = ssTaucs;
+    tri->Taucs().Factor = tfLU;
+    EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-14), "") << int(type);
+    ASSERT_FALSE(tri->Taucs().Options().empty());
+    EXPECT_EQ(tri->Taucs().Options()[0], "taucs.factor.LU=true");
+    // The kept factors follow value changes.
+    tri->Scale(2.0);
+    TSparseMtx twice;
+    twice.Copy(*full).Scale(2.0);
+    EXPECT_EQ(SolveChecked(*tri, twice, type, 1e-14), "") << int(type);
+    tri->Scale(0.5);
+  }
+  poisson.SparseSolver = ssTaucs;
+  poisson.Taucs().Factor = tfLU;
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef), "Symmetric matrix must contain only lower triangle!");
+  // A general matrix is taken as it is stored.
+  EXPECT_EQ(SolveChecked(poisson, poisson, mtGeneral, 1e-14), "");
+}
+
 TEST_F(DirectBackEnds, CholeskyFailureTexts) {
   TSparseMtx ind, indLower;
   indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
@@ -111,29 +145,33 @@ TEST(SparseTaucs, OptionStrings) {
   EXPECT_THROW(s.AppendOption("y"), EQuorelException);
 }
 
-// Out of core: the factor goes to files in the working folder, which are gone afterwards; a
-// folder that cannot be written makes the solve fail instead of silently staying in memory.
-TEST_F(DirectBackEnds, OutOfCoreUsesTheWorkingFolder) {
+// Out of core: the factor goes to files in the folder OutOfCoreFileName names, which are gone
+// afterwards; a folder that cannot be written makes the solve fail instead of silently staying in memory.
+TEST_F(DirectBackEnds, OutOfCoreUsesTheFileNamesFolder) {
   namespace fs = std::filesystem;
   const std::string saved = QuorelWorkingDir;
   const fs::path dir = fs::temp_directory_path() / ("quorel_ooc_" + std::to_string(::getpid()));
   fs::create_directories(dir);
-  QuorelWorkingDir = dir.string() + "/";
+  QuorelWorkingDir = "/nonexistent/quorel/";  // not where the factor goes
   for (auto [tri, full, type] : {std::tuple{&lower, &poisson, mtSymmPosDef}, std::tuple{&hermLower, &herm, mtHermPosDef}}) {
     tri->SparseSolver = ssTaucs;
     tri->Taucs().OutOfCore = true;
+    tri->Taucs().OutOfCoreFileName = (dir / "factor").string();
     EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-14), "");
     EXPECT_TRUE(fs::is_empty(dir));
   }
-  QuorelWorkingDir = "/nonexistent/quorel/";
-  EXPECT_EQ(SolveChecked(lower, poisson, mtSymmPosDef, 0), "The parameters passed to the routine are invalid.");
-  QuorelWorkingDir = dir.string() + "/";
+  QuorelWorkingDir = saved;
+  for (const std::string name : {std::string("/nonexistent/quorel/factor"), (dir / std::string(300, 'd') / "f").string()}) {
+    lower.Taucs().OutOfCoreFileName = name;
+    EXPECT_EQ(SolveChecked(lower, poisson, mtSymmPosDef, 0), "The parameters passed to the routine are invalid.");
+  }
   TSparseMtx ind, indLower;
   indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
   indLower.SparseSolver = ssTaucs;
   indLower.Taucs().OutOfCore = true;
+  indLower.Taucs().OutOfCoreFileName = (dir / "factor").string();
   EXPECT_EQ(SolveChecked(indLower, ind, mtSymmPosDef, 0), "Input matrix is not positive definite.");
-  QuorelWorkingDir = saved;
+  EXPECT_TRUE(fs::is_empty(dir));
   fs::remove_all(dir);
 }
 
@@ -191,6 +229,14 @@ TEST(SparsePardiso, FailuresAndMessages) {
     s.CheckError(code);
     EXPECT_EQ(s.ErrorText(), text);
   }
+  // A refinement that ends at its step limit (Iparm[19] = -3) adds its line to the report.
+  EXPECT_EQ(s.Iparm[19], 0);
+  s.IterativeStep = piCGS;
+  s.Iparm[6] = 2;
+  s.Iparm[19] = -3;
+  const auto lines = s.ReportLines();
+  ASSERT_EQ(lines.size(), 8u);
+  EXPECT_EQ(lines[7], "CG/CGS iteration's failed. Stopping criterion not reached at max_it_cgs, after 2 iteration steps!");
 }
 
 }  // namespace

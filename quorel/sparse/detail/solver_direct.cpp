@@ -5,9 +5,9 @@
 #include <complex>
 #include <filesystem>
 #include <span>
+#include <system_error>
 
 #include "quorel/core/errors.h"
-#include "quorel/core/startup.h"
 #include "quorel/platform/cholmod.h"
 #include "quorel/platform/mumps.h"
 #include "quorel/sparse/detail/solver_iterative.h"
@@ -118,9 +118,19 @@ int TaucsOutOfCore(TTaucsSettings& s, const TRawSparse& a, std::int32_t nrhs, co
   o.symmetry = a.complex ? TMumpsSymmetry::HermitianLower : TMumpsSymmetry::PosDefinite;
   o.ordering = s.Reordering == tpMETIS ? TMumpsOrdering::Metis : TMumpsOrdering::Amd;
   o.outOfCore = true;
-  o.oocDir = QuorelWorkingDir.empty() ? std::string("/tmp/") : QuorelWorkingDir;
-  o.oocPrefix = std::filesystem::path(s.OutOfCoreFileName).filename().string();
+  // The setting is the factor file's full name: its folder takes the files, its name prefixes them.
+  const std::filesystem::path name(s.OutOfCoreFileName);
+  if (name.has_parent_path()) {
+    o.oocDir = name.parent_path().string();
+  } else {
+    std::error_code ec;
+    o.oocDir = std::filesystem::temp_directory_path(ec).string();
+    if (ec || o.oocDir.empty()) o.oocDir = "/tmp";
+  }
+  o.oocPrefix = name.filename().string();
   if (o.oocPrefix.empty()) o.oocPrefix = "TaucsFactor.file";
+  // The library would silently cut longer names and write somewhere else.
+  if (o.oocDir.size() > MumpsOocDirCapacity || o.oocPrefix.size() > MumpsOocPrefixCapacity) return -3;
   // A folder that cannot take the factor is an invalid setting; checked here because the
   // library's own failure path for it does not release its file records.
   {
@@ -218,6 +228,8 @@ int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype
   if (status >= 0 && nrhs > 0) status = solver.Solve(nrhs, b, x);
   const TMumpsStats& st = solver.Stats();
   s.Iparm[6] = st.refinementSteps;
+  // The library's refinement has a step limit only: its one failure is "criterion not reached".
+  s.Iparm[19] = o.refinementSteps > 0 && status >= 0 && st.refinementIncomplete ? -3 : 0;
   s.Iparm[13] = st.perturbedPivots;
   s.Iparm[14] = st.analysisMemoryKB;
   s.Iparm[15] = st.factorMemoryKB;

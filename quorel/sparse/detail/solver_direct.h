@@ -29,8 +29,9 @@ enum class TFactorReuse : std::uint8_t { None, Analysis, Factors };
 /// symmetric/Hermitian lower triangle; 5: lower triangular; 0: general). The option table is
 /// rebuilt first. Raises "Symmetric matrix must contain only lower triangle!" for a symmetric
 /// flag on a matrix with entries above the diagonal. tfLU is not handled here: the caller sends
-/// it to the sparse LU back end (TTaucsSettings::UsesLU). With OutOfCore the factor goes to a
-/// file in QuorelWorkingDir (named after OutOfCoreFileName) that lives while the solve runs.
+/// it to the sparse LU back end (TTaucsSettings::UsesLU). With OutOfCore the factor goes to files
+/// named after OutOfCoreFileName, in its folder (the temporary folder when it names none), that
+/// live while the solve runs.
 int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, std::int32_t nrhs, const double* b,
                   double* x, std::int32_t maxIters, double tolerance, TFactorReuse reuse = TFactorReuse::None);
 
