@@ -30,10 +30,23 @@ double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
   thread_local std::vector<double> scratch;
   if (scratch.size() < static_cast<std::size_t>(len)) scratch.resize(static_cast<std::size_t>(len));
   double* s = scratch.data();
-  std::copy_n(PValues1D(index), len, s);
+  // The ascending sort puts NaN last: the copy keeps the numbers in front and the NaNs behind
+  // them, so the selection below sees a strict ordering and the result does not depend on the
+  // input order.
+  const double* x = PValues1D(index);
+  std::int32_t numbers = 0;
+  std::int32_t nans = len;
+  for (std::int32_t i = 0; i < len; ++i) {
+    if (x[i] == x[i]) {
+      s[numbers++] = x[i];
+    } else {
+      s[--nans] = x[i];
+    }
+  }
   // Selection gives the same elements as a full sort at the two middle positions.
   const std::int32_t mid = len / 2;
-  std::nth_element(s, s + mid, s + len);
+  if (mid >= numbers) return s[mid];  // a NaN, and so is the mean of the even case
+  std::nth_element(s, s + mid, s + numbers);
   if (len % 2 == 1) return s[mid];
   const double below = *std::max_element(s, s + mid);
   return (below + s[mid]) * 0.5;

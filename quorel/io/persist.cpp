@@ -265,44 +265,81 @@ void WriteBinaryValues(void* dst, const double* src, TPrecision precision, TRoun
 
 namespace {
 
-// Decodes the values the stream holds, at most count; returns how many.
-ptrdiff_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec, ptrdiff_t count) {
-  // Only whole values that are there: nothing past the stream, no half-written element.
-  count = std::min<ptrdiff_t>(count, stream.Remaining() / codec.bytes);
-  if (count <= 0) return 0;
-  const kern::TStores stores = kern::StoresFor(count * 8);
-  if (const void* at = stream.ReadInPlace(count * codec.bytes)) {
-    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, codec, stores);
-    return count;
+// Reads what the stream holds of count values, as a plain read would, and decodes it; returns the
+// bytes of dst filled. A value cut short at the end of the stream is read too: a double keeps the
+// bytes that arrived, an encoded value cannot be decoded from part of it.
+std::int64_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec, ptrdiff_t count) {
+  const std::int64_t bytes = std::min<std::int64_t>(count * codec.bytes, stream.Remaining());
+  if (bytes <= 0) return 0;
+  if (codec.decode == DecodeDouble) {
+    if (const void* at = stream.ReadInPlace(bytes)) {
+      std::memcpy(dst, at, static_cast<std::size_t>(bytes));
+      return bytes;
+    }
+    return stream.ReadFully(dst, bytes);
   }
-  if (codec.decode == DecodeDouble) return static_cast<ptrdiff_t>(stream.ReadFully(dst, count * 8) / 8);
+  const ptrdiff_t whole = bytes / codec.bytes;
+  const kern::TStores stores = kern::StoresFor(whole * 8);
+  if (const void* at = stream.ReadInPlace(bytes)) {
+    if (whole > 0) DecodeFrom(static_cast<const uint8_t*>(at), dst, whole, codec, stores);
+    return whole * 8;
+  }
   // Other streams are read in blocks large enough for a file stream to read them straight from
   // the file, and small enough to stay in the processor's caches until they are decoded.
-  const ptrdiff_t perBlock = kReadBlockBytes / codec.bytes;
+  const std::int64_t perBlock = kReadBlockBytes / codec.bytes * codec.bytes;
   TWorkVec block;
-  block->SetLength(static_cast<std::int32_t>(std::min(count, perBlock) * codec.bytes / 8 + 1));
-  auto* bytes = reinterpret_cast<uint8_t*>(block->PValues1D(0));
+  block->SetLength(static_cast<std::int32_t>(std::min(bytes, perBlock) / 8 + 1));
+  auto* buffer = reinterpret_cast<uint8_t*>(block->PValues1D(0));
   ptrdiff_t done = 0;
-  while (done < count) {
-    const ptrdiff_t want = std::min(perBlock, count - done);
-    const auto got = static_cast<ptrdiff_t>(stream.ReadFully(bytes, want * codec.bytes) / codec.bytes);
-    DecodeFrom(bytes, dst + done, got, codec, stores);
-    done += got;
+  for (std::int64_t at = 0; at < bytes;) {
+    const std::int64_t want = std::min(perBlock, bytes - at);
+    const std::int64_t got = stream.ReadFully(buffer, want);
+    const ptrdiff_t values = got / codec.bytes;
+    if (values > 0) DecodeFrom(buffer, dst + done, values, codec, stores);
+    done += values;
+    at += got;
     if (got < want) break;
   }
-  return done;
+  return done * 8;
 }
 
 }  // namespace
 
-void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len) {
+namespace detail {
+
+std::int64_t ReadValueBytes(TQuorelStream& stream, double* dst, TPrecision precision, bool complex,
+                            std::int32_t len) {
   const TCodec* codec = CodecOf(precision);
-  if (codec == nullptr) return;
   const ptrdiff_t count = ValueCount(complex, len);
-  const ptrdiff_t done = ReadAvailable(stream, dst, *codec, count);
-  // What the stream did not supply reads as zero, never as the storage's old bytes; a complete
-  // read touches nothing more.
-  if (done < count) std::fill(dst + done, dst + count, 0.0);
+  return codec != nullptr && count > 0 ? ReadAvailable(stream, dst, *codec, count) : 0;
+}
+
+void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count) {
+  ptrdiff_t i = static_cast<ptrdiff_t>(filledBytes / 8);
+  if (i >= count) return;
+  if (const std::int64_t cut = filledBytes % 8; cut != 0) {
+    std::memset(reinterpret_cast<uint8_t*>(dst + i) + cut, 0, static_cast<std::size_t>(8 - cut));
+    ++i;
+  }
+  // Page by page, only where something is not zero yet: storage the system has just mapped reads
+  // as zero without being committed, and writing it would commit memory for the whole length a
+  // header announced, however little of it the stream supplied.
+  constexpr std::uintptr_t kPageBytes = 4096;
+  while (i < count) {
+    const std::uintptr_t toPage = kPageBytes - reinterpret_cast<std::uintptr_t>(dst + i) % kPageBytes;
+    const ptrdiff_t end = std::min(count, i + std::max<ptrdiff_t>(1, static_cast<ptrdiff_t>(toPage / 8)));
+    std::uint64_t bits = 0;
+    for (ptrdiff_t j = i; j < end; ++j) bits |= std::bit_cast<std::uint64_t>(dst[j]);
+    if (bits != 0) std::fill(dst + i, dst + end, 0.0);
+    i = end;
+  }
+}
+
+}  // namespace detail
+
+void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len) {
+  // What the stream does not supply keeps the caller's contents.
+  detail::ReadValueBytes(stream, dst, precision, complex, len);
 }
 
 void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len) {

@@ -37,8 +37,8 @@ void WriteBinaryValues(TQuorelStream& stream, const double* src, TPrecision prec
 /// Same into memory: dst receives len x (2 if complex) x bytes-per-value bytes.
 void WriteBinaryValues(void* dst, const double* src, TPrecision precision, TRounding rounding, bool complex,
                        std::int32_t len);
-/// Decodes len elements from the stream into dst. Only whole values that the stream holds are
-/// read: a short block leaves the rest of dst as it was.
+/// Decodes len elements from the stream into dst. A short block is read as far as it goes and
+/// leaves the rest of dst as it was (a double cut short gets the bytes that arrived).
 void ReadBinaryValues(TQuorelStream& stream, double* dst, TPrecision precision, bool complex, std::int32_t len);
 /// Same from memory holding all the encoded values.
 void ReadBinaryValues(const void* src, double* dst, TPrecision precision, bool complex, std::int32_t len);

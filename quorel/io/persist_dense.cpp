@@ -1,6 +1,5 @@
 // Saving and loading shared by vectors and matrices: a header of the object's kind, then the
 // values in storage order (a matrix's rows lie back to back, LeadingCols being Cols).
-#include <algorithm>
 #include <cstddef>
 
 #include "quorel/io/detail/persist_format.h"
@@ -15,13 +14,7 @@ void TDenseQuorel::WriteValues(TQuorelStream& stream, TPrecision precision, TRou
 }
 
 void TDenseQuorel::ReadValues(TQuorelStream& stream, TPrecision precision) {
-  if (fLength <= 0) return;
-  // A block of an unknown precision supplies nothing: the values read as zero.
-  if (detail::BytesPerValue(precision) == 0) {
-    std::fill(fValues, fValues + (fComplex ? 2 * std::ptrdiff_t{fLength} : fLength), 0.0);
-    return;
-  }
-  ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
+  if (fLength > 0) ReadBinaryValues(stream, fValues, precision, fComplex, fLength);
 }
 
 void TDenseQuorel::SaveToStream(TQuorelStream& stream) const {
@@ -29,7 +22,21 @@ void TDenseQuorel::SaveToStream(TQuorelStream& stream) const {
   WriteValues(stream, fPrecision, fRounding);
 }
 
-void TDenseQuorel::LoadFromStream(TQuorelStream& stream) { ReadValues(stream, ReadHeader(stream)); }
+void TDenseQuorel::LoadFromStream(TQuorelStream& stream) {
+  const double* values = fValues;
+  const std::int32_t length = fLength;
+  const bool complex = fComplex;
+  const TPrecision precision = ReadHeader(stream);
+  if (fLength <= 0) return;
+  const std::int64_t filled = detail::ReadValueBytes(stream, fValues, precision, fComplex, fLength);
+  // Storage the header resized holds whatever its allocator left there: a short (or unreadable)
+  // block must not expose it. Storage that kept its size keeps its old values, as a plain read
+  // leaves them.
+  const std::ptrdiff_t count = fComplex ? 2 * std::ptrdiff_t{fLength} : fLength;
+  if (filled < count * 8 && (fValues != values || fLength != length || fComplex != complex)) {
+    detail::ZeroUnfilled(fValues, filled, count);
+  }
+}
 
 void TDenseQuorel::SaveToFile(const std::string& fileName, bool append) const {
   SaveToStream(*detail::OpenForSave(fileName, append));

@@ -28,6 +28,7 @@ void TVec::WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding) c
   h[hFileCode] = static_cast<float>(QuorelFileCode);
   detail::WriteHeaderFields(stream, h);
   WriteShortString(stream, fCaption);
+  InternalWriteHeader(stream);
 }
 
 TPrecision TVec::ReadHeader(TQuorelStream& stream) {
@@ -44,6 +45,7 @@ TPrecision TVec::ReadHeader(TQuorelStream& stream) {
   TPrecision precision = detail::kUnknownPrecision;
   if (detail::PrecisionFromOrdinal(aRound(h[hPrecision]), precision)) fPrecision = precision;
   QuorelTVecVer = aRound(h[hVersion]);
+  InternalReadHeader(stream);
   return precision;
 }
 

@@ -13,6 +13,7 @@
 namespace quorel {
 
 class TQuorel;
+class TQuorelStream;
 
 /// Called after every change of size or of `Complex`.
 using TNotifyEvent = std::function<void(TQuorel& sender)>;
@@ -201,6 +202,10 @@ class TQuorel {
   virtual void ReleaseMemory();
   /// Re-points the views and the array header at the data base.
   virtual void UpdatePointers();
+  /// A subclass's own header data, written by the vector header right after the caption.
+  virtual void InternalWriteHeader(TQuorelStream& /*stream*/) const {}
+  /// Reads back what InternalWriteHeader wrote, once the vector header has been applied.
+  virtual void InternalReadHeader(TQuorelStream& /*stream*/) {}
 
   /// Doubles that hold `len` elements of this object's kind.
   std::int64_t DoublesFor(std::int64_t len) const { return fComplex ? 2 * len : len; }

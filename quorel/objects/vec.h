@@ -18,8 +18,10 @@ namespace quorel {
 
 class TQuorelStream;
 
-/// Real or complex dense vector. Usable on the stack or the heap; a copy is Assign.
-class TVec final : public TDenseOf<TVec> {
+/// Real or complex dense vector. Usable on the stack or the heap; a copy is Assign. A subclass
+/// may add its own header data (InternalWriteHeader / InternalReadHeader); the storage
+/// overrides stay final, so calls through a TVec are still direct.
+class TVec : public TDenseOf<TVec> {
  public:
   TVec();
   ~TVec() override;
@@ -46,10 +48,10 @@ class TVec final : public TDenseOf<TVec> {
   using TDenseOf<TVec>::SetIt;
 
   // --- sizing -------------------------------------------------------------------------------
-  void SetLength(std::int32_t value) override;
-  void SetActualSize(std::int32_t value) override;
-  void Clear() override { SetLength(0); }
-  void Reset() override;
+  void SetLength(std::int32_t value) final;
+  void SetActualSize(std::int32_t value) final;
+  void Clear() final { SetLength(0); }
+  void Reset() final;
   /// Sets Complex, then the length. Contents are not kept.
   TVec& Size(std::int32_t len, bool complex);
   /// Sets the length, keeping Complex.
@@ -256,18 +258,18 @@ class TVec final : public TDenseOf<TVec> {
 
   // --- persistence: the header of this kind (saving and loading are TDenseQuorel's) ---------
   /// The 44-byte header (values announced in the given precision) and the caption block.
-  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const override;
+  void WriteHeader(TQuorelStream& stream, TPrecision precision, TRounding rounding) const final;
   /// Reads header and caption, sizes the vector and returns the precision of the values.
-  TPrecision ReadHeader(TQuorelStream& stream) override;
+  TPrecision ReadHeader(TQuorelStream& stream) final;
 
   // Members added by the subsystems, each from its own fragment.
 #include "quorel/signal/vec_signal.inc"
 
  protected:
-  void DoSetComplex() override;
-  double* CachePointer() const override;
-  std::int32_t CacheLength() const override;
-  void FreeToCache() override;
+  void DoSetComplex() final;
+  double* CachePointer() const final;
+  std::int32_t CacheLength() const final;
+  void FreeToCache() final;
 
  private:
   void MoveFrom(TVec& other) noexcept;

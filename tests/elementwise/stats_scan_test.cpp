@@ -1,5 +1,8 @@
 // Median, moments, complex extremes, First/Last, Find and tolerance equality.
+#include <algorithm>
 #include <cmath>
+#include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +26,24 @@ TEST(Median, OddEvenEmptyAndUntouched) {
   EXPECT_EQ(Real({9, 5, 1, 7, 3}).Median(1, 3), 5);
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Cplx({{1, 1}}).Median(); }), "Complex = True");
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+// NaN sorts last: the median is the middle of the sorted copy whatever the input order.
+TEST(Median, NanSortsLastInEveryOrder) {
+  EXPECT_EQ(Real({NaN, 1, 2}).Median(), 2);
+  EXPECT_EQ(Real({1, NaN, 2}).Median(), 2);
+  EXPECT_EQ(Real({2, 1, NaN}).Median(), 2);
+  EXPECT_EQ(Real({NaN, 3, 1, 2}).Median(), 2.5);
+  EXPECT_TRUE(std::isnan(Real({1, NaN, NaN, 2}).Median()));
+  EXPECT_TRUE(std::isnan(Real({NaN, 1, NaN}).Median()));
+  std::vector<double> x = {7, 6, 2, 8, NaN, 0, 2, 8, 0, 9, 7, NaN};  // sorted middle pair: 7, 7
+  std::mt19937 rng(5);
+  for (int trial = 0; trial < 20; ++trial) {
+    std::shuffle(x.begin(), x.end(), rng);
+    TVec v;
+    v.SetDouble(x);
+    EXPECT_EQ(v.Median(), 7);
+  }
 }
 
 TEST(Moments, AgainstDirectFormulas) {

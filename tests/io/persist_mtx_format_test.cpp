@@ -91,5 +91,26 @@ TEST(MtxFormat, RefusalsChangeNothing) {
   EXPECT_EQ(Doubles(m), (std::vector<double>{4, 5}));
 }
 
+// A short values block: a matrix that kept its element count keeps the values that did not
+// arrive; one the header resized gets zeros for them.
+TEST(MtxFormat, ShortValuesBlockOfALoad) {
+  TBytes b;
+  Put<float>(b, {0, 2, 3, 0, 0, 0, 0, 1, 0, prDouble, 0, 0, 0, 0, 0, 8, 200, 0, 64019, 0, 0, 0, 0, 0, 0, 0});
+  PutCaption(b, "");
+  Put<double>(b, {1, 2});
+  TMtx same = RealMtx(3, 2, {9, 9, 9, 9, 9, 9});
+  TQuorelMemoryStream s(b);
+  same.LoadFromStream(s);
+  EXPECT_TRUE(same.Rows() == 2 && same.Cols() == 3);
+  EXPECT_EQ(Doubles(same), (std::vector<double>{1, 2, 9, 9, 9, 9}));
+  {  // heap storage the resized matrix is likely to be given next
+    TMtx garbage = RealMtx(2, 3, {-1, -1, -1, -1, -1, -1});
+  }
+  TMtx grown;
+  TQuorelMemoryStream t(b);
+  grown.LoadFromStream(t);
+  EXPECT_EQ(Doubles(grown), (std::vector<double>{1, 2, 0, 0, 0, 0}));
+}
+
 }  // namespace
 }  // namespace quorel::test

@@ -1,7 +1,10 @@
 // The vector's binary layout byte for byte, and its reader on old, foreign and short input.
+#include <bit>
 #include <cmath>
 #include <cstdint>
+#include <fstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -131,9 +134,33 @@ TEST(VecFormat, RefusalsChangeNothing) {
   EXPECT_TRUE(v.Caption() == "c" && v.Tag() == 0);
 }
 
-// A short values block fills what arrived and zeroes the rest, whatever the storage held.
-TEST(VecFormat, ShortValuesBlock) {
-  for (const TPrecision p : {prInteger, prDouble}) {
+std::uint64_t Bits(double x) { return std::bit_cast<std::uint64_t>(x); }
+
+// The raw reader reads a short block as a plain read does: what arrived, then nothing.
+TEST(VecFormat, ShortBlockLeavesTheRestOfTheDestination) {
+  TBytes b;
+  Put<double>(b, {1, 0.1});
+  b.resize(b.size() - 4);  // the second double loses its upper half
+  TQuorelMemoryStream s(b);
+  double dst[4] = {7, 7, 7, 7};
+  ReadBinaryValues(s, dst, prDouble, false, 2);
+  EXPECT_EQ(dst[0], 1);
+  EXPECT_EQ(Bits(dst[1]), (Bits(7) & 0xFFFFFFFF00000000u) | (Bits(0.1) & 0xFFFFFFFFu));
+  EXPECT_EQ(dst[2], 7);
+
+  b.clear();
+  Put<std::int16_t>(b, {1, -2});
+  b.push_back(0x7F);  // part of a third value: read, but not decodable
+  TQuorelMemoryStream c(b);
+  ReadBinaryValues(c, dst, prSmallInt, true, 2);
+  EXPECT_TRUE(dst[0] == 1 && dst[1] == -2 && dst[2] == 7 && dst[3] == 7);
+  EXPECT_EQ(c.Position(), c.Size());
+}
+
+// A load that keeps the vector's size leaves the values the block did not supply; one that
+// resized it zeroes them rather than expose what the allocator left in the new storage.
+TEST(VecFormat, ShortValuesBlockOfALoad) {
+  auto shortBlock = [](TPrecision p) {
     TBytes b = VecHeader(0, 300, 1, p, 0);
     PutCaption(b, "");
     if (p == prDouble) {
@@ -142,15 +169,100 @@ TEST(VecFormat, ShortValuesBlock) {
       Put<std::int32_t>(b, {11, 22});
     }
     b.push_back(0x7F);  // a partial third value
+    return b;
+  };
+  for (const TPrecision p : {prInteger, prDouble}) {
     TVec v;
     v.SetLength(300);
     v.SetVal(-1);
-    TQuorelMemoryStream s(b);
+    TQuorelMemoryStream s(shortBlock(p));
     v.LoadFromStream(s);
-    ASSERT_EQ(v.Length(), 300);
     EXPECT_EQ(v[1], 22);
-    for (int i = 2; i < 300; ++i) ASSERT_EQ(v[i], 0) << "precision " << p << " element " << i;
+    EXPECT_EQ(Bits(v[2]), p == prDouble ? (Bits(-1) & ~std::uint64_t{0xFF}) | 0x7F : Bits(-1));
+    for (int i = 3; i < 300; ++i) ASSERT_EQ(v[i], -1) << "precision " << p << " element " << i;
+
+    {  // heap storage the resized vector is likely to be given next, full of non-zero bytes
+      TVec garbage;
+      garbage.SetLength(300);
+      garbage.SetVal(-1);
+    }
+    TVec r = Real({5});
+    TQuorelMemoryStream t(shortBlock(p));
+    r.LoadFromStream(t);
+    ASSERT_EQ(r.Length(), 300);
+    EXPECT_EQ(r[1], 22);
+    EXPECT_EQ(Bits(r[2]), p == prDouble ? 0x7Fu : 0u);
+    for (int i = 3; i < 300; ++i) ASSERT_EQ(Bits(r[i]), 0u) << "precision " << p << " element " << i;
   }
+  // A precision the reader does not know supplies nothing.
+  TBytes unknown = VecHeader(0, 3, 1, 42, 0);
+  PutCaption(unknown, "");
+  Put<double>(unknown, {1, 2, 3});
+  TVec same = Real({4, 5, 6}), grown = Real({4});
+  TQuorelMemoryStream u1(unknown), u2(unknown);
+  same.LoadFromStream(u1);
+  grown.LoadFromStream(u2);
+  EXPECT_EQ(Doubles(same), (std::vector<double>{4, 5, 6}));
+  EXPECT_EQ(Doubles(grown), (std::vector<double>{0, 0, 0}));
+}
+
+// Resident memory in kB, or -1 where the system does not tell.
+long ResidentKb() {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return -1;
+}
+
+// A few bytes announcing a huge vector must not make the reader write (and commit) all of it:
+// fresh storage from the system is zero already.
+TEST(VecFormat, HugeLengthWithNoValuesCommitsLittleMemory) {
+  if (ResidentKb() < 0) GTEST_SKIP() << "no resident-memory figure on this system";
+  TBytes b = VecHeader(1, 25'000'000, 1, prDouble, 0);  // 400 MB of complex values
+  PutCaption(b, "");
+  Put<double>(b, {1, 2});
+  TQuorelMemoryStream s(b);
+  TVec v;
+  const long before = ResidentKb();
+  v.LoadFromStream(s);
+  const long grown = ResidentKb() - before;
+  ASSERT_EQ(v.Length(), 25'000'000);
+  EXPECT_EQ(v.atc(0), (TCplx{1, 2}));
+  EXPECT_EQ(v.atc(24'999'999), (TCplx{0, 0}));
+  EXPECT_LT(grown, 100'000) << "kB";
+}
+
+// A vector with header data of its own, right after the caption.
+class TUnitVec : public TVec {
+ public:
+  std::string unit;
+
+ protected:
+  void InternalWriteHeader(TQuorelStream& stream) const override { WriteShortString(stream, unit); }
+  void InternalReadHeader(TQuorelStream& stream) override { unit = ReadShortString(stream); }
+};
+
+TEST(VecFormat, SubclassHeaderDataRoundTrips) {
+  TUnitVec v;
+  v.SetDouble(std::vector<double>{1.5, -2});
+  v.SetCaption("c");
+  v.unit = "volt";
+  TQuorelMemoryStream s;
+  v.SaveToStream(s);
+  TBytes expected = VecHeader(0, 2, v.ConditionCheck() ? 1 : 0, prDouble, 0);
+  PutCaption(expected, "c");
+  PutCaption(expected, "volt");
+  Put<double>(expected, {1.5, -2});
+  EXPECT_EQ(BytesOf(s), expected);
+
+  s.Seek(0, soBeginning);
+  TUnitVec r;
+  r.LoadFromStream(s);
+  EXPECT_EQ(r.unit, "volt");
+  EXPECT_EQ(r.Caption(), "c");
+  EXPECT_EQ(Doubles(r), (std::vector<double>{1.5, -2}));
+  EXPECT_EQ(s.Position(), s.Size());
 }
 
 }  // namespace

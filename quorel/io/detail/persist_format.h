@@ -1,6 +1,7 @@
 #pragma once
 // Pieces of the binary format shared by the persistence sources. Internal to the library.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -16,6 +17,13 @@ inline constexpr auto kUnknownPrecision = static_cast<TPrecision>(0xFF);
 std::int32_t BytesPerValue(TPrecision precision);
 /// The precision with ordinal p, or false when p is outside TPrecision.
 bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision);
+/// ReadBinaryValues from a stream, returning how many bytes of dst it filled (a double cut short
+/// by the end of the stream counts with the bytes that arrived).
+std::int64_t ReadValueBytes(TQuorelStream& stream, double* dst, TPrecision precision, bool complex,
+                            std::int32_t len);
+/// Zeroes what a short values block left unfilled of count doubles at dst, from byte filledBytes
+/// on. Parts that read as zero already are not written.
+void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count);
 /// Writes a header of singles as they are (a short write is not reported).
 void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields);
 /// Reads a header of singles; false when the stream holds fewer bytes.
