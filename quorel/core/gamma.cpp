@@ -113,7 +113,8 @@ double SgnGamma(double x) {
   if (std::isnan(x)) return x;
   if (x == 0) return std::copysign(1.0, x);
   if (x > 0) return 1;
-  if (IsNonPositiveInteger(x)) return kNaN;
+  if (std::isinf(x)) return kNaN;
+  // at a pole -n: the sign just right of it, (-1)^n, as at 0 (Beta's pole branch needs a sign)
   return std::fmod(std::floor(x), 2.0) == 0 ? 1 : -1;
 }
 

@@ -10,7 +10,8 @@ namespace quorel {
 double Gamma(double x);
 /// ln |Gamma(x)|: INF at the poles (zero and the negative integers) and at +-INF.
 double LnGamma(double x);
-/// The sign of Gamma(x), +1 or -1 (-1 at -0); NaN where Gamma is NaN.
+/// The sign of Gamma(x), +1 or -1 (-1 at -0; at a pole -n the sign just right of it, (-1)^n);
+/// NaN for NaN and -INF.
 double SgnGamma(double x);
 /// n!: NaN for n < 0, INF for n > MAXFAC, the table for n <= 30, else Gamma(n + 1).
 double Fact(std::int32_t n);

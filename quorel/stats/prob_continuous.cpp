@@ -39,10 +39,10 @@ double NewtonInverse(double p, double x, double rtol, double atol, Cdf cdf, Pdf 
 }
 
 // 0.5 (1 + Erf(z)) capped at 1; below zero as 0.5 Erfc(-z), the same value without the
-// cancellation that would wipe out the left tail.
+// cancellation that would wipe out the left tail. NaN stays NaN.
 inline double HalfErfPlusOne(double z) {
   if (z < 0.0) return 0.5 * Erfc(-z);
-  return std::fmin(1.0, 0.5 * (1.0 + Erf(z)));
+  return detail::CapAtOne(0.5 * (1.0 + Erf(z)));
 }
 
 }  // namespace
@@ -201,8 +201,10 @@ double FCDF(double x, std::int32_t nu1, std::int32_t nu2) {
   if (!ParamsValid(nu1 >= 1, nu2 >= 1, !std::isnan(x))) return NaNResult();
   if (x <= 0.0) return 0.0;
   const double n1 = nu1, n2 = nu2;
-  // 1 - I(nu2 / (nu2 + nu1 x); nu2/2, nu1/2), taken by symmetry so small values keep their digits
+  // 1 - I(nu2 / (nu2 + nu1 x); nu2/2, nu1/2), taken by symmetry so small values keep their digits;
+  // where nu1 x overflows the mirrored argument would be inf/inf, and nu2 / d = 0 gives 1
   const double d = n2 + n1 * x;
+  if (std::isinf(d)) return 1.0;
   return BetaIncomplete(n1 * x / d, n1 / 2.0, n2 / 2.0);
 }
 
@@ -358,8 +360,9 @@ double RayleighCDF(double x, double b) {
   return -std::expm1(-t * t / 2.0);
 }
 
+// Only p is checked: b <= 0 runs the formula, as in the vector form.
 double RayleighCDFInv(double p, double b) {
-  if (!ParamsValid(b > 0.0, InUnit(p))) return NaNResult();
+  if (!ParamsValid(InUnit(p))) return NaNResult();
   if (p == 1.0) return INF;
   return b * std::sqrt(-2.0 * std::log1p(-p));
 }
@@ -386,7 +389,7 @@ double TriangularCDFInv(double p, double a, double b, double c) {
 }
 
 double UniformPDF(double x, double a, double b) {
-  if (!ParamsValid(b > a)) return NaNResult();
+  if (!ParamsValid(b > a, !std::isnan(x))) return NaNResult();
   return (x >= a && x <= b) ? 1.0 / (b - a) : 0.0;
 }
 

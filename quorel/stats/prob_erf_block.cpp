@@ -1,5 +1,5 @@
-// Block error functions and the incomplete gamma function, one copy per instruction set, the
-// best the processor has chosen at run time. erfc(a) = e^{-a^2} H(t) / (a + k) with
+// Block error functions, one copy per instruction set, the best the processor has chosen at run
+// time. erfc(a) = e^{-a^2} H(t) / (a + k) with
 // t = (a - k) / (a + k), which maps [0, inf) onto [-1, 1); H is smooth there (it tends to
 // 1/sqrt(pi)) and its Chebyshev series, computed once in ball arithmetic, falls below 1e-18 by 32
 // terms. e^{-a^2} takes the rounding error of a^2 into account, so the far tail keeps its relative
@@ -60,7 +60,6 @@ namespace erf_plain {
 #define QUOREL_ERF_FMA 0
 #define QUOREL_ERF_LANES 2
 #include "quorel/stats/detail/erf_block_impl.inc"
-#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_plain
@@ -73,7 +72,6 @@ namespace erf_avx2 {
 #define QUOREL_ERF_FMA 1
 #define QUOREL_ERF_LANES 4
 #include "quorel/stats/detail/erf_block_impl.inc"
-#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_avx2
@@ -84,7 +82,6 @@ namespace erf_avx512 {
 #define QUOREL_ERF_FMA 1
 #define QUOREL_ERF_LANES 8
 #include "quorel/stats/detail/erf_block_impl.inc"
-#include "quorel/stats/detail/gamma_block_impl.inc"
 #undef QUOREL_ERF_FMA
 #undef QUOREL_ERF_LANES
 }  // namespace erf_avx512
@@ -129,13 +126,10 @@ TErfPath SetErfPath(TErfPath p) {
 #define QUOREL_ERF_DISPATCH(CALL) return erf_plain::CALL;
 #endif
 
-void NormalCdfInvBlock(const double* p, double* r, std::int32_t n, double mu, double sigma) {
+void ErfNormalCdfInvBlock(const double* p, double* r, std::int32_t n, double mu, double sigma) {
   QUOREL_ERF_DISPATCH(NormalCdfInv(p, r, n, mu, sigma))
 }
-void NormalCdfBlock(const double* z, double* r, std::int32_t n) { QUOREL_ERF_DISPATCH(NormalCdf(z, r, n)) }
-void GammaCdfBlock(const double* x, double* r, std::int32_t n, double a, double b, double lga) {
-  QUOREL_ERF_DISPATCH(GammaCdf(x, r, n, a, b, lga))
-}
+void ErfNormalCdfBlock(const double* z, double* r, std::int32_t n) { QUOREL_ERF_DISPATCH(NormalCdf(z, r, n)) }
 
 #undef QUOREL_ERF_DISPATCH
 

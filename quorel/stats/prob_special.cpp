@@ -28,8 +28,9 @@ constexpr double kMaxDouble = std::numeric_limits<double>::max();
 inline double Floor0(double v) { return std::fabs(v) < MINNUM ? MINNUM : v; }
 inline TCplx Floor0(const TCplx& v) { return CAbs(v) < MINNUM ? TCplx{MINNUM, 0.0} : v; }
 
-// exp(a ln x - x - LnGamma(a)): the common prefactor of both gamma forms.
-inline double GammaPrefactor(double a, double x, double lga) { return std::exp(a * std::log(x) - x - lga); }
+// exp(a ln x - x - LnGamma(a)): the common prefactor of both gamma forms (the real one is shared
+// with the block forms).
+using detail::GammaPrefactor;
 inline TCplx GammaPrefactor(double a, const TCplx& x, double lga) { return Exp(CSub(CSub(CMul(a, Ln(x)), x), lga)); }
 
 // Gamma of a complex argument with Re z >= 0.5 (Lanczos, g = 7, nine terms); the zeta functional
@@ -296,19 +297,19 @@ double Binomial(std::int32_t n, std::int32_t k) {
 // --- error function ----------------------------------------------------------------------------
 
 // LnGamma(0.5), the same value IGamma(0.5, .) would compute on every call.
-static double LnGammaHalf() {
+double detail::LnGammaHalf() {
   static const double v = LnGamma(0.5);
   return v;
 }
 
 double Erf(double x) {
-  const double p = detail::IGammaLg(0.5, x * x, LnGammaHalf());
+  const double p = detail::IGammaLg(0.5, x * x, detail::LnGammaHalf());
   return x < 0.0 ? -p : p;
 }
 
 double Erfc(double x) {
-  if (x >= 0.0) return detail::JGammaLg(0.5, x * x, LnGammaHalf());
-  return 1.0 + detail::IGammaLg(0.5, x * x, LnGammaHalf());
+  if (x >= 0.0) return detail::JGammaLg(0.5, x * x, detail::LnGammaHalf());
+  return 1.0 + detail::IGammaLg(0.5, x * x, detail::LnGammaHalf());
 }
 
 double ErfInv(double y) {

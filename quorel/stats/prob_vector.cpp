@@ -14,7 +14,7 @@
 #include "quorel/platform/kernels/math.h"
 #include "quorel/stats/probabilities.h"
 #include "quorel/stats/detail/erf_block.h"
-#include "quorel/stats/detail/gamma_inv_block.h"
+#include "quorel/stats/detail/gamma_block.h"
 #include "quorel/stats/detail/prob_core.h"
 #include "quorel/core/gamma.h"
 
@@ -140,18 +140,17 @@ void GammaPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
   EachElement(X, Res, kX, [&](double v) { return detail::GammaPDFLg(v, a, b, lga); });
 }
-// The CDF evaluates the scalar function's series and fraction on whole blocks (rounding-level
-// agreement); invalid parameters, and shapes past the series' reach (a + 1 = a), take the scalar loop.
+// The CDF and the quantile run the scalar functions' steps with the incomplete gamma function's
+// series and fraction on whole blocks (the same values bit for bit); parameters the blocks do not
+// take, invalid ones included, run the scalar function per element.
 void GammaCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double lga = LnGamma(a);
-  if (!(a > 0.0 && b > 0.0) || a + 1.0 == a)
+  if (!(a > 0.0 && b > 0.0) || a + 1.0 == a || !std::isfinite(1.0 / a))
     return EachElement(X, Res, kX, [&](double v) { return detail::GammaCDFLg(v, a, b, lga); });
   detail::RequireState(!X.Complex(), kX);
   Res.Size(X, false);
   detail::GammaCdfBlock(X.PValues1D(0), Res.PValues1D(0), X.Length(), a, b, lga);
 }
-// The quantile runs the scalar Newton iteration per element with the CDF, density and start on
-// blocks (rounding-level agreement); parameters the block forms do not take: the scalar loop.
 void GammaCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res) {
   detail::RequireState(!P.Complex(), kP);
   Res.Size(P, false);
@@ -196,14 +195,15 @@ void FCDFInv(double P, const TDenseQuorel& Nu1, const TDenseQuorel& Nu2, TDenseQ
 }
 
 // The normal CDF and its inverse are element loops of the scalar functions in effect: the same
-// formulas and special values per element, with the error function evaluated on whole blocks
-// (rounding-level agreement with the scalar route). Invalid sigma: the scalar loop, all NaN.
+// formulas and special values per element, with the error function evaluated on whole blocks by a
+// series at least as accurate as the scalar route's (rounding-level agreement). Invalid sigma: the
+// scalar loop, all NaN.
 void NormalCDF(const TDenseQuorel& X, double mu, double sigma, TDenseQuorel& Res) {
   if (!(sigma > 0.0)) return EachElement(X, Res, kX, [&](double v) { return NormalCDF(v, mu, sigma); });
   static_assert(kMaxBlock <= detail::kErfBlock);
   EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
     for (std::int32_t i = 0; i < n; ++i) r[i] = (x[i] - mu) / sigma * SQRT2DIV2;
-    detail::NormalCdfBlock(r, r, n);
+    detail::ErfNormalCdfBlock(r, r, n);
   });
 }
 
@@ -211,7 +211,7 @@ void NormalCDFInv(const TDenseQuorel& P, double mu, double sigma, TDenseQuorel& 
   if (!(sigma > 0.0)) return EachElement(P, Res, kP, [&](double v) { return NormalCDFInv(v, mu, sigma); });
   detail::RequireState(!P.Complex(), kP);
   Res.Size(P, false);
-  detail::NormalCdfInvBlock(P.PValues1D(0), Res.PValues1D(0), P.Length(), mu, sigma);
+  detail::ErfNormalCdfInvBlock(P.PValues1D(0), Res.PValues1D(0), P.Length(), mu, sigma);
 }
 
 // --- block formulas ----------------------------------------------------------------------------
@@ -266,7 +266,7 @@ void ExpPDF(const TDenseQuorel& X, double mu, TDenseQuorel& Res) {
   EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
     for (std::int32_t i = 0; i < n; ++i) r[i] = k * x[i];
     kern::Exp(r, r, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? r[i] * scale : 0.0;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] <= 0.0 ? 0.0 : r[i] * scale;  // NaN runs the formula
   });
 }
 
@@ -276,7 +276,7 @@ void ExpCDF(const TDenseQuorel& X, double mu, TDenseQuorel& Res) {
   EachBlock(X, Res, kX, [&](const double* x, double* r, double*, std::int32_t n) {
     for (std::int32_t i = 0; i < n; ++i) r[i] = k * x[i];
     kern::Exp(r, r, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? 1.0 - r[i] : 0.0;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] <= 0.0 ? 0.0 : 1.0 - r[i];  // NaN runs the formula
   });
 }
 
@@ -295,7 +295,7 @@ void FPDF(const TDenseQuorel& X, std::int32_t nu1, std::int32_t nu2, TDenseQuore
     kern::Powx(x, e1, r, n);
     for (std::int32_t i = 0; i < n; ++i) w[i] = 1.0 + k * x[i];
     kern::Powx(w, e2, w, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] > 0.0 ? scale * r[i] * w[i] : 0.0;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] <= 0.0 ? 0.0 : scale * r[i] * w[i];  // NaN runs the formula
   });
 }
 
@@ -336,7 +336,7 @@ void LaplaceCDF(const TDenseQuorel& X, double m, double b, TDenseQuorel& Res) {
     for (std::int32_t i = 0; i < n; ++i) {
       const double d = x[i] - m;
       const double half = 0.5 * r[i];
-      r[i] = d > 0.0 ? 1.0 - half : (d < 0.0 ? half : 0.5);
+      r[i] = d > 0.0 ? 1.0 - half : (d < 0.0 ? half : (d == 0.0 ? 0.5 : d));  // Sgn(NaN) = 0 times NaN
     }
   });
 }
@@ -448,21 +448,22 @@ void RayleighCDF(const TDenseQuorel& X, double b, TDenseQuorel& Res) {
 void RayleighCDFInv(const TDenseQuorel& P, double b, TDenseQuorel& Res) {
   EachBlock(P, Res, nullptr, [&](const double* p, double* r, double*, std::int32_t n) {
     LnOneMinus(p, r, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = b * std::sqrt(-2.0 * r[i]);
+    for (std::int32_t i = 0; i < n; ++i) r[i] = p[i] == 1.0 ? INF : b * std::sqrt(-2.0 * r[i]);
   });
 }
 
 void UniformPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double v = 1.0 / (b - a);
   EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
-    for (std::int32_t i = 0; i < n; ++i) r[i] = (x[i] >= a && x[i] <= b) ? v : 0.0;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = (x[i] >= a && x[i] <= b) ? v : (x[i] != x[i] ? x[i] : 0.0);
   });
 }
 
 void UniformCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
   const double k = 1.0 / (b - a);
   EachBlock(X, Res, nullptr, [&](const double* x, double* r, double*, std::int32_t n) {
-    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] >= b ? 1.0 : (x[i] > a ? (x[i] - a) * k : 0.0);
+    // NaN runs the middle formula
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] >= b ? 1.0 : (x[i] <= a ? 0.0 : (x[i] - a) * k);
   });
 }
 
@@ -479,7 +480,7 @@ void WeibullPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
     kern::Exp(r, r, n);
     for (std::int32_t i = 0; i < n; ++i) {
       const double v = a * b * w[i] * r[i];
-      r[i] = x[i] > 0.0 ? v : (x[i] == 0.0 ? (b < 1.0 ? INF : (b == 1.0 ? a : 0.0)) : 0.0);
+      r[i] = x[i] == 0.0 ? (b < 1.0 ? INF : (b == 1.0 ? a : 0.0)) : (x[i] < 0.0 ? 0.0 : v);  // NaN: v
     }
   });
 }
@@ -489,7 +490,7 @@ void WeibullCDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
     kern::Powx(x, b, r, n);
     for (std::int32_t i = 0; i < n; ++i) r[i] *= -a;
     kern::Exp(r, r, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] >= 0.0 ? 1.0 - r[i] : 0.0;
+    for (std::int32_t i = 0; i < n; ++i) r[i] = x[i] < 0.0 ? 0.0 : 1.0 - r[i];  // NaN runs the formula
   });
 }
 

@@ -19,13 +19,14 @@ using test::RelativeError;
 constexpr double kSpecialRelTol = 1e-15;
 
 TEST(Special, PolesLimitsAndTableValues) {
-  const double nans[] = {Gamma(-1), Gamma(-INF), LnGamma(NaN), SgnGamma(-2), Fact(-1), BesselJ0(NaN)};
+  const double nans[] = {Gamma(-1), Gamma(-INF), LnGamma(NaN), SgnGamma(-INF), Fact(-1), BesselJ0(NaN)};
   for (const double& v : nans) EXPECT_TRUE(std::isnan(v)) << "entry " << &v - nans;
   const double exact[][2] = {
       {Gamma(0.0), INF},     {Gamma(-0.0), -INF},     {Gamma(INF), INF},        {Gamma(171.7), INF},
       {LnGamma(0.0), INF},   {LnGamma(-3), INF},      {LnGamma(1), 0},          {LnGamma(2), 0},
       {LnGamma(1e308), INF}, {SgnGamma(0.5), 1},      {SgnGamma(-0.5), -1},     {SgnGamma(-2.5), -1},
-      {SgnGamma(-0.0), -1},  {Fact(0), 1},            {Fact(20), 2432902008176640000.0}, {Fact(171), INF},
+      {SgnGamma(-0.0), -1},  {SgnGamma(-1), -1},     {SgnGamma(-2), 1},        {SgnGamma(-3), -1},
+      {Fact(0), 1},            {Fact(20), 2432902008176640000.0}, {Fact(171), INF},
       {BesselJ0(0), 1},      {BesselI0(0), 1},        {BesselJ0(INF), 0},       {BesselI0(-INF), INF},
       {BesselI0(714), INF}};
   for (const auto& e : exact) EXPECT_EQ(e[0], e[1]) << "entry " << &e - exact;

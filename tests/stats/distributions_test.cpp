@@ -88,6 +88,16 @@ TEST(Distributions, SpecialValuesAndQuirks) {
       {"HypGeometricCDF(3, 10, 4, 3)", HypGeometricCDF(3, 10, 4, 3), 1, 1e-14},
       {"HypGeometricCDFInv(0.5, 10, 4, 3)", HypGeometricCDFInv(0.5, 10, 4, 3), 1},
       {"MaxwellCDFInv(1, 2): 2 sqrt(2), since GammaCDFInv(1) = 1", MaxwellCDFInv(1, 2), 2 * SQRT2, 1e-15},
+      // an infinite F statistic (zero denominator variance), and nu1 x beyond the largest double
+      {"FCDF(INF, 3, 5)", FCDF(INF, 3, 5), 1},
+      {"FCDF(1e308, 3, 5)", FCDF(1e308, 3, 5), 1},
+      {"FCDF(1e300, 3, 5)", FCDF(1e300, 3, 5), 1},
+      // the inverse checks p only: b <= 0 runs the formula
+      {"RayleighCDFInv(0.5, -1)", RayleighCDFInv(0.5, -1), -1.1774100225154747, 1e-15},
+      {"RayleighCDFInv(0.5, 0)", RayleighCDFInv(0.5, 0), 0},
+      {"RayleighCDFInv(1, -1)", RayleighCDFInv(1, -1), INF},
+      {"NormalCDF(NaN, 0, 1): not capped to 1", NormalCDF(NaN, 0, 1), NaN},
+      {"UniformPDF(NaN, 0, 1)", UniformPDF(NaN, 0, 1), NaN},
   });
 }
 
@@ -121,6 +131,11 @@ TEST(Distributions, IncompleteFunctionsBoundaries) {
       {"Beta(0, 3): a pole", Beta(0, 3), kMax},
       {"Beta(-0.5, 0.5): Gamma(a + b) at a pole", Beta(-0.5, 0.5), 0},
       {"Beta(-0.5, 2): signs of the gammas", Beta(-0.5, 2), -4, 1e-14},
+      // a pole at a negative integer: the sign of Gamma just right of it
+      {"Beta(-1, 2)", Beta(-1, 2), -kMax},
+      {"Beta(-2, 0.5)", Beta(-2, 0.5), kMax},
+      {"Beta(0.5, -3)", Beta(0.5, -3), kMax},
+      {"Beta(2, -3): Gamma(a + b) at a pole", Beta(2, -3), 0},
       {"Binomial(5, 2)", Binomial(5, 2), 10},
       {"Binomial(5, -1)", Binomial(5, -1), 0},
       {"Binomial(7, 7)", Binomial(7, 7), 1},

@@ -8,6 +8,14 @@
 
 namespace quorel::detail {
 
+/// exp(a ln x - x - lga): the prefactor of both forms of the incomplete gamma function, shared
+/// so that the block forms compute it with the very same operations.
+inline double GammaPrefactor(double a, double x, double lga) { return std::exp(a * std::log(x) - x - lga); }
+/// LnGamma(0.5), the lga of the error function.
+double LnGammaHalf();
+/// min(1, v) with NaN kept: the cap of the distribution functions.
+inline double CapAtOne(double v) { return v > 1.0 ? 1.0 : v; }
+
 /// P(a, x) and Q(a, x) with lga = LnGamma(a).
 double IGammaLg(double a, double x, double lga);
 double JGammaLg(double a, double x, double lga);
