@@ -20,6 +20,8 @@ void GlobalFreeUnmanaged(std::intptr_t& p);
 
 /// ((p + 40) div 32) * 32: the first 32-byte boundary 9 to 40 bytes above p.
 constexpr std::intptr_t AllignMem(std::intptr_t p) { return (p + 40) / 32 * 32; }
+/// Same for an int, so that a literal such as AllignMem(0) is not ambiguous with the pointer form.
+constexpr std::intptr_t AllignMem(int p) { return AllignMem(static_cast<std::intptr_t>(p)); }
 /// Pointer form of AllignMem.
 inline void* AllignMem(const void* p) {
   return reinterpret_cast<void*>(AllignMem(reinterpret_cast<std::intptr_t>(p)));

@@ -187,7 +187,8 @@ int OffsetPos(const std::string& Sub, const std::string& S, int Offset) {
 
 namespace {
 
-// Shared walk of ExtractCplx and ExtractSample. Pos changes only when a value was read.
+// Shared walk of ExtractCplx and ExtractSample. Pos moves past the delimiters at Pos before the
+// field is read, so a field that fails to parse leaves Pos at its start.
 template <class T, class Parse>
 T ExtractNext(const std::string& S, int& Pos, const std::string& Delimiter, Parse parse, T pastEnd) {
   const int len = static_cast<int>(Delimiter.size());
@@ -196,6 +197,7 @@ T ExtractNext(const std::string& S, int& Pos, const std::string& Delimiter, Pars
     while (pos >= 1 && static_cast<std::size_t>(pos) <= S.size() &&
            S.compare(static_cast<std::size_t>(pos) - 1, Delimiter.size(), Delimiter) == 0)
       pos += len;
+  Pos = pos;
   const int q = OffsetPos(Delimiter, S, pos);
   if (q > 0) {
     T value = parse(S.substr(static_cast<std::size_t>(pos) - 1, static_cast<std::size_t>(q - pos)));

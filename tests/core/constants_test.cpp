@@ -37,6 +37,7 @@ TEST(Memory, AllignMemGivesTheBoundary9To40BytesAbove) {
     const std::intptr_t a = AllignMem(p);
     EXPECT_TRUE(a % 32 == 0 && a - p >= 9 && a - p <= 40) << p << " -> " << a;
   }
+  static_assert(AllignMem(0) == 32 && AllignMem(24) == 64);  // int literals pick the integer form
 }
 
 TEST(Memory, GlobalAllocRoundTripAndRawAccess) {

@@ -139,7 +139,7 @@ TEST(OffsetPos, Search) {
     EXPECT_THAT([=] { OffsetPos("b", "abc", offset); }, ThrowsMessage<EQuorelException>(StrEq("Offset < 1")));
 }
 
-TEST(Extract, SkipsEmptyFieldsStopsAtTheEndAndKeepsPosOnError) {
+TEST(Extract, SkipsEmptyFieldsStopsAtTheEndAndLeavesPosAtAFieldThatFails) {
   const std::string line = "1+i;;2";
   int pos = 1;
   ExpectCplx(ExtractCplx(line, pos, ";"), 1, 1, "first");
@@ -168,6 +168,9 @@ TEST(Extract, SkipsEmptyFieldsStopsAtTheEndAndKeepsPosOnError) {
   EXPECT_EQ(ExtractSample("1 x 2", pos, " "), 1.0);
   EXPECT_THROW(ExtractSample("1 x 2", pos, " "), EConvertError);
   EXPECT_EQ(pos, 3);  // unchanged by the failed read
+  pos = 1;
+  EXPECT_THROW(ExtractSample(";x;3", pos, ";"), EConvertError);
+  EXPECT_EQ(pos, 2);  // past the skipped delimiter, at the field that failed
   pos = 1;
   EXPECT_EQ(ExtractSample("", pos, ";"), 0.0);
   EXPECT_EQ(pos, 1);
