@@ -237,7 +237,10 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
   ValidateParams(num, den, numIndex, denIndex, index, len);
   if (fConditionCheck) Require(fComplex == (num.fComplex || den.fComplex), "TQuorel.Divide: Self.Complex <> Vec.Complex");
   if (len <= 0) return *this;
-  if (fComplex && !num.fComplex) kern::SampleUp2(R(num, numIndex), C(*this, index), len);
+  // A real numerator is spread as the product below needs it: into both parts against a complex
+  // reciprocal, as (a, 0) against a real one (which is then duplicated).
+  if (fComplex && !num.fComplex && den.fComplex) kern::Duplicate(R(num, numIndex), C(*this, index), len);
+  else if (fComplex && !num.fComplex) kern::SampleUp2(R(num, numIndex), C(*this, index), len);
   else Copy(num, numIndex, index, len);
   MultiplyByClampedReciprocal(*this, den, threshold, denIndex, index, len);
   return *this;

@@ -134,6 +134,7 @@ TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec, std::int32_t vec
   // Len - 1 differences land at Index .. Index + Len - 2.
   std::int32_t out = len == -1 ? -1 : std::max(len - 1, 0);
   ValidateParams2(vec, vecIndex, index, out);
+  if (len == -1) len = out + 1;  // to the end: as many sources as the resolved differences need
   if (fConditionCheck && (vecIndex < 0 || std::int64_t{vecIndex} + len > vec.fLength))
     ERangeErrorRaise(FormatMsg("X params out of range: XIndex: %d, Len: %d, X.Length: %d", vecIndex, len,
                                vec.fLength));

@@ -175,6 +175,8 @@ class TDenseQuorel : public TQuorel {
   TCplx DotProdc(const TDenseQuorel& vec, bool conjVec) const;
   TCplx DotProdc(const TDenseQuorel& vec, bool conjVec, std::int32_t vecIndex, std::int32_t index,
                  std::int32_t len) const;
+  /// Class-level form: vec1.DotProdc(vec2).
+  static TCplx DotProdc(const TDenseQuorel& vec1, const TDenseQuorel& vec2) { return vec1.DotProdc(vec2); }
   /// First and last element.
   double First() const;
   /// Last element.

@@ -121,6 +121,10 @@ TEST_F(Frame, TwoSourcesSizeAndMix) {
   TVec csq = Cplx({{1, 2}});
   csq.Mul(csq);
   EXPECT_TRUE(csq.IsEqual(Cplx({{-3, 4}})));
+  // And Self scaled by a complex value from itself: the real data is promoted before it is read.
+  TVec rot = Real({1, 2});
+  rot.Mul(rot, TCplx{0, 1});
+  EXPECT_TRUE(rot.IsEqual(Cplx({{0, 1}, {0, 2}})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Sub(b); }), "TVec.Sub: Vec.Length <> Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Mul(b); }), "Length <> Vec.Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.Divide(b); }), "TQuorel.Divide: Length <> Vec.Length");

@@ -50,6 +50,9 @@ TEST(RunningSums, CumSumAndDifference) {
   TVec untouched = Real({9});
   untouched.Difference(one, 0, 0, 1);  // Len - 1 < 1: nothing happens
   EXPECT_EQ(untouched[0], 9);
+  TVec tail = Real({9, 9, 9});
+  tail.Difference(Real({1, 4, 9, 16}), 0, 0, -1);  // -1: to the end
+  EXPECT_TRUE(tail.IsEqual(Real({3, 5, 7})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { untouched.Difference(Cplx({{1, 1}, {2, 2}}), 0, 0, 2); }),
             "Difference: Complex <> Src.Complex");
   TVec c;
@@ -149,6 +152,10 @@ TEST(GuardedDivision, ClampedReciprocal) {
   TVec c = Cplx({{2, 4}});
   c.Divide(Real({2}), 1e-3);
   EXPECT_TRUE(c.IsEqual(Cplx({{1, 2}})));
+  // The range form with a real numerator and a complex denominator: 2/i and 4/(1+i).
+  TVec s = Cplx({{7, 7}, {7, 7}});
+  s.Divide(Real({2, 4}), Cplx({{0, 1}, {1, 1}}), 1e-10, 0, 0, 0, 2);
+  EXPECT_TRUE(s.IsEqual(Cplx({{0, -2}, {2, -2}})));
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 

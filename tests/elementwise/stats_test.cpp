@@ -99,6 +99,7 @@ TEST(Reductions, ProductsAndDots) {
   EXPECT_EQ(Real({1, 2}).DotProd(Real({3, 4})), 11);
   EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Cplx({{1, 1}})), (TCplx{0, 2}));
   EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Cplx({{1, 1}}), true), (TCplx{2, 0}));
+  EXPECT_EQ(TDenseQuorel::DotProdc(Cplx({{1, 1}}), Cplx({{1, 1}})), (TCplx{0, 2}));  // the class-level form
   EXPECT_EQ(Real({2}).DotProdc(Cplx({{1, 1}})), (TCplx{2, 2}));
   EXPECT_EQ(Cplx({{1, 1}}).DotProdc(Real({2}), true), (TCplx{2, -2}));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProd(Real({1, 2})); }),

@@ -264,6 +264,7 @@ TEST(KernelsMath, SpecialValues) {
       {Sinh, -kInf, -kInf},   {Cosh, -kInf, kInf},     {Cosh, kNaN, kNaN},     {Log10, 1.0, 0.0},
       {Sinh, -710.4, static_cast<double>(sinhl(-710.4))}, {Cosh, 710.4, static_cast<double>(coshl(710.4))}, {Sinh, 710.5, kInf},
       {ArcTan, -0.0, -0.0},   {ArcTan, -kInf, -M_PI_2}, {ArcTan, 1e300, M_PI_2}, {ArcTan, kNaN, kNaN},
+      {ArcCosh, -1e200, kNaN}, {ArcCosh, -kInf, kNaN},
   };
   errno = 0;
   ForEachIsa([&](const std::string& isa) {

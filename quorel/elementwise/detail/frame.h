@@ -281,6 +281,9 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, 
 template <class Op, class S>
 TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v) {
   if (self.ConditionCheck() && op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
+  // Self as its own source (Mul has no message against it) runs in place, where a complex value
+  // promotes the data before it is read; sizing Self first would reinterpret the source.
+  if (Same(self, vec)) return Scalar(self, op, v, 0, -1);
   self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
   RunScalar(op, vec, 0, v, self, 0, vec.Length());
   return self;

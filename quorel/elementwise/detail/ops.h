@@ -151,15 +151,15 @@ using Log10F = RealKernelComplexScalar<Log10K, &quorel::Log10>;
 
 /// Logarithm to base n: ln(x) / ln(n).
 struct LogNK {
-  double scale = 0;
+  double lnBase = 0;
   explicit LogNK(double base) {
     Require(base != 0, "TQuorel.LogN: N = 0");
-    scale = 1.0 / quorel::Ln(base);
+    lnBase = quorel::Ln(base);
   }
   template <class X>
   void operator()(const X* x, X* r, ptrdiff_t n) const {
     LnF{}(x, r, n);
-    kern::ScaleByValue(r, scale, r, n);
+    kern::DivByValue(r, lnBase, r, n);
   }
 };
 

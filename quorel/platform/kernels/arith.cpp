@@ -201,6 +201,13 @@ QUOREL_KERNEL_PAIRS void ScaleByValue(const double* x, TCplx v, TCplx* r, ptrdif
   Map(x, r, n, [v](double a) { return TCplx{a * v.Re, a * v.Im}; });
 }
 
+QUOREL_KERNEL_WIDE void DivByValue(const double* x, double v, double* r, ptrdiff_t n) {
+  Map(x, r, n, [v](double a) { return a / v; });
+}
+QUOREL_KERNEL void DivByValue(const TCplx* x, double v, TCplx* r, ptrdiff_t n) {
+  Map(x, r, n, [v](TCplx a) { return TCplx{a.Re / v, a.Im / v}; });
+}
+
 QUOREL_KERNEL void DivideValue(const double* x, double v, double* r, ptrdiff_t n) {
   Map(x, r, n, [v](double a) { return v / a; });
 }

@@ -67,6 +67,10 @@ void ScaleByValue(const TCplx* x, double v, TCplx* r, std::ptrdiff_t n);
 void ScaleByValue(const TCplx* x, TCplx v, TCplx* r, std::ptrdiff_t n);
 void ScaleByValue(const double* x, TCplx v, TCplx* r, std::ptrdiff_t n);
 
+/// r = x / v, rounded once (a product with 1/v can be an ulp off, and then 8 to base 2 is not 3).
+void DivByValue(const double* x, double v, double* r, std::ptrdiff_t n);
+void DivByValue(const TCplx* x, double v, TCplx* r, std::ptrdiff_t n);
+
 /// r = v / x, in the same four forms.
 void DivideValue(const double* x, double v, double* r, std::ptrdiff_t n);
 void DivideValue(const TCplx* x, double v, TCplx* r, std::ptrdiff_t n);

@@ -272,7 +272,7 @@ struct UnaryOp {
 };
 
 // SLEEF's asinh and acosh overflow for arguments beyond about 1.3e154. There both equal
-// ln(2|x|) far below an ulp (the next term is 1/(4x^2)), taken from the 1-ulp logarithm:
+// ln(2|x|) (asinh with the sign of x; acosh is NaN for negative x) far below an ulp (the next term is 1/(4x^2)), taken from the 1-ulp logarithm:
 // ln(2a) directly, or ln(a/2) + ln 4 where 2a would overflow (the sum stays in one binade).
 template <Fn1 F>
 struct LogOfTwiceForLargeOp {
@@ -288,7 +288,9 @@ struct LogOfTwiceForLargeOp {
         const auto top = a >= 0x1p1022;
         const V l = Simd<W>::kFn1[kLn](top ? a * 0.5 : a * 2.0);
         const V ln2a = top ? l + 2 * LN2 : l;
-        y = large ? (v < 0.0 ? -ln2a : ln2a) : y;
+        // asinh is odd; acosh has no real value below 1
+        const V below = F == kACosh ? Splat<W>(NAN) : -ln2a;
+        y = large ? (v < 0.0 ? below : ln2a) : y;
       }
       Store<W>(d[0], y);
     });
