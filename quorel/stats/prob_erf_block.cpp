@@ -7,7 +7,6 @@
 // accuracy. The normal quantile evaluates erf once per point; see TwoSteps in erf_block_impl.inc.
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -21,6 +20,7 @@
 #include "quorel/platform/arb.h"
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/math.h"
+#include "quorel/stats/detail/block_path.h"
 #include "quorel/stats/detail/erf_block.h"
 #include "quorel/stats/detail/prob_core.h"
 
@@ -90,37 +90,12 @@ namespace erf_avx512 {
 
 #pragma GCC diagnostic pop
 
-namespace {
-
-TErfPath BestPath() {
 #ifdef QUOREL_ERF_CLONES
-  __builtin_cpu_init();
-  if (!__builtin_cpu_supports("avx2") || !__builtin_cpu_supports("fma")) return TErfPath::Plain;
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq")) return TErfPath::Avx512;
-  return TErfPath::Avx2;
-#else
-  return TErfPath::Plain;
-#endif
-}
-
-std::atomic<TErfPath>& Path() {
-  static std::atomic<TErfPath> path{BestPath()};
-  return path;
-}
-
-}  // namespace
-
-TErfPath SetErfPath(TErfPath p) {
-  static const TErfPath best = BestPath();
-  return Path().exchange(p > best ? best : p);
-}
-
-#ifdef QUOREL_ERF_CLONES
-#define QUOREL_ERF_DISPATCH(CALL)                      \
-  switch (Path().load(std::memory_order_relaxed)) {   \
-    case TErfPath::Avx512: return erf_avx512::CALL;   \
-    case TErfPath::Avx2: return erf_avx2::CALL;       \
-    default: return erf_plain::CALL;                  \
+#define QUOREL_ERF_DISPATCH(CALL)                  \
+  switch (CurrentBlockPath()) {                    \
+    case TBlockPath::Avx512: return erf_avx512::CALL; \
+    case TBlockPath::Avx2: return erf_avx2::CALL;     \
+    default: return erf_plain::CALL;                \
   }
 #else
 #define QUOREL_ERF_DISPATCH(CALL) return erf_plain::CALL;

@@ -3,7 +3,6 @@
 // and additions into fused multiply-adds: the scalar functions, built for plain x86-64, cannot.
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstring>
 
@@ -12,6 +11,7 @@
 #endif
 
 #include "quorel/core/constants.h"
+#include "quorel/stats/detail/block_path.h"
 #include "quorel/stats/detail/gamma_block.h"
 
 namespace quorel::detail {
@@ -55,35 +55,9 @@ namespace gamma_avx512 {
 #endif
 #pragma GCC diagnostic pop
 
-namespace {
-
-TBlockPath BestPath() {
-#ifdef QUOREL_GAMMA_CLONES
-  __builtin_cpu_init();
-  if (!__builtin_cpu_supports("avx2")) return TBlockPath::Plain;
-  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
-    return TBlockPath::Avx512;
-  return TBlockPath::Avx2;
-#else
-  return TBlockPath::Plain;
-#endif
-}
-
-std::atomic<TBlockPath>& Path() {
-  static std::atomic<TBlockPath> path{BestPath()};
-  return path;
-}
-
-}  // namespace
-
-TBlockPath SetBlockPath(TBlockPath p) {
-  static const TBlockPath best = BestPath();
-  return Path().exchange(p > best ? best : p);
-}
-
 void GammaFormsBlock(const double* t, const double* pf, double* r, std::int32_t n, double a) {
 #ifdef QUOREL_GAMMA_CLONES
-  switch (Path().load(std::memory_order_relaxed)) {
+  switch (CurrentBlockPath()) {
     case TBlockPath::Avx512: return gamma_avx512::GammaForms(t, pf, r, n, a);
     case TBlockPath::Avx2: return gamma_avx2::GammaForms(t, pf, r, n, a);
     default: break;

@@ -15,8 +15,8 @@
 #include "quorel/core/constants.h"
 #include "quorel/objects/vec.h"
 #include "quorel/stats/probabilities.h"
-#include "quorel/stats/detail/erf_block.h"
 #include "support/support.h"
+#include "stats/block_path_support.h"
 
 namespace quorel {
 namespace {
@@ -65,20 +65,6 @@ void CheckFamily(const std::string& family, const std::map<std::string, Real>& f
   }
 }
 
-// Runs body on every instruction-set copy of the block functions the processor has.
-template <class Body>
-void OnEachBlockPath(Body body) {
-  using detail::TErfPath;
-  const TErfPath best = detail::SetErfPath(TErfPath::Avx512);
-  for (TErfPath p : {TErfPath::Plain, TErfPath::Avx2, TErfPath::Avx512}) {
-    if (p > best) break;
-    detail::SetErfPath(p);
-    std::printf(" block path %d:\n", static_cast<int>(p));
-    body();
-  }
-  detail::SetErfPath(best);
-}
-
 // A vector overload of a two-parameter distribution on a one-element vector: the block forms of
 // the normal CDF and quantile are held to the references too.
 std::function<double(const Args&)> Vec(void (*f)(const TDenseQuorel&, double, double, TDenseQuorel&)) {
@@ -122,7 +108,7 @@ TEST(Accuracy, Normal) {
   });
   // The vector forms: the error function on whole blocks, on each instruction-set copy. The CDF's
   // tail error is the rounding of z = (x - mu) / sigma / sqrt(2), amplified by 2 z^2.
-  OnEachBlockPath([] {
+  test::OnEachBlockPath([] {
     CheckFamily("normal", {
         {"NormalPDF", {[](const Args& a) { return NormalPDF(a[0], a[1], a[2]); }, 8}},
         {"NormalCDF", {Vec(NormalCDF), 400}},

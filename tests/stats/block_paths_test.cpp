@@ -22,24 +22,11 @@
 #include "quorel/stats/detail/gamma_block.h"
 #include "quorel/stats/probabilities.h"
 #include "support/support.h"
+#include "stats/block_path_support.h"
 
 namespace quorel {
 namespace {
 
-using detail::TBlockPath;
-
-// Runs body once on every path the processor has, restoring the best one afterwards.
-template <class Body>
-void OnEachPath(Body body) {
-  const TBlockPath best = detail::SetBlockPath(TBlockPath::Avx512);
-  for (TBlockPath p : {TBlockPath::Plain, TBlockPath::Avx2, TBlockPath::Avx512}) {
-    if (p > best) break;
-    detail::SetBlockPath(p);
-    SCOPED_TRACE(static_cast<int>(p));
-    body();
-  }
-  detail::SetBlockPath(best);
-}
 
 bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b)); }
 
@@ -56,7 +43,7 @@ void ExpectScalarBits(const char* name, const std::vector<double>& grid,
                       const std::function<double(double)>& scalar) {
   std::vector<double> want(grid.size());
   for (std::size_t i = 0; i < grid.size(); ++i) want[i] = scalar(grid[i]);
-  OnEachPath([&] {
+  test::OnEachBlockPath([&] {
     const TVec x = ToVec(grid);
     TVec r, same = ToVec(grid);
     vec(x, r);
@@ -148,7 +135,7 @@ TEST(BlockPaths, GammaQuantileFailsWhereTheScalarFunctionFails) {
       failures += fails.back();
     }
     if (nu == 200000) EXPECT_GT(failures, 0);  // the property is tested on both outcomes
-    OnEachPath([&] {
+    test::OnEachBlockPath([&] {
       TVec x, r;
       x.SetLength(1);
       for (std::size_t i = 0; i < p.size(); ++i) {

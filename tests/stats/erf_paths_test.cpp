@@ -21,24 +21,11 @@
 #include "quorel/stats/detail/prob_core.h"
 #include "quorel/stats/probabilities.h"
 #include "support/support.h"
+#include "stats/block_path_support.h"
 
 namespace quorel {
 namespace {
 
-using detail::TErfPath;
-
-// Runs body once on every path the processor has, restoring the best one afterwards.
-template <class Body>
-void OnEachPath(Body body) {
-  const TErfPath best = detail::SetErfPath(TErfPath::Avx512);
-  for (TErfPath p : {TErfPath::Plain, TErfPath::Avx2, TErfPath::Avx512}) {
-    if (p > best) break;
-    detail::SetErfPath(p);
-    SCOPED_TRACE(static_cast<int>(p));
-    body();
-  }
-  detail::SetErfPath(best);
-}
 
 std::vector<double> QuantileGrid() {
   std::vector<double> p;
@@ -71,7 +58,7 @@ TEST(ErfPaths, NormalQuantileIsThePrescribedIterationOnEveryPath) {
   std::vector<long double> want(n);
   std::vector<double> got(n);
   for (std::int32_t i = 0; i < n; ++i) want[i] = Quantile(p[i], 3.0);
-  OnEachPath([&] {
+  test::OnEachBlockPath([&] {
     detail::ErfNormalCdfInvBlock(p.data(), got.data(), n, 0.0, 3.0);
     double worst = 0;
     for (std::int32_t i = 0; i < n; ++i) {
@@ -85,7 +72,7 @@ TEST(ErfPaths, NormalQuantileIsThePrescribedIterationOnEveryPath) {
 
 TEST(ErfPaths, NormalQuantileSpecialValuesRaggedLengthsAndInPlace) {
   const std::vector<double> in = {0.5, 0, 1, -0.1, 1.1, NAN, 1e-17, INF, -INF, 0.3, 0.999, 1e-300, 0.7};
-  OnEachPath([&] {
+  test::OnEachBlockPath([&] {
     for (std::int32_t n = 1; n <= static_cast<std::int32_t>(in.size()); ++n) {
       std::vector<double> r(in.begin(), in.begin() + n);
       detail::ErfNormalCdfInvBlock(r.data(), r.data(), n, 2.0, 1.5);  // in place
@@ -109,7 +96,7 @@ TEST(ErfPaths, NormalCdfMatchesScalarOnEveryPath) {
   x.push_back(-INF);
   x.push_back(INF);
   const std::int32_t n = static_cast<std::int32_t>(x.size());
-  OnEachPath([&] {
+  test::OnEachBlockPath([&] {
     for (std::int32_t s = 0; s < n; s += detail::kErfBlock) {
       const std::int32_t m = std::min(detail::kErfBlock, n - s);
       std::vector<double> r(m);

@@ -8,14 +8,6 @@
 
 namespace quorel::detail {
 
-/// Instruction sets the functions below are built for, in order; the best one the processor has
-/// is used.
-enum class TErfPath { Plain, Avx2, Avx512 };
-
-/// Runs the functions below on path p, or on the best the processor has if p is beyond it;
-/// returns the previous path. For tests that compare the paths; not for concurrent use.
-TErfPath SetErfPath(TErfPath p);
-
 /// Longest block the functions below take.
 inline constexpr std::int32_t kErfBlock = 1024;
 

@@ -9,13 +9,6 @@
 
 namespace quorel::detail {
 
-/// Instruction sets the lanes are built for, in order; the best one the processor has is used.
-enum class TBlockPath { Plain, Avx2, Avx512 };
-
-/// Runs the lanes on path p, or on the best the processor has if p is beyond it; returns the
-/// previous path. For tests that compare the paths; not for concurrent use.
-TBlockPath SetBlockPath(TBlockPath p);
-
 /// r[i] = GammaSer's sum times pf[i] where t[i] < a + 1, else pf[i] times GammaFrac's fraction:
 /// the two forms of IGamma and JGamma at (a, t[i]) given their prefactor pf[i]. Requires
 /// 0 < t[i] < INF, a > 0 with 1/a finite and a + 1 > a. r may be t or pf.
