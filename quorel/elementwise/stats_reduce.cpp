@@ -2,6 +2,7 @@
 // products and dot products.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 
 #include "quorel/core/constants.h"
@@ -9,6 +10,7 @@
 #include "quorel/elementwise/detail/frame.h"
 #include "quorel/platform/kernels/cplx.h"
 #include "quorel/platform/kernels/reduce.h"
+#include "quorel/platform/lapack/lapack.h"
 
 namespace quorel {
 
@@ -22,6 +24,30 @@ using detail::RequireReal;
 // --- sums and means ----------------------------------------------------------------------------------
 
 namespace {
+// From this many values on, sums of products go to the BLAS dot product, which the threaded BLAS
+// splits across the cores: 1.5x the one-core kernel at 10^5 values on two cores, 1.3x where memory
+// bound. Below it, waking the threads costs more than they save.
+constexpr std::ptrdiff_t kThreadedDotFrom = std::ptrdiff_t{1} << 15;
+
+bool Threaded(std::ptrdiff_t n) {
+  return n >= kThreadedDotFrom && n <= std::numeric_limits<detail::lapack::FInt>::max();
+}
+
+double DotOf(const double* a, const double* b, std::ptrdiff_t n) {
+  return Threaded(n) ? detail::lapack::dot(static_cast<detail::lapack::FInt>(n), a, b) : kern::Dot(a, b, n);
+}
+
+// The plain BLAS sum of squares stands when no square can have overflowed or lost its value to
+// underflow; otherwise the rescaling kernel runs.
+double NormL2Of(const double* x, std::ptrdiff_t n) {
+  if (Threaded(n)) {
+    const double ss = detail::lapack::dot(static_cast<detail::lapack::FInt>(n), x, x);
+    if (ss >= 0x1p-900 && ss < std::numeric_limits<double>::infinity()) return std::sqrt(ss);
+  }
+  return kern::NormL2(x, n);
+}
+double NormL2Of(const TCplx* x, std::ptrdiff_t n) { return NormL2Of(reinterpret_cast<const double*>(x), 2 * n); }
+
 // f over [index, index + len) of a real (T = double) or complex (T = TCplx) object, after the
 // range and kind checks; empty for len = 0.
 template <class T, class F>
@@ -93,7 +119,7 @@ double TDenseQuorel::RMS() const { return RMS(0, fLength); }
 double TDenseQuorel::RMS(std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
   if (len == 0) return NaN;
-  const double norm = fComplex ? kern::NormL2(C(*this, index), len) : kern::NormL2(R(*this, index), len);
+  const double norm = fComplex ? NormL2Of(C(*this, index), len) : NormL2Of(R(*this, index), len);
   return norm / std::sqrt(static_cast<double>(len));
 }
 
@@ -206,7 +232,7 @@ double NormOfDifference(const TDenseQuorel& self, const TDenseQuorel& vec, std::
 
 constexpr auto kNormInf = [](auto x, std::ptrdiff_t n) { return kern::NormInf(x, n); };
 constexpr auto kNormL1 = [](auto x, std::ptrdiff_t n) { return kern::NormL1(x, n); };
-constexpr auto kNormL2 = [](auto x, std::ptrdiff_t n) { return kern::NormL2(x, n); };
+constexpr auto kNormL2 = [](auto x, std::ptrdiff_t n) { return NormL2Of(x, n); };
 constexpr auto kDiffInf = [](auto a, auto b, std::ptrdiff_t n) { return kern::NormDiffInf(a, b, n); };
 constexpr auto kDiffL1 = [](auto a, auto b, std::ptrdiff_t n) { return kern::NormDiffL1(a, b, n); };
 constexpr auto kDiffL2 = [](auto a, auto b, std::ptrdiff_t n) { return kern::NormDiffL2(a, b, n); };
@@ -284,7 +310,7 @@ double TDenseQuorel::DotProd(const TDenseQuorel& vec, std::int32_t vecIndex, std
                              std::int32_t len) const {
   ValidateParams2(vec, vecIndex, index, len);
   Require(!vec.fComplex && !fComplex, "Vec.Complex or Self.Complex");
-  return len > 0 ? kern::Dot(R(*this, index), R(vec, vecIndex), len) : 0.0;
+  return len > 0 ? DotOf(R(*this, index), R(vec, vecIndex), len) : 0.0;
 }
 
 TCplx TDenseQuorel::DotProdc(const TDenseQuorel& vec) const { return DotProdc(vec, false); }

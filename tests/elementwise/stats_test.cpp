@@ -93,6 +93,40 @@ TEST(Reductions, NormsAndDifferences) {
   EXPECT_DOUBLE_EQ(Real({3e200, 4e200}).NormL2(), 5e200);
 }
 
+// Long vectors take the threaded dot product, which must hand over to the rescaling kernel where
+// the plain sum of squares overflows or underflows.
+TEST(Reductions, LongNormsAndDots) {
+  constexpr std::int32_t n = 100'000;
+  TVec x, y;
+  x.SetLength(n);
+  y.SetLength(n);
+  for (std::int32_t i = 0; i < n; ++i) {
+    x[i] = (i % 2 ? 3.0 : -4.0);
+    y[i] = 1.0 + (i % 7);
+  }
+  // n/2 each of 9 and 16: the sums are exact.
+  EXPECT_EQ(x.NormL2(), std::sqrt(25.0 * n / 2));
+  double dot = 0;
+  for (std::int32_t i = 0; i < n; ++i) dot += x[i] * y[i];
+  EXPECT_EQ(x.DotProd(y), dot);  // small whole numbers: exact in any order
+  EXPECT_EQ(x.NormL2(1, n - 2), std::sqrt(25.0 * (n - 2) / 2));
+  EXPECT_DOUBLE_EQ(x.RMS(), std::sqrt(12.5));
+  for (const double scale : {1e300, 1e-300}) {
+    TVec s;
+    s.Copy(x);
+    s.Mul(scale);
+    EXPECT_NEAR(s.NormL2() / scale / std::sqrt(25.0 * n / 2), 1, 1e-13) << scale;
+  }
+  TVec c;
+  c.Size(n / 2, true);
+  for (std::int32_t i = 0; i < n / 2; ++i) c.atc(i) = {-4e300, 3e300};
+  EXPECT_NEAR(c.NormL2() / (5e300 * std::sqrt(n / 2.0)), 1, 1e-13);
+  x[n / 2] = NaN;
+  EXPECT_TRUE(std::isnan(x.NormL2()));
+  x[n / 2] = INF;
+  EXPECT_EQ(x.NormL2(), INF);
+}
+
 TEST(Reductions, ProductsAndDots) {
   EXPECT_EQ(Real({2, 3, 4}).Product(), 24);
   EXPECT_EQ(Cplx({{0, 1}, {0, 1}}).Productc(), (TCplx{-1, 0}));

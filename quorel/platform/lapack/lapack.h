@@ -58,6 +58,13 @@ constexpr T One() { if constexpr (kComplex<T>) return TCplx{1, 0}; else return 1
 template <Element T>
 constexpr T Zero() { if constexpr (kComplex<T>) return TCplx{0, 0}; else return 0.0; }
 
+// --- BLAS level 1 ---------------------------------------------------------------------------------
+/// Sum of x[i] * y[i] over n contiguous values. The threaded BLAS splits a long one across cores.
+inline double dot(FInt n, const double* x, const double* y) {
+  const FInt one = 1;
+  return ddot_(&n, x, &one, y, &one);
+}
+
 // --- BLAS level 3 ---------------------------------------------------------------------------------
 template <Element T>
 void gemm(char ta, char tb, FInt m, FInt n, FInt k, T alpha, const T* a, FInt lda, const T* b, FInt ldb, T beta, T* c,

@@ -21,6 +21,9 @@ using quorel::detail::lapack::FInt;
 using quorel::detail::lapack::FLen;
 using quorel::detail::lapack::Z;
 
+// --- BLAS level 1 -------------------------------------------------------------------------------
+double ddot_(const FInt*, const double*, const FInt*, const double*, const FInt*);
+
 // --- BLAS level 3 -------------------------------------------------------------------------------
 void dgemm_(const char*, const char*, const FInt*, const FInt*, const FInt*, const double*, const double*,
             const FInt*, const double*, const FInt*, const double*, double*, const FInt*, FLen, FLen);
