@@ -22,8 +22,8 @@ Int Saturate(L x) {
 }
 }  // namespace
 
-std::int64_t Ceil(double x) { return Saturate<std::int64_t>(std::ceil(L(x))); }
-std::int64_t Floor(double x) { return Saturate<std::int64_t>(std::floor(L(x))); }
+double Ceil(double x) { return std::ceil(x); }
+double Floor(double x) { return std::floor(x); }
 
 double Rem(double x, double y) {
   L q = std::trunc(L(x) / y);
@@ -58,6 +58,11 @@ std::int64_t Lcm(std::int32_t a, std::int32_t b) {
 std::int32_t TruncDiv(std::int32_t x, std::int32_t n) {
   if (n == 0) return 0;
   return static_cast<std::int32_t>(std::int64_t{x} / n * n);
+}
+std::int64_t TruncDiv(std::int64_t x, std::int64_t n) {
+  if (n == 0) return 0;
+  if (n == -1) return x;  // x / -1 overflows for the minimum
+  return x / n * n;
 }
 double TruncDiv(double x, double n) { return static_cast<double>(std::trunc(L(x) / n) * n); }
 

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include <gtest/gtest.h>
 
@@ -61,11 +62,18 @@ TEST(ScalarUtil, TruncationsSaturate) {
   EXPECT_EQ(TruncAndFrac(1e20, frac), std::numeric_limits<std::int32_t>::max());
   EXPECT_EQ(TruncAndFrac(NaN, frac), 0);
   EXPECT_TRUE(std::isnan(frac));
+  EXPECT_EQ(TruncDiv(std::numeric_limits<std::int64_t>::min(), std::int64_t{-1}),
+            std::numeric_limits<std::int64_t>::min());
+}
+
+TEST(ScalarUtil, CeilAndFloorStayReal) {
+  static_assert(std::is_same_v<decltype(Ceil(1.5)), double> && std::is_same_v<decltype(Floor(1.5)), double>);
   EXPECT_TRUE(Ceil(-2.1) == -2 && Floor(-2.1) == -3 && Floor(2.0) == 2);
-  EXPECT_EQ(Ceil(4503599627370495.5), 4503599627370496);  // beyond the int32 range
-  EXPECT_EQ(Floor(1e300), std::numeric_limits<std::int64_t>::max());
-  EXPECT_EQ(Ceil(-INF), std::numeric_limits<std::int64_t>::min());
-  EXPECT_EQ(Floor(NaN), 0);
+  EXPECT_EQ(Ceil(4503599627370495.5), 4503599627370496.0);
+  EXPECT_TRUE(Floor(1e300) == 1e300 && Ceil(-1e20) == -1e20);  // no clipping to an integer range
+  EXPECT_TRUE(Ceil(-INF) == -INF && Floor(INF) == INF);
+  EXPECT_TRUE(std::isnan(Floor(NaN)) && std::isnan(Ceil(NaN)));
+  EXPECT_TRUE(std::signbit(Ceil(-0.5)));
 }
 
 TEST(ScalarUtil, RangeChecksTestLowBoundFirstAndPassNaN) {
@@ -74,13 +82,46 @@ TEST(ScalarUtil, RangeChecksTestLowBoundFirstAndPassNaN) {
   EXPECT_TRUE(std::isnan(EnsureRange(0.0, NaN, 1.0)));
   EXPECT_TRUE(CheckRange(1.0, 1.0, 2.0) && CheckRange(1.0, 2.0, 2.0));
   EXPECT_FALSE(CheckRange(1.0, NaN, 2.0));
-  EXPECT_FALSE(CheckRange(std::int64_t{1}, 3, 2));
+  EXPECT_FALSE(CheckRange(1, 3, 2));
   double v = -1;
   LimitRange(0.0, v, 1.0);
   EXPECT_EQ(v, 0.0);
   std::int32_t i = 9;
   LimitRange(0, i, 5);
   EXPECT_EQ(i, 5);
+}
+
+// Plain literals mixed with other types: a real argument selects the double form, integers the
+// widest integer form, so nothing is truncated or wrapped on the way in.
+TEST(ScalarUtil, MixedArgumentsPickTheDoubleOrWidestIntegerForm) {
+  const double x = -2.5;
+  const int n = 7;
+  const std::int64_t big = std::int64_t{1} << 40;
+  static_assert(std::is_same_v<decltype(Max(x, 0)), double> && std::is_same_v<decltype(Min(1, x)), double>);
+  static_assert(std::is_same_v<decltype(EnsureRange(0, x, 1)), double>);
+  static_assert(std::is_same_v<decltype(TruncDiv(x, 2)), double>);
+  static_assert(std::is_same_v<decltype(Max(n, 0)), std::int32_t>);
+  static_assert(std::is_same_v<decltype(Min(big, n)), std::int64_t>);
+  EXPECT_EQ(Max(x, 0), 0.0);
+  EXPECT_EQ(Min(1, x), -2.5);
+  EXPECT_EQ(Min(1, 0.5f), 0.5);
+  EXPECT_EQ(Max(0.25, 0), 0.25);
+  EXPECT_EQ(EnsureRange(0, 0.25, 1), 0.25);
+  EXPECT_EQ(EnsureRange(0, x, 1), 0.0);
+  EXPECT_TRUE(std::isnan(EnsureRange(0, NaN, 1)));
+  EXPECT_TRUE(CheckRange(1, n, 10) && !CheckRange(1, 0.5, 10) && CheckRange(0, 0.5, 1));
+  EXPECT_EQ(TruncDiv(7.5, 2), 6.0);
+  EXPECT_EQ(TruncDiv(x, 2), -2.0);
+  EXPECT_EQ(Max(big, 0), big);
+  EXPECT_EQ(Min(-big, n), -big);
+  EXPECT_FALSE(CheckRange(0, big, 1));
+  EXPECT_EQ(EnsureRange(0, big + 5, big), big);
+  EXPECT_EQ(TruncDiv(big + 3, 2), big + 2);
+  EXPECT_EQ(Max(-1, 3u), 3);  // not compared as unsigned
+  EXPECT_EQ(Min(std::int16_t{-4}, 2), -4);
+  std::int64_t v = -big;
+  LimitRange(0, v, 1);
+  EXPECT_EQ(v, 0);
 }
 
 TEST(ScalarUtil, FreeAndNilClearsBeforeDeleting) {
