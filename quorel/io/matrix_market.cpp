@@ -40,4 +40,6 @@ void SaveToMatrixMarketFile(const TMtx& mtx, const std::string& fileName) {
   SaveStringsToFile(MatrixMarketArrayLines(mtx), fileName);
 }
 
+void TMtx::SaveToMatrixMarketFile(const std::string& fileName) const { quorel::SaveToMatrixMarketFile(*this, fileName); }
+
 }  // namespace quorel

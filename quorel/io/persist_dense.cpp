@@ -1,5 +1,6 @@
 // Saving and loading shared by vectors and matrices: a header of the object's kind, then the
 // values in storage order (a matrix's rows lie back to back, LeadingCols being Cols).
+#include <algorithm>
 #include <cstddef>
 
 #include "quorel/io/detail/persist_format.h"
@@ -10,7 +11,21 @@
 namespace quorel {
 
 void TDenseQuorel::WriteValues(TQuorelStream& stream, TPrecision precision, TRounding rounding) const {
-  if (fLength > 0) WriteBinaryValues(stream, fValues, precision, rounding, fComplex, fLength);
+  if (fLength <= 0) return;
+  if (!fIsInteger || fComplex) {
+    WriteBinaryValues(stream, fValues, precision, rounding, fComplex, fLength);
+    return;
+  }
+  // The format has no integer flag: the 32-bit integers are written as the values they are,
+  // widened a stretch at a time.
+  constexpr std::int32_t kStretch = 2048;
+  double widened[kStretch];
+  const std::int32_t* ints = PIValues1D(0);
+  for (std::int32_t i = 0; i < fLength; i += kStretch) {
+    const std::int32_t n = std::min(kStretch, fLength - i);
+    std::copy_n(ints + i, n, widened);
+    WriteBinaryValues(stream, widened, precision, rounding, false, n);
+  }
 }
 
 void TDenseQuorel::ReadValues(TQuorelStream& stream, TPrecision precision) {

@@ -62,7 +62,7 @@ TPrecision TMtx::ReadHeader(TQuorelStream& stream) {
   std::string caption = fCaption;
   detail::ReadHeaderTail(stream, h[hVersion], h[hFileCode], h[hTag], tag, caption);
   // Sizing is the last step that can refuse; nothing has changed before it.
-  Size(aRound(h[hRows]), aRound(h[hCols]), aRound(h[hComplex]) != 0);
+  Size(aRound(h[hRows]), aRound(h[hCols]), false, aRound(h[hComplex]) != 0);  // the values are stored as reals
   fTag = tag;
   fCaption = std::move(caption);
   fConditionCheck = aRound(h[hConditionCheck]) != 0;

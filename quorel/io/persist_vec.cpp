@@ -39,6 +39,7 @@ TPrecision TVec::ReadHeader(TQuorelStream& stream) {
   detail::ReadHeaderTail(stream, h[hVersion], h[hFileCode], h[hTag], tag, caption);
   // Sizing is the last step that can refuse; nothing has changed before it.
   Size(aRound(h[hLength]), aRound(h[hComplex]) != 0);
+  fIsInteger = false;  // the values are stored as reals
   fTag = tag;
   fCaption = std::move(caption);
   fConditionCheck = aRound(h[hConditionCheck]) != 0;

@@ -253,6 +253,53 @@ void SaveStringsToFile(const TStringList& list, const std::string& fileName) {
   SaveTextToFile(fileName, text, false);
 }
 
+// --- the same as members ----------------------------------------------------------------------------
+
+void TVec::ValuesToStrings(TStringList& list, const std::string& reFormat, const std::string& imFormat,
+                           std::int32_t index, std::int32_t len) const {
+  quorel::ValuesToStrings(*this, list, reFormat, imFormat, index, len);
+}
+
+void TVec::ValuesToStrings(TStringList& list, const std::string& reFormat, const std::string& imFormat) const {
+  quorel::ValuesToStrings(*this, list, reFormat, imFormat);
+}
+
+void TVec::ValuesToStrings(TStringList& list, std::int32_t index, std::int32_t len) const {
+  quorel::ValuesToStrings(*this, list, index, len);
+}
+
+void TVec::ValuesToStrings(TStringList& list) const { quorel::ValuesToStrings(*this, list); }
+
+void TVec::StringsToValues(const TStringList& list, std::int32_t listIndex, std::int32_t index, std::int32_t len) {
+  quorel::StringsToValues(*this, list, listIndex, index, len);
+}
+
+void TVec::StringsToValues(const TStringList& list) { quorel::StringsToValues(*this, list); }
+
+void TMtx::ValuesToStrings(TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                           const std::string& imFormat, std::int32_t row, std::int32_t col, std::int32_t rowCount,
+                           std::int32_t colCount) const {
+  quorel::ValuesToStrings(*this, list, delimiter, reFormat, imFormat, row, col, rowCount, colCount);
+}
+
+void TMtx::ValuesToStrings(TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                           const std::string& imFormat) const {
+  quorel::ValuesToStrings(*this, list, delimiter, reFormat, imFormat);
+}
+
+void TMtx::ValuesToStrings(TStringList& list, const std::string& delimiter, std::int32_t row, std::int32_t col,
+                           std::int32_t rowCount, std::int32_t colCount) const {
+  quorel::ValuesToStrings(*this, list, delimiter, row, col, rowCount, colCount);
+}
+
+void TMtx::ValuesToStrings(TStringList& list, const std::string& delimiter) const {
+  quorel::ValuesToStrings(*this, list, delimiter);
+}
+
+void TMtx::StringsToValues(const TStringList& list, const std::string& delimiter) {
+  quorel::StringsToValues(*this, list, delimiter);
+}
+
 // --- storage precisions ----------------------------------------------------------------------------
 
 namespace {

@@ -226,6 +226,10 @@ void TQuorelController::SetMtxConditionCheck(bool value) {
 }
 
 void TQuorelController::DestroyQuorelCache() {
+  // First the FFT descriptor cache (with the other foreign state that registers its release):
+  // its work vectors must be gone before live objects are counted. Outside the lock, because a
+  // release may hand objects back to the pools.
+  detail::RunReleaseHooks();
   std::lock_guard<TCacheLock> hold(lock_);
   if (vecs_.Used > 0)
     Report(kLeakPrefix + std::to_string(vecs_.Used) +

@@ -91,7 +91,8 @@ class TQuorelController {
   void SetVecConditionCheck(bool value);
   /// Sets the default ConditionCheck of new matrices and of every pooled matrix.
   void SetMtxConditionCheck(bool value);
-  /// Frees the pools and reports leaked work objects.
+  /// Releases the back-end caches (the FFT descriptor cache first), frees the pools and reports
+  /// leaked work objects.
   void DestroyQuorelCache();
   /// Releases back-end caches (the FFT descriptor cache, LAPACK buffers): runs every release hook.
   void FreeMKLMemory();

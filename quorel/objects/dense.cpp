@@ -30,8 +30,15 @@ void TQuorel::InternalResize(std::int32_t len, bool zeroIt) {
   } else {
     SetLength(len);
   }
-  if (zeroIt && len > oldLen)
-    std::fill(fValues + keep, fValues + DoublesFor(len), 0.0);
+  if (zeroIt && len > oldLen) {
+    if (fIsInteger && !fComplex) {
+      // Integer elements are 4 bytes: the new ones start inside the kept doubles.
+      std::int32_t* ints = PIValues1D(0);
+      std::fill(ints + oldLen, ints + len, 0);
+    } else {
+      std::fill(fValues + keep, fValues + DoublesFor(len), 0.0);
+    }
+  }
 }
 
 // --- filling ---------------------------------------------------------------------------------------
@@ -84,6 +91,7 @@ TDenseQuorel& TDenseQuorel::SetIt(bool complex, std::span<const double> values) 
   CheckCapacity(n);
   set_Complex(complex);
   SetLength(static_cast<std::int32_t>(n));
+  fIsInteger = false;
   std::copy_n(values.begin(), DoublesFor(n), fValues);
   return *this;
 }
@@ -97,6 +105,10 @@ TDenseQuorel& TDenseQuorel::SetIt(bool complex, std::initializer_list<double> va
 TDenseQuorel& TDenseQuorel::Copy(const TDenseQuorel& src) {
   if (Is(src)) return *this;
   Size(src, src.fComplex);
+  // A spectrum is read by the layout it was written in.
+  fFFTStorageFormat = src.fFFTStorageFormat;
+  fFFTScrambledOrder = src.fFFTScrambledOrder;
+  fFFTOddLength = src.fFFTOddLength;
   if (fLength > 0)
     std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;

@@ -116,7 +116,14 @@ void TMtx::SetLength(std::int32_t value) {
 
 void TMtx::SetActualSize(std::int32_t value) {
   RequireState(!fIsSubRange, "IsSubRange = True!");
-  TQuorel::SetActualSize(value);
+  try {
+    TQuorel::SetActualSize(value);
+  } catch (...) {
+    // A failed allocation leaves no storage: the shape must say so too.
+    fLength = 0;
+    SetShape(0, 0);
+    throw;
+  }
   if (DoublesFor(fLength) > fActualSize) {
     fLength = 0;
     SetShape(0, 0);
@@ -192,7 +199,7 @@ TMtx& TMtx::SetIt(std::int32_t rows, std::int32_t cols, bool complex, std::span<
   if (static_cast<std::int64_t>(values.size()) < doubles)
     ERangeErrorRaise(FormatMsg("TMtx.SetIt: %d values for %d doubles", static_cast<int>(values.size()),
                                static_cast<int>(doubles)));
-  Size(rows, cols, complex);
+  Size(rows, cols, false, complex);
   if (doubles > 0) kern::Copy(values.data(), fValues, doubles);
   return *this;
 }

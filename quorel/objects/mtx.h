@@ -173,6 +173,23 @@ class TMtx final : public TDenseOf<TMtx> {
   /// of the values.
   TPrecision ReadHeader(TQuorelStream& stream) override;
 
+  // --- values as lines of text (quorel/io/text_values.h has the same as free functions) ----------
+  /// Appends one line per row of the rowCount x colCount block at (row, col) (-1: to the end),
+  /// the columns joined by delimiter, each element by the patterns.
+  void ValuesToStrings(TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                       const std::string& imFormat, std::int32_t row, std::int32_t col, std::int32_t rowCount,
+                       std::int32_t colCount) const;
+  void ValuesToStrings(TStringList& list, const std::string& delimiter, const std::string& reFormat,
+                       const std::string& imFormat) const;
+  /// Same, each value in the shortest text that reads back exactly.
+  void ValuesToStrings(TStringList& list, const std::string& delimiter, std::int32_t row, std::int32_t col,
+                       std::int32_t rowCount, std::int32_t colCount) const;
+  void ValuesToStrings(TStringList& list, const std::string& delimiter) const;
+  /// Reads such lines: one row per line, the columns of the first line (unchanged on any error).
+  void StringsToValues(const TStringList& list, const std::string& delimiter);
+  /// Saves the matrix as a Matrix Market array file.
+  void SaveToMatrixMarketFile(const std::string& fileName) const;
+
   // --- whole-object copies -------------------------------------------------------------------------
   /// Copy of shape, Complex, IsInteger, settings and values; "Mtx = Self" for itself.
   TMtx& Assign(const TMtx& src);

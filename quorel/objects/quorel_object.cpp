@@ -65,8 +65,10 @@ void TQuorel::SetActualSize(std::int32_t value) {
       const std::int64_t bytes = (static_cast<std::int64_t>(value) + 2) * 8 + 40;
       fMemory = AllocateMemory(bytes);
       if (fMemory == nullptr) {
+        // Empty, not a length without storage that every range check would pass.
         fAllocatedBytes = 0;
         fActualSize = 0;
+        fLength = 0;
         UpdatePointers();
         EOutOfMemoryRaise("Quorel: Out of memory!");
       }
@@ -144,6 +146,7 @@ void TQuorel::SetSubRange(std::int32_t index, std::int32_t len) {
     fSavedActualSize = fActualSize;
     fSavedLength = fLength;
     fSavedComplex = fComplex;
+    fSavedIsInteger = fIsInteger;
   } else {
     // A nested range is placed anew relative to the saved full range, in the current element kind.
     const std::int64_t full = fSavedComplex == fComplex ? fSavedLength
@@ -176,6 +179,7 @@ void TQuorel::ViewStorage(double* base, std::int32_t len, bool complex) {
     fSavedActualSize = fActualSize;
     fSavedLength = fLength;
     fSavedComplex = fComplex;
+    fSavedIsInteger = fIsInteger;
   }
   fComplex = complex;
   fValues = base;
@@ -193,6 +197,7 @@ void TQuorel::SetFullRange() {
     fActualSize = fSavedActualSize;
     fLength = fSavedLength;
     fComplex = fSavedComplex;
+    fIsInteger = fSavedIsInteger;
     fIsSubRange = false;
     NotifySetSize();
   }
@@ -253,7 +258,8 @@ void TQuorel::ValidateParams(std::int32_t index, std::int32_t& len) const {
 void TQuorel::ValidateParams2(const TQuorel& x, std::int32_t xIndex, std::int32_t index, std::int32_t& len) const {
   if (len == -1) len = fLength - index;
   if (!fConditionCheck) return;
-  if (OutOfRange(xIndex, len, x.fLength))
+  // A negative Len is Self's fault: the Self test below names it.
+  if (xIndex < 0 || std::int64_t{xIndex} + len > x.fLength)
     ERangeErrorRaise(
         FormatMsg("X params out of range: XIndex: %d, Len: %d, X.Length: %d", xIndex, len, x.fLength));
   ValidateParams(index, len);
@@ -269,9 +275,9 @@ void TQuorel::ValidateParams(const TQuorel& x1, const TQuorel& x2, std::int32_t 
   if (len == -1) len = fLength - index;
   if (!fConditionCheck) return;
   Require(!(Is(x1) || Is(x2)), "Invalid params: X1 or X2 is equal to Self");
-  if (OutOfRange(xIndex1, len, x1.fLength))
+  if (xIndex1 < 0 || std::int64_t{xIndex1} + len > x1.fLength)
     ERangeErrorRaise(FormatMsg("X1 params out of range: Index: %d, Len: %d, Length: %d", xIndex1, len, x1.fLength));
-  if (OutOfRange(xIndex2, len, x2.fLength))
+  if (xIndex2 < 0 || std::int64_t{xIndex2} + len > x2.fLength)
     ERangeErrorRaise(FormatMsg("X2 params out of range: Index: %d, Len: %d, Length: %d", xIndex2, len, x2.fLength));
   ValidateParams(index, len);
 }
@@ -287,11 +293,11 @@ void TQuorel::ValidateRealIndexLen(std::int32_t index, std::int32_t realSrcLen) 
 void TQuorel::ValidateRealArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index,
                                        std::int32_t& len) const {
   ValidateParams(index, len);
+  len = static_cast<std::int32_t>(DoublesFor(len));
   if (!fConditionCheck) return;
-  const std::int64_t doubles = DoublesFor(len);
-  if (srcIndex + doubles > srcLen)
-    ERangeErrorRaise(FormatMsg("ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (%d + %d > %d)", srcIndex,
-                               static_cast<int>(doubles), srcLen));
+  if (std::int64_t{srcIndex} + len > srcLen)
+    ERangeErrorRaise(
+        FormatMsg("ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (%d + %d > %d)", srcIndex, len, srcLen));
   if (srcIndex < 0) ERangeErrorRaise(FormatMsg("ValidateRealArrayIndexes: SrcIndex < 0 (%d)", srcIndex));
 }
 

@@ -163,7 +163,8 @@ class TQuorel {
                       std::int32_t index, std::int32_t& len) const;
   /// Checks that realSrcLen real values fit into Self from index.
   void ValidateRealIndexLen(std::int32_t index, std::int32_t realSrcLen) const;
-  /// Checks a copy of len reals from an array of srcLen into Self.
+  /// Checks a copy of len elements from an array of srcLen reals into Self; len returns as the
+  /// count of reals (doubled when Self is complex).
   void ValidateRealArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
   /// Checks a copy of len complex values from an array of srcLen into Self.
   void ValidateCplxArrayIndexes(std::int32_t srcIndex, std::int32_t srcLen, std::int32_t index, std::int32_t& len) const;
@@ -247,6 +248,7 @@ class TQuorel {
   std::int32_t fSavedActualSize = 0;
   std::int32_t fSavedLength = 0;
   bool fSavedComplex = false;
+  bool fSavedIsInteger = false;  // a view of another object takes its element kind
   std::int32_t fBlockSize = 0;
   std::int32_t fBlockIndex = 0;
   std::int32_t fBlockLevel = 0;

@@ -104,24 +104,28 @@ void ConvertInto(double* dst, std::span<const T> src) {
 
 TVec& TVec::SetDouble(std::span<const double> values) {
   Size(static_cast<std::int32_t>(values.size()), false);
+  fIsInteger = false;  // the storage now holds doubles
   ConvertInto(fValues, values);
   return *this;
 }
 
 TVec& TVec::SetSingle(std::span<const float> values) {
   Size(static_cast<std::int32_t>(values.size()), false);
+  fIsInteger = false;  // the storage now holds doubles
   ConvertInto(fValues, values);
   return *this;
 }
 
 TVec& TVec::SetInteger(std::span<const std::int32_t> values) {
   Size(static_cast<std::int32_t>(values.size()), false);
+  fIsInteger = false;  // the storage now holds doubles
   ConvertInto(fValues, values);
   return *this;
 }
 
 TVec& TVec::SetCplx(std::span<const TCplx> values) {
   Size(static_cast<std::int32_t>(values.size()), true);
+  fIsInteger = false;  // the storage now holds doubles
   std::copy(values.begin(), values.end(), PCValues1D(0));
   return *this;
 }

@@ -262,6 +262,19 @@ class TVec : public TDenseOf<TVec> {
   /// Reads header and caption, sizes the vector and returns the precision of the values.
   TPrecision ReadHeader(TQuorelStream& stream) final;
 
+  // --- values as lines of text (quorel/io/text_values.h has the same as free functions) ----------
+  /// Appends one line per element of [index, index + len) (len = -1: to the end), by the patterns.
+  void ValuesToStrings(TStringList& list, const std::string& reFormat, const std::string& imFormat,
+                       std::int32_t index, std::int32_t len) const;
+  void ValuesToStrings(TStringList& list, const std::string& reFormat, const std::string& imFormat) const;
+  /// Same, each value in the shortest text that reads back exactly.
+  void ValuesToStrings(TStringList& list, std::int32_t index, std::int32_t len) const;
+  void ValuesToStrings(TStringList& list) const;
+  /// Parses list[listIndex .. listIndex + len - 1] into elements index.. (unchanged on any error).
+  void StringsToValues(const TStringList& list, std::int32_t listIndex, std::int32_t index, std::int32_t len);
+  /// Sizes the vector to the line count (keeping Complex) and parses every line.
+  void StringsToValues(const TStringList& list);
+
   // Members added by the subsystems, each from its own fragment.
 #include "quorel/signal/vec_signal.inc"
 

@@ -28,7 +28,7 @@ TEST(MatrixMarket, FileHoldsBannerCommentsSizeAndColumnMajorValues) {
   EXPECT_EQ(TStringList(cplx.begin() + 3, cplx.end()), (TStringList{"2 2", "1 2", "-0.5 0", "0 -1", "1E-10 3"}));
 
   const std::string path = ::testing::TempDir() + "quorel_mm_lines.mtx";
-  SaveToMatrixMarketFile(CplxMtx(), path);
+  CplxMtx().SaveToMatrixMarketFile(path);
   std::stringstream file;
   file << std::ifstream(path, std::ios::binary).rdbuf();
   std::remove(path.c_str());

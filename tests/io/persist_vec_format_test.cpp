@@ -99,6 +99,48 @@ TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
   EXPECT_EQ(QuorelTVecVer.load(), 100);
 }
 
+// The format has no integer flag: integer data is written as the values it holds, in every
+// precision, and loads back as reals, also into an object that held integers.
+TEST(VecFormat, IntegerDataIsWrittenAsItsValues) {
+  TVec ints = IndexList({1, 2, -3, 70000});
+  TBytes expected = VecHeader(0, 4, 1, 0, 0);
+  PutCaption(expected, "");
+  Put<double>(expected, {1, 2, -3, 70000});
+  EXPECT_EQ(Saved(ints), expected);
+  ints.SetPrecision(prSmallInt);
+  expected = VecHeader(0, 4, 1, prSmallInt, 0);
+  PutCaption(expected, "");
+  Put<std::int16_t>(expected, {1, 2, -3, 32767});
+  EXPECT_EQ(Saved(ints), expected);
+
+  // Longer than the stretch the writer widens at a time.
+  TVec many;
+  many.Size(5000, false);
+  many.SetIsInteger(true);
+  std::vector<double> values(5000);
+  for (int i = 0; i < 5000; ++i) values[i] = many.IValues()[i] = 3 * i - 7000;
+  many.SetPrecision(prInteger);
+  TQuorelMemoryStream s;
+  many.SaveToStream(s);
+  s.Seek(0, soBeginning);
+  TVec r = IndexList({9});
+  r.LoadFromStream(s);
+  EXPECT_FALSE(r.IsInteger());
+  EXPECT_EQ(Doubles(r), values);
+
+  TMtx m(1, 2), back(1, 2);
+  m.SetIsInteger(true);
+  m.IValues()[0] = 5;
+  m.IValues()[1] = -6;
+  back.SetIsInteger(true);
+  TQuorelMemoryStream ms;
+  m.SaveToStream(ms);
+  ms.Seek(0, soBeginning);
+  back.LoadFromStream(ms);
+  EXPECT_FALSE(back.IsInteger());
+  EXPECT_EQ(Doubles(back), (std::vector<double>{5, -6}));
+}
+
 // A caption is written whole but read back only up to 254 bytes; the reader then continues
 // inside the text. Both halves of the asymmetry are pinned.
 TEST(VecFormat, LongCaptionIsWrittenWholeAndReadShort) {

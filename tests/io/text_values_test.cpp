@@ -29,11 +29,11 @@ TEST(TextValues, VectorsRoundTripThroughShortestText) {
 TEST(TextValues, VectorPatternsRangesAndIntegers) {
   TVec v = test::Cplx({{1, 2}, {0, -3}, {-4, 0}});
   TStringList lines{"header"};
-  ValuesToStrings(v, lines, " 0.0;-0.0", "+0.0i;-0.0i", 1, -1);
+  v.ValuesToStrings(lines, " 0.0;-0.0", "+0.0i;-0.0i", 1, -1);  // members and free functions alike
   EXPECT_EQ(lines, (TStringList{"header", "-3.0i", "-4.0"}));  // appended
 
   v.SetDouble(std::initializer_list<double>{1, 2, 3, 4});
-  StringsToValues(v, TStringList{"skip", "7", "8"}, 1, 2, -1);
+  v.StringsToValues(TStringList{"skip", "7", "8"}, 1, 2, -1);
   EXPECT_EQ(std::vector<double>(v.Values().begin(), v.Values().end()), (std::vector<double>{1, 2, 7, 8}));
 
   TVec ints;  // integer storage prints and parses as integers
@@ -76,9 +76,9 @@ TEST(TextValues, MatricesRoundTripAndFormatBlocks) {
   c.CValues(1, 1) = {1, -2};
   c.CValues(1, 2) = {0, 0.5};
   TStringList lines;
-  ValuesToStrings(c, lines, "\t", " 0.00;-0.00", "+0.00i;-0.00i", 1, 1, 1, 2);
+  c.ValuesToStrings(lines, "\t", " 0.00;-0.00", "+0.00i;-0.00i", 1, 1, 1, 2);
   EXPECT_EQ(lines, TStringList{" 1.00-2.00i\t+0.50i"});
-  StringsToValues(c, lines, "\t");  // the report's text reads back
+  c.StringsToValues(lines, "\t");  // the report's text reads back
   EXPECT_TRUE(c.CValues(0, 0) == (TCplx{1, -2}) && c.CValues(0, 1) == (TCplx{0, 0.5}));
 }
 

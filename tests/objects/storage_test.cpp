@@ -1,14 +1,33 @@
 // Storage layout, sizing and real/complex switching of vectors.
-#include <cstdint>
-#include <limits>
+#include <sys/resource.h>
 
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/support.h"
 
 namespace quorel {
 namespace {
+using ::testing::ElementsAre;
+using test::Doubles;
+using test::Ints;
 using test::MessageOf;
+
+// Refuses every allocation while Refuse is set, as an exhausted allocator does.
+class TRefusingVec : public TVec {
+ public:
+  bool Refuse = false;
+
+ protected:
+  void* AllocateMemory(std::int64_t bytes) override { return Refuse ? nullptr : TVec::AllocateMemory(bytes); }
+};
 
 TEST(Storage, DataIsAlignedWithHeaderInFront) {
   // Blocks either side of the 64 KiB limit between heap and page allocations.
@@ -57,6 +76,89 @@ TEST(Storage, SizingAndResizing) {
   c.Resize(4000, true);  // beyond any cache block
   EXPECT_EQ(c.CValues()[1], (TCplx{3, 4}));
   EXPECT_EQ(c.CValues()[3999], (TCplx{0, 0}));
+  // Integer elements are half a double: the new ones start inside the kept storage.
+  TVec idx = test::Real({7, 7, 7});
+  idx.SetIsInteger(true);
+  for (int i = 0; i < 3; ++i) idx.IValues()[i] = i;
+  idx.Resize(6, true);
+  EXPECT_THAT(Ints(idx), ElementsAre(0, 1, 2, 0, 0, 0));
+}
+
+TEST(Storage, NewValuesEndIntegerData) {
+  // An index list reloaded with values holds doubles, and sorts and copies as doubles.
+  TVec v = test::IndexList({2, 0, 1});
+  v.SetDouble(std::vector<double>{3.5, 1.5, 2.5});
+  EXPECT_FALSE(v.IsInteger());
+  EXPECT_THAT(Doubles(v.SortAscend()), ElementsAre(1.5, 2.5, 3.5));
+  v.SetIsInteger(true);
+  v.SetInteger(std::vector<std::int32_t>{30, 10});
+  EXPECT_FALSE(v.IsInteger());
+  EXPECT_THAT(Doubles(v), ElementsAre(30, 10));
+  v.SetIsInteger(true);
+  v.SetSingle(std::vector<float>{0.5f});
+  EXPECT_FALSE(v.IsInteger());
+  v.SetIsInteger(true);
+  v.SetIt(false, {4, 5});
+  EXPECT_FALSE(v.IsInteger());
+  TMtx m;
+  m.SetIsInteger(true);
+  m.SetIt(1, 2, false, std::vector<double>{1, 2});
+  EXPECT_FALSE(m.IsInteger());
+}
+
+TEST(Storage, FailedAllocationLeavesAnEmptyUsableObject) {
+  TRefusingVec v;
+  v.SetLength(10);
+  v.SetVal(1.0);
+  v.Refuse = true;
+  EXPECT_EQ(MessageOf<EOutOfMemory>([&] { v.SetLength(20000); }), "Quorel: Out of memory!");
+  EXPECT_EQ(v.Length(), 0);
+  EXPECT_EQ(v.ActualSize(), 0);
+  v.SetVal(3.0);  // nothing left to write to
+  EXPECT_THROW(v.Resize(4, true), EOutOfMemory);
+  EXPECT_EQ(v.Length(), 0);
+  v.Refuse = false;
+  v.SetLength(10);  // the old length again gets storage again
+  v.SetVal(2.0);
+  EXPECT_EQ(v[9], 2.0);
+}
+
+// Address space of this process in bytes (VmSize).
+std::uint64_t MappedBytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string key; status >> key;) {
+    std::uint64_t kib = 0;
+    if (key == "VmSize:" && status >> kib) return kib * 1024;
+  }
+  return 0;
+}
+
+// In a child process: caps the address space a little above what is mapped, asks for a matrix
+// beyond it and exits with 0 when the refusal left the matrix empty and usable.
+[[noreturn]] void SizeMatrixPastTheCap() {
+  const rlim_t cap = MappedBytes() + (std::uint64_t{256} << 20);
+  const rlimit limit{cap, cap};
+  if (MappedBytes() == 0 || setrlimit(RLIMIT_AS, &limit) != 0) std::_Exit(2);
+  TMtx m(3, 4);
+  bool raised = false;
+  try {
+    m.Size(15000, 15000);  // 1.8 GB
+  } catch (const EOutOfMemory&) {
+    raised = true;
+  }
+  const bool empty = m.Rows() == 0 && m.Cols() == 0 && m.Length() == 0 && m.ActualSize() == 0;
+  m.Size(3, 4);
+  m.SetVal(1.0);
+  std::_Exit(raised && empty && m.Values(2, 3) == 1.0 ? 0 : 1);
+}
+
+// TMtx cannot stand in a refusing allocator, so a child process caps its address space instead.
+TEST(StorageDeathTest, FailedMatrixAllocationLeavesItEmpty) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "the sanitizer's shadow memory needs the address space";
+#endif
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(SizeMatrixPastTheCap(), ::testing::ExitedWithCode(0), "");
 }
 
 // Adopt and Disown are exercised through TBorrowedVec (tests/face).
@@ -70,6 +172,21 @@ TEST(Storage, CopyAndMove) {
   TVec c = std::move(a);
   EXPECT_EQ(c.PValues1D(0), data);  // the block moved, nothing copied
   EXPECT_EQ(a.Length(), 0);
+
+  // Copy carries the layout of a spectrum, so that a copy inverts like the original.
+  TVec x = test::Real({1, 2, 3, 4, 5, 6, 7}), spectrum, copied, back;
+  spectrum.FFTFromReal(x);
+  copied.Copy(spectrum);
+  EXPECT_TRUE(copied.FFTOddLength());
+  back.IFFTToReal(copied);
+  ASSERT_GE(back.Length(), 7);
+  for (int i = 0; i < 7; ++i) EXPECT_NEAR(back[i], x[i], 1e-12) << i;
+  TMtx packed(1, 2), m;
+  packed.SetFFTStorageFormat(fsfPack);
+  packed.SetFFTScrambledOrder(true);
+  m.Copy(packed);
+  EXPECT_EQ(m.FFTStorageFormat(), fsfPack);
+  EXPECT_TRUE(m.FFTScrambledOrder());
 }
 
 TEST(Storage, SetValAndSetZeroCheckRanges) {

@@ -76,6 +76,13 @@ TEST(SubRange, ViewOntoAnotherVector) {
   EXPECT_TRUE(view.IsInteger());
   EXPECT_EQ(view.IValues()[0], 11);
   view.SetFullRange();
+  EXPECT_FALSE(view.IsInteger());  // back to its own real data
+  TVec list = test::IndexList({3, 1});
+  list.SetSubRange(src);
+  EXPECT_FALSE(list.IsInteger());
+  list.SetFullRange();
+  EXPECT_TRUE(list.IsInteger());
+  EXPECT_EQ(test::Ints(list.SortAscend()), (std::vector<int>{1, 3}));
   TVec empty;
   view.SetSubRange(empty);
   EXPECT_EQ(view.Length(), 0);
@@ -132,12 +139,25 @@ TEST(Validate, MessagesAndMinusOneRule) {
       {[&] { s.ValidateParams(x, s, 0, 0, 0, len); }, "Invalid params: X1 or X2 is equal to Self"},
       {[&] { s.ValidateCplxArrayIndexes(0, 2, 0, len); }, "ValidateCplxArrayIndexes: Self must be Complex"},
   });
+  int negative = -2;
   test::ExpectMessages<EQuorelRangeError>({
       {[&] { s.ValidateParams(x, 2, 0, len); }, "X params out of range: XIndex: 2, Len: 2, X.Length: 3"},
+      // A negative Len is Self's, whichever form checks it.
+      {[&] { s.ValidateParams(x, 0, 0, negative); }, "Self params out of range: Index: 0, Len: -2, Length: 5"},
+      {[&] { s.ValidateParams2(x, 0, 0, negative); }, "Self params out of range: Index: 0, Len: -2, Length: 5"},
+      {[&] { s.ValidateParams(x, x, 0, 0, 0, negative); }, "Self params out of range: Index: 0, Len: -2, Length: 5"},
       {[&] { s.ValidateParams(x, x, 0, 2, 0, len); }, "X2 params out of range: Index: 2, Len: 2, Length: 3"},
       {[&] { s.ValidateRealIndexLen(4, 2); }, "Index params out of range: Index: 4, RealSrcLen: 2, Self.Length: 5"},
       {[&] { s.ValidateRealArrayIndexes(1, 2, 0, len); }, "ValidateRealArrayIndexes: SrcIndex + Len > SrcLen (1 + 2 > 2)"},
   });
+  // The count of reals comes back: doubled for a complex Self.
+  TVec c = test::Cplx({{1, 2}, {3, 4}, {5, 6}, {7, 8}});
+  len = -1;
+  c.ValidateRealArrayIndexes(0, 8, 0, len);
+  EXPECT_EQ(len, 8);
+  len = 2;
+  c.ValidateRealArrayIndexes(4, 8, 2, len);
+  EXPECT_EQ(len, 4);
   s.CondDisable();
   len = -1;
   s.ValidateParams(4, len);  // the -1 rule applies with checks off

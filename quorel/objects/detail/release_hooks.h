@@ -1,6 +1,7 @@
 #pragma once
 // Subsystems that keep foreign state (the FFT descriptor cache, LAPACK buffers) register a release
-// function here; TQuorelController::FreeMKLMemory runs them, so the controller knows none of them.
+// function here; TQuorelController::FreeMKLMemory and DestroyQuorelCache run them, so the controller
+// knows none of them.
 
 namespace quorel::detail {
 
