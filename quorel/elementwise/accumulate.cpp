@@ -75,20 +75,24 @@ TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subV
 
 // --- accumulations -------------------------------------------------------------------------------------------
 
+// The whole form needs equal lengths (Self is not resized); the range form takes ranges of any
+// objects, and its ranges are validated (Self as a source included) before the kinds.
 TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
+  if (fConditionCheck) {
+    Require(!Same(*this, vec1), "TVec.AddProduct: Vec1 = Self");
+    Require(vec1.fLength == vec2.fLength, "TVec.AddProduct: Vec1.Length <> Vec2.Length");
+    Require(vec1.fLength == fLength, "TVec.AddProduct: Vec1.Length <> Length");
+  }
   return AddProduct(vec1, vec2, 0, 0, 0, vec1.fLength);
 }
 
 TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2, std::int32_t vec1Index,
                                        std::int32_t vec2Index, std::int32_t index, std::int32_t len) {
+  ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
   if (fConditionCheck) {
-    Require(!Same(*this, vec1), "TVec.AddProduct: Vec1 = Self");
-    Require(vec1.fLength == vec2.fLength, "TVec.AddProduct: Vec1.Length <> Vec2.Length");
-    Require(vec1.fLength == fLength, "TVec.AddProduct: Vec1.Length <> Length");
     Require(vec1.fComplex == vec2.fComplex, "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
     Require(vec1.fComplex == fComplex, "TVec.AddProduct: Vec1.Complex <> fComplex");
   }
-  ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
   if (len <= 0) return *this;
   if (fComplex) kern::AddProduct(C(vec1, vec1Index), C(vec2, vec2Index), C(*this, index), len);
   else kern::AddProduct(R(vec1, vec1Index), R(vec2, vec2Index), R(*this, index), len);

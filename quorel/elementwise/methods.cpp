@@ -38,13 +38,15 @@ namespace quorel {
   TDenseQuorel& TDenseQuorel::name params { return detail::Apply(*this, detail::ops::name QUOREL_FORWARD_ARGS args); }
 // Functions with scalar parameters bind them first, then run the unary shapes.
 #define QUOREL_PARAM_OP(kernel, args) detail::ops::kernel##Op.Bind(*this, QUOREL_UNPAREN args)
+// The range shapes bind after validating the ranges, so a range error comes before a parameter error.
+#define QUOREL_PARAM_BINDER(kernel, args) [&] { return QUOREL_PARAM_OP(kernel, args); }
 #define QUOREL_PARAM_SOURCE_CHECK(kernel, x)                                                \
   if (fConditionCheck && detail::ops::kernel##Op.msgs.sourceIsSelf)                         \
     detail::Require(!detail::Same(*this, x), detail::ops::kernel##Op.msgs.sourceIsSelf);
 #define QUOREL_PARAM_BODIES_LEAD(name, kernel, params, args)                                                     \
   TDenseQuorel& TDenseQuorel::name params { return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args)); }   \
   TDenseQuorel& TDenseQuorel::name(QUOREL_UNPAREN params, std::int32_t index, std::int32_t len) {          \
-    return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args), index, len);                                \
+    return detail::UnaryBound(*this, QUOREL_PARAM_BINDER(kernel, args), index, len);                       \
   }                                                                                                      \
   TDenseQuorel& TDenseQuorel::name(QUOREL_UNPAREN params, const TDenseQuorel& x) {                         \
     QUOREL_PARAM_SOURCE_CHECK(kernel, x)                                                                   \
@@ -52,7 +54,7 @@ namespace quorel {
   }                                                                                                      \
   TDenseQuorel& TDenseQuorel::name(QUOREL_UNPAREN params, const TDenseQuorel& x, std::int32_t xIndex,      \
                                    std::int32_t index, std::int32_t len) {                               \
-    return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args), x, xIndex, index, len);                     \
+    return detail::UnaryBound(*this, QUOREL_PARAM_BINDER(kernel, args), x, xIndex, index, len);          \
   }
 #define QUOREL_PARAM_BODIES_TRAIL(name, kernel, params, args)                                                    \
   TDenseQuorel& TDenseQuorel::name params { return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args)); }   \
@@ -63,7 +65,7 @@ namespace quorel {
 #define QUOREL_PARAM_BODIES_AFTER(name, kernel, params, args)                                                   \
   TDenseQuorel& TDenseQuorel::name params { return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args)); }   \
   TDenseQuorel& TDenseQuorel::name(QUOREL_UNPAREN params, std::int32_t index, std::int32_t len) {          \
-    return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args), index, len);                              \
+    return detail::UnaryBound(*this, QUOREL_PARAM_BINDER(kernel, args), index, len);                       \
   }                                                                                                      \
   TDenseQuorel& TDenseQuorel::name(const TDenseQuorel& x, QUOREL_UNPAREN params) {                         \
     QUOREL_PARAM_SOURCE_CHECK(kernel, x)                                                                 \
@@ -71,7 +73,7 @@ namespace quorel {
   }                                                                                                      \
   TDenseQuorel& TDenseQuorel::name(const TDenseQuorel& x, QUOREL_UNPAREN params, std::int32_t xIndex,      \
                                    std::int32_t index, std::int32_t len) {                               \
-    return detail::Unary(*this, QUOREL_PARAM_OP(kernel, args), x, xIndex, index, len);                   \
+    return detail::UnaryBound(*this, QUOREL_PARAM_BINDER(kernel, args), x, xIndex, index, len);          \
   }
 #define QUOREL_UNARY_PARAM(name, rule, kernel, params, args, order, ...) \
   QUOREL_PARAM_BODIES_##order(name, kernel, params, args)
@@ -104,6 +106,7 @@ namespace quorel {
 #undef QUOREL_PARAM_BODIES_TRAIL
 #undef QUOREL_PARAM_BODIES_AFTER
 #undef QUOREL_PARAM_SOURCE_CHECK
+#undef QUOREL_PARAM_BINDER
 #undef QUOREL_PARAM_OP
 #undef QUOREL_SELF_METHOD
 #undef QUOREL_FORWARD_ARGS

@@ -130,7 +130,6 @@ TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec) {
 
 TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index,
                                        std::int32_t len) {
-  Require(vec.fComplex == fComplex, "Difference: Complex <> Src.Complex");
   // Len - 1 differences land at Index .. Index + Len - 2.
   std::int32_t out = len == -1 ? -1 : std::max(len - 1, 0);
   ValidateParams2(vec, vecIndex, index, out);
@@ -138,6 +137,7 @@ TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec, std::int32_t vec
   if (fConditionCheck && (vecIndex < 0 || std::int64_t{vecIndex} + len > vec.fLength))
     ERangeErrorRaise(FormatMsg("X params out of range: XIndex: %d, Len: %d, X.Length: %d", vecIndex, len,
                                vec.fLength));
+  Require(vec.fComplex == fComplex, "Difference: Complex <> Src.Complex");
   if (len - 1 < 1) return *this;
   if (fComplex) kern::Sub(C(vec, vecIndex + 1), C(vec, vecIndex), C(*this, index), len - 1);
   else kern::Sub(R(vec, vecIndex + 1), R(vec, vecIndex), R(*this, index), len - 1);

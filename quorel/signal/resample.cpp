@@ -83,8 +83,13 @@ void CheckFactorPhase(std::int32_t factor, std::int32_t phase) {
 }  // namespace
 
 TVec& TVec::UpSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
-  detail::Require(!Is(src), "Self = Src");
+  detail::RequireChecked(*this, !Is(src), "Self = Src");
   CheckFactorPhase(factor, phase);
+  if (Is(src)) {  // only with the checks off: work from a copy
+    TWorkVec copy;
+    copy->Copy(src);
+    return UpSample(*copy, factor, phase);
+  }
   const std::int32_t n = src.Length();
   Size(n * factor, src.Complex());
   SetZero();
@@ -93,8 +98,13 @@ TVec& TVec::UpSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
 }
 
 TVec& TVec::DownSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
-  detail::Require(!Is(src), "Self = Src");
+  detail::RequireChecked(*this, !Is(src), "Self = Src");
   CheckFactorPhase(factor, phase);
+  if (Is(src)) {  // only with the checks off: work from a copy
+    TWorkVec copy;
+    copy->Copy(src);
+    return DownSample(*copy, factor, phase);
+  }
   const std::int32_t m = src.Length() / factor;
   Size(m, src.Complex());
   Strided(src, phase, factor, *this, 0, 1, m);
@@ -131,7 +141,8 @@ TDenseQuorel& TDenseQuorel::DownSample(const TDenseQuorel& src, std::int32_t fac
   detail::RequireInRange(srcIndex >= 0 && len >= 0 && std::int64_t{srcIndex} + len <= src.Length(),
                          "(SrcIndex + Len) > Src.Length");
   detail::RequireInRange(index >= 0 && std::int64_t{index} + m <= fLength, "(Index + ALength) > Length");
-  detail::Require(fComplex == src.Complex(), "Complex <> Src.Complex");
+  detail::RequireChecked(*this, fComplex == src.Complex(), "Complex <> Src.Complex");
+  if (fComplex != src.Complex()) return *this;
   Strided(src, std::int64_t{srcIndex} + phase, factor, *this, index, 1, m);
   return *this;
 }

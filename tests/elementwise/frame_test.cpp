@@ -158,6 +158,20 @@ TEST_F(Frame, ScalarShapes) {
   EXPECT_TRUE(r.IsEqual(Real({0, -1})));
   r.DivideBy(TCplx{0, 2}, Real({2}));
   EXPECT_TRUE(r.IsEqual(Cplx({{0, 1}})));
+  // Self as the source of value - element and value / element works in place, also unchecked,
+  // and a complex value promotes the data before it is read.
+  for (bool checked : {true, false}) {
+    TVec x = Real({1, 2, 4});
+    x.SetConditionCheck(checked);
+    x.SubFrom(10.0, x);
+    EXPECT_TRUE(x.IsEqual(Real({9, 8, 6})));
+    x.DivideBy(72.0, x);
+    EXPECT_TRUE(x.IsEqual(Real({8, 9, 12})));
+    x.SubFrom(TCplx{10, 1}, x);
+    EXPECT_TRUE(x.IsEqual(Cplx({{2, 1}, {1, 1}, {-2, 1}})));
+    x.DivideBy(TCplx{0, 5}, x);
+    EXPECT_TRUE(x.IsEqual(Cplx({{1, 2}, {2.5, 2.5}, {1, -2}})));
+  }
   TVec dst = Cplx({{0, 0}, {0, 0}});
   dst.Mul(Real({3, 4}), TCplx{1, 1}, 1, 1, 1);
   EXPECT_EQ(dst.CValues()[1], (TCplx{4, 4}));
@@ -179,6 +193,16 @@ TEST_F(Frame, RulesForModulusAndKindRestrictedOperations) {
   TVec z = Cplx({{1, 1}});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { z.FixAngle(); }), "TQuorel.FixAngle: Self is Complex");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.FixAngle(z); }), "TQuorel.FixAngle: Src is Complex");
+  // The range-source forms name the object of the wrong kind, Self or source.
+  TVec zz = Cplx({{1, 1}, {2, 2}}), rr = Real({7, -7});
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { zz.FixAngle(rr, 0, 0, 2); }), "TQuorel.FixAngle: Self is Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { rr.FixAngle(zz, 0, 0, 2); }), "TQuorel.FixAngle: Src is Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { zz.ThresholdGT_LT(rr, 0, 0, 9, 9, 0, 0, 2); }),
+            "TQuorel.ThresholdGT_LT: Self is Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { rr.ThresholdGT_LT(zz, 0, 0, 9, 9, 0, 0, 2); }),
+            "TQuorel.ThresholdGT_LT: Vec is Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { rr.Flip(zz, 0, 0, 2); }), "Flip: Complex = False");
+  EXPECT_TRUE(zz.IsEqual(Cplx({{1, 1}, {2, 2}})) && rr.IsEqual(Real({7, -7})));
   z.SetConditionCheck(false);
   // The kind checks of kind-restricted operations do not depend on ConditionCheck.
   EXPECT_THROW(z.FixAngle(), EQuorelInvalidArgument);

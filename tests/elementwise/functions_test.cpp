@@ -38,6 +38,26 @@ TEST(ComplexFunctions, Log10AndExp10) {
   EXPECT_NEAR(e.CValues()[0].Im, std::sin(LN10), 4 * MACHEP);
 }
 
+// Where the squared modulus of cosh (cos) would overflow, the quotients reach their limits, as
+// for real data; the reciprocals follow.
+TEST(ComplexFunctions, TangentsOfLargePartsReachTheirLimits) {
+  TVec t = Cplx({{800, 0}, {-356, 1}, {0.5, 0.25}});
+  TVec r;
+  r.Tanh(t);
+  EXPECT_EQ(r.CValues()[0], (TCplx{1, 0}));
+  EXPECT_EQ(r.CValues()[1].Re, -1);
+  EXPECT_LE(std::fabs(r.CValues()[1].Im), 1e-300);
+  EXPECT_LE(CplxErrorEps(r.CValues()[2], std::tanh(std::complex<long double>(0.5, 0.25))), kComplexTolEps);
+  r.Coth(Cplx({{400, 0}, {-400, 0}}));
+  EXPECT_TRUE(r.IsEqual(Cplx({{1, 0}, {-1, 0}})));
+  r.Tan(Cplx({{1, 356}, {1, -800}}));
+  EXPECT_EQ(r.CValues()[0].Im, 1);
+  EXPECT_LE(CplxErrorEps(r.CValues()[0], std::tan(std::complex<long double>(1, 356))), kComplexTolEps);
+  EXPECT_EQ(r.CValues()[1], (TCplx{0, -1}));
+  r.Cot(Cplx({{1, 800}}));
+  EXPECT_EQ(r.CValues()[0], (TCplx{0, -1}));
+}
+
 TEST(Rounding, ThroughInt32AndParts) {
   TVec a = Real({3e9, -3e9, 2.5, -2.5, 1.5, NaN});
   TVec r;
@@ -141,6 +161,11 @@ TEST(Parameters, PowerLogNSinCos) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(0.0, r); }), "TQuorel.LogN: Self = X");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.LogN(2.0, Cplx({{1, 0}}), 0, 0, 1); }),
             "TQuorel.LogN: X.Complex <> Self.Complex");
+  // The range forms validate their ranges before the parameter.
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { r.LogN(0.0, 5, 9); }),
+            "Self params out of range: Index: 5, Len: 9, Length: 3");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { r.LogN(0.0, Real({1, 2}), 5, 0, 2); }),
+            "X params out of range: XIndex: 5, Len: 2, X.Length: 2");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Power(r, 2.0); }), "Self = Base");
   TVec z;
   z.LogN(10.0, Cplx({{-100, 0}}));  // complex data through the complex logarithm

@@ -55,6 +55,9 @@ TEST(RunningSums, CumSumAndDifference) {
   EXPECT_TRUE(tail.IsEqual(Real({3, 5, 7})));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { untouched.Difference(Cplx({{1, 1}, {2, 2}}), 0, 0, 2); }),
             "Difference: Complex <> Src.Complex");
+  // The ranges are validated before the kinds.
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { untouched.Difference(Cplx({{1, 1}, {2, 2}}), 0, 0, 9); }),
+            "X params out of range: XIndex: 0, Len: 8, X.Length: 2");
   TVec c;
   c.CumSum(Cplx({{1, 1}, {1, -2}}));
   EXPECT_TRUE(c.IsEqual(Cplx({{1, 1}, {2, -1}})));
@@ -132,6 +135,14 @@ TEST(Accumulate, AddScaledAddProductConjMul) {
             "TVec.AddProduct: Vec1.Length <> Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.AddProduct(Cplx({{1, 1}, {1, 1}}), Real({1, 1})); }),
             "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
+  // The range form takes ranges of objects of any length; a range that leaves one is a range error.
+  s.AddProduct(Real({2, 3, 4, 5, 6}), Real({10, 20, 30}), 1, 0, 0, 2);
+  EXPECT_TRUE(s.IsEqual(Real({39, 96})));
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { s.AddProduct(Cplx({{1, 0}, {1, 0}}), Real({1, 1}), 0, 0, 0, 3); }),
+            "X1 params out of range: Index: 0, Len: 3, Length: 2");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.AddProduct(Cplx({{1, 0}}), Real({1, 1}), 0, 0, 0, 1); }),
+            "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
+  EXPECT_TRUE(s.IsEqual(Real({39, 96})));
 
   TVec c;
   c.ConjMul(Cplx({{1, 2}}), Cplx({{3, 4}}));

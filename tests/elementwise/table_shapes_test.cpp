@@ -68,8 +68,12 @@ TEST(TableShapes, ParameterAfterSource) {
   EXPECT_EQ(MessageOf<E>([&] { c.ThresholdLT(a, 1.0, TCplx{0, 1}); }), "TQuorel.ThresholdLT: Vec is not Complex");
   c.ThresholdGT(1.0, TCplx{0, 1});
   EXPECT_TRUE(c.IsEqual(Cplx({{0, 1}})));
-  // The level order is checked before the range.
-  EXPECT_EQ(MessageOf<E>([&] { a.ThresholdGT_LT(1, 0, 0, 0, 5, 5); }), "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
+  // The ranges are validated before the level order.
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { a.ThresholdGT_LT(1, 0, 0, 0, 5, 5); }),
+            "Self params out of range: Index: 5, Len: 5, Length: 3");
+  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { a.ThresholdGT_LT(Real({1}), 1, 0, 0, 0, 0, 3, 1); }),
+            "Self params out of range: Index: 3, Len: 1, Length: 3");
+  EXPECT_EQ(MessageOf<E>([&] { a.ThresholdGT_LT(1, 0, 0, 0, 0, 3); }), "TQuorel.ThresholdGT_LT: LTLevel > GTLevel");
   EXPECT_TRUE(a.IsEqual(Real({0.5, -4, 8})));
 }
 

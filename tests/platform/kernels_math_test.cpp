@@ -1,6 +1,9 @@
 #include "quorel/platform/kernels/math.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cfloat>
+#include <complex>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -316,6 +319,39 @@ TEST(KernelsMath, ComplexFunctionsHaveSmallRelativeError) {
   C s;
   Sin(small, &s, 1);
   EXPECT_NEAR(s.Im, std::cos(0.3) * std::sinh(1e-10), kSinhCoshTol);
+}
+
+// Beyond |Re z| of about 355 (tanh) or |Im z| (tan) the square of the denominator's modulus
+// overflows: those lanes take the limit, +-1 in one part and a tiny value in the other, each part
+// with a small relative error, beside ordinary lanes in the same vector.
+TEST(KernelsMath, ComplexTangentsOfLargePartsReachTheirLimits) {
+  // (a, b): the hyperbolic part a and the other part b.
+  const C ab[] = {{20.5, 1},  {-25, 2},  {100, -0.5}, {354, 0.3},  {356, -1}, {-400, 1},
+                  {800, 0},   {-800, 3}, {kInf, 1},   {0.5, 0.25}, {19, 1},   {-3, 7}};
+  constexpr ptrdiff_t n = std::ssize(ab);
+  using LC = std::complex<long double>;
+  const auto rel = [](long double got, long double want) {
+    return static_cast<double>(std::fabs(got - want) / std::max(std::fabs(want), static_cast<long double>(DBL_MIN)));
+  };
+  ForEachIsa([&](const std::string& isa) {
+    for (bool tan : {false, true}) {
+      std::vector<C> z(n), got(n);
+      for (ptrdiff_t i = 0; i < n; ++i) z[i] = tan ? C{ab[i].Im, ab[i].Re} : ab[i];
+      if (tan) Tan(z.data(), got.data(), n);
+      else Tanh(z.data(), got.data(), n);
+      for (ptrdiff_t i = 0; i < n; ++i) {
+        const LC want = tan ? std::tan(LC(z[i].Re, z[i].Im)) : std::tanh(LC(z[i].Re, z[i].Im));
+        const std::string where = isa + (tan ? " tan " : " tanh ") + std::to_string(i);
+        if (std::fabs(ab[i].Re) > 20) {
+          EXPECT_LE(rel(got[i].Re, want.real()), kComplexRelTol) << where << " got " << got[i].Re;
+          EXPECT_LE(rel(got[i].Im, want.imag()), kComplexRelTol) << where << " got " << got[i].Im;
+        } else {
+          EXPECT_LE(static_cast<double>(std::abs(LC(got[i].Re, got[i].Im) - want) / std::abs(want)), kComplexRelTol)
+              << where;
+        }
+      }
+    }
+  });
 }
 
 }  // namespace

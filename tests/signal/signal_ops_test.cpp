@@ -194,6 +194,25 @@ TEST(Resample, UpAndDownWithPhaseAndRanges) {
   EXPECT_EQ(Doubles(d), (std::vector<double>{9, 4, 7}));
 }
 
+// The identity and kind checks are among those ConditionCheck switches off: unchecked, Self as
+// the source works from a copy and a range of the other kind is left unwritten.
+TEST(Resample, UncheckedIdentityAndKinds) {
+  TVec s = Real({1, 2, 3, 4});
+  s.SetConditionCheck(false);
+  s.UpSample(s, 2, 1);
+  EXPECT_EQ(Doubles(s), (std::vector<double>{0, 1, 0, 2, 0, 3, 0, 4}));
+  s.DownSample(s, 2, 1);
+  EXPECT_EQ(Doubles(s), (std::vector<double>{1, 2, 3, 4}));
+  TVec r;
+  r.Size(4, true);
+  r.SetZero();
+  r.SetConditionCheck(false);
+  r.UpSample(s, 1, 0, 0, 0, 2);
+  r.DownSample(s, 1, 0, 0, 0, 2);
+  EXPECT_EQ(Doubles(r), std::vector<double>(8, 0.0));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
 // Positive-frequency bins are multiplied by j, so a cosine's partner is minus the sine.
 TEST(Hilbert, PairsCosinesWithMinusSines) {
   for (std::int32_t n : {64, 63}) {

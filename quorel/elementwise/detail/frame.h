@@ -112,10 +112,9 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op) {
   return self;
 }
 
-/// F(Index, Len): in place on a range of Self.
+/// F(Index, Len) once the range is validated.
 template <class Op>
-TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
-  self.ValidateParams(index, len);
+TDenseQuorel& UnaryValidated(TDenseQuorel& self, const Op& op, Index index, Index len) {
   if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
   if constexpr (Op::rule == Rule::ComplexOnly) Require(self.Complex(), op.msgs.selfComplex);
   if constexpr (Op::rule == Rule::ToReal) {
@@ -124,6 +123,13 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
   }
   RunUnary(op, self.Complex(), self, index, self, index, len);
   return self;
+}
+
+/// F(Index, Len): in place on a range of Self.
+template <class Op>
+TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
+  self.ValidateParams(index, len);
+  return UnaryValidated(self, op, index, len);
 }
 
 /// F(X): Self := f(X), sized like X.
@@ -138,16 +144,44 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
   return self;
 }
 
+/// F(X, XIndex, Index, Len) once the ranges are validated.
+template <class Op>
+TDenseQuorel& UnaryValidated(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index,
+                             Index len) {
+  if constexpr (Op::rule == Rule::RealOnly || Op::rule == Rule::ComplexOnly) {
+    // Each side has its own message, naming the object of the wrong kind. Self's kind is checked
+    // always, as in the in-place forms: the kernel writes the source's kind into it.
+    constexpr bool complex = Op::rule == Rule::ComplexOnly;
+    if (self.ConditionCheck()) Require(!Same(self, x), op.msgs.xIsSelf);
+    Require(x.Complex() == complex, op.msgs.srcComplex);
+    Require(self.Complex() == complex, op.msgs.selfComplex);
+  } else {
+    RequireSourceRange(self, x, Op::rule == Rule::ToReal ? false : x.Complex(), op.msgs.xIsSelf,
+                       op.msgs.complexMismatch);
+  }
+  RunUnary(op, x.Complex(), x, xIndex, self, index, len);
+  return self;
+}
+
 /// F(X, XIndex, Index, Len): Self[Index+i] := f(X[XIndex+i]); Self is not resized.
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index, Index len) {
   self.ValidateParams(x, xIndex, index, len);
-  RequireSourceRange(self, x, Op::rule == Rule::ToReal ? false : x.Complex(), op.msgs.xIsSelf,
-                     op.msgs.complexMismatch);
-  if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
-  if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
-  RunUnary(op, x.Complex(), x, xIndex, self, index, len);
-  return self;
+  return UnaryValidated(self, op, x, xIndex, index, len);
+}
+
+/// The range shapes of a function with parameters: the ranges are validated before `bind()` makes
+/// the operation, whose constructor checks the parameters.
+template <class Bind>
+TDenseQuorel& UnaryBound(TDenseQuorel& self, Bind bind, Index index, Index len) {
+  self.ValidateParams(index, len);
+  return UnaryValidated(self, bind(), index, len);
+}
+template <class Bind>
+TDenseQuorel& UnaryBound(TDenseQuorel& self, Bind bind, const TDenseQuorel& x, Index xIndex, Index index,
+                         Index len) {
+  self.ValidateParams(x, xIndex, index, len);
+  return UnaryValidated(self, bind(), x, xIndex, index, len);
 }
 
 /// A unary operation built at the call, for functions with parameters: `k` is a callable with the
@@ -281,8 +315,9 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, 
 template <class Op, class S>
 TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, const S& v) {
   if (self.ConditionCheck() && op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
-  // Self as its own source (Mul has no message against it) runs in place, where a complex value
-  // promotes the data before it is read; sizing Self first would reinterpret the source.
+  // Self as its own source (Mul, SubFrom and DivideBy have no message against it) runs in place,
+  // where a complex value promotes the data before it is read; sizing Self first would
+  // reinterpret the source.
   if (Same(self, vec)) return Scalar(self, op, v, 0, -1);
   self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
   RunScalar(op, vec, 0, v, self, 0, vec.Length());

@@ -351,7 +351,8 @@ inline constexpr ArithOp<SubK, SubValueK> Sub{{"TVec.Sub: Self = Vec", "TVec.Sub
                                                "TVec.Sub: (Self = Vec1) or (Self = Vec2)",
                                                "TVec.Sub: Vec1.Length <> Vec2.Length",
                                                "TVec.Sub: Self.Complex <> Vec.Complex"}};
-inline constexpr ArithOp<NoKernel, SubFromValueK> SubFrom{{"TQuorel.SubFrom: Self = Vec", nullptr, nullptr, nullptr,
+// SubFrom and DivideBy, like Mul, refuse no Self = Vec: x.SubFrom(1, x) is 1 - x in place.
+inline constexpr ArithOp<NoKernel, SubFromValueK> SubFrom{{nullptr, nullptr, nullptr, nullptr,
                                                          "TQuorel.SubFrom: Self.Complex <> Vec.Complex"}};
 // Mul refuses no Self = Vec: x.Mul(x) squares in place.
 inline constexpr ArithOp<MulK, ScaleByValueK> Mul{{nullptr, "Length <> Vec.Length",
@@ -361,7 +362,7 @@ inline constexpr auto Scale = Mul;
 inline constexpr ArithOp<DivK, NoKernel> Divide{{"TQuorel.Divide: Self = Vec", "TQuorel.Divide: Length <> Vec.Length",
                                                     "(Self = Num) or (Self = Den)", "Num.Length <> Den.Length",
                                                     "TQuorel.Divide: Self.Complex <> Vec.Complex"}};
-inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{"TQuorel.DivideBy: Self = Vec", nullptr, nullptr, nullptr,
+inline constexpr ArithOp<NoKernel, DivideValueK> DivideBy{{nullptr, nullptr, nullptr, nullptr,
                                                          "TQuorel.DivideBy: Self.Complex <> Vec.Complex"}};
 
 

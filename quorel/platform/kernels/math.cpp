@@ -461,16 +461,44 @@ using CSinF = CTrigF<false, false>;
 using CCosF = CTrigF<false, true>;
 using CSinhF = CTrigF<true, false>;
 using CCoshF = CTrigF<true, true>;
+// tanh of a + ib for |a| beyond this is +-1 in double precision; the other part is
+// sin 2b / (cosh 2a + cos 2b) = 4 sin b cos b e^(-2|a|) to well within an ulp.
+inline constexpr double kTanhSaturated = 20.0;
+
+// Lanes of a tangent-like quotient whose hyperbolic argument a has |a| > kTanhSaturated: the
+// quotient's squared denominator overflows from |a| of about 355 on, so those lanes take the
+// limit instead (unit: the part that tends to +-1; small: the other, from sin b and cos b).
+template <int W>
+QUOREL_KERNEL_INLINE void SaturateTanh(Vec<W> a, Vec<W> sb, Vec<W> cb, Vec<W>& unit, Vec<W>& small) {
+  const Vec<W> abs = a < 0.0 ? -a : a;
+  const auto big = abs > kTanhSaturated;
+  if (!AnyLane<W>(big)) return;
+  const Vec<W> e = Simd<W>::kFn1[kExp](-2.0 * abs);
+  // Beyond the exponential's range the part is 0 even where sin b or cos b is not finite.
+  const Vec<W> tail = e == 0.0 ? Splat<W>(0.0) : 4.0 * sb * cb * e;
+  unit = big ? (a < 0.0 ? Splat<W>(-1.0) : Splat<W>(1.0)) : unit;
+  small = big ? tail : small;
+}
+
+// tan and tanh as the quotient of sin and cos (sinh and cosh), each factor computed once.
 struct CTanF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    return MulC<W>(CSinF::Of<W>(x, y), InvC<W>(CCosF::Of<W>(x, y)));
+    const auto sc = Simd<W>::SinCos(x);
+    const SinhCoshV<W> h = SinhCoshOf<W>(y);
+    CVec<W> t = MulC<W>(CVec<W>{sc.x * h.ch, sc.y * h.sh}, InvC<W>(CVec<W>{sc.y * h.ch, -(sc.x * h.sh)}));
+    SaturateTanh<W>(y, sc.x, sc.y, t.im, t.re);
+    return t;
   }
 };
 struct CTanhF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    return MulC<W>(CSinhF::Of<W>(x, y), InvC<W>(CCoshF::Of<W>(x, y)));
+    const auto sc = Simd<W>::SinCos(y);
+    const SinhCoshV<W> h = SinhCoshOf<W>(x);
+    CVec<W> t = MulC<W>(CVec<W>{h.sh * sc.y, h.ch * sc.x}, InvC<W>(CVec<W>{h.ch * sc.y, h.sh * sc.x}));
+    SaturateTanh<W>(x, sc.x, sc.y, t.re, t.im);
+    return t;
   }
 };
 struct CExpF {
