@@ -84,17 +84,39 @@ struct TScaledProduct {
     return {m.Re * s, m.Im * s};
   }
 };
+
+// The n x n column-major a made whole from its triangle `tf` (conjugated, with a real diagonal,
+// when `hermitian`), as the symmetric factorisations would read it.
+template <class T>
+void MirrorColMajor(T* a, std::int32_t n, TTriangleForm tf, bool hermitian) {
+  for (std::int32_t j = 0; j < n; ++j) {
+    for (std::int32_t i = j + 1; i < n; ++i) {  // (i, j) below the diagonal, (j, i) above
+      const T& src = tf == tfLower ? a[std::int64_t{j} * n + i] : a[std::int64_t{i} * n + j];
+      T& dst = tf == tfLower ? a[std::int64_t{i} * n + j] : a[std::int64_t{j} * n + i];
+      dst = src;
+      if constexpr (lapack::kComplex<T>)
+        if (hermitian) dst.Im = -dst.Im;
+    }
+    if constexpr (lapack::kComplex<T>)
+      if (hermitian) a[std::int64_t{j} * n + j].Im = 0;
+  }
+}
 }  // namespace
 
 void TMtx::Determinant(TCplx& result, TMtxType mtxType) {
   Require(Quadratic(), "Quadratic = False");
+  // The types LU factors (and the triangle, whose diagonal is the factor).
+  if (!Complex() && mtxType == mtHermitian) ERaise("LU: Hermitian and not complex!");
+  if (mtxType > mtGeneral) ERaise("MtxType not supported");
   const std::int32_t n = Rows();
   lapack::TLapackWork work;
   // The product of the factor's diagonal is the determinant up to sign for the triangular kinds
-  // and LU; a Cholesky factor's diagonal counts twice. Symmetric indefinite factors have 2 x 2
-  // blocks, so those matrices go through LU. A zero pivot is not an error here: it makes the
-  // determinant 0.
-  const bool cholesky = IsPosDefType(mtxType) && !(Complex() && mtxType == mtSymmPosDef);
+  // and LU; a Cholesky factor's diagonal counts twice. A complex matrix declared symmetric
+  // positive definite is read as Hermitian, as potrf does in LU. Symmetric indefinite factors
+  // have 2 x 2 blocks, so those matrices go through LU of the matrix their triangle describes.
+  // A zero pivot is not an error here: it makes the determinant 0.
+  const bool cholesky = IsPosDefType(mtxType);
+  const bool mirror = mtxType == mtSymmetric || mtxType == mtHermitian;
   FInt* ipiv = work.TakeInt(n);
   for (std::int32_t i = 0; i < n; ++i) ipiv[i] = i + 1;
   // The diagonal of the factor as complex values.
@@ -109,6 +131,7 @@ void TMtx::Determinant(TCplx& result, TMtxType mtxType) {
         fLapackInfo = info;
         if (info != 0) ERaise(FactorMessage(TFactorKind::Cholesky, info));
       } else {
+        if (mirror) MirrorColMajor(a, n, TriangleForm(), mtxType == mtHermitian);
         fLapackInfo = lapack::getrf<T>(n, n, a, n, ipiv);
       }
     }

@@ -16,10 +16,13 @@ namespace {
 // column-major as its transpose; the operations keep their LAPACK characters under this reading,
 // and the triangles swap.
 
+// A complex matrix declared symmetric positive definite is Hermitian, as the factorisations read it.
+bool HermitianKind(TMtxType t) { return IsHermitianType(t) || t == mtSymmPosDef; }
+
 // Which symmetric product an operand allows with its operation: 0 none, 1 symmetric, 2 Hermitian.
 int SymmetricKind(TMtxType t, TMtxOperation op, bool complex) {
   if (!complex) return IsSymmetricType(t) || IsHermitianType(t) ? 1 : 0;
-  if (IsHermitianType(t) && op != opTran) return 2;
+  if (HermitianKind(t)) return op != opTran ? 2 : 0;
   if (IsSymmetricType(t) && op != opHerm) return 1;
   return 0;
 }
@@ -85,7 +88,7 @@ struct TOperand {
     if (!m->Complex() || !symmetric || SymmetricKind(type, op, true) != 0 || !m->Quadratic()) return;
     TWorkMtx full;
     full->Copy(*m);
-    MirrorTriangle(*full, m->TriangleForm(), IsHermitianType(type));
+    MirrorTriangle(*full, m->TriangleForm(), HermitianKind(type));
     type = mtGeneral;
     Apply(*full);
   }

@@ -56,6 +56,15 @@ void BandCopy(const TMtx& band, std::int32_t first, std::int32_t count, T* dst, 
       dst[std::int64_t{j} * ld + offset + r] = Ptr<T>(band)[std::int64_t{first + r} * band.LeadingCols() + j];
 }
 
+// dst := conj(src), n elements (dst may be src).
+template <class T>
+void Conjugate(const T* src, T* dst, std::int64_t n) {
+  for (std::int64_t i = 0; i < n; ++i) {
+    dst[i] = src[i];
+    if constexpr (lapack::kComplex<T>) dst[i].Im = -dst[i].Im;
+  }
+}
+
 }  // namespace
 
 template <class T>
@@ -83,6 +92,11 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
   const bool bandPosDef = mtxType == mtBandSymmPosDef || mtxType == mtBandHermPosDef;
   const bool posDef = mtxType == mtSymmPosDef || mtxType == mtHermPosDef;
   const bool hermitian = cplx && mtxType == mtHermitian;
+  // The routines of these types know no `trans`. A^T of a Hermitian matrix and A^H of a complex
+  // symmetric one are conj(A): the factor of A solves A conj(X) = conj(B), and X is conjugated back.
+  const bool hermitianKind = IsHermitianType(mtxType) || mtxType == mtBandHermPosDef;
+  const bool viaConj =
+      cplx && ((operation == opHerm && mtxType == mtSymmetric) || (operation == opTran && hermitianKind));
 
   // The LAPACK copy (factored in place) and, for refinement, an unfactored one.
   TLapackWork work;
@@ -103,6 +117,11 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
   }
   if (orig && mtxType != mtBandGeneral) std::memcpy(orig, af, sizeof(T) * std::size_t(ld) * n);
   FInt* ipiv = work.TakeInt(n);
+  if (viaConj) {
+    T* bc = work.Take<T>(std::int64_t{n} * nrhs);
+    Conjugate(b, bc, std::int64_t{n} * nrhs);
+    b = bc;
+  }
 
   // Factor.
   FInt info = 0;
@@ -199,6 +218,7 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
   }
 
   if (fLapackInfo != 0) ERaise("LUSolve: " + fLapackMessage);
+  if (viaConj) Conjugate(x, x, std::int64_t{n} * nrhs);
 }
 
 TMtx& TMtx::LUSolve(const TMtx& b, TMtx& x, TMtxType mtxType, TMtxOperation operation) {

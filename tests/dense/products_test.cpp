@@ -38,9 +38,10 @@ TEST(Mul, StructuredOperandsUseOnlyTheirTriangle) {
           };
           auto expected = [&](const TMtx& full) { return side ? NaiveMul(opOther, full) : NaiveMul(full, opOther); };
           // Symmetric/Hermitian: the unused triangle holds garbage that must be ignored.
-          for (TMtxType t : {mtSymmetric, mtHermitian, mtHermPosDef}) {
-            if (!cplx && t != mtSymmetric) continue;
-            TMtx s = t == mtSymmetric ? Indefinite(n, cplx, 4, true) : Indefinite(n, cplx, 4);
+          // A complex matrix declared symmetric positive definite is Hermitian, as Inv and LU read it.
+          for (TMtxType t : {mtSymmetric, mtSymmPosDef, mtHermitian, mtHermPosDef}) {
+            if (!cplx && (t == mtHermitian || t == mtHermPosDef)) continue;
+            TMtx s = Indefinite(n, cplx, 4, t == mtSymmetric);
             TMtx dirty = Dirty(s, tf, 99);
             for (TMtxOperation op : ops)
               EXPECT_LT(Diff(expected(Op(s, op)), product(dirty, t, op)), 4) << cplx << tf << side << t << op << otherOp;
