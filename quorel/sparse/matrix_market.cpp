@@ -1,6 +1,7 @@
 // Matrix Market coordinate and array text for sparse matrices. The reader takes untrusted text:
-// every malformed line raises an exception naming its source and line, and the matrix is only
-// replaced once the whole text has been read.
+// every malformed line raises an exception naming its source and line (an index outside the
+// matrix is left to the triplet conversion), and the matrix is only replaced once the whole
+// text has been read.
 
 #include <algorithm>
 #include <cmath>
@@ -77,10 +78,11 @@ class TMarketReader {
     return static_cast<std::int32_t>(x);
   }
 
+  /// The 0-based index of a 1-based whole number; one outside 1..limit becomes -1, which the
+  /// triplet conversion refuses as it refuses any other triplet outside the matrix.
   std::int32_t Index(std::size_t line, double x, std::int32_t limit, const char* what) const {
-    if (!(x >= 1 && x <= limit) || x != std::floor(x))
-      Fail(line, std::string(what) + " index outside 1.." + std::to_string(limit));
-    return static_cast<std::int32_t>(x) - 1;
+    if (x != std::floor(x)) Fail(line, std::string(what) + " index must be a whole number");
+    return x >= 1 && x <= limit ? static_cast<std::int32_t>(x) - 1 : -1;
   }
 
   /// Next line holding data (skips blank lines and comments), or lines_.size().

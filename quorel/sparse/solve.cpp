@@ -293,50 +293,47 @@ void MirrorLower(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai,
 
 }  // namespace
 
-template <class B, class X>
-void TSparseMtx::SolveTaucsLU(const B& b, X& x, std::int32_t flags) {
+bool TSparseMtx::SolveTaucsLU(const double* b, TVec& work, std::int32_t count, std::int32_t flags) {
   fTaucs->BuildOptions(MaxIters, Tolerance);
-  if ((flags & TaucsSymmetricFlags) == 0) {
-    SolveUmfPack(b, x);
-    return;
+  TSparseMtx* lu = this;
+  if ((flags & TaucsSymmetricFlags) != 0) {
+    if (!detail::IsLowerTriangleOnly(fCols, fAp.data(), fAi.data()))
+      ERaise("Symmetric matrix must contain only lower triangle!");
+    // The LU back end needs the whole matrix: it is built once and kept, with its factors, for
+    // as long as this matrix and the settings stay the same.
+    const std::int64_t key = (std::int64_t{flags} + 64) | std::int64_t{fTaucs->Factor} << 8;
+    const bool kept = fTaucs->HasLUMatrix() && Reusable(fTaucsStamp, key) == 2;
+    TSparseMtx& full = fTaucs->LUMatrix();
+    if (!kept) {
+      detail::OnKind(fComplex, [&](auto t) {
+        using T = decltype(t);
+        std::vector<std::int32_t> fp, fi;
+        std::vector<T> fv;
+        MirrorLower(fCols, fAp.data(), fAi.data(), detail::Ptr<T>(*this), fp, fi, fv);
+        full.Assign(fRows, fCols, fp, fi, std::span<const T>(fv));
+      });
+      Made(fTaucsStamp, key, true);
+    }
+    full.SparseSystem = SparseSystem;
+    full.ReportLevel = ReportLevel;
+    full.AutoClearReport = true;
+    full.RefinmentIters = RefinmentIters;
+    full.SparseBlockSize = SparseBlockSize;
+    std::copy(fUmfControl.begin(), fUmfControl.end(), full.fUmfControl.begin());
+    lu = &full;
   }
-  if (!detail::IsLowerTriangleOnly(fCols, fAp.data(), fAi.data()))
-    ERaise("Symmetric matrix must contain only lower triangle!");
-  // The LU back end needs the whole matrix: it is built once and kept, with its factors, for
-  // as long as this matrix and the settings stay the same.
-  const std::int64_t key = (std::int64_t{flags} + 64) | std::int64_t{fTaucs->Factor} << 8;
-  const bool kept = fTaucs->HasLUMatrix() && Reusable(fTaucsStamp, key) == 2;
-  TSparseMtx& full = fTaucs->LUMatrix();
-  if (!kept) {
-    detail::OnKind(fComplex, [&](auto t) {
-      using T = decltype(t);
-      std::vector<std::int32_t> fp, fi;
-      std::vector<T> fv;
-      MirrorLower(fCols, fAp.data(), fAi.data(), detail::Ptr<T>(*this), fp, fi, fv);
-      full.Assign(fRows, fCols, fp, fi, std::span<const T>(fv));
-    });
-    Made(fTaucsStamp, key, true);
-  }
-  full.SparseSystem = SparseSystem;
-  full.ReportLevel = ReportLevel;
-  full.AutoClearReport = true;
-  full.RefinmentIters = RefinmentIters;
-  full.SparseBlockSize = SparseBlockSize;
-  std::copy(fUmfControl.begin(), fUmfControl.end(), full.fUmfControl.begin());
   if (AutoClearReport) fReport.clear();
-  // What the solve says, failure or not, is this matrix's to report.
-  auto takeBack = [&] {
-    fErrorText = full.fErrorText;
-    fReport.insert(fReport.end(), full.fReport.begin(), full.fReport.end());
-    fUmfInfo = full.fUmfInfo;
-  };
-  try {
-    full.SolveUmfPack(b, x);
-  } catch (...) {
-    takeBack();
-    throw;
+  work.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
+  const int status = lu->SolveUmfColumns(b, work.PValues1D(0), count, false);
+  if (lu != this) {
+    fReport.insert(fReport.end(), lu->fReport.begin(), lu->fReport.end());
+    fUmfInfo = lu->fUmfInfo;
   }
-  takeBack();
+  // A failed LU is the Cholesky back end's failure: its code and text, reported, no raise.
+  fTaucs->CheckError(status == 0 ? 0 : status == -1 ? -2 : -1);
+  fErrorText = fTaucs->ErrorText();
+  if (status != 0) ReportFailure(fErrorText);
+  return status == 0;
 }
 
 void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
@@ -345,12 +342,10 @@ void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
   if (b.Length() != fRows) ERaise("B.Length <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
-  if (fTaucs->UsesLU()) {
-    SolveTaucsLU(b, x, flags);
-    return;
-  }
   TWorkVec work;
-  if (SolveTaucsColumns(b.PValues1D(0), *work, 1, flags)) TakeSolution(*work, x, fRows, fComplex);
+  const bool ok = fTaucs->UsesLU() ? SolveTaucsLU(b.PValues1D(0), *work, 1, flags)
+                                   : SolveTaucsColumns(b.PValues1D(0), *work, 1, flags);
+  if (ok) TakeSolution(*work, x, fRows, fComplex);
 }
 
 void TSparseMtx::SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType) {
@@ -359,14 +354,12 @@ void TSparseMtx::SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType) {
   if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
-  if (fTaucs->UsesLU()) {
-    SolveTaucsLU(b, x, flags);
-    return;
-  }
   TWorkMtx bt;
   bt->Transp(b);
   TWorkVec work;
-  if (SolveTaucsColumns(bt->PValues1D(0), *work, b.Cols(), flags)) TakeSolution(*work, x, fRows, b.Cols(), fComplex);
+  const bool ok = fTaucs->UsesLU() ? SolveTaucsLU(bt->PValues1D(0), *work, b.Cols(), flags)
+                                   : SolveTaucsColumns(bt->PValues1D(0), *work, b.Cols(), flags);
+  if (ok) TakeSolution(*work, x, fRows, b.Cols(), fComplex);
 }
 
 // --- UMFPACK ---------------------------------------------------------------------------------------------
@@ -384,7 +377,9 @@ void TSparseMtx::FreeNumeric() {
 
 /// Runs whatever factorisation the pattern flag does not allow to reuse, then solves `count`
 /// right-hand sides stored one after the other (n elements each, interleaved when complex).
-void TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count) {
+/// Returns the failing status (0 when all went well); raises on failure when `raise` is set,
+/// otherwise leaves the failure for the caller to name and report.
+int TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count, bool raise) {
   if (AutoClearReport) fReport.clear();
   double* control = fUmfControl.data();
   double* info = fUmfInfo.data();
@@ -392,20 +387,23 @@ void TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count)
   control[detail::UmfIrStepIndex] = RefinmentIters;
   control[detail::UmfBlockSizeIndex] = SparseBlockSize;
 
-  auto check = [&](const char* routine, int status) {
+  int failure = 0;
+  auto failed = [&](const char* routine, int status) {
     if (status == detail::UmfStatusOk) {
       fErrorText.clear();
-      return;
+      return false;
     }
     // Determinant under- and overflow are harmless for a solve.
-    if (status == 2 || status == 3) return;
+    if (status == 2 || status == 3) return false;
+    failure = status;
     fErrorText = std::string(routine) + UmfStatusText(status) + " failed!";
-    if (ReportLevel >= prlErrorsOnly) fReport.push_back(fErrorText + "\n");
+    if (raise && ReportLevel >= prlErrorsOnly) fReport.push_back(fErrorText + "\n");
     if (ReportLevel >= prlBasic) {
       const std::string s = detail::UmfReportStatus(control, status);
       if (!s.empty()) fReport.push_back(s);
     }
-    ERaise(fErrorText);
+    if (raise) ERaise(fErrorText);
+    return true;
   };
   auto report = [&](std::string text) {
     if (!text.empty()) fReport.push_back(std::move(text));
@@ -415,21 +413,24 @@ void TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count)
   const std::int32_t* ai = fAi.data();
   const double* ax = fValues;
   if (fPattern < sppSymbolic || !fUmf->HasSymbolic()) {
-    check("umfpack_symbolic", fUmf->Analyse(fComplex, fRows, fCols, ap, ai, ax, control, info));
+    if (failed("umfpack_symbolic", fUmf->Analyse(fComplex, fRows, fCols, ap, ai, ax, control, info))) return failure;
     fPattern = sppSymbolic;
     if (ReportLevel >= prlExtensive) report(detail::UmfReportSymbolic(fComplex, fUmf->Symbolic(), control));
   }
   if (fPattern < sppNumeric || !fUmf->HasNumeric()) {
     const int status = fUmf->Factorise(ap, ai, ax, control, info);
     if (status != detail::UmfStatusOk) fUmf->FreeNumeric();
-    check("umfpack_numeric", status);
+    if (failed("umfpack_numeric", status)) return failure;
     fPattern = sppNumeric;
     if (ReportLevel >= prlExtensive) report(detail::UmfReportNumeric(fComplex, fUmf->Numeric(), control));
   }
   const std::int64_t stride = DoublesFor(fRows);
   for (std::int32_t c = 0; c < count; ++c)
-    check("umfpack_solve", fUmf->SolveSystem(SparseSystem, ap, ai, ax, x + c * stride, b + c * stride, control, info));
+    if (failed("umfpack_solve",
+               fUmf->SolveSystem(SparseSystem, ap, ai, ax, x + c * stride, b + c * stride, control, info)))
+      return failure;
   if (ReportLevel >= prlBasic) report(detail::UmfReportInfo(control, info));
+  return 0;
 }
 
 void TSparseMtx::SolveUmfPack(const TVec& b, TVec& x) {

@@ -337,7 +337,8 @@ class TSparseMtx : public TSparseElementwise {
   int Reusable(const TFactorStamp& stamp, std::int64_t key) const;
   void Made(TFactorStamp& stamp, std::int64_t key, bool ok) const;
   void SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros);
-  void SolveUmfColumns(const double* b, double* x, std::int32_t count);
+  /// The sparse LU solve of `count` right-hand sides; the failing status, or 0 (raises unless told not to).
+  int SolveUmfColumns(const double* b, double* x, std::int32_t count, bool raise = true);
   /// Iterative solve of `count` real right-hand sides of n values each; x holds the start guesses.
   void SolveIterativeColumns(const double* b, double* x, std::int32_t count, bool symmetric);
   /// Direct solves of `count` right-hand sides stored one after the other, into a work vector
@@ -345,9 +346,9 @@ class TSparseMtx : public TSparseElementwise {
   bool SolvePardisoColumns(const double* b, TVec& work, std::int32_t count, std::int32_t mtype);
   bool SolveTaucsColumns(const double* b, TVec& work, std::int32_t count, std::int32_t flags);
   /// The Cholesky back end's LU factorisation, through the sparse LU back end; a symmetric or
-  /// Hermitian type is solved on the whole matrix its lower triangle stands for.
-  template <class B, class X>
-  void SolveTaucsLU(const B& b, X& x, std::int32_t flags);
+  /// Hermitian type is solved on the whole matrix its lower triangle stands for. Fails as
+  /// SolveTaucsColumns does.
+  bool SolveTaucsLU(const double* b, TVec& work, std::int32_t count, std::int32_t flags);
   /// A library failure: the error text into the report (no raise; the text stays readable).
   void ReportFailure(const std::string& text);
 

@@ -163,6 +163,54 @@ TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
   EXPECT_EQ(poisson.ErrorText(), "The parameters passed to the routine are invalid.");
   EXPECT_EQ(poisson.ErrorText(), poisson.Taucs().ErrorText());
   EXPECT_EQ(x[0], 42);
+
+  // A failed LU factorisation is this back end's failure too, on the whole and on the mirrored
+  // matrix alike: no raise, X unchanged, both texts replaced and reported.
+  TSparseMtx singular;
+  singular.TripletsToSparse(2, 2, TIntegerArray{0}, TIntegerArray{0}, TDoubleArray{1});
+  singular.SparseSolver = ssTaucs;
+  singular.Taucs().Factor = tfLU;
+  for (TMtxType type : {mtGeneral, mtSymmPosDef}) {
+    singular.Taucs().CheckError(-4);
+    KnownRhs(singular, b, x);
+    x[0] = 42;
+    EXPECT_NO_THROW(singular.Solve(b, x, type));
+    EXPECT_EQ(singular.ErrorText(), "Unknown error.");
+    EXPECT_EQ(singular.Taucs().ErrorText(), "Unknown error.");
+    EXPECT_EQ(x[0], 42);
+    ASSERT_FALSE(singular.Report().empty());
+    EXPECT_EQ(singular.Report().back(), "Unknown error.\n");
+    TMtx bm, xm;
+    KnownRhs(singular, bm, xm);
+    xm.Values(0, 1) = 42;
+    EXPECT_NO_THROW(singular.Solve(bm, xm, type));
+    EXPECT_EQ(xm.Values(0, 1), 42);
+  }
+  // A good solve clears both texts.
+  singular.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 2});
+  KnownRhs(singular, b, x);
+  singular.Solve(b, x, mtGeneral);
+  EXPECT_EQ(singular.ErrorText(), "");
+  EXPECT_EQ(singular.Taucs().ErrorText(), "");
+  EXPECT_DOUBLE_EQ(x[1], b[1] / 2);
+}
+
+// Only a tolerance under 500 unit roundoffs (500 * 2^-53) is too tight to be met.
+TEST_F(SolveBackEnds, IterativeToleranceFloor) {
+  lower.MaxIters = 1000;
+  for (double tol : {1e-13, 6e-14, 5e-14}) {
+    TVec b, x;
+    KnownRhs(poisson, b, x);
+    lower.Tolerance = tol;
+    lower.Solve(b, x, mtSymmPosDef);
+    if (tol > 500 * 0x1p-53) {
+      EXPECT_EQ(lower.ErrorText(), "") << tol;
+      EXPECT_LE(lower.BackError(), tol);
+    } else {
+      EXPECT_EQ(lower.ErrorText(),
+                "User error tolerance set too tight. Reset to 500.0*D1MACH(3). Iteration proceeded.");
+    }
+  }
 }
 
 

@@ -411,8 +411,8 @@ TSlapResult SlapSolve(const TSlapMatrix& a, const TSlapOptions& options, const d
     res.ierr = errInput;
     return res;
   }
-  // Tighter than roundoff allows: run at 500 eps and say so.
-  const double floorTol = 500 * std::numeric_limits<double>::epsilon();
+  // Tighter than roundoff allows: run at 500 * D1MACH(3) (the unit roundoff 2^-53) and say so.
+  constexpr double floorTol = 500 * 0x1p-53;
   const bool tolReset = options.tolerance < floorTol;
   const double tol = tolReset ? floorTol : options.tolerance;
 
