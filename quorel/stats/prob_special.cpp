@@ -208,9 +208,11 @@ static double HugeShapeP(double a, double x) {
   return 0.5 * Erfc(-z * SQRT2DIV2);
 }
 
+// The first rules hold whatever the other argument is, NaN included; past them a NaN would never
+// end the series or the fraction.
 double detail::IGammaLg(double a, double x, double lga) {
-  if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (a <= 0.0 || x <= 0.0) return 0.0;
+  if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 1.0;
   if (a + 1.0 == a) return HugeShapeP(a, x);
   if (x >= a + 1.0) return 1.0 - FractionQ(a, x, lga);
@@ -218,9 +220,9 @@ double detail::IGammaLg(double a, double x, double lga) {
 }
 
 double detail::JGammaLg(double a, double x, double lga) {
-  if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (a <= 0.0 || x < 0.0) return 0.0;
   if (x == 0.0) return 1.0;
+  if (!detail::NoNaN(a, x)) return detail::NaNResult();
   if (std::isinf(x)) return std::isinf(a) ? detail::NaNResult() : 0.0;
   if (a + 1.0 == a) return 1.0 - HugeShapeP(a, x);
   if (x >= a + 1.0) return FractionQ(a, x, lga);
@@ -234,16 +236,16 @@ double JGamma(double a, double x) { return detail::JGammaLg(a, x, a > 0.0 && x >
 // The complex forms switch on |x| (the fraction also needs Re x > 0 to converge well); a real
 // x is treated as in the real functions.
 TCplx IGamma(double a, const TCplx& x) {
-  if (std::isnan(a) || !Finite(x)) return CNAN;
   if (a <= 0.0 || (x.Im == 0.0 && x.Re <= 0.0)) return C_ZERO;
+  if (std::isnan(a) || !Finite(x)) return CNAN;
   if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return CSub(1.0, FractionQ(a, x, LnGamma(a)));
   return SeriesP(a, x, LnGamma(a));
 }
 
 TCplx JGamma(double a, const TCplx& x) {
-  if (std::isnan(a) || !Finite(x)) return CNAN;
   if (a <= 0.0 || (x.Im == 0.0 && x.Re < 0.0)) return C_ZERO;
   if (x.Im == 0.0 && x.Re == 0.0) return C_ONE;
+  if (std::isnan(a) || !Finite(x)) return CNAN;
   if (CAbs(x) >= a + 1.0 && x.Re > 0.0) return FractionQ(a, x, LnGamma(a));
   return CSub(1.0, SeriesP(a, x, LnGamma(a)));
 }

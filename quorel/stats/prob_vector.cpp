@@ -11,6 +11,7 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/startup.h"
 #include "quorel/objects/dense.h"
+#include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/math.h"
 #include "quorel/stats/probabilities.h"
 #include "quorel/stats/detail/erf_block.h"
@@ -473,14 +474,28 @@ void UniformCDFInv(const TDenseQuorel& P, double a, double b, TDenseQuorel& Res)
   });
 }
 
+// Of x^b and x^(b-1), one is a power of its own and the other that power times or divided by x.
+// The power taken is the one that cannot overflow or underflow alone: x^b for b < 1/2 (else
+// x^(b-1) * x is 0 * INF at x = INF, and x^(b-1) overflows at a subnormal x), x^(b-1) from 1/2 on
+// (else x^b / x loses x^(b-1) where x^b underflows or overflows). Both cost one power.
 void WeibullPDF(const TDenseQuorel& X, double a, double b, TDenseQuorel& Res) {
+  const double ab = a * b;
+  const double atZero = b < 1.0 ? INF : (b == 1.0 ? a : 0.0);
+  const double atInf = ab * std::pow(INF, b - 1.0) * 0.0;  // the formula, where x^b / x is INF / INF
   EachBlock(X, Res, nullptr, [&](const double* x, double* r, double* w, std::int32_t n) {
-    kern::Powx(x, b - 1.0, w, n);
-    for (std::int32_t i = 0; i < n; ++i) r[i] = -a * w[i] * x[i];
+    if (b < 0.5) {
+      kern::Powx(x, b, r, n);
+      kern::Div(r, x, w, n);
+    } else {
+      kern::Powx(x, b - 1.0, w, n);
+      kern::Mul(w, x, r, n);
+    }
+    kern::ScaleByValue(r, -a, r, n);
     kern::Exp(r, r, n);
+    kern::Mul(w, r, w, n);
     for (std::int32_t i = 0; i < n; ++i) {
-      const double v = a * b * w[i] * r[i];
-      r[i] = x[i] == 0.0 ? (b < 1.0 ? INF : (b == 1.0 ? a : 0.0)) : (x[i] < 0.0 ? 0.0 : v);  // NaN: v
+      const double v = ab * w[i];  // NaN runs the formula
+      r[i] = x[i] > 0.0 ? (x[i] == INF ? atInf : v) : (x[i] == 0.0 ? atZero : (x[i] < 0.0 ? 0.0 : v));
     }
   });
 }

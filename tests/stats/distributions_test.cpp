@@ -120,6 +120,17 @@ TEST(Distributions, IncompleteFunctionsBoundaries) {
       {"JGamma(2, -1)", JGamma(2, -1), 0},
       {"IGamma(2, INF)", IGamma(2, INF), 1},
       {"IGamma(2, NaN)", IGamma(2, NaN), NaN},
+      // a <= 0 and x <= 0 decide before a NaN in the other argument does
+      {"IGamma(-1, NaN)", IGamma(-1, NaN), 0},
+      {"IGamma(NaN, 0)", IGamma(NaN, 0), 0},
+      {"JGamma(0, NaN)", JGamma(0, NaN), 0},
+      {"JGamma(NaN, -1)", JGamma(NaN, -1), 0},
+      {"JGamma(NaN, 0)", JGamma(NaN, 0), 1},
+      {"JGamma(NaN, 1)", JGamma(NaN, 1), NaN},
+      {"complex IGamma(NaN, 0)", IGamma(NaN, TCplx{0, 0}).Re, 0},
+      {"complex JGamma(-1, NaN)", JGamma(-1, TCplx{NaN, 0}).Re, 0},
+      {"complex JGamma(NaN, 0)", JGamma(NaN, TCplx{0, 0}).Re, 1},
+      {"complex IGamma(2, NaN)", IGamma(2, TCplx{NaN, 0}).Re, NaN},
       {"GammaSer(2, NaN): no endless loop", GammaSer(2, NaN), NaN},
       // the switch: x = a + 1 is taken by the fraction, just below by the series
       {"IGamma(3, 4)", IGamma(3, 4), 1 - GammaFrac(3, 4)},

@@ -108,7 +108,8 @@ const std::vector<Member>& Members() {
       M(UniformPDF, A2(-1, 3), -2, 4, 0, nullptr), M(UniformCDF, A2(-1, 3), -2, 4, 1e-15, nullptr),
       M(UniformCDFInv, A2(-1, 3), 0, 1, 1e-15, nullptr),
       M(UniformDPDF, 6, -1, 8, 0, kX), M(UniformDCDF, 6, -1, 8, 0, kX), M(UniformDCDFInv, 6, 0, 1, 0, kP),
-      M(WeibullPDF, A2(2, 1.5), -1, 3, 1e-14, nullptr), M(WeibullCDF, A2(2, 1.5), 0.2, 3, 1e-14, nullptr),
+      M(WeibullPDF, A2(2, 1.5), -1, 3, 1e-14, nullptr), M(WeibullPDF, A2(2, 0.3), -1, 3, 1e-14, nullptr),
+      M(WeibullCDF, A2(2, 1.5), 0.2, 3, 1e-14, nullptr),
       M(WeibullCDFInv, A2(2, 1.5), 0, 1, 1e-14, nullptr),
   };
   return members;
@@ -179,6 +180,27 @@ TEST(VectorOverloads, NormalBlocksMatchScalarToRounding) {
   edge[2] = NAN;
   NormalCDF(edge, 2, 1, res);
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(Close(res[i], NormalCDF(edge[i], 2, 1), 0)) << edge[i];
+}
+
+// The Weibull density at the ends of the range, where one of x^b and x^(b-1) overflows or
+// underflows and the other does not: the values the scalar function gives (0 at INF for b <= 1,
+// INF at the smallest x for small b), for shapes on both sides of b = 1/2 and 1.
+TEST(VectorOverloads, WeibullPDFAtExtremeArguments) {
+  const double in[] = {INF, 5e-324, 1e-320, 1e-310, 1e-300, 0.7, 2, 1e300, 1.7e308, 0, -INF, NAN};
+  const int n = sizeof in / sizeof *in;
+  TVec x, res;
+  x.SetLength(n);
+  for (int i = 0; i < n; ++i) x[i] = in[i];
+  for (double a : {0.5, 2.0})
+    for (double b : {0.01, 0.3, 0.5, 0.8, 1.0, 1.5, 3.0}) {
+      WeibullPDF(x, a, b, res);
+      for (int i = 0; i < n; ++i) {
+        const double want = WeibullPDF(in[i], a, b);
+        // relative even for tiny values; b - 1 rounds in the scalar function, by |ln x| ulps
+        const bool ok = std::isnan(want) ? std::isnan(res[i]) : std::fabs(res[i] - want) <= 1e-13 * std::fabs(want);
+        EXPECT_TRUE(ok || res[i] == want) << "a=" << a << " b=" << b << " x=" << in[i] << ": " << res[i] << " vs " << want;
+      }
+    }
 }
 
 TEST(VectorOverloads, PoissonPDFTakesWholeArguments) {
