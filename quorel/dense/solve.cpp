@@ -45,6 +45,25 @@ double BandNorm(const TMtx& band, std::int32_t first, std::int32_t count, std::i
   return n > 0 ? *std::max_element(sums, sums + n) : 0.0;
 }
 
+// 1-norm (which is also the infinity norm) of the symmetric or Hermitian matrix held in the
+// lower or upper triangle of `m`; like a mirrored half band, each off-diagonal element counts
+// for both of its places, and the other triangle is never read.
+template <class T>
+double TriangleNorm(const TMtx& m, bool lower, TLapackWork& work) {
+  const std::int32_t n = m.Cols();
+  double* sums = work.Take<double>(n);
+  std::fill_n(sums, n, 0.0);
+  for (std::int32_t i = 0; i < n; ++i) {
+    const T* row = Ptr<T>(m) + std::int64_t{i} * m.LeadingCols();
+    for (std::int32_t j = lower ? 0 : i; j < (lower ? i + 1 : n); ++j) {
+      const double a = Abs(row[j]);
+      sums[j] += a;
+      if (i != j) sums[i] += a;
+    }
+  }
+  return n > 0 ? *std::max_element(sums, sums + n) : 0.0;
+}
+
 // Rows first .. first + count - 1 of the banded matrix `band` transposed into the column-major
 // ld x n array dst from row `offset` on; the rest of dst is zero.
 template <class T>
@@ -196,6 +215,7 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
     double anorm;
     if (mtxType == mtBandGeneral) anorm = BandNorm<T>(*this, 0, kl + ku + 1, ku, inf, false, work);
     else if (bandPosDef) anorm = BandNorm<T>(*this, TriangleForm() == tfLower ? ku : 0, kd + 1, TriangleForm() == tfLower ? 0 : ku, inf, true, work);
+    else if (kind != TFactorKind::LU) anorm = TriangleNorm<T>(*this, TriangleForm() == tfLower, work);
     else anorm = inf ? NormInf() : Norm1();
     const char* msg = "LU: Erorr at condition number estimate: ";
     if (posDef) {
