@@ -437,16 +437,11 @@ void TSparseMtx::SolveUmfPack(const TVec& b, TVec& x) {
   RequireFlushed();
   if (fCols != b.Length()) ERaise("FCols <> B.Length");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
-  if (&b == &x) {
-    TWorkVec copy;
-    copy->Size(b.Length(), b.Complex());
-    std::memcpy(copy->PValues1D(0), b.PValues1D(0), static_cast<std::size_t>(DoublesFor(b.Length())) * sizeof(double));
-    x.Size(fRows, fComplex);
-    SolveUmfColumns(copy->PValues1D(0), x.PValues1D(0), 1);
-    return;
-  }
-  x.Size(fRows, fComplex);
-  SolveUmfColumns(b.PValues1D(0), x.PValues1D(0), 1);
+  // Solved into a work vector: a failure raises with X as it was, and B may be X.
+  TWorkVec sol;
+  sol->Size(fRows, fComplex);
+  SolveUmfColumns(b.PValues1D(0), sol->PValues1D(0), 1);
+  x.Copy(*sol);
 }
 
 void TSparseMtx::SolveUmfPack(const TMtx& b, TMtx& x) {
@@ -455,13 +450,12 @@ void TSparseMtx::SolveUmfPack(const TMtx& b, TMtx& x) {
   if (fCols != b.Rows()) ERaise("FCols <> B.Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   // The library wants each right-hand side contiguous: columns of B become rows of a work copy.
-  const std::int32_t n = b.Rows(), m = b.Cols();
+  const std::int32_t m = b.Cols();
   TWorkMtx bt, xt;
   bt->Transp(b);
   xt->Size(m, fRows, fComplex);
   SolveUmfColumns(bt->PValues1D(0), xt->PValues1D(0), m);
   x.Transp(*xt);
-  (void)n;
 }
 
 // --- residuals and type codes ------------------------------------------------------------------------------

@@ -115,8 +115,9 @@ TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   TSparseMtx a;
   a.SparseSolver = ssUmfPack;
   a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0, 1}, TIntegerArray{0, 0, 1, 1}, TDoubleArray{1, 1, 1, 1});
-  TVec b = Real({1, 2}), x;
+  TVec b = Real({1, 2}), x = Real({7, 7, 7});
   EXPECT_RAISES(a.Solve(b, x, mtGeneral), "umfpack_numeric: matrix is singular failed!");
+  EXPECT_EQ(x.Length(), 3);  // left as it was
   EXPECT_EQ(a.ErrorText(), "umfpack_numeric: matrix is singular failed!");
   ASSERT_FALSE(a.Report().empty());
   EXPECT_EQ(a.Report()[0], "umfpack_numeric: matrix is singular failed!\n");
