@@ -1,5 +1,7 @@
 // Block copies, vectors into rows, columns and diagonals, concatenation and splitting.
+#include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "quorel/core/detail/checks.h"
@@ -23,6 +25,21 @@ void CopyBlock(const TMtx& src, std::int32_t sr, std::int32_t sc, TMtx& dst, std
   OnKind(src.Complex(), [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < nrRows; ++i) kern::Copy(At<T>(src, sr + i, sc), At<T>(dst, dr + i, dc), nrCols);
+  });
+}
+
+// The same within one matrix, for blocks that may overlap: rows are taken in the order that reads
+// every source row before it is overwritten.
+void MoveBlock(TMtx& m, std::int32_t sr, std::int32_t sc, std::int32_t dr, std::int32_t dc, std::int32_t nrRows,
+               std::int32_t nrCols) {
+  if (nrCols <= 0) return;
+  OnKind(m.Complex(), [&](auto t) {
+    using T = decltype(t);
+    if (dr > sr) {
+      for (std::int32_t i = nrRows - 1; i >= 0; --i) kern::Move(At<T>(m, sr + i, sc), At<T>(m, dr + i, dc), nrCols);
+    } else {
+      for (std::int32_t i = 0; i < nrRows; ++i) kern::Move(At<T>(m, sr + i, sc), At<T>(m, dr + i, dc), nrCols);
+    }
   });
 }
 
@@ -60,7 +77,11 @@ TMtx& TMtx::Copy(const TMtx& mtx, std::int32_t mtxRow, std::int32_t mtxCol, std:
   Require(std::int64_t{row} + nrRows <= fRows, "Row + NrRows > Rows");
   Require(std::int64_t{col} + nrCols <= fCols, "Col + NrCols > Cols");
   Require(mtx.fComplex == fComplex, "Mtx.Complex <> Complex");  // different element sizes cannot be copied
-  CopyBlock(mtx, mtxRow, mtxCol, *this, row, col, nrRows, nrCols);
+  if (Is(mtx)) {
+    MoveBlock(*this, mtxRow, mtxCol, row, col, nrRows, nrCols);  // only with ConditionCheck off
+  } else {
+    CopyBlock(mtx, mtxRow, mtxCol, *this, row, col, nrRows, nrCols);
+  }
   return *this;
 }
 
@@ -152,6 +173,28 @@ TMtx& TMtx::Diag(const TDenseQuorel& vec, std::int32_t k) {
 }
 
 // --- concatenation ---------------------------------------------------------------------------------
+// A source that is Self is read from a copy taken before Self is sized or written.
+
+namespace {
+// Writes the sources side by side (`horz`) or one above another into dst from (row, col); every
+// check has been made. selfCopy stands in for dst among the sources.
+void Place(TMtx& dst, std::int32_t row, std::int32_t col, std::span<const TMtx* const> src, const TMtx& selfCopy,
+           bool horz) {
+  for (const TMtx* m : src) {
+    const TMtx& from = m == &dst ? selfCopy : *m;
+    CopyBlock(from, 0, 0, dst, row, col, from.Rows(), from.Cols());
+    if (horz) {
+      col += from.Cols();
+    } else {
+      row += from.Rows();
+    }
+  }
+}
+
+bool Contains(std::span<const TMtx* const> src, const TMtx& m) {
+  return std::find(src.begin(), src.end(), &m) != src.end();
+}
+}  // namespace
 
 TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
   NoNil(src);
@@ -160,11 +203,13 @@ TMtx& TMtx::ConcatHorz(std::span<const TMtx* const> src) {
   for (const TMtx* m : src) {
     Require(m->fRows == src[0]->fRows, "Src[0].Rows <> Src[i].Rows");
     Require(m->fComplex == src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
-    Require(!Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
     cols += m->fCols;
   }
+  std::optional<TWorkMtx> keep;
+  const TMtx& selfCopy = detail::SelfOrCopy(*this, Contains(src, *this), keep);
   Size(src[0]->fRows, static_cast<std::int32_t>(std::min<std::int64_t>(cols, 0x7FFFFFFF)), src[0]->fComplex);
-  return ConcatHorz(0, 0, src);
+  Place(*this, 0, 0, src, selfCopy, true);
+  return *this;
 }
 
 TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
@@ -174,15 +219,12 @@ TMtx& TMtx::ConcatHorz(std::int32_t destRow, std::int32_t destCol, std::span<con
   for (const TMtx* m : src) {
     Require(std::int64_t{destRow} + m->fRows <= fRows, "DestRow + Src[i].Rows > Rows");
     Require(fComplex == m->fComplex, "Complex <> Src[i].Complex");
-    if (fConditionCheck) Require(!Is(*m), "Mtx = Self");
     col += m->fCols;
   }
   Require(col <= fCols, "Too many columns!");
-  col = destCol;
-  for (const TMtx* m : src) {
-    CopyBlock(*m, 0, 0, *this, destRow, static_cast<std::int32_t>(col), m->fRows, m->fCols);
-    col += m->fCols;
-  }
+  std::optional<TWorkMtx> keep;
+  const TMtx& selfCopy = detail::SelfOrCopy(*this, Contains(src, *this), keep);
+  Place(*this, destRow, destCol, src, selfCopy, true);
   return *this;
 }
 
@@ -193,11 +235,13 @@ TMtx& TMtx::ConcatVert(std::span<const TMtx* const> src) {
   for (const TMtx* m : src) {
     Require(m->fCols == src[0]->fCols, "Src[0].Cols <> Src[i].Cols");
     Require(m->fComplex == src[0]->fComplex, "Src[0].Complex <> Src[i].Complex");
-    Require(!Is(*m), "Mtx = Self");  // always: Self is resized before the sources are read
     rows += m->fRows;
   }
+  std::optional<TWorkMtx> keep;
+  const TMtx& selfCopy = detail::SelfOrCopy(*this, Contains(src, *this), keep);
   Size(static_cast<std::int32_t>(std::min<std::int64_t>(rows, 0x7FFFFFFF)), src[0]->fCols, src[0]->fComplex);
-  return ConcatVert(0, 0, src);
+  Place(*this, 0, 0, src, selfCopy, false);
+  return *this;
 }
 
 TMtx& TMtx::ConcatVert(std::int32_t destRow, std::int32_t destCol, std::span<const TMtx* const> src) {
@@ -207,15 +251,12 @@ TMtx& TMtx::ConcatVert(std::int32_t destRow, std::int32_t destCol, std::span<con
   for (const TMtx* m : src) {
     Require(std::int64_t{destCol} + m->fCols <= fCols, "DestCol + Src[i].Cols > Cols");
     Require(fComplex == m->fComplex, "Complex <> Src[i].Complex");
-    if (fConditionCheck) Require(!Is(*m), "Mtx = Self");
     row += m->fRows;
   }
   Require(row <= fRows, "Too many rows!");
-  row = destRow;
-  for (const TMtx* m : src) {
-    CopyBlock(*m, 0, 0, *this, static_cast<std::int32_t>(row), destCol, m->fRows, m->fCols);
-    row += m->fRows;
-  }
+  std::optional<TWorkMtx> keep;
+  const TMtx& selfCopy = detail::SelfOrCopy(*this, Contains(src, *this), keep);
+  Place(*this, destRow, destCol, src, selfCopy, false);
   return *this;
 }
 
@@ -255,13 +296,15 @@ std::int64_t Total(const std::vector<std::int32_t>& sizes) {
 TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx* const> src) {
   std::vector<std::int32_t> heights, widths;
   CheckTiling(aRows, aCols, src, heights, widths);
-  for (const TMtx* m : src) Require(!Is(*m), "Mtx = Self");  // always: Self is resized first
   const std::int64_t rows = Total(heights), cols = Total(widths);
   Require(!(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF), "Out of memory! Attempted to allocate over 2GB!");
+  std::optional<TWorkMtx> keep;
+  const TMtx& selfCopy = detail::SelfOrCopy(*this, Contains(src, *this), keep);
   Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), src[0]->fComplex);
   std::int32_t row = 0;
   for (std::int32_t r = 0; r < aRows; ++r) {
-    ConcatHorz(row, 0, src.subspan(static_cast<std::size_t>(r) * aCols, static_cast<std::size_t>(aCols)));
+    Place(*this, row, 0, src.subspan(static_cast<std::size_t>(r) * aCols, static_cast<std::size_t>(aCols)), selfCopy,
+          true);
     row += heights[r];
   }
   return *this;

@@ -1,6 +1,7 @@
 // Banded storage: B(ku + i - j, j) = A(i, j), one band row per diagonal (see mtx.h).
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
@@ -70,14 +71,15 @@ void TMtx::DenseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
 
 TMtx& TMtx::BandedToDense(const TMtx& a) {
   Require(!a.fComplex, "A.Complex = True");
-  Require(!Is(a), "A = Self");
   const std::int32_t ku = a.SuperDiag(), kl = a.SubDiag();
   Require(!(ku < 0 || kl < 0 || std::int64_t{ku} + kl + 1 != a.fRows), "SubDiag+SuperDiag+1 <> Rows");
-  const std::int32_t n = a.fCols;
+  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  const TMtx& src = detail::SelfCopied(*this, a, keep);
+  const std::int32_t n = src.fCols;
   Size(n, n, false);
   SetZero();
   ForBandRows(ku, kl, n, n, [&](std::int32_t r, std::int32_t j0, std::int32_t j1) {
-    const double* band = At<double>(a, r, 0);
+    const double* band = At<double>(src, r, 0);
     for (std::int32_t j = j0; j < j1; ++j) Values(j + r - ku, j) = band[j];
   });
   return *this;

@@ -2,6 +2,7 @@
 // outer products.
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
@@ -16,6 +17,7 @@ using detail::At;
 using detail::Require;
 using detail::OnKind;
 using detail::Ptr;
+using detail::SelfCopied;
 
 TMtx& TMtx::Eye() {
   SetZero();
@@ -34,6 +36,7 @@ TMtx& TMtx::Eye(std::int32_t rows, std::int32_t cols) {
 
 namespace {
 // Copies columns [from(i), to(i)) of every row of src into dst and, when zeroOther, zeroes the rest.
+// src may be dst itself: the kept triangle is then already in place.
 template <class Range>
 void CopyRowRanges(const TMtx& src, TMtx& dst, bool zeroOther, Range range) {
   OnKind(src.Complex(), [&](auto t) {
@@ -42,7 +45,7 @@ void CopyRowRanges(const TMtx& src, TMtx& dst, bool zeroOther, Range range) {
     for (std::int32_t i = 0; i < src.Rows(); ++i) {
       const auto [from, to] = range(i);
       const std::int32_t a = std::clamp(from, 0, cols), b = std::clamp(to, a, cols);
-      kern::Copy(At<T>(src, i, a), At<T>(dst, i, a), b - a);
+      if (&src != &dst) kern::Copy(At<T>(src, i, a), At<T>(dst, i, a), b - a);
       if (zeroOther) {
         kern::Fill(T{}, At<T>(dst, i, 0), a);
         kern::Fill(T{}, At<T>(dst, i, b), cols - b);
@@ -53,7 +56,6 @@ void CopyRowRanges(const TMtx& src, TMtx& dst, bool zeroOther, Range range) {
 }  // namespace
 
 TMtx& TMtx::UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
-  Require(!Is(mtx), "TMtx.UpperTriangle: Mtx = Self");
   Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
   const std::int32_t shift = diagonal ? 0 : 1;
   CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{i + shift, mtx.fCols}; });
@@ -61,7 +63,7 @@ TMtx& TMtx::UpperTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
 }
 
 TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
-  Require(!Is(mtx), "TMtx.LowerTriangle: Mtx = Self");
+  detail::RequireChecked(*this, !Is(mtx), "TMtx.LowerTriangle: Mtx = Self");
   Size(mtx.fRows, mtx.fCols, mtx.fIsInteger, mtx.fComplex);
   const std::int32_t shift = diagonal ? 1 : 0;
   CopyRowRanges(mtx, *this, zeroOther, [&](std::int32_t i) { return std::pair{0, i + shift}; });
@@ -71,44 +73,50 @@ TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
 // --- products ---------------------------------------------------------------------------------------
 
 TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
-  Require(!(Is(a) || Is(b)), "Mtx = Self");
-  const bool complex = a.fComplex || b.fComplex;
+  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  const TMtx& x = SelfCopied(*this, a, keep);
+  const TMtx& y = SelfCopied(*this, b, keep);
+  const bool complex = x.fComplex || y.fComplex;
   TWorkMtx wa, wb;
-  const TDenseQuorel& pa = detail::Promoted(a, complex, wa);
-  const TDenseQuorel& pb = detail::Promoted(b, complex, wb);
-  const std::int64_t rows = std::int64_t{a.fRows} * b.fRows, cols = std::int64_t{a.fCols} * b.fCols;
+  const TDenseQuorel& pa = detail::Promoted(x, complex, wa);
+  const TDenseQuorel& pb = detail::Promoted(y, complex, wb);
+  const std::int64_t rows = std::int64_t{x.fRows} * y.fRows, cols = std::int64_t{x.fCols} * y.fCols;
   Require(!(rows > 0x7FFFFFFF || cols > 0x7FFFFFFF), "Out of memory! Attempted to allocate over 2GB!");
   Size(static_cast<std::int32_t>(rows), static_cast<std::int32_t>(cols), complex);
   OnKind(complex, [&](auto t) {
     using T = decltype(t);
-    for (std::int32_t i = 0; i < a.fRows; ++i)
-      for (std::int32_t k = 0; k < b.fRows; ++k) {
-        T* dst = At<T>(*this, i * b.fRows + k, 0);
-        const T* bRow = Ptr<T>(pb, std::int64_t{k} * b.fLeadingCols);
-        for (std::int32_t j = 0; j < a.fCols; ++j)
-          kern::ScaleByValue(bRow, *Ptr<T>(pa, std::int64_t{i} * a.fLeadingCols + j), dst + std::int64_t{j} * b.fCols,
-                             b.fCols);
+    for (std::int32_t i = 0; i < x.fRows; ++i)
+      for (std::int32_t k = 0; k < y.fRows; ++k) {
+        T* dst = At<T>(*this, i * y.fRows + k, 0);
+        const T* bRow = Ptr<T>(pb, std::int64_t{k} * y.fLeadingCols);
+        for (std::int32_t j = 0; j < x.fCols; ++j)
+          kern::ScaleByValue(bRow, *Ptr<T>(pa, std::int64_t{i} * x.fLeadingCols + j), dst + std::int64_t{j} * y.fCols,
+                             y.fCols);
       }
   });
   return *this;
 }
 
 TMtx& TMtx::TensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
-  Require(!(Is(vec1) || Is(vec2)), "Vec = Self");
-  const bool complex = vec1.Complex() || vec2.Complex();
-  Size(vec1.Length(), vec2.Length(), complex);
+  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  const TDenseQuorel& x = SelfCopied(*this, vec1, keep);
+  const TDenseQuorel& y = SelfCopied(*this, vec2, keep);
+  const bool complex = x.Complex() || y.Complex();
+  Size(x.Length(), y.Length(), complex);
   SetZero();
-  return AddTensorProd(vec1, vec2);
+  return AddTensorProd(x, y);
 }
 
 TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
-  if (fConditionCheck) Require(!(Is(vec1) || Is(vec2)), "Vec = Self");
   Require(vec1.Length() == fRows, "Vec1.Length <> Rows");
   Require(vec2.Length() == fCols, "Vec2.Length <> Cols");
   Require(!(!fComplex && (vec1.Complex() || vec2.Complex())), "Complex <> Vec.Complex");
+  std::optional<TWorkMtx> keep;  // Self is overwritten row by row while it is read
+  const TDenseQuorel& x = SelfCopied(*this, vec1, keep);
+  const TDenseQuorel& y = SelfCopied(*this, vec2, keep);
   TWorkVec w1, w2;
-  const TDenseQuorel& p1 = detail::Promoted(vec1, fComplex, w1);
-  const TDenseQuorel& p2 = detail::Promoted(vec2, fComplex, w2);
+  const TDenseQuorel& p1 = detail::Promoted(x, fComplex, w1);
+  const TDenseQuorel& p2 = detail::Promoted(y, fComplex, w2);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < fRows; ++i) kern::AddScaled(Ptr<T>(p2), *Ptr<T>(p1, i), At<T>(*this, i, 0), fCols);
@@ -119,13 +127,14 @@ TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
 // --- generated matrices ----------------------------------------------------------------------------
 
 TMtx& TMtx::VanderMonde(std::int32_t cols, const TDenseQuorel& vec) {
-  Require(!Is(vec), "Vec = Self");
-  Size(vec.Length(), cols, vec.Complex());
+  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  const TDenseQuorel& v = SelfCopied(*this, vec, keep);
+  Size(v.Length(), cols, v.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < fRows; ++i) {
       T* r = At<T>(*this, i, 0);
-      const T x = *Ptr<T>(vec, i);
+      const T x = *Ptr<T>(v, i);
       T p = detail::One<T>();
       for (std::int32_t j = cols - 1; j >= 0; --j) {
         r[j] = p;
@@ -147,16 +156,18 @@ TMtx& TMtx::Pascl(std::int32_t n) {
 TMtx& TMtx::Toeplitz(const TDenseQuorel& vec) { return Toeplitz(vec, vec); }
 
 TMtx& TMtx::Toeplitz(const TDenseQuorel& col, const TDenseQuorel& row) {
-  Require(!(Is(col) || Is(row)), "Vec = Self");
   Require(col.Complex() == row.Complex(), "Col.Complex <> Row.Complex");
-  Size(col.Length(), row.Length(), col.Complex());
+  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  const TDenseQuorel& c = SelfCopied(*this, col, keep);
+  const TDenseQuorel& rw = SelfCopied(*this, row, keep);
+  Size(c.Length(), rw.Length(), c.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     for (std::int32_t i = 0; i < fRows; ++i) {
       T* r = At<T>(*this, i, 0);
       const std::int32_t below = std::min(i, fCols);  // columns left of the diagonal
-      kern::Reverse(Ptr<T>(col, i - below + 1), r, below);
-      if (i < fCols) kern::Copy(Ptr<T>(row), r + i, fCols - i);
+      kern::Reverse(Ptr<T>(c, i - below + 1), r, below);
+      if (i < fCols) kern::Copy(Ptr<T>(rw), r + i, fCols - i);
     }
   });
   return *this;

@@ -1,6 +1,7 @@
 // Transposition (cache-blocked), conjugate transposition, flips, rotation and exchanges.
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
@@ -10,8 +11,9 @@
 namespace quorel {
 
 using detail::At;
-using detail::Require;
 using detail::OnKind;
+using detail::Require;
+using detail::RequireChecked;
 
 namespace {
 struct Plain {
@@ -76,8 +78,14 @@ void TransposeInto(const TMtx& src, TMtx& dst, Op op) {
 }
 }  // namespace
 
+// The forms with a source refuse Self while ConditionCheck is on; with it off, Self is read from a
+// copy (the in-place forms), since Self is resized before the source is read.
+
 TMtx& TMtx::Transp(const TMtx& mtx) {
-  Require(!Is(mtx), "Mtx = Self");  // always: Self is resized before mtx is read
+  if (Is(mtx)) {
+    RequireChecked(*this, false, "Mtx = Self");
+    return Transp();
+  }
   TransposeInto(mtx, *this, Plain{});
   return *this;
 }
@@ -89,7 +97,10 @@ TMtx& TMtx::Transp() {
 }
 
 TMtx& TMtx::Adjung(const TMtx& x) {
-  Require(!Is(x), "X = Self");
+  if (Is(x)) {
+    RequireChecked(*this, false, "X = Self");
+    return Adjung();
+  }
   TransposeInto(x, *this, Conjugate{});
   return *this;
 }
@@ -101,15 +112,16 @@ TMtx& TMtx::Adjung() {
 }
 
 TMtx& TMtx::ResizeAndTranspose(const TMtx& src, std::int32_t rows, std::int32_t cols) {
-  Require(!Is(src), "Mtx = Self");
-  Size(rows, cols, src.fComplex);
+  std::optional<TWorkMtx> keep;
+  const TMtx& from = detail::SelfCopied(*this, src, keep);  // Self is resized before it is read
+  Size(rows, cols, from.fComplex);
   SetZero();
-  const std::int32_t srcRows = std::min(cols, src.fRows);
-  const std::int32_t srcCols = std::min(rows, src.fCols);
+  const std::int32_t srcRows = std::min(cols, from.fRows);
+  const std::int32_t srcCols = std::min(rows, from.fCols);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
     if (srcRows > 0 && srcCols > 0)
-      TransposeBlock(At<T>(src, 0, 0), src.fLeadingCols, At<T>(*this, 0, 0), fLeadingCols, srcRows, srcCols, Plain{});
+      TransposeBlock(At<T>(from, 0, 0), from.fLeadingCols, At<T>(*this, 0, 0), fLeadingCols, srcRows, srcCols, Plain{});
   });
   return *this;
 }
@@ -117,7 +129,10 @@ TMtx& TMtx::ResizeAndTranspose(const TMtx& src, std::int32_t rows, std::int32_t 
 // --- flips and rotation ----------------------------------------------------------------------------
 
 TMtx& TMtx::FlipHor(const TMtx& srcMtx) {
-  Require(!Is(srcMtx), "Self = SrcMtx");
+  if (Is(srcMtx)) {
+    RequireChecked(*this, false, "Self = SrcMtx");
+    return FlipHor();
+  }
   Size(srcMtx.fRows, srcMtx.fCols, srcMtx.fIsInteger, srcMtx.fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -135,7 +150,10 @@ TMtx& TMtx::FlipHor() {
 }
 
 TMtx& TMtx::FlipVer(const TMtx& srcMtx) {
-  Require(!Is(srcMtx), "Self = SrcMtx");
+  if (Is(srcMtx)) {
+    RequireChecked(*this, false, "Self = SrcMtx");
+    return FlipVer();
+  }
   Size(srcMtx.fRows, srcMtx.fCols, srcMtx.fIsInteger, srcMtx.fComplex);
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
@@ -153,7 +171,10 @@ TMtx& TMtx::FlipVer() {
 }
 
 TMtx& TMtx::Rotate90(const TMtx& mtx) {
-  Require(!Is(mtx), "Mtx = Self");
+  if (Is(mtx)) {
+    RequireChecked(*this, false, "Mtx = Self");
+    return Rotate90();
+  }
   // Counter-clockwise: the transpose turned upside down.
   Transp(mtx);
   return FlipVer();

@@ -1,6 +1,7 @@
 // Vector members that read matrices: rows, columns, diagonals, storage runs and products.
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
@@ -17,6 +18,7 @@ using detail::At;
 using detail::Require;
 using detail::OnKind;
 using detail::Ptr;
+using detail::SelfCopied;
 
 namespace {
 // Self := len elements of mtx from storage element start, stepping `stride` elements.
@@ -100,19 +102,19 @@ TVec& TVec::Diag(const TMtx* mtx, std::int32_t k) {
 // --- products ---------------------------------------------------------------------------------------
 
 TVec& TVec::Kron(const TDenseQuorel& a, const TDenseQuorel& b) {
-  Require(!Is(a), "Vec1 = Self");
-  Require(!Is(b), "Vec2 = Self");
-  const std::int64_t len = std::int64_t{a.Length()} * b.Length();
+  const std::int32_t na = a.Length(), nb = b.Length();
+  const std::int64_t len = std::int64_t{na} * nb;
   Require(len <= 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
   const bool complex = a.Complex() || b.Complex();
+  std::optional<TWorkVec> keep;  // Self is resized before it is read
   TWorkVec wa, wb;
-  const TDenseQuorel& pa = detail::Promoted(a, complex, wa);
-  const TDenseQuorel& pb = detail::Promoted(b, complex, wb);
+  const TDenseQuorel& pa = detail::Promoted(SelfCopied(*this, a, keep), complex, wa);
+  const TDenseQuorel& pb = detail::Promoted(SelfCopied(*this, b, keep), complex, wb);
   Size(static_cast<std::int32_t>(len), complex);
   OnKind(complex, [&](auto t) {
     using T = decltype(t);
-    for (std::int32_t i = 0; i < a.Length(); ++i)
-      kern::ScaleByValue(Ptr<T>(pb), *Ptr<T>(pa, i), Ptr<T>(*this, std::int64_t{i} * b.Length()), b.Length());
+    for (std::int32_t i = 0; i < na; ++i)
+      kern::ScaleByValue(Ptr<T>(pb), *Ptr<T>(pa, i), Ptr<T>(*this, std::int64_t{i} * nb), nb);
   });
   return *this;
 }
@@ -188,7 +190,6 @@ void MulTyped(const TMtx& m, TMtxType type, const T* x, T* y) {
 }  // namespace
 
 TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxType) {
-  Require(!Is(vec), "Vec = Self");
   const bool band = mtxType == mtBandGeneral || mtxType == mtBandSymmPosDef || mtxType == mtBandHermPosDef;
   Require(vec.Length() == mtx.Cols(), "Length <> Mtx.Cols");
   if (band) {
@@ -200,8 +201,9 @@ TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxTyp
   const bool complex = mtx.Complex() || vec.Complex();
   TWorkMtx wm;
   TWorkVec wv;
+  std::optional<TWorkVec> keep;  // Self is resized before it is read
   const auto& pm = static_cast<const TMtx&>(detail::Promoted(mtx, complex, wm));
-  const TDenseQuorel& pv = detail::Promoted(vec, complex, wv);
+  const TDenseQuorel& pv = detail::Promoted(SelfCopied(*this, vec, keep), complex, wv);
   if (&pm != &mtx) {
     // The promoted copy carries the settings that steer the product.
     wm->SetTriangleForm(mtx.TriangleForm());
@@ -218,13 +220,14 @@ TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxTyp
 }
 
 TVec& TVec::TensorProdInt(const TMtx& mtx, const TDenseQuorel& vec) {
-  Require(!Is(vec), "Vec = Self");
   Require(vec.Complex() == mtx.Complex(), "Complex <> Mtx.Complex");
   Require(vec.Length() == mtx.Cols(), "Length <> Mtx.Cols");
+  std::optional<TWorkVec> keep;  // Self is resized before it is read
+  const TDenseQuorel& x = SelfCopied(*this, vec, keep);
   Size(mtx.Rows(), mtx.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
-    MulTyped(mtx, mtGeneral, Ptr<T>(vec), Ptr<T>(*this));
+    MulTyped(mtx, mtGeneral, Ptr<T>(x), Ptr<T>(*this));
   });
   return *this;
 }

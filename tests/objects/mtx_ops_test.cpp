@@ -1,5 +1,7 @@
 // Matrix operations against hand-computed results and element-by-element references.
 #include <algorithm>
+#include <functional>
+#include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -145,6 +147,62 @@ TEST(MtxOps, ProductsAndGeneratedMatrices) {
   EXPECT_EQ(Doubles(g.Pascl(4)), (V{1, 1, 1, 1, 1, 2, 3, 4, 1, 3, 6, 10, 1, 4, 10, 20}));
   EXPECT_EQ(Doubles(g.Toeplitz(Real({1, 2, 3}))), (V{1, 2, 3, 2, 1, 2, 3, 2, 1}));
   EXPECT_EQ(Doubles(g.Toeplitz(Real({1, 5, 6}), Real({1, 2}))), (V{1, 2, 5, 1, 6, 5}));
+}
+
+// A source that is Self reads Self as it was before the call, as a copy would. Calls that have an
+// identity message raise it while ConditionCheck is on and leave Self as it was.
+TEST(MtxOps, SelfAmongTheSources) {
+  const TMtx a = RealMtx(2, 3, {1, 2, 3, 4, 5, 6}), q = RealMtx(3, 3, {-3, -2, 1, 6, 13, 22, 33, 46, 61});
+  const TMtx b = RealMtx(2, 2, {7, -1, 0, 8}), col = RealMtx(3, 1, {2, 3, -1}), c = Numbered(2, 3, true);
+  const TVec row = Real({1, 9, 8, 7}), two = Real({2});
+  TMtx band;
+  RealMtx(3, 3, {1, 0, 0, 11, 2, 0, 0, 12, 3}).DenseToBanded(band);
+  using Call = std::function<void(TMtx&, const TMtx&)>;
+  struct Case {
+    const TMtx& init;
+    Call call;
+    const char* message;  // nullptr: Self must work whatever ConditionCheck says
+  };
+  const Case cases[] = {
+      {a, [](TMtx& s, const TMtx& x) { s.Transp(x); }, "Mtx = Self"},
+      {c, [](TMtx& s, const TMtx& x) { s.Adjung(x); }, "X = Self"},
+      {a, [](TMtx& s, const TMtx& x) { s.FlipHor(x); }, "Self = SrcMtx"},
+      {a, [](TMtx& s, const TMtx& x) { s.FlipVer(x); }, "Self = SrcMtx"},
+      {a, [](TMtx& s, const TMtx& x) { s.Rotate90(x); }, "Mtx = Self"},
+      {q, [](TMtx& s, const TMtx& x) { s.LowerTriangle(x, true, false); }, "TMtx.LowerTriangle: Mtx = Self"},
+      {q, [](TMtx& s, const TMtx& x) { s.Copy(x, 0, 0, 1, 1, 2, 2); }, "Mtx = Self"},  // overlapping blocks
+      {q, [](TMtx& s, const TMtx& x) { s.Copy(x, 1, 1, 0, 0, 2, 2); }, "Mtx = Self"},
+      {q, [](TMtx& s, const TMtx& x) { s.UpperTriangle(x, true, false); }, nullptr},
+      {a, [](TMtx& s, const TMtx& x) { s.ResizeAndTranspose(x, 4, 2); }, nullptr},
+      {a, [&](TMtx& s, const TMtx& x) { s.Kron(x, b); }, nullptr},
+      {a, [&](TMtx& s, const TMtx& x) { s.Kron(c, x); }, nullptr},  // Self promoted to complex
+      {b, [](TMtx& s, const TMtx& x) { s.Kron(x, x); }, nullptr},
+      {col, [&](TMtx& s, const TMtx& x) { s.TensorProd(row, x); }, nullptr},
+      {col, [&](TMtx& s, const TMtx& x) { s.AddTensorProd(x, two); }, nullptr},
+      {col, [](TMtx& s, const TMtx& x) { s.VanderMonde(4, x); }, nullptr},
+      {col, [&](TMtx& s, const TMtx& x) { s.Toeplitz(x, row); }, nullptr},
+      {band, [](TMtx& s, const TMtx& x) { s.BandedToDense(x); }, nullptr},
+      {b, [&](TMtx& s, const TMtx& x) { s.ConcatHorz({&x, &b, &x}); }, nullptr},
+      {b, [&](TMtx& s, const TMtx& x) { s.ConcatVert({&b, &x}); }, nullptr},
+      {b, [&](TMtx& s, const TMtx& x) { s.Concat(2, 2, {&x, &b, &b, &x}); }, nullptr},
+  };
+  for (std::size_t k = 0; k < std::size(cases); ++k)
+    for (bool check : {true, false}) {
+      const Case& t = cases[k];
+      TMtx want(t.init), self(t.init);
+      t.call(want, TMtx(t.init));
+      self.SetConditionCheck(check);
+      const std::string raised = test::MessageOf<EQuorelInvalidArgument>([&] { t.call(self, self); });
+      SCOPED_TRACE(testing::Message() << "case " << k << ", ConditionCheck " << check);
+      if (check && t.message) {
+        EXPECT_EQ(raised, t.message);
+        EXPECT_EQ(Doubles(self), Doubles(t.init));
+        continue;
+      }
+      EXPECT_EQ(raised, "<no exception>");
+      EXPECT_EQ(self.Rows(), want.Rows());
+      EXPECT_EQ(Doubles(self), Doubles(want));
+    }
 }
 
 TEST(MtxOps, ReductionsNormsAndSorting) {

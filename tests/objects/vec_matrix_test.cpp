@@ -1,4 +1,6 @@
 // Vector members that read matrices: rows, columns, diagonals, storage runs and typed products.
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include "support/support.h"
@@ -80,6 +82,28 @@ TEST(VecMatrix, TypedProductsReadTheRightElements) {
   EXPECT_EQ(Doubles(y.TensorProd(h, cx, mtHermitian)), (V{3, 5, -1, 6}));
   // A real matrix times a complex vector promotes.
   EXPECT_EQ(Doubles(y.TensorProd(RealMtx(1, 2, {2, 3}), cx, mtGeneral)), (V{2, 7}));
+}
+
+// Self as the vector operand is read as it was, as a copy would be, whatever ConditionCheck says.
+TEST(VecMatrix, SelfAsTheVectorOperand) {
+  const TMtx m = RealMtx(3, 3, {1, 2, 0, -1, 0, 3, 4, 1, 1}), cm = CplxMtx(1, 3, {{0, 1}, {1, 0}, {2, 2}});
+  const TVec init = Real({0.5, -2, 3}), o = Real({1, 2}), cv = test::Cplx({{1, 1}, {2, -1}});
+  const std::function<void(TVec&, const TVec&)> calls[] = {
+      [&](TVec& s, const TVec& x) { s.TensorProd(m, x, mtGeneral); },
+      [&](TVec& s, const TVec& x) { s.TensorProd(cm, x, mtGeneral); },  // Self promoted to complex
+      [&](TVec& s, const TVec& x) { s.TensorProdInt(m, x); },
+      [&](TVec& s, const TVec& x) { s.Kron(x, o); },
+      [&](TVec& s, const TVec& x) { s.Kron(cv, x); },
+      [](TVec& s, const TVec& x) { s.Kron(x, x); },
+  };
+  for (std::size_t k = 0; k < std::size(calls); ++k)
+    for (bool check : {true, false}) {
+      TVec want, self(init);
+      calls[k](want, init);
+      self.SetConditionCheck(check);
+      EXPECT_EQ(test::MessageOf<EQuorelException>([&] { calls[k](self, self); }), "<no exception>") << k;
+      EXPECT_EQ(Doubles(self), Doubles(want)) << "case " << k << ", ConditionCheck " << check;
+    }
 }
 
 }  // namespace

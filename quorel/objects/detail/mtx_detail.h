@@ -3,9 +3,11 @@
 // for code written once over double and TCplx. Internal to the library.
 
 #include <cstdint>
+#include <optional>
 #include <type_traits>
 
 #include "quorel/core/detail/checks.h"
+#include "quorel/objects/controller.h"
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
@@ -24,6 +26,25 @@ const TDenseQuorel& Promoted(const TDenseQuorel& x, bool complex, W& work) {
   if (x.Complex() == complex) return x;
   work->ExtendToComplex(x, true);
   return *work;
+}
+
+/// Self, or a copy of it in `keep` when `aliased`: methods that size or overwrite Self before they
+/// have read every source read Self through this when it is among the sources.
+template <class Self>
+const Self& SelfOrCopy(const Self& self, bool aliased, std::optional<TWorkObject<Self>>& keep) {
+  if (!aliased) return self;
+  if (!keep) {
+    keep.emplace();
+    (*keep)->Assign(self);
+  }
+  return **keep;
+}
+
+/// `src`, or a copy of Self in `keep` when `src` is Self; unaliased calls pay one compare.
+template <class Self, class Src>
+const Src& SelfCopied(const Self& self, const Src& src, std::optional<TWorkObject<Self>>& keep) {
+  if (static_cast<const void*>(&self) != static_cast<const void*>(&src)) return src;
+  return SelfOrCopy(self, true, keep);
 }
 
 /// a * b for any mix of double and TCplx.
