@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/objects/controller.h"
@@ -11,6 +12,7 @@
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/platform/kernels/sliding.h"
+#include "quorel/signal/detail/alias.h"
 #include "quorel/signal/detail/dfti.h"
 
 namespace quorel {
@@ -170,9 +172,12 @@ const TCplx* AsComplex(const TVec& v, TVec& work) {
 
 }  // namespace
 
-TVec& TVec::Convolve(const TVec& x, const TVec& h) {
-  detail::RequireChecked(*this, !Is(x) && !Is(h), "TVec.Convolve: (Self = X) or (Self = H)");
-  detail::Require(h.Length() > 0, "TVec.Convolve: H.Length = 0");
+TVec& TVec::Convolve(const TVec& xIn, const TVec& hIn) {
+  detail::RequireChecked(*this, !Is(xIn) && !Is(hIn), "TVec.Convolve: (Self = X) or (Self = H)");
+  detail::Require(hIn.Length() > 0, "TVec.Convolve: H.Length = 0");
+  std::optional<TWorkVec> keep;  // unchecked, Self is read from a copy
+  const TVec& x = detail::Unaliased(*this, xIn, keep);
+  const TVec& h = detail::Unaliased(*this, hIn, keep);
   const bool complex = x.Complex() || h.Complex();
   const std::int32_t nx = x.Length(), nh = h.Length();
   Size(nx > 0 ? nx + nh - 1 : 0, complex);
@@ -190,9 +195,11 @@ namespace {
 
 enum class AutoNorm { Biased, Normal, UnBiased };
 
-TVec& AutoCorr(TVec& self, const TVec& vec, std::int32_t lags, AutoNorm norm, const char* lagsMsg, const char* selfMsg) {
-  detail::RequireChecked(self, lags <= vec.Length(), lagsMsg);
-  detail::RequireChecked(self, &self != &vec, selfMsg);
+TVec& AutoCorr(TVec& self, const TVec& in, std::int32_t lags, AutoNorm norm, const char* lagsMsg, const char* selfMsg) {
+  detail::RequireChecked(self, lags <= in.Length(), lagsMsg);
+  detail::RequireChecked(self, &self != &in, selfMsg);
+  std::optional<TWorkVec> keep;
+  const TVec& vec = detail::Unaliased(self, in, keep);
   const std::int32_t n = vec.Length();
   lags = std::clamp(lags, 0, n);
   self.Size(lags, vec.Complex());
@@ -228,10 +235,13 @@ TVec& TVec::AutoCorrUnBiased(const TVec& vec, std::int32_t lags) {
                   "TVec.AutoCorrUnBiased: Self = Vec");
 }
 
-TVec& TVec::CrossCorr(const TVec& vec1, const TVec& vec2, std::int32_t loLag, std::int32_t hiLag) {
-  detail::RequireChecked(*this, !Is(vec1) && !Is(vec2), "TVec.CrossCorr: (Self = Vec1) or (Self = Vec2)");
+TVec& TVec::CrossCorr(const TVec& in1, const TVec& in2, std::int32_t loLag, std::int32_t hiLag) {
+  detail::RequireChecked(*this, !Is(in1) && !Is(in2), "TVec.CrossCorr: (Self = Vec1) or (Self = Vec2)");
   detail::Require(loLag >= 0, "TVec.CrossCorr: LoLag < 0");
   detail::Require(hiLag > loLag, "TVec.CrossCorr: HiLag <= LoLag");
+  std::optional<TWorkVec> keep;
+  const TVec& vec1 = detail::Unaliased(*this, in1, keep);
+  const TVec& vec2 = detail::Unaliased(*this, in2, keep);
   const bool complex = vec1.Complex() || vec2.Complex();
   const std::int32_t n1 = vec1.Length(), n2 = vec2.Length();
   const std::int32_t count = (n1 == 0 || n2 == 0) ? 0 : hiLag - loLag + 1;
@@ -248,9 +258,12 @@ TVec& TVec::CrossCorr(const TVec& vec1, const TVec& vec2, std::int32_t loLag, st
 
 // --- 2-D ---------------------------------------------------------------------------------------------
 
-TMtx& TMtx::Convolve(const TMtx& x, const TMtx& h, bool filter) {
-  detail::RequireChecked(*this, !x.Complex() && !h.Complex(), "X.Complex or H.Complex");
-  detail::RequireChecked(*this, !Is(x) && !Is(h), "(X = Self) or (H = Self)");
+TMtx& TMtx::Convolve(const TMtx& xIn, const TMtx& hIn, bool filter) {
+  detail::RequireChecked(*this, !xIn.Complex() && !hIn.Complex(), "X.Complex or H.Complex");
+  detail::RequireChecked(*this, !Is(xIn) && !Is(hIn), "(X = Self) or (H = Self)");
+  std::optional<TWorkMtx> keep;
+  const TMtx& x = detail::Unaliased(*this, xIn, keep);
+  const TMtx& h = detail::Unaliased(*this, hIn, keep);
   const std::int32_t rx = x.Rows(), cx = x.Cols(), rh = h.Rows(), ch = h.Cols();
   const bool empty = rx == 0 || cx == 0 || rh == 0 || ch == 0;
   const std::int32_t rf = empty ? 0 : rx + rh - 1, cf = empty ? 0 : cx + ch - 1;

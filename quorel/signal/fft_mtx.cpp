@@ -1,10 +1,12 @@
 // Matrix FFTs: per-row batches and 2-D transforms through the descriptor cache.
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/mtx.h"
+#include "quorel/signal/detail/alias.h"
 #include "quorel/signal/detail/dfti.h"
 #include "quorel/signal/detail/fft_flags.h"
 
@@ -90,9 +92,11 @@ TMtx& TMtx::FFT1DFromReal() {
   return *this;
 }
 
-TMtx& TMtx::FFT1DFromReal(const TMtx& mtx) {
-  detail::RequireChecked(*this, !Is(mtx), "TMtx.FFT1DFromReal: Mtx = Self");
-  if (Is(mtx)) return FFT1DFromReal();
+TMtx& TMtx::FFT1DFromReal(const TMtx& in) {
+  detail::RequireChecked(*this, !Is(in), "TMtx.FFT1DFromReal: Mtx = Self");
+  // Unchecked, Self is read from a copy: the in-place form would take its rows as padded.
+  std::optional<TWorkMtx> keep;
+  const TMtx& mtx = detail::Unaliased(*this, in, keep);
   detail::RequireChecked(*this, !mtx.Complex(), "TMtx.FFT1DFromReal: Mtx is Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? 2 * mtx.Cols() : mtx.Cols();
   const bool ccs = fFFTStorageFormat == fsfCCS;
@@ -115,7 +119,7 @@ TMtx& TMtx::IFFT1D(bool noScale) {
 
 TMtx& TMtx::IFFT1D(const TMtx& mtx, bool noScale) {
   detail::RequireChecked(*this, !Is(mtx), "TMtx.IFFT1D: Mtx = Self");
-  if (Is(mtx)) return IFFT1D(noScale);
+  if (Is(mtx)) return IFFT1D(noScale);  // unchecked: in place gives what a copy would
   detail::RequireChecked(*this, mtx.Complex(), "TMtx.IFFT1D: Mtx is not Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? mtx.Cols() : mtx.Cols() / 2;
   Size(rows, cols, true);
@@ -202,9 +206,10 @@ TMtx& TMtx::FFT2DFromReal() {
   return *this;
 }
 
-TMtx& TMtx::FFT2DFromReal(const TMtx& mtx) {
-  detail::RequireChecked(*this, !Is(mtx), "TMtx.FFT2DFromReal: Mtx = Self");
-  if (Is(mtx)) return FFT2DFromReal();
+TMtx& TMtx::FFT2DFromReal(const TMtx& in) {
+  detail::RequireChecked(*this, !Is(in), "TMtx.FFT2DFromReal: Mtx = Self");
+  std::optional<TWorkMtx> keep;  // as in FFT1DFromReal(Mtx)
+  const TMtx& mtx = detail::Unaliased(*this, in, keep);
   detail::RequireChecked(*this, !mtx.Complex(), "TMtx.FFT2DFromReal: Mtx is Complex");
   const std::int32_t rows = mtx.Rows(), cols = mtx.Complex() ? 2 * mtx.Cols() : mtx.Cols();
   Size(rows + 2, cols / 2 + 1, true);

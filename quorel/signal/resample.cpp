@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <optional>
 
 #include "quorel/core/constants.h"
 #include "quorel/core/detail/checks.h"
@@ -9,6 +10,8 @@
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
+#include "quorel/signal/detail/alias.h"
+#include "quorel/signal/detail/dfti.h"
 #include "quorel/signal/signal.h"
 
 namespace quorel {
@@ -82,14 +85,11 @@ void CheckFactorPhase(std::int32_t factor, std::int32_t phase) {
 
 }  // namespace
 
-TVec& TVec::UpSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
-  detail::RequireChecked(*this, !Is(src), "Self = Src");
+TVec& TVec::UpSample(const TVec& in, std::int32_t factor, std::int32_t phase) {
+  detail::RequireChecked(*this, !Is(in), "Self = Src");
   CheckFactorPhase(factor, phase);
-  if (Is(src)) {  // only with the checks off: work from a copy
-    TWorkVec copy;
-    copy->Copy(src);
-    return UpSample(*copy, factor, phase);
-  }
+  std::optional<TWorkVec> keep;  // unchecked, Self is read from a copy
+  const TVec& src = detail::Unaliased(*this, in, keep);
   const std::int32_t n = src.Length();
   Size(n * factor, src.Complex());
   SetZero();
@@ -97,14 +97,11 @@ TVec& TVec::UpSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
   return *this;
 }
 
-TVec& TVec::DownSample(const TVec& src, std::int32_t factor, std::int32_t phase) {
-  detail::RequireChecked(*this, !Is(src), "Self = Src");
+TVec& TVec::DownSample(const TVec& in, std::int32_t factor, std::int32_t phase) {
+  detail::RequireChecked(*this, !Is(in), "Self = Src");
   CheckFactorPhase(factor, phase);
-  if (Is(src)) {  // only with the checks off: work from a copy
-    TWorkVec copy;
-    copy->Copy(src);
-    return DownSample(*copy, factor, phase);
-  }
+  std::optional<TWorkVec> keep;
+  const TVec& src = detail::Unaliased(*this, in, keep);
   const std::int32_t m = src.Length() / factor;
   Size(m, src.Complex());
   Strided(src, phase, factor, *this, 0, 1, m);
@@ -149,17 +146,21 @@ TDenseQuorel& TDenseQuorel::DownSample(const TDenseQuorel& src, std::int32_t fac
 
 // --- Hilbert -------------------------------------------------------------------------------------------
 
-TVec& TVec::Hilbert(const TVec& vec) {
-  detail::RequireChecked(*this, !vec.Complex(), "Vec.Complex = True");
-  detail::RequireChecked(*this, !Is(vec), "Self = Vec");
+TVec& TVec::Hilbert(const TVec& in) {
+  detail::RequireChecked(*this, !in.Complex(), "Vec.Complex = True");
+  detail::RequireChecked(*this, !Is(in), "Self = Vec");
+  std::optional<TWorkVec> keep;
+  const TVec& vec = detail::Unaliased(*this, in, keep);
   const std::int32_t n = vec.Length();
+  // The transforms FFTFromReal and IFFTToReal would run for a Pack-format vector, called directly:
+  // the caller's ConditionCheck governs, and the pooled vector keeps its own FFT settings. An
+  // unchecked complex Vec gives the transform of its first n doubles.
   TWorkVec spec;
-  spec->SetFFTStorageFormat(fsfPack);
-  spec->SetFFTScrambledOrder(false);
   if (n > 0) {
-    spec->FFTFromReal(vec);
-    // Pack holds R0, (R1, I1), (R2, I2), ...: each positive-frequency bin times j, DC removed.
+    spec->Size(n, false);
     double* p = spec->PValues1D(0);
+    detail::DftiForward(DftiCache().GetDesc(n, {cefReal, cefUseScale, cefPack}), vec.PValues1D(0), p, "TVec.FFT: ");
+    // Pack holds R0, (R1, I1), (R2, I2), ...: each positive-frequency bin times j, DC removed.
     p[0] = 0;
     const std::int32_t m = (n & 1) ? n - 1 : n - 2;
     for (std::int32_t i = 1; i < m; i += 2) {
@@ -167,11 +168,13 @@ TVec& TVec::Hilbert(const TVec& vec) {
       p[i] = -b;
       p[i + 1] = a;
     }
-    spec->IFFTToReal();
+    detail::DftiBackward(DftiCache().GetDesc(n, {cefReal, cefInplace, cefBackward, cefUseScale, cefPack}), p, p,
+                         "TVec.IFFTToReal: ");
   }
   Size(n, true);
   TCplx* y = PCValues1D(0);
-  for (std::int32_t i = 0; i < n; ++i) y[i] = {vec[i], (*spec)[i]};
+  const double* x = vec.PValues1D(0);
+  for (std::int32_t i = 0; i < n; ++i) y[i] = {x[i], (*spec)[i]};
   return *this;
 }
 
@@ -228,40 +231,50 @@ std::int32_t ReducedLength(std::int32_t len, std::int32_t width, TPixelDownSampl
 
 }  // namespace
 
-TVec& TVec::PixelDownSample(std::int32_t width, const TVec& src, std::int32_t index, std::int32_t len,
+TVec& TVec::PixelDownSample(std::int32_t width, const TVec& in, std::int32_t index, std::int32_t len,
                             TPixelDownSample mode) {
-  detail::RequireInRange(index >= 0 && len >= 0 && std::int64_t{index} + len <= src.Length(), "Index+Len > Src.Length");
-  detail::Require(!src.Complex(), "Src.Complex = True");
-  detail::RequireNotSelf(*this, src, "Self = Src");
+  detail::RequireInRange(index >= 0 && len >= 0 && std::int64_t{index} + len <= in.Length(), "Index+Len > Src.Length");
+  detail::Require(!in.Complex(), "Src.Complex = True");
+  std::optional<TWorkVec> keep;  // Self as the source is read from a copy
+  const TVec& src = detail::Unaliased(*this, in, keep);
   const std::int32_t out = width < 1 ? 0 : ReducedLength(len, width, mode);
   Size(out, false);
   if (out > 0) Reduce(src.PValues1D(index), nullptr, len, width, mode, fValues, nullptr);
   return *this;
 }
 
-TVec& TVec::PixelDownSample1(std::int32_t width, const TVec& srcY, const TVec* x, TVec* nx, TPixelDownSample mode) {
-  detail::Require(x != nullptr && nx != nullptr, "(X = nil) or (NX = nil)");
-  detail::Require(x->Length() == srcY.Length(), "SrcX.Length <> SrcY.Length");
-  detail::Require(!srcY.Complex() && !x->Complex(), "Src.Complex = True");
-  detail::RequireNotSelf(*this, srcY, "Self = Src");
-  detail::Require(nx != this && nx != &srcY && nx != x, "NX = Self");
+TVec& TVec::PixelDownSample1(std::int32_t width, const TVec& inY, const TVec* inX, TVec* nx, TPixelDownSample mode) {
+  detail::Require(inX != nullptr && nx != nullptr, "(X = nil) or (NX = nil)");
+  detail::Require(inX->Length() == inY.Length(), "SrcX.Length <> SrcY.Length");
+  detail::Require(!inY.Complex() && !inX->Complex(), "Src.Complex = True");
+  // The two outputs cannot share one object.
+  detail::Require(nx != this, "NX = Self");
+  // A source that is an output is read from a copy; one copy per output.
+  std::optional<TWorkVec> keepSelf, keepNX;
+  const auto readable = [&](const TVec& v) -> const TVec& {
+    return &v == this ? detail::Unaliased(*this, v, keepSelf) : detail::Unaliased(*nx, v, keepNX);
+  };
+  const TVec& srcY = readable(inY);
+  const TVec& x = readable(*inX);
   const std::int32_t len = srcY.Length();
   const std::int32_t out = width < 1 ? 0 : ReducedLength(len, width, mode);
   Size(out, false);
   nx->Size(out, false);
-  if (out > 0) Reduce(srcY.PValues1D(0), x->PValues1D(0), len, width, mode, fValues, nx->PValues1D(0));
+  if (out > 0) Reduce(srcY.PValues1D(0), x.PValues1D(0), len, width, mode, fValues, nx->PValues1D(0));
   return *this;
 }
 
 void TMtx::PixelDownSample(TMtx& dst, std::int32_t width, TPixelDownSample mode) const {
   detail::Require(!fComplex, "Src.Complex = True");
-  detail::RequireNotSelf(*this, dst, "Self = Src");
-  const std::int32_t out = width < 1 ? 0 : ReducedLength(fCols, width, mode);
-  dst.Size(fRows, out, false);
+  std::optional<TWorkMtx> keep;  // dst = Self: the rows are read from a copy
+  const TMtx& src = detail::Unaliased(dst, *this, keep);
+  const std::int32_t rows = src.Rows(), cols = src.Cols();
+  const std::int32_t out = width < 1 ? 0 : ReducedLength(cols, width, mode);
+  dst.Size(rows, out, false);
   if (out == 0) return;
-  for (std::int32_t r = 0; r < fRows; ++r)
-    Reduce(fValues + std::int64_t{r} * fCols, nullptr, fCols, width, mode, dst.PValues1D(0) + std::int64_t{r} * out,
-           nullptr);
+  for (std::int32_t r = 0; r < rows; ++r)
+    Reduce(src.PValues1D(0) + std::int64_t{r} * cols, nullptr, cols, width, mode,
+           dst.PValues1D(0) + std::int64_t{r} * out, nullptr);
 }
 
 }  // namespace quorel

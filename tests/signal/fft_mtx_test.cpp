@@ -161,12 +161,24 @@ TEST(FftMtx, Messages) {
       {[&] { TMtx(NoiseMtx(3, 1, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Cols: 1"},
       {[&] { TMtx(NoiseMtx(2, 2, true, 3)).IFFT2DToReal(); }, "TMtx.IFFT2DFromReal: Invalid Rows: 2"},
   });
-  // Without condition checking a matrix given itself transforms in place, as the vector forms do.
+  // Without condition checking, a matrix given itself gives what a copy of it would.
   TMtx x = NoiseMtx(4, 6, true, 4), y = x;
   x.SetConditionCheck(false);
   x.IFFT2D(x, false);
   y.IFFT2D(false);
   EXPECT_TRUE(x.IsEqual(y));
+  for (std::int32_t cols : {6, 5}) {  // rows unpadded, unlike the in-place forms'
+    TMtx a = NoiseMtx(4, cols, false, 5), b = a, want1, want2;
+    want1.FFT1DFromReal(TMtx(a));
+    want2.FFT2DFromReal(TMtx(a));
+    a.SetConditionCheck(false);
+    b.SetConditionCheck(false);
+    a.FFT1DFromReal(a);
+    b.FFT2DFromReal(b);
+    EXPECT_TRUE(a.IsEqual(want1)) << cols;
+    EXPECT_TRUE(b.IsEqual(want2)) << cols;
+  }
+  EXPECT_EQ(Controller->MtxCacheUsed(), 0);
   // An empty matrix given to FFT2D is only marked complex.
   TMtx e;
   e.FFT2D();

@@ -1,4 +1,6 @@
 // Convolution, correlation, DCT, Goertzel, resampling, Hilbert and display reduction.
+#include <functional>
+
 #include "quorel/signal/detail/convolve.h"
 #include "quorel/signal/signal.h"
 #include "signal_util.h"
@@ -231,6 +233,21 @@ TEST(Hilbert, PairsCosinesWithMinusSines) {
   ExpectMessages<EQuorelInvalidArgument>({{[&] { r.Hilbert(c); }, "Vec.Complex = True"}, {[&] { r.Hilbert(r); }, "Self = Vec"}});
 }
 
+// Unchecked, a complex Vec raises nothing (no message of the transforms used inside either), and
+// the work vector's FFT settings are not handed on to the next borrower of the cache.
+TEST(Hilbert, UncheckedComplexVecAndCleanWorkVector) {
+  TVec h;
+  h.SetConditionCheck(false);
+  EXPECT_NO_THROW(h.Hilbert(Cplx({{1, 2}, {3, 4}, {5, 6}})));
+  EXPECT_TRUE(h.Complex());
+  EXPECT_EQ(h.Length(), 3);
+  h.Hilbert(Real({1, 2, 3, 4}));
+  TVec* w = nullptr;
+  CreateIt(w);
+  EXPECT_EQ(w->FFTStorageFormat(), fsfCCS);
+  FreeIt(w);
+}
+
 TEST(PixelDownSample, ThreeModes) {
   const TVec s = Real({1, 5, 2, 2, 8, 0, 3, 3});
   TVec p;
@@ -250,12 +267,31 @@ TEST(PixelDownSample, ThreeModes) {
   std::copy(s.Values().begin(), s.Values().end(), m.PValues1D(0));
   m.PixelDownSample(d, 2, pdsAverage);
   EXPECT_EQ(Doubles(d), (std::vector<double>{3, 2, 4, 3}));
+  // Any source may also be an output: it is reduced from a copy.
+  TVec self = s;
+  self.PixelDownSample(4, self, pdsAverage);
+  EXPECT_EQ(Doubles(self), (std::vector<double>{3, 2, 4, 3}));
+  self = s;
+  self.PixelDownSample(8, self, 1, 3, pdsAverage);
+  EXPECT_EQ(Doubles(self), (std::vector<double>{5, 2, 2}));
+  TVec y = s, xs = x;
+  y.PixelDownSample1(2, y, &xs, &nx, pdsPeak);
+  EXPECT_EQ(Doubles(y), (std::vector<double>{1, 5, 8, 0}));
+  EXPECT_EQ(Doubles(nx), (std::vector<double>{0, 1, 4, 5}));
+  y = s;
+  p.PixelDownSample1(2, s, &y, &y, pdsPeak);  // NX is also X (here equal to SrcY)
+  EXPECT_EQ(Doubles(p), (std::vector<double>{1, 5, 8, 0}));
+  EXPECT_EQ(Doubles(y), (std::vector<double>{1, 5, 8, 0}));
+  m.PixelDownSample(m, 2, pdsAverage);
+  EXPECT_EQ(Doubles(m), (std::vector<double>{3, 2, 4, 3}));
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
   TVec c = Cplx({{1, 0}});
   ExpectMessages<EQuorelRangeError>({{[&] { p.PixelDownSample(2, s, 4, 5, pdsPattern); }, "Index+Len > Src.Length"}});
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { p.PixelDownSample(2, c, pdsPattern); }, "Src.Complex = True"},
       {[&] { p.PixelDownSample1(2, s, nullptr, &nx, pdsPattern); }, "(X = nil) or (NX = nil)"},
       {[&] { p.PixelDownSample1(2, s, &c, &nx, pdsPattern); }, "SrcX.Length <> SrcY.Length"},
+      {[&] { p.PixelDownSample1(2, s, &x, &p, pdsPattern); }, "NX = Self"},
   });
 }
 
@@ -288,6 +324,56 @@ TEST(SignalOps, Messages) {
   });
   EXPECT_EQ(Doubles(x), (std::vector<double>{1, 2, 3}));
   EXPECT_EQ(TVec().CrossCorr(e, x, 0, 3).Length(), 0);
+}
+
+// Unchecked, Self given as a source is read from a copy: the result is that of a separate source
+// holding Self's values, on both evaluation paths, and no work object stays handed out.
+TEST(SignalOps, UncheckedSelfSourceGivesTheResultOfACopy) {
+  const TVec other = Real({0.5, -1, 2});
+  using VecOp = std::function<void(TVec&, const TVec&)>;
+  const std::vector<std::pair<const char*, VecOp>> vecOps = {
+      {"Convolve(S, S)", [](TVec& s, const TVec& a) { s.Convolve(a, a); }},
+      {"Convolve(S, H)", [&](TVec& s, const TVec& a) { s.Convolve(a, other); }},
+      {"Convolve(X, S)", [&](TVec& s, const TVec& a) { s.Convolve(other, a); }},
+      {"AutoCorrBiased", [](TVec& s, const TVec& a) { s.AutoCorrBiased(a, 5); }},
+      {"AutoCorrNormal", [](TVec& s, const TVec& a) { s.AutoCorrNormal(a, 5); }},
+      {"AutoCorrUnBiased", [](TVec& s, const TVec& a) { s.AutoCorrUnBiased(a, 5); }},
+      {"CrossCorr(S, S)", [](TVec& s, const TVec& a) { s.CrossCorr(a, a, 0, 4); }},
+      {"CrossCorr(V, S)", [&](TVec& s, const TVec& a) { s.CrossCorr(other, a, 1, 3); }},
+      {"Hilbert", [](TVec& s, const TVec& a) { s.Hilbert(a); }},
+  };
+  for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
+    PathScope scope(path);
+    for (bool complex : {false, true})
+      for (const auto& [name, op] : vecOps) {
+        if (complex && std::string(name) == "Hilbert") continue;
+        SCOPED_TRACE(std::string(name) + (complex ? " complex" : " real"));
+        TVec s = Make(40, complex, 11), want;
+        op(want, TVec(s));
+        s.SetConditionCheck(false);
+        op(s, s);
+        EXPECT_EQ(s.Complex(), want.Complex());
+        EXPECT_EQ(Doubles(s), Doubles(want));
+      }
+    const TMtx h = NoiseMtx(3, 2, false, 12);
+    using MtxOp = std::function<void(TMtx&, const TMtx&, bool)>;
+    const std::vector<std::pair<const char*, MtxOp>> mtxOps = {
+        {"TMtx.Convolve(S, S)", [](TMtx& s, const TMtx& a, bool f) { s.Convolve(a, a, f); }},
+        {"TMtx.Convolve(S, H)", [&](TMtx& s, const TMtx& a, bool f) { s.Convolve(a, h, f); }},
+        {"TMtx.Convolve(X, S)", [&](TMtx& s, const TMtx& a, bool f) { s.Convolve(h, a, f); }},
+    };
+    for (bool filter : {false, true})
+      for (const auto& [name, op] : mtxOps) {
+        SCOPED_TRACE(std::string(name) + (filter ? " filter" : " full"));
+        TMtx s = NoiseMtx(4, 5, false, 13), want;
+        op(want, TMtx(s), filter);
+        s.SetConditionCheck(false);
+        op(s, s, filter);
+        EXPECT_EQ(s.Rows(), want.Rows());
+        EXPECT_EQ(Doubles(s), Doubles(want));
+      }
+  }
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
 }
 
 }  // namespace
