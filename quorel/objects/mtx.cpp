@@ -41,27 +41,32 @@ TMtx& TMtx::operator=(const TMtx& other) {
   return *this;
 }
 
-TMtx::TMtx(TMtx&& other) noexcept : TMtx() { MoveFrom(other); }
-
-TMtx& TMtx::operator=(TMtx&& other) noexcept {
-  if (this != &other) MoveFrom(other);
-  return *this;
-}
-
-void TMtx::MoveFrom(TMtx& other) noexcept {
-  if (!TakeStorage(other)) {
-    // Cache memory and views stay with their object: move means copy here.
+TMtx::TMtx(TMtx&& other) noexcept : TMtx() {
+  // A fresh matrix can only fail to copy a view for want of memory; a noexcept move keeps
+  // containers of matrices moving rather than copying.
+  if (!MoveStorage(other)) {
     try {
       Assign(other);
     } catch (...) {
     }
-    return;
   }
+}
+
+TMtx& TMtx::operator=(TMtx&& other) {
+  // Not noexcept: into a sub-range this is a copy, refused like one.
+  if (this != &other && !MoveStorage(other)) Assign(other);
+  return *this;
+}
+
+bool TMtx::MoveStorage(TMtx& other) noexcept {
+  // Cache memory and views stay with their object.
+  if (!TakeStorage(other)) return false;
   fSettings = other.fSettings;
   SetShape(other.fRows, other.fCols);
   other.SetShape(0, 0);
   NotifySetSize();
   other.NotifySetSize();
+  return true;
 }
 
 // --- sizing ----------------------------------------------------------------------------------------

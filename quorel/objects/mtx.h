@@ -49,8 +49,9 @@ class TMtx final : public TDenseOf<TMtx> {
   TMtx& operator=(const TMtx& other);
   /// Takes over the storage of an ordinary matrix; cached or sub-ranged sources are copied.
   TMtx(TMtx&& other) noexcept;
-  /// Takes over the storage of an ordinary matrix; cached or sub-ranged sources are copied.
-  TMtx& operator=(TMtx&& other) noexcept;
+  /// Takes over the storage of an ordinary matrix; otherwise (cached or sub-ranged source or Self)
+  /// a copy-assignment, raising what that raises.
+  TMtx& operator=(TMtx&& other);
 
   using TQuorel::CValues;
   using TQuorel::DefaultArray;
@@ -402,7 +403,8 @@ class TMtx final : public TDenseOf<TMtx> {
   static std::span<const TMtx* const> Span(std::initializer_list<const TMtx*> list) {
     return {list.begin(), list.size()};
   }
-  void MoveFrom(TMtx& other) noexcept;
+  /// Takes over other's block as a move; false, with nothing changed, when it cannot.
+  bool MoveStorage(TMtx& other) noexcept;
 
   // The settings steer later solves; kept together so copies and resets treat them as one.
   struct TSettings {

@@ -14,6 +14,7 @@ namespace quorel {
 
 using detail::At;
 using detail::Require;
+using detail::RequireState;
 using detail::OnKind;
 using detail::Ptr;
 
@@ -264,9 +265,10 @@ namespace {
 // Checks an aRows x aCols tiling of matrices given row by row: every tile shares the rows of the
 // first tile of its row and the columns of the first tile of its column. Returns the tile row
 // heights and column widths.
+// `sameKind` false skips the kind test, for tiles that are about to take one kind.
 template <class M>
 void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> tiles, std::vector<std::int32_t>& heights,
-                 std::vector<std::int32_t>& widths) {
+                 std::vector<std::int32_t>& widths, bool sameKind = true) {
   NoNil(tiles);
   if (aRows <= 0 || aCols <= 0)
     ERangeErrorRaise(FormatMsg("TMtx.Concat: Invalid ARows,ACols values: %d,%d", aRows, aCols));
@@ -282,7 +284,8 @@ void CheckTiling(std::int32_t aRows, std::int32_t aCols, std::span<M* const> til
     if (m->Rows() != heights[k / aCols] || m->Cols() != widths[k % aCols])
       ERangeErrorRaise(
           FormatMsg("TMtx.Concat: Invalid source matrix dimension: %d (%d,%d)", static_cast<int>(k), m->Rows(), m->Cols()));
-    Require(m->Complex() == tiles[0]->Complex(), "TMtx.Concat: Source matrixes have mixed real/complex type");
+    if (sameKind)
+      Require(m->Complex() == tiles[0]->Complex(), "TMtx.Concat: Source matrixes have mixed real/complex type");
   }
 }
 
@@ -311,18 +314,21 @@ TMtx& TMtx::Concat(std::int32_t aRows, std::int32_t aCols, std::span<const TMtx*
 }
 
 void TMtx::Split(std::int32_t aRows, std::int32_t aCols, std::span<TMtx* const> dst) const {
-  NoNil(dst);
-  for (const TMtx* m : dst) Require(!Is(*m), "Mtx = Self");
-  for (TMtx* m : dst) m->Size(m->fRows, m->fCols, fComplex);
+  // Every check before the first tile takes Self's kind: a refused call leaves the tiles as they were.
   std::vector<std::int32_t> heights, widths;
-  CheckTiling(aRows, aCols, dst, heights, widths);
+  CheckTiling(aRows, aCols, dst, heights, widths, false);
   Require(!(Total(heights) != fRows || Total(widths) != fCols), "TMtx.Split: tiles do not cover Self");
+  for (const TMtx* m : dst) RequireState(!(m->fIsSubRange && m->fComplex != fComplex), "IsSubRange = True!");
+  // A tile that is Self is written before every block has been read: read from a copy.
+  std::optional<TWorkMtx> keep;
+  const TMtx& src = detail::SelfOrCopy(*this, std::find(dst.begin(), dst.end(), this) != dst.end(), keep);
+  for (TMtx* m : dst) m->Size(m->fRows, m->fCols, src.fComplex);
   std::int32_t row = 0;
   for (std::int32_t r = 0; r < aRows; ++r) {
     std::int32_t col = 0;
     for (std::int32_t c = 0; c < aCols; ++c) {
       TMtx& m = *dst[static_cast<std::size_t>(r) * aCols + c];
-      CopyBlock(*this, row, col, m, 0, 0, m.fRows, m.fCols);
+      CopyBlock(src, row, col, m, 0, 0, m.fRows, m.fCols);
       col += widths[c];
     }
     row += heights[r];

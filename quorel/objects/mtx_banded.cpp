@@ -52,19 +52,21 @@ void TMtx::DiagonalsCount(std::int32_t& superDiag, std::int32_t& subDiag) const 
 }
 
 void TMtx::DenseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
-  Require(!Is(dst), "Dst = Self");
   std::int32_t ku = 0, kl = 0;
   DiagonalsCount(ku, kl);
   Require((std::int64_t{ku} + kl) * fCols <= maxElemCount, "(SuperDiag+SubDiag)*Cols > MaxElemCount");
+  std::optional<TWorkMtx> keep;  // dst is sized before Self is read
+  const TMtx& src = detail::SelfCopied(dst, *this, keep);
+  // Sized before the band widths are stored: sizing is the step that can refuse.
+  dst.Size(ku + kl + 1, src.fCols, src.fComplex);
   dst.SetSuperDiag(ku);
   dst.SetSubDiag(kl);
-  dst.Size(ku + kl + 1, fCols, fComplex);
   dst.SetZero();
-  OnKind(fComplex, [&](auto t) {
+  OnKind(src.fComplex, [&](auto t) {
     using T = decltype(t);
-    ForBandRows(ku, kl, fRows, fCols, [&](std::int32_t r, std::int32_t j0, std::int32_t j1) {
+    ForBandRows(ku, kl, src.fRows, src.fCols, [&](std::int32_t r, std::int32_t j0, std::int32_t j1) {
       T* out = At<T>(dst, r, 0);
-      for (std::int32_t j = j0; j < j1; ++j) out[j] = *At<T>(*this, j + r - ku, j);
+      for (std::int32_t j = j0; j < j1; ++j) out[j] = *At<T>(src, j + r - ku, j);
     });
   });
 }

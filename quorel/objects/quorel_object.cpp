@@ -126,10 +126,18 @@ void TQuorel::DoSetComplex() {
   NotifySetSize();
 }
 
+void TQuorel::RequireSubRangeKeeps(std::int32_t len, bool complex) const {
+  if (!fIsSubRange) return;
+  const std::int64_t viewed = complex == fComplex ? fLength : complex ? fLength / 2 : 2 * std::int64_t{fLength};
+  RequireState(viewed == len, "IsSubRange = True!");
+}
+
 void TQuorel::Size(const TQuorel& src, bool complex) {
   // Read first: src may be Self, whose length the switch of Complex changes.
   const std::int32_t len = src.fLength;
   const bool isInteger = src.fIsInteger;
+  // A refusal must come before the switch, or the caller is left with reinterpreted data.
+  RequireSubRangeKeeps(len, complex);
   set_Complex(complex);
   fIsInteger = isInteger;
   SetLength(len);

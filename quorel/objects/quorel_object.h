@@ -214,6 +214,10 @@ class TQuorel {
   void WriteArrayHeader();
   /// Throws unless the capacity `doubles` is representable.
   static void CheckCapacity(std::int64_t doubles);
+  /// Raises "IsSubRange = True!" when a sub-range is active and sizing to `len` elements of kind
+  /// `complex` would change its length; a switch of kind that reinterprets the same doubles as
+  /// exactly `len` elements passes.
+  void RequireSubRangeKeeps(std::int32_t len, bool complex) const;
   void NotifySetSize() {
     if (OnSetSize) OnSetSize(*this);
   }

@@ -27,24 +27,29 @@ TVec::TVec(const TVec& other) : TVec() { Assign(other); }
 
 TVec& TVec::operator=(const TVec& other) { return Assign(other); }
 
-TVec::TVec(TVec&& other) noexcept : TVec() { MoveFrom(other); }
-
-TVec& TVec::operator=(TVec&& other) noexcept {
-  if (this != &other) MoveFrom(other);
-  return *this;
-}
-
-void TVec::MoveFrom(TVec& other) noexcept {
-  if (!TakeStorage(other)) {
-    // Cache memory, views and adopted storage stay with their object: move means copy here.
+TVec::TVec(TVec&& other) noexcept : TVec() {
+  // A fresh vector can only fail to copy a view for want of memory; a noexcept move keeps
+  // containers of vectors moving rather than copying.
+  if (!MoveStorage(other)) {
     try {
       Assign(other);
     } catch (...) {
     }
-    return;
   }
+}
+
+TVec& TVec::operator=(TVec&& other) {
+  // Not noexcept: into a sub-range this is a copy, refused like one.
+  if (this != &other && !MoveStorage(other)) Assign(other);
+  return *this;
+}
+
+bool TVec::MoveStorage(TVec& other) noexcept {
+  // Cache memory, views and adopted storage stay with their object.
+  if (!TakeStorage(other)) return false;
   NotifySetSize();
   other.NotifySetSize();
+  return true;
 }
 
 // --- sizing ----------------------------------------------------------------------------------------
@@ -79,13 +84,26 @@ void TVec::Reset() {
   fConditionCheck = header_detail::vec_condition_check;
 }
 
-TVec& TVec::Size(std::int32_t len, bool complex) {
+void TVec::RequireSizable(std::int32_t len, bool complex) const {
   Require(len >= 0, "Value < 0");
-  RequireState(!(fIsSubRange && (len != fLength || complex != fComplex)), "IsSubRange = True!");
+  RequireSubRangeKeeps(len, complex);
   CheckCapacity(complex ? 2 * std::int64_t{len} : len);
+}
+
+TVec& TVec::Size(std::int32_t len, bool complex) {
+  RequireSizable(len, complex);
   set_Complex(complex);
   SetLength(len);
   return *this;
+}
+
+void TVec::Size(const TQuorel& src, bool complex) {
+  const std::int32_t len = src.Length();
+  const bool isInteger = src.IsInteger();
+  RequireSizable(len, complex);
+  set_Complex(complex);
+  fIsInteger = isInteger;
+  SetLength(len);
 }
 
 TVec& TVec::Resize(std::int32_t len, bool zeroIt) {

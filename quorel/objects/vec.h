@@ -31,8 +31,9 @@ class TVec : public TDenseOf<TVec> {
   TVec& operator=(const TVec& other);
   /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
   TVec(TVec&& other) noexcept;
-  /// Takes over the storage of an ordinary vector; cached, adopted or sub-ranged sources are copied.
-  TVec& operator=(TVec&& other) noexcept;
+  /// Takes over the storage of an ordinary vector; otherwise (cached, adopted or sub-ranged source,
+  /// cached or sub-ranged Self) a copy-assignment, raising what that raises.
+  TVec& operator=(TVec&& other);
   /// A vector of len zeros, real or complex: TVec v(5). (Braces list values: TVec v{5} is one 5.)
   explicit TVec(std::int32_t len, bool complex = false) : TVec() { Size(len, complex).SetZero(); }
   /// A real vector holding the values: TVec v{1, 2, 3}.
@@ -54,6 +55,8 @@ class TVec : public TDenseOf<TVec> {
   void Reset() final;
   /// Sets Complex, then the length. Contents are not kept.
   TVec& Size(std::int32_t len, bool complex);
+  /// Sets Complex, Src's IsInteger, then Src's length; every check comes first.
+  void Size(const TQuorel& src, bool complex) final;
   /// Sets the length, keeping Complex.
   TVec& Size(std::int32_t len) { return Size(len, fComplex); }
   /// Changes the length keeping the leading elements; new elements are zero when zeroIt.
@@ -285,7 +288,10 @@ class TVec : public TDenseOf<TVec> {
   void FreeToCache() final;
 
  private:
-  void MoveFrom(TVec& other) noexcept;
+  /// Takes over other's block as a move; false, with nothing changed, when it cannot.
+  bool MoveStorage(TVec& other) noexcept;
+  /// The checks of Size(len, complex), made before anything changes.
+  void RequireSizable(std::int32_t len, bool complex) const;
   std::int32_t CheckedIndex(std::int32_t i, bool complex) const {
     if (fComplex != complex) [[unlikely]]
       EInvalidArgumentRaise(complex ? "TVec.atc: Complex = False" : "TVec.at: Complex = True");

@@ -74,6 +74,21 @@ TEST(MtxOps, ConcatSplitRoundTrip) {
   m.Split(2, 2, {&a2, &b2, &c2, &d2});  // real tiles become complex: twice the doubles
   const std::pair<const TMtx*, const TMtx*> tiles[] = {{&a2, &a}, {&b2, &b}, {&c2, &c}, {&d2, &d}};
   for (auto [got, want] : tiles) EXPECT_EQ(Doubles(*got), Doubles(*want));
+  // A refused split leaves its tiles as they were: every check comes before a tile takes Self's kind.
+  const TMtx r24 = Numbered(2, 4, false);
+  TMtx t1 = Numbered(1, 2, true), t2 = Numbered(1, 2, true), view = Numbered(2, 2, true);
+  view.SetSubRange(0, 2);  // a complex 1 x 2 row
+  const V kept = Doubles(t1);
+  EXPECT_EQ(test::MessageOf<EQuorelRangeError>([&] { r24.Split(3, 2, {&t1, &t2}); }),
+            "TMtx.Concat: (ARows*ACols)<>Length(Src): (3*2) <> 2");
+  EXPECT_EQ(test::MessageOf<EQuorelInvalidArgument>([&] { r24.Split(1, 2, {&t1, &t2}); }),
+            "TMtx.Split: tiles do not cover Self");
+  EXPECT_EQ(test::MessageOf<EQuorelException>([&] { Numbered(2, 2, false).Split(2, 1, {&t1, &view}); }),
+            "IsSubRange = True!");
+  for (const TMtx* t : {&t1, &t2}) {
+    EXPECT_TRUE(t->Complex());
+    EXPECT_EQ(Doubles(*t), kept);
+  }
   TMtx h, v;
   const TMtx x = RealMtx(2, 1, {1, 2}), y = RealMtx(2, 2, {3, 4, 5, 6});
   EXPECT_EQ(Doubles(h.ConcatHorz({&x, &y})), (V{1, 3, 4, 2, 5, 6}));
@@ -131,6 +146,12 @@ TEST(MtxOps, BandedRoundTrip) {
   TMtx back;
   back.BandedToDense(b);
   EXPECT_EQ(Doubles(back), Doubles(a));
+  // A destination that cannot take the band's shape keeps its band widths too.
+  TMtx rows(6, 5);
+  rows.SetSubRange(0, 15);
+  EXPECT_EQ(test::MessageOf<EQuorelException>([&] { a.DenseToBanded(rows); }), "IsSubRange = True!");
+  EXPECT_EQ(rows.SuperDiag(), TMtx().SuperDiag());
+  EXPECT_EQ(rows.SubDiag(), TMtx().SubDiag());
 }
 
 TEST(MtxOps, ProductsAndGeneratedMatrices) {
@@ -185,6 +206,12 @@ TEST(MtxOps, SelfAmongTheSources) {
       {b, [&](TMtx& s, const TMtx& x) { s.ConcatHorz({&x, &b, &x}); }, nullptr},
       {b, [&](TMtx& s, const TMtx& x) { s.ConcatVert({&b, &x}); }, nullptr},
       {b, [&](TMtx& s, const TMtx& x) { s.Concat(2, 2, {&x, &b, &b, &x}); }, nullptr},
+      {q, [](TMtx& s, const TMtx& x) { x.DenseToBanded(s); }, nullptr},
+      {a, [](TMtx& s, const TMtx& x) {
+         TMtx none(2, 0);
+         x.Split(1, 2, {&none, &s});
+       },
+       nullptr},
   };
   for (std::size_t k = 0; k < std::size(cases); ++k)
     for (bool check : {true, false}) {

@@ -84,6 +84,11 @@ TEST(MtxShape, CopiesMovesAndSettings) {
   EXPECT_EQ(c.CValues(1, 2), (TCplx{102, 2.5}));
   EXPECT_EQ(b.Rows(), 0);
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { c.Assign(c); }), "Mtx = Self");
+  TMtx rows = Numbered(3, 2, false);
+  rows.SetSubRange(2, 4);  // rows 1 and 2: a move into it is a copy, refused like one
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { rows = Numbered(1, 2, false); }), "IsSubRange = True!");
+  EXPECT_EQ(rows.Rows(), 2);
+  EXPECT_EQ(Doubles(rows), (std::vector<double>{100, 101, 200, 201}));
 }
 
 // Sqrt, promotion and complex fills keeping the shape are covered with the element-wise frame.

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <limits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -172,6 +173,15 @@ TEST(Storage, CopyAndMove) {
   TVec c = std::move(a);
   EXPECT_EQ(c.PValues1D(0), data);  // the block moved, nothing copied
   EXPECT_EQ(a.Length(), 0);
+  static_assert(std::is_nothrow_move_constructible_v<TVec>, "containers must move vectors, not copy them");
+  // Into a sub-range a move is a copy-assignment, and is refused like one.
+  TVec big = test::Real({0, 1, 2, 3, 4, 5});
+  big.SetSubRange(2, 3);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { big = test::Real({7, 8}); }), "IsSubRange = True!");
+  EXPECT_EQ(Doubles(big), (std::vector<double>{2, 3, 4}));
+  big = test::Real({7, 8, 9});
+  big.SetFullRange();
+  EXPECT_EQ(Doubles(big), (std::vector<double>{0, 1, 7, 8, 9, 5}));
 
   // Copy carries the layout of a spectrum, so that a copy inverts like the original.
   TVec x = test::Real({1, 2, 3, 4, 5, 6, 7}), spectrum, copied, back;

@@ -1,6 +1,9 @@
 // Sub-ranges, views, block-wise processing and argument checks.
+#include <functional>
+
 #include <gtest/gtest.h>
 
+#include "quorel/io/stream.h"
 #include "support/support.h"
 
 namespace quorel {
@@ -87,6 +90,51 @@ TEST(SubRange, ViewOntoAnotherVector) {
   view.SetSubRange(empty);
   EXPECT_EQ(view.Length(), 0);
   view.SetFullRange();
+}
+
+// While a sub-range is active Complex switches only when the same doubles hold the requested
+// length. A refusal leaves the range as it was: a caught error inside a block loop must not shift
+// the blocks that follow.
+TEST(SubRange, KindSwitchOnlyWhereTheDoublesFit) {
+  const TVec c4 = test::Cplx({{1, 2}, {3, 4}, {5, 6}, {7, 8}}), c8(8, true), ints = test::IndexList({1, 2, 3});
+  TVec v = Ramp(20);
+  v.SetSubRange(6, 8);
+  const std::vector<double> viewed = test::Doubles(v);
+  const std::function<void()> refused[] = {
+      [&] { v.Add(c8); },          [&] { v.Add(TCplx{1, 1}); }, [&] { v.Copy(ints); },
+      [&] { v.ExtendToComplex(true); }, [&] { v.Size(8, true); },     [&] { v.Size(c8, true); },
+  };
+  for (std::size_t k = 0; k < std::size(refused); ++k) {
+    SCOPED_TRACE(k);
+    EXPECT_EQ(MessageOf<EQuorelException>(refused[k]), "IsSubRange = True!");
+    EXPECT_FALSE(v.Complex());
+    EXPECT_FALSE(v.IsInteger());
+    EXPECT_EQ(test::Doubles(v), viewed);
+  }
+  TVec w = test::Cplx({{0, 1}, {-3, 4}, {5, -12}, {0, 0}});
+  w.SetSubRange(1, 2);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { w.Abs(); }), "IsSubRange = True!");  // 2 reals in 4 doubles
+  EXPECT_TRUE(w.Complex());
+  EXPECT_EQ(test::Doubles(w), (std::vector<double>{-3, 4, 5, -12}));
+
+  // The 8 doubles read as 4 complex elements: both Size forms and a stream load agree.
+  v.Size(4, true);
+  EXPECT_EQ(v.CValues()[0], (TCplx{6, 7}));
+  v.Size(8, false);
+  v.Size(c4, true);
+  EXPECT_EQ(v.Length(), 4);
+  v.Size(8, false);
+  TQuorelMemoryStream stream;
+  c4.SaveToStream(stream);
+  stream.Seek(0, soBeginning);
+  v.LoadFromStream(stream);
+  EXPECT_TRUE(v.Complex());
+  EXPECT_EQ(test::Doubles(v), test::Doubles(c4));
+  v.SetFullRange();
+  EXPECT_EQ(v.Length(), 20);
+  EXPECT_EQ(v[5], 5);
+  EXPECT_EQ(v[13], 8);
+  EXPECT_EQ(v[14], 14);
 }
 
 TEST(BlockProcessing, WalksBlocksNestedUsersJoinAndRestores) {
