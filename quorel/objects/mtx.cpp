@@ -142,6 +142,7 @@ void TMtx::Reset() {
   Size(0, 0, false, false);
   fCaption.clear();
   fTag = 0;
+  ResetFFTLayout();
   fSettings = {};  // the next borrower starts from the defaults
   fConditionCheck = header_detail::mtx_condition_check;
 }

@@ -355,6 +355,7 @@ void TQuorel::Reset() {
   SetLength(0);
   fCaption.clear();
   fTag = 0;
+  ResetFFTLayout();
 }
 
 }  // namespace quorel

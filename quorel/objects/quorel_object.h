@@ -188,6 +188,13 @@ class TQuorel {
 
  protected:
   TQuorel();
+  /// Back to the CCS layout with no scrambling: a pooled object's next borrower must not read
+  /// its data in the layout a previous borrower chose.
+  void ResetFFTLayout() {
+    fFFTStorageFormat = fsfCCS;
+    fFFTScrambledOrder = false;
+    fFFTOddLength = false;
+  }
 
   /// Reinterprets the storage after a switch of `Complex`.
   virtual void DoSetComplex();

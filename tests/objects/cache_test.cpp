@@ -104,8 +104,12 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   v->Size(10, true);
   v->SetCaption("work");
   v->SetConditionCheck(false);
+  v->SetFFTStorageFormat(fsfPack);
+  v->SetFFTOddLength(true);
   FreeIt(v);
   EXPECT_EQ(alias->Length(), 0);
+  EXPECT_EQ(alias->FFTStorageFormat(), fsfCCS);
+  EXPECT_FALSE(alias->FFTOddLength());
   EXPECT_FALSE(alias->Complex());
   EXPECT_TRUE(alias->ConditionCheck());
   EXPECT_EQ(alias->Caption(), "");
@@ -117,7 +121,9 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   m->Size(3, 3, true);
   m->SetAutoMtxType(true);
   m->SetSubDiag(2);
+  m->SetFFTScrambledOrder(true);
   FreeIt(m);
+  EXPECT_FALSE(mAlias->FFTScrambledOrder());
   EXPECT_EQ(mAlias->Rows(), 0);
   EXPECT_FALSE(mAlias->Complex());
   EXPECT_FALSE(mAlias->AutoMtxType());
