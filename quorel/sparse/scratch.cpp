@@ -12,6 +12,9 @@ namespace quorel::detail {
 namespace {
 
 constexpr std::size_t kMinimum = std::size_t{64} << 10;
+// Kept between calls, all slots together: room for a conversion of about 10^7 triplets to find
+// warm pages again. More would tie up memory in proportion to the largest build ever made.
+constexpr std::size_t kKeptBudget = std::size_t{256} << 20;
 
 // Plain data, so that it stays readable after the thread's destructors have run (the release hook
 // can be called during static destruction).
@@ -59,6 +62,12 @@ void* SparseScratchGrow(TSparseScratchSlot slot, std::size_t bytes, std::size_t 
   scratch.block[slot] = grown;
   scratch.size[slot] = size;
   return grown;
+}
+
+void SparseScratchTrim() noexcept {
+  std::size_t total = 0;
+  for (int s = 0; s < sssCount; ++s) total += scratch.size[s];
+  if (total > kKeptBudget) Release();
 }
 
 void* SparseScratch(TSparseScratchSlot slot, std::size_t bytes) { return SparseScratchGrow(slot, bytes, 0); }

@@ -205,6 +205,24 @@ struct TRowEntry {
   T value;
 };
 
+/// A kept triplet of a sparse build by sorting: its (column, row) key and its input position.
+struct TKeyedTriplet {
+  std::uint64_t key;
+  std::int32_t t;
+  friend bool operator<(const TKeyedTriplet& a, const TKeyedTriplet& b) {
+    return a.key < b.key || (a.key == b.key && a.t < b.t);
+  }
+};
+
+// Arrays as long as the matrix's side pay off only with about as many triplets: with fewer, the
+// triplets are sorted instead, and only the column pointers of the result grow with the size.
+constexpr std::int64_t kSortedRatio = 16;
+constexpr std::int64_t kSortedMinimum = std::int64_t{1} << 16;
+
+bool BuildBySorting(std::int32_t rowCount, std::int32_t colCount, std::int64_t n) {
+  return std::max(rowCount, colCount) > kSortedRatio * n + kSortedMinimum;
+}
+
 }  // namespace
 
 template <class T>
@@ -218,21 +236,63 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   const bool keepAll = fDontStripZeros;
   const std::size_t rows = static_cast<std::size_t>(rowCount);
   using detail::Scratch;
+  const detail::TSparseScratchTrim trim;
 
-  // Pass 1: validate and count the triplets of each row. Nothing is written before it ends. Rows
-  // get room for every triplet; the dropped ones leave a gap at the end of their row.
+  // Every triplet is checked before anything is sized by the matrix.
+  bool bad = false;
+  for (std::int64_t t = 0; t < n; ++t)
+    bad |= (static_cast<std::uint32_t>(row[t]) >= static_cast<std::uint32_t>(rowCount)) |
+           (static_cast<std::uint32_t>(column[t]) >= static_cast<std::uint32_t>(colCount));
+  if (bad) ERaise("Invalid triplet!");
+
+  if (BuildBySorting(rowCount, colCount, n)) {
+    // The value a kept triplet contributes: a small diagonal one counts as an exact zero.
+    auto kept = [&](std::int64_t t, T& value) {
+      const std::int32_t r = row[t], c = column[t];
+      const bool above = SpMag(values[t]) > zeroThreshold;
+      if (!(keepAll || r == c || above)) return false;
+      value = (above || r != c) ? values[t] : T{};
+      return true;
+    };
+    // Sorted by column, then row, then input position: duplicates are summed in input order.
+    auto* order = Scratch<TKeyedTriplet>(detail::sssEntries, static_cast<std::size_t>(n));
+    std::int64_t m = 0;
+    T value;
+    for (std::int64_t t = 0; t < n; ++t)
+      if (kept(t, value))
+        order[m++] = {(static_cast<std::uint64_t>(column[t]) << 32) | static_cast<std::uint32_t>(row[t]),
+                      static_cast<std::int32_t>(t)};
+    std::sort(order, order + m);
+    std::int32_t out = 0;
+    for (std::int64_t k = 0; k < m; ++k) out += k == 0 || order[k].key != order[k - 1].key;
+    SetShape(rowCount, colCount, std::is_same_v<T, TCplx>, out);
+    T* v = detail::Ptr<T>(*this);
+    std::int32_t* ai = fAi.data();
+    std::int32_t q = -1;
+    for (std::int64_t k = 0; k < m; ++k) {
+      kept(order[k].t, value);
+      if (k > 0 && order[k].key == order[k - 1].key) {
+        SpAcc(v[q], value);
+        continue;
+      }
+      ai[++q] = static_cast<std::int32_t>(order[k].key & 0xFFFFFFFF);
+      v[q] = value;
+      ++fAp[(order[k].key >> 32) + 1];
+    }
+    for (std::int32_t j = 0; j < colCount; ++j) fAp[j + 1] += fAp[j];
+    return;
+  }
+
+  // Pass 1: count the triplets of each row. Rows get room for every triplet; the dropped ones
+  // leave a gap at the end of their row.
   // The passes below jump through arrays far larger than the caches: the slot needed a few
   // steps ahead is prefetched.
   constexpr std::int64_t ahead = 16;
   std::int32_t* rowPtr = Scratch<std::int32_t>(detail::sssRowPtr, rows + 1);
   std::fill_n(rowPtr, rows + 1, 0);
   for (std::int64_t t = 0; t < n; ++t) {
-    if (t + ahead < n) Prefetch(rowPtr + std::min<std::uint32_t>(row[t + ahead], rowCount - 1) + 1);
-    const std::int32_t r = row[t], c = column[t];
-    if (static_cast<std::uint32_t>(r) >= static_cast<std::uint32_t>(rowCount) ||
-        static_cast<std::uint32_t>(c) >= static_cast<std::uint32_t>(colCount))
-      ERaise("Invalid triplet!");
-    ++rowPtr[r + 1];
+    if (t + ahead < n) Prefetch(rowPtr + row[t + ahead] + 1);
+    ++rowPtr[row[t] + 1];
   }
   for (std::size_t i = 0; i < rows; ++i) rowPtr[i + 1] += rowPtr[i];
 

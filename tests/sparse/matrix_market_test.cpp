@@ -154,6 +154,50 @@ TEST(MatrixMarketRead, MalformedInputNamesFileAndLineAndLeavesMatrixAlone) {
   EXPECT_EQ(a.GetValue(0, 0), 3.0);
 }
 
+// Resident memory (VmRSS) or its peak since the last reset (VmHWM) in kB; -1 where the system
+// does not tell.
+long StatusKb(const char* key) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);)
+    if (line.rfind(key, 0) == 0) return std::stol(line.substr(std::string(key).size()));
+  return -1;
+}
+
+bool ResetPeakResident() {
+  std::ofstream clear("/proc/self/clear_refs");
+  return static_cast<bool>(clear << "5" << std::flush);
+}
+
+// A few lines announcing a huge matrix may cost its column pointers, which the result holds, but
+// no work arrays as long as its side, neither on the way nor kept after the call.
+TEST(MatrixMarketRead, HugeSizeLineCommitsOnlyTheColumnPointers) {
+#if defined(__SANITIZE_ADDRESS__)
+  GTEST_SKIP() << "the sanitizer keeps freed memory resident";
+#endif
+  if (StatusKb("VmRSS:") < 0) GTEST_SKIP() << "no resident-memory figure on this system";
+  const char* banner = "%%MatrixMarket matrix coordinate real general";
+  const long pointersKb = 20'000'001 * 4 / 1024;
+  const long slackKb = 20'000;
+  const long before = StatusKb("VmRSS:");
+  TSparseMtx kept;
+  kept.LoadFromMatrixMarketFile(MatrixFile("two.mtx"));
+  EXPECT_RAISES(kept.StringsToValues(Lines({banner, "20000000 20000000 2", "1 1 5", "0 1 5"}), spfMatrixMarket),
+                "Invalid triplet!");
+  EXPECT_LT(StatusKb("VmRSS:") - before, slackKb) << "kB after a refused file";
+  EXPECT_EQ(kept.Rows(), 2);
+  {
+    const bool peak = ResetPeakResident();
+    TSparseMtx a;
+    a.StringsToValues(Lines({banner, "20000000 20000000 2", "20000000 1 5", "1 20000000 7"}), spfMatrixMarket);
+    EXPECT_EQ(a.GetValue(19'999'999, 0), 5.0);
+    EXPECT_EQ(a.GetValue(0, 19'999'999), 7.0);
+    EXPECT_EQ(a.Ap()[19'999'999], 1);
+    EXPECT_LT(StatusKb("VmRSS:") - before, pointersKb + slackKb) << "kB while the matrix lives";
+    if (peak) EXPECT_LT(StatusKb("VmHWM:") - before, pointersKb + slackKb) << "kB at the peak";
+  }
+  EXPECT_LT(StatusKb("VmRSS:") - before, slackKb) << "kB after the matrix is gone";
+}
+
 TEST(MatrixMarketWrite, TextAndFileReadBack) {
   TSparseMtx id;
   id.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 1});

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <array>
 #include <numeric>
+#include <random>
 
 #include "sparse_test_util.h"
 
@@ -67,6 +69,52 @@ TEST(SparseTriplets, RefusalsLeaveTheMatrixUnchanged) {
   TMtx t;
   t.Size(2, 3);
   EXPECT_RAISES(a.TripletsToSparse(2, 2, t), "Triplets.Rows <> 3");
+}
+
+// A few triplets in a matrix far larger than their count take another route through the
+// conversion; the result must be the one a small matrix gets, down to the order of the sums.
+TEST(SparseTriplets, FewTripletsInAHugeMatrixBuildAsInASmallOne) {
+  std::mt19937 gen(11);
+  std::uniform_int_distribution<int> index(0, 5);
+  std::uniform_real_distribution<double> value(-1, 1);
+  TIntegerArray r, c;
+  TDoubleArray v;
+  TCplxArray cv;
+  for (int k = 0; k < 300; ++k) {
+    r.push_back(index(gen));
+    c.push_back(index(gen));
+    // Some tiny values, on and off the diagonal, and duplicates whose sum depends on the order.
+    const double x = k % 7 == 0 ? 1e-20 : k % 11 == 0 ? 1e16 * (k % 2 ? 1 : -1) : value(gen);
+    v.push_back(x);
+    cv.push_back(TCplx{x, value(gen)});
+  }
+  const int huge = 300'000;
+  auto same = [&](const TSparseMtx& small, const TSparseMtx& big) {
+    ASSERT_EQ((std::array{big.Rows(), big.Cols(), big.NonZeros()}), (std::array{huge, huge, small.NonZeros()}));
+    EXPECT_TRUE(std::equal(small.Ap().begin(), small.Ap().end(), big.Ap().begin()));
+    EXPECT_EQ(big.Ap().back(), small.NonZeros());
+    EXPECT_TRUE(std::equal(small.Ai().begin(), small.Ai().end(), big.Ai().begin()));
+    EXPECT_TRUE(std::equal(small.Values().begin(), small.Values().end(), big.Values().begin()));
+  };
+  for (const bool keepAll : {false, true}) {
+    TSparseMtx small, big;
+    small.SetDontStripZeros(keepAll);
+    big.SetDontStripZeros(keepAll);
+    small.TripletsToSparse(6, 6, r, c, v, 1e-10);
+    big.TripletsToSparse(huge, huge, r, c, v, 1e-10);
+    same(small, big);
+    small.TripletsToSparse(6, 6, r, c, cv, 1e-10);
+    big.TripletsToSparse(huge, huge, r, c, cv, 1e-10);
+    EXPECT_TRUE(big.Complex());
+    same(small, big);
+  }
+  TSparseMtx big;
+  big.TripletsToSparse(huge, huge, TIntegerArray{0}, TIntegerArray{0}, TDoubleArray{1});
+  EXPECT_RAISES(big.TripletsToSparse(huge, huge, TIntegerArray{0, huge}, TIntegerArray{0, 0}, TDoubleArray{1, 1}),
+                "Invalid triplet!");
+  EXPECT_EQ(big.NonZeros(), 1);
+  big.TripletsToSparse(huge, 1, TIntegerArray{huge - 1}, TIntegerArray{0}, TDoubleArray{1e-20}, 1e-10);
+  EXPECT_EQ((std::array{big.Rows(), big.Cols(), big.NonZeros()}), (std::array{huge, 1, 0}));
 }
 
 TEST(SparseTriplets, MatrixFormsRoundTripRealAndComplex) {
