@@ -75,35 +75,45 @@ TDenseQuorel& TDenseQuorel::Normalize(const TDenseQuorel& vec, const TCplx& subV
 
 // --- accumulations -------------------------------------------------------------------------------------------
 
-// The whole form needs equal lengths (Self is not resized); the range form takes ranges of any
-// objects, and its ranges are validated (Self as a source included) before the kinds.
+namespace {
+// Self[index + i] += Vec1[i1 + i] * Vec2[i2 + i] once the ranges are checked. Element by element,
+// so a source that is Self at Self's own positions is read before it is written.
+void AddProductChecked(TDenseQuorel& self, const TDenseQuorel& vec1, const TDenseQuorel& vec2, std::int32_t i1,
+                       std::int32_t i2, std::int32_t index, std::int32_t len) {
+  if (self.ConditionCheck()) {
+    Require(vec1.Complex() == vec2.Complex(), "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
+    Require(vec1.Complex() == self.Complex(), "TVec.AddProduct: Vec1.Complex <> fComplex");
+  }
+  if (len <= 0) return;
+  if (self.Complex()) kern::AddProduct(C(vec1, i1), C(vec2, i2), C(self, index), len);
+  else kern::AddProduct(R(vec1, i1), R(vec2, i2), R(self, index), len);
+}
+}  // namespace
+
+// The whole form needs equal lengths (Self is not resized) and may take Self as Vec2; the range
+// form takes ranges of any objects, and its ranges are validated (Self as a source included)
+// before the kinds.
 TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
   if (fConditionCheck) {
     Require(!Same(*this, vec1), "TVec.AddProduct: Vec1 = Self");
     Require(vec1.fLength == vec2.fLength, "TVec.AddProduct: Vec1.Length <> Vec2.Length");
     Require(vec1.fLength == fLength, "TVec.AddProduct: Vec1.Length <> Length");
   }
-  return AddProduct(vec1, vec2, 0, 0, 0, vec1.fLength);
+  AddProductChecked(*this, vec1, vec2, 0, 0, 0, std::min({fLength, vec1.fLength, vec2.fLength}));
+  return *this;
 }
 
 TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuorel& vec2, std::int32_t vec1Index,
                                        std::int32_t vec2Index, std::int32_t index, std::int32_t len) {
   ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
-  if (fConditionCheck) {
-    Require(vec1.fComplex == vec2.fComplex, "TVec.AddProduct: Vec1.Complex <> Vec2.Complex");
-    Require(vec1.fComplex == fComplex, "TVec.AddProduct: Vec1.Complex <> fComplex");
-  }
-  if (len <= 0) return *this;
-  if (fComplex) kern::AddProduct(C(vec1, vec1Index), C(vec2, vec2Index), C(*this, index), len);
-  else kern::AddProduct(R(vec1, vec1Index), R(vec2, vec2Index), R(*this, index), len);
+  const detail::SafeSource a(*this, vec1), b(*this, vec2);  // other positions of Self
+  AddProductChecked(*this, *a, *b, vec1Index, vec2Index, index, len);
   return *this;
 }
 
+// Vec may be Self (|Self|^2): the conjugate is taken into a work vector before Self is written.
 TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec) {
-  if (fConditionCheck) {
-    Require(!Same(*this, vec), "(Self = Vec1) or (Self = Vec2)");
-    Require(fLength == vec.fLength, "Vec1.Length <> Vec2.Length");
-  }
+  if (fConditionCheck) Require(fLength == vec.fLength, "Vec1.Length <> Vec2.Length");
   if (!vec.fComplex) return Mul(vec);
   TWorkVec conj;
   conj->Size(vec, true);
@@ -130,11 +140,12 @@ TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec1, const TDenseQuorel
   }
   if (!vec2.fComplex) return Mul(vec1, vec2);
   // Self receives conj(Vec2) and is then multiplied by Vec1 in place.
+  const detail::SafeSource a(*this, vec1);
   Size(vec2, true);
   kern::Conj(C(vec2), C(*this), fLength);
   if (fLength == 0) return *this;
-  if (vec1.fComplex) kern::Mul(C(*this), C(vec1), C(*this), fLength);
-  else kern::Mul(C(*this), R(vec1), C(*this), fLength);
+  if (vec1.fComplex) kern::Mul(C(*this), C(*a), C(*this), fLength);
+  else kern::Mul(C(*this), R(*a), C(*this), fLength);
   return *this;
 }
 
@@ -144,9 +155,10 @@ TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec1, const TDenseQuorel
   if (!vec2.fComplex) return Mul(vec1, vec2, vec1Index, vec2Index, index, len);
   if (fConditionCheck) Require(fComplex, "Complex = False");
   if (len <= 0) return *this;
-  kern::Conj(C(vec2, vec2Index), C(*this, index), len);
-  if (vec1.fComplex) kern::Mul(C(*this, index), C(vec1, vec1Index), C(*this, index), len);
-  else kern::Mul(C(*this, index), R(vec1, vec1Index), C(*this, index), len);
+  const detail::SafeSource a(*this, vec1), b(*this, vec2);
+  kern::Conj(C(*b, vec2Index), C(*this, index), len);
+  if (vec1.fComplex) kern::Mul(C(*this, index), C(*a, vec1Index), C(*this, index), len);
+  else kern::Mul(C(*this, index), R(*a, vec1Index), C(*this, index), len);
   return *this;
 }
 
@@ -230,8 +242,10 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
     Require(!Same(*this, num) && !Same(*this, den), "(Self = Num) or (Self = Den)");
     Require(num.fLength == den.fLength, "Num.Length <> Den.Length");
   }
+  const std::int32_t n = std::min(num.fLength, den.fLength);
+  const detail::SafeSource d(*this, den);  // Self receives Num before Den is read
   Copy(num);
-  MultiplyByClampedReciprocal(*this, den, threshold, 0, 0, std::min(num.fLength, den.fLength));
+  MultiplyByClampedReciprocal(*this, *d, threshold, 0, 0, n);
   return *this;
 }
 
@@ -241,12 +255,13 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
   ValidateParams(num, den, numIndex, denIndex, index, len);
   if (fConditionCheck) Require(fComplex == (num.fComplex || den.fComplex), "TQuorel.Divide: Self.Complex <> Vec.Complex");
   if (len <= 0) return *this;
+  const detail::SafeSource numSrc(*this, num), denSrc(*this, den);
   // A real numerator is spread as the product below needs it: into both parts against a complex
   // reciprocal, as (a, 0) against a real one (which is then duplicated).
-  if (fComplex && !num.fComplex && den.fComplex) kern::Duplicate(R(num, numIndex), C(*this, index), len);
-  else if (fComplex && !num.fComplex) kern::SampleUp2(R(num, numIndex), C(*this, index), len);
-  else Copy(num, numIndex, index, len);
-  MultiplyByClampedReciprocal(*this, den, threshold, denIndex, index, len);
+  if (fComplex && !num.fComplex && den.fComplex) kern::Duplicate(R(*numSrc, numIndex), C(*this, index), len);
+  else if (fComplex && !num.fComplex) kern::SampleUp2(R(*numSrc, numIndex), C(*this, index), len);
+  else Copy(*numSrc, numIndex, index, len);
+  MultiplyByClampedReciprocal(*this, *denSrc, threshold, denIndex, index, len);
   return *this;
 }
 

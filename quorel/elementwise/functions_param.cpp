@@ -20,6 +20,7 @@ using detail::MakeOp;
 using detail::R;
 using detail::Require;
 using detail::Rule;
+using detail::SafeSource;
 using detail::Same;
 
 namespace {
@@ -34,32 +35,38 @@ void ForEach(const X* x, TCplx* r, std::ptrdiff_t n, F&& f) {
 
 TDenseQuorel& TDenseQuorel::Power(double base, const TDenseQuorel& exponent) {
   if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
-  Size(exponent, exponent.fComplex);
+  const bool complex = exponent.fComplex;
+  const SafeSource e(*this, exponent);
+  Size(exponent, complex);
   const std::int32_t n = fLength;
   if (n == 0) return *this;
-  if (exponent.fComplex) {
-    ForEach(C(exponent), C(*this), n, [base](const TCplx& e) { return quorel::Power(base, e); });
+  if (complex) {
+    ForEach(C(*e), C(*this), n, [base](const TCplx& x) { return quorel::Power(base, x); });
   } else {
     // base^x as exp(x ln base) would lose accuracy; the power kernel takes the base as an array.
     kern::Fill(base, R(*this), n);
-    kern::Pow(R(*this), R(exponent), R(*this), n);
+    kern::Pow(R(*this), R(*e), R(*this), n);
   }
   return *this;
 }
 
 TDenseQuorel& TDenseQuorel::Power(const TDenseQuorel& base, const TCplx& exponent) {
   if (fConditionCheck) Require(!Same(*this, base), "Self = Base");
+  const bool complex = base.fComplex;
+  const SafeSource b(*this, base);
   Size(base, true);
-  if (base.fComplex) ForEach(C(base), C(*this), fLength, [&](const TCplx& b) { return quorel::Power(b, exponent); });
-  else ForEach(R(base), C(*this), fLength, [&](double b) { return quorel::Power(TCplx{b, 0.0}, exponent); });
+  if (complex) ForEach(C(*b), C(*this), fLength, [&](const TCplx& x) { return quorel::Power(x, exponent); });
+  else ForEach(R(*b), C(*this), fLength, [&](double x) { return quorel::Power(TCplx{x, 0.0}, exponent); });
   return *this;
 }
 
 TDenseQuorel& TDenseQuorel::Power(const TCplx& base, const TDenseQuorel& exponent) {
   if (fConditionCheck) Require(!Same(*this, exponent), "Self = Base");
+  const bool complex = exponent.fComplex;
+  const SafeSource e(*this, exponent);
   Size(exponent, true);
-  if (exponent.fComplex) ForEach(C(exponent), C(*this), fLength, [&](const TCplx& e) { return quorel::Power(base, e); });
-  else ForEach(R(exponent), C(*this), fLength, [&](double e) { return quorel::Power(base, e); });
+  if (complex) ForEach(C(*e), C(*this), fLength, [&](const TCplx& x) { return quorel::Power(base, x); });
+  else ForEach(R(*e), C(*this), fLength, [&](double x) { return quorel::Power(base, x); });
   return *this;
 }
 
@@ -69,17 +76,19 @@ TDenseQuorel& TDenseQuorel::PowerVec(const TDenseQuorel& base, const TDenseQuore
     Require(!Same(*this, exponent), "Self = Exponent");
     Require(base.fLength == exponent.fLength, "Base.Length <> Exponent.Length");
   }
-  Size(base, base.fComplex || exponent.fComplex);
+  const bool bc = base.fComplex, ec = exponent.fComplex;
   const std::int32_t n = std::min(base.fLength, exponent.fLength);
+  const SafeSource bs(*this, base), es(*this, exponent);
+  Size(base, bc || ec);
   if (n == 0) return *this;
   if (!fComplex) {
-    kern::Pow(R(base), R(exponent), R(*this), n);
+    kern::Pow(R(*bs), R(*es), R(*this), n);
     return *this;
   }
   TCplx* r = C(*this);
   for (std::int32_t i = 0; i < n; ++i) {
-    const TCplx b = base.fComplex ? C(base)[i] : TCplx{R(base)[i], 0.0};
-    const TCplx e = exponent.fComplex ? C(exponent)[i] : TCplx{R(exponent)[i], 0.0};
+    const TCplx b = bc ? C(*bs)[i] : TCplx{R(*bs)[i], 0.0};
+    const TCplx e = ec ? C(*es)[i] : TCplx{R(*es)[i], 0.0};
     r[i] = quorel::Power(b, e);
   }
   return *this;
@@ -127,9 +136,10 @@ TDenseQuorel& TDenseQuorel::ArcTan2(const TDenseQuorel& y, const TDenseQuorel& x
     Require(!x.fComplex && !y.fComplex, "TQuorel.ArcTan2: X.Complex or Y.Complex");
     Require(x.fLength == y.fLength, "TQuorel.ArcTan2: X.Length <> Y.Length");
   }
-  Size(y, false);
   const std::int32_t n = std::min(x.fLength, y.fLength);
-  if (n > 0) kern::ArcTan2(R(y), R(x), R(*this), n);
+  const SafeSource ys(*this, y), xs(*this, x);
+  Size(y, false);
+  if (n > 0) kern::ArcTan2(R(*ys), R(*xs), R(*this), n);
   return *this;
 }
 
@@ -140,7 +150,8 @@ TDenseQuorel& TDenseQuorel::ArcTan2(const TDenseQuorel& y, const TDenseQuorel& x
     Require(!Same(*this, y), "TQuorel.ArcTan2: Y = Self");
     Require(!x.fComplex && !y.fComplex && !fComplex, "TVec.ArcTan2: X.Complex or Y.Complex or Self.Complex");
   }
-  if (len > 0) kern::ArcTan2(R(y, yIndex), R(x, xIndex), R(*this, index), len);
+  const SafeSource ys(*this, y), xs(*this, x);
+  if (len > 0) kern::ArcTan2(R(*ys, yIndex), R(*xs, xIndex), R(*this, index), len);
   return *this;
 }
 
@@ -157,9 +168,10 @@ void CheckRem(const TDenseQuorel& self, const TDenseQuorel& x, const TDenseQuore
 TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, const TDenseQuorel& y) {
   CheckRem(*this, x, &y);
   if (fConditionCheck) Require(x.fLength == y.fLength, "TQuorel.Rem: X.Length <> Y.Length");
-  Size(x, false);
   const std::int32_t n = std::min(x.fLength, y.fLength);
-  if (n > 0) kern::Rem(R(x), R(y), R(*this), n);
+  const SafeSource xs(*this, x), ys(*this, y);
+  Size(x, false);
+  if (n > 0) kern::Rem(R(*xs), R(*ys), R(*this), n);
   return *this;
 }
 
@@ -168,14 +180,16 @@ TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, const TDenseQuorel& y, st
   ValidateParams(x, y, xIndex, yIndex, index, len);
   CheckRem(*this, x, &y);
   if (fConditionCheck) Require(!fComplex, "TQuorel.Rem: Self is Complex");
-  if (len > 0) kern::Rem(R(x, xIndex), R(y, yIndex), R(*this, index), len);
+  const SafeSource xs(*this, x), ys(*this, y);
+  if (len > 0) kern::Rem(R(*xs, xIndex), R(*ys, yIndex), R(*this, index), len);
   return *this;
 }
 
 TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, double value) {
   CheckRem(*this, x, nullptr);
+  const SafeSource xs(*this, x);
   Size(x, false);
-  if (fLength > 0) kern::Rem(R(x), value, R(*this), fLength);
+  if (fLength > 0) kern::Rem(R(*xs), value, R(*this), fLength);
   return *this;
 }
 
@@ -184,7 +198,8 @@ TDenseQuorel& TDenseQuorel::Rem(const TDenseQuorel& x, double value, std::int32_
   ValidateParams(x, xIndex, index, len);
   CheckRem(*this, x, nullptr);
   if (fConditionCheck) Require(!fComplex, "TQuorel.Rem: Self is Complex");
-  if (len > 0) kern::Rem(R(x, xIndex), value, R(*this, index), len);
+  const SafeSource xs(*this, x);
+  if (len > 0) kern::Rem(R(*xs, xIndex), value, R(*this, index), len);
   return *this;
 }
 
@@ -213,8 +228,9 @@ TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& f
     Require(truncDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> TruncDst.Complex");
     Require(fracDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> FracDst.Complex");
   }
+  const SafeSource src(*this, Same(*this, truncDst) || Same(*this, fracDst));
   if (len > 0)
-    kern::TruncAndFrac(R(*this, static_cast<std::int32_t>(DoublesFor(index))),
+    kern::TruncAndFrac(R(*src, static_cast<std::int32_t>(DoublesFor(index))),
                        R(truncDst, static_cast<std::int32_t>(DoublesFor(truncIndex))),
                        R(fracDst, static_cast<std::int32_t>(DoublesFor(fracIndex))), DoublesFor(len));
   return *this;
@@ -227,8 +243,9 @@ TDenseQuorel& TDenseQuorel::Expj(const TDenseQuorel& omega) {
     Require(!Same(*this, omega), "TQuorel.Expj: Omega = Self");
     Require(!omega.fComplex, "TQuorel.Expj: Omega.Complex = True");
   }
+  const SafeSource src(*this, omega);
   Size(omega, true);
-  if (fLength > 0) kern::Expj(R(omega), C(*this), fLength);
+  if (fLength > 0) kern::Expj(R(*src), C(*this), fLength);
   return *this;
 }
 
@@ -239,7 +256,8 @@ TDenseQuorel& TDenseQuorel::Expj(const TDenseQuorel& omega, std::int32_t omegaIn
     Require(!omega.fComplex, "TQuorel.Expj: Omega.Complex = True");
     Require(fComplex, "TQuorel.Expj: Complex = False");
   }
-  if (len > 0) kern::Expj(R(omega, omegaIndex), C(*this, index), len);
+  const SafeSource src(*this, omega);
+  if (len > 0) kern::Expj(R(*src, omegaIndex), C(*this, index), len);
   return *this;
 }
 

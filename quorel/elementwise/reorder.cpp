@@ -27,14 +27,13 @@ TDenseQuorel& TDenseQuorel::ExtendToComplex(bool zeros) {
 
 TDenseQuorel& TDenseQuorel::ExtendToComplex(const TDenseQuorel& vec, bool zeros) {
   if (fConditionCheck) Require(!Same(*this, vec), "ExtendToComplex: X = Self");
+  const bool complex = vec.fComplex;
+  const detail::SafeSource src(*this, vec);
   Size(vec, true);
-  if (vec.fComplex) {
-    kern::Copy(C(vec), C(*this), fLength);
-  } else if (zeros) {
-    kern::SampleUp2(R(vec), C(*this), fLength);
-  } else {
-    kern::Duplicate(R(vec), C(*this), fLength);
-  }
+  if (fLength == 0) return *this;
+  if (complex) kern::Copy(C(*src), C(*this), fLength);
+  else if (zeros) kern::SampleUp2(R(*src), C(*this), fLength);
+  else kern::Duplicate(R(*src), C(*this), fLength);
   return *this;
 }
 
@@ -43,9 +42,10 @@ TDenseQuorel& TDenseQuorel::ExtendToComplex(const TDenseQuorel& vec, bool zeros,
   ValidateParams(vec, vecIndex, index, len);
   if (fConditionCheck) Require(fComplex, "ExtendToComplex: Complex <> Src.Complex");
   if (len == 0) return *this;
-  if (vec.fComplex) kern::Copy(C(vec, vecIndex), C(*this, index), len);
-  else if (zeros) kern::SampleUp2(R(vec, vecIndex), C(*this, index), len);
-  else kern::Duplicate(R(vec, vecIndex), C(*this, index), len);
+  const detail::SafeSource src(*this, vec);
+  if (vec.fComplex) kern::Copy(C(*src, vecIndex), C(*this, index), len);
+  else if (zeros) kern::SampleUp2(R(*src, vecIndex), C(*this, index), len);
+  else kern::Duplicate(R(*src, vecIndex), C(*this, index), len);
   return *this;
 }
 
@@ -82,7 +82,7 @@ TDenseQuorel& TDenseQuorel::Rotate(std::int32_t offset, std::int32_t index, std:
 }
 
 TDenseQuorel& TDenseQuorel::Rotate(const TDenseQuorel& vec, std::int32_t offset) {
-  if (fConditionCheck) Require(!Same(*this, vec), "Rotate: X = Self");
+  if (Same(*this, vec)) return Rotate(offset);  // the in-place form reads from a copy
   Size(vec, vec.fComplex);
   return Rotate(vec, offset, 0, 0, fLength);
 }
@@ -90,11 +90,12 @@ TDenseQuorel& TDenseQuorel::Rotate(const TDenseQuorel& vec, std::int32_t offset)
 TDenseQuorel& TDenseQuorel::Rotate(const TDenseQuorel& vec, std::int32_t offset, std::int32_t vecIndex,
                                    std::int32_t index, std::int32_t len) {
   ValidateParams(vec, vecIndex, index, len);
-  detail::RequireSourceRange(*this, vec, "Rotate: X = Self", "Rotate: Self.Complex <> X.Complex");
+  detail::RequireSourceRange(*this, vec, nullptr, "Rotate: Self.Complex <> X.Complex");
   if (len == 0) return *this;
   const std::int32_t k = CyclicOffset(offset, len);
-  if (fComplex) RotateCopy(C(vec, vecIndex), C(*this, index), k, len);
-  else RotateCopy(R(vec, vecIndex), R(*this, index), k, len);
+  const detail::SafeSource src(*this, vec);
+  if (fComplex) RotateCopy(C(*src, vecIndex), C(*this, index), k, len);
+  else RotateCopy(R(*src, vecIndex), R(*this, index), k, len);
   return *this;
 }
 
@@ -114,12 +115,13 @@ TDenseQuorel& TDenseQuorel::Shift(std::int32_t offset, std::int32_t index, std::
 // --- running sums and differences -----------------------------------------------------------------------
 
 TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec) {
-  if (fConditionCheck) Require(!Same(*this, vec), "Difference: X = Self");
+  const std::int32_t n = vec.fLength;
+  const detail::SafeSource src(*this, vec);  // Self is shortened before the source is read
   CondDisable();  // the sizes below are consistent by construction
   try {
     set_Complex(vec.fComplex);
-    SetLength(std::max(vec.fLength - 1, 0));
-    Difference(vec, 0, 0, vec.fLength);
+    SetLength(std::max(n - 1, 0));
+    Difference(*src, 0, 0, n);
   } catch (...) {
     CondEnable();
     throw;
@@ -139,8 +141,9 @@ TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec, std::int32_t vec
                                vec.fLength));
   Require(vec.fComplex == fComplex, "Difference: Complex <> Src.Complex");
   if (len - 1 < 1) return *this;
-  if (fComplex) kern::Sub(C(vec, vecIndex + 1), C(vec, vecIndex), C(*this, index), len - 1);
-  else kern::Sub(R(vec, vecIndex + 1), R(vec, vecIndex), R(*this, index), len - 1);
+  const detail::SafeSource src(*this, vec);
+  if (fComplex) kern::Sub(C(*src, vecIndex + 1), C(*src, vecIndex), C(*this, index), len - 1);
+  else kern::Sub(R(*src, vecIndex + 1), R(*src, vecIndex), R(*this, index), len - 1);
   return *this;
 }
 

@@ -1,11 +1,13 @@
 // The element-wise frame, exercised once per overload shape: checks and their order, sizing,
 // real/complex promotion, empty objects, and temporaries returned on every path.
 #include <cmath>
+#include <functional>
 
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/mtx.h"
+#include "self_source.h"
 #include "support/support.h"
 
 namespace quorel {
@@ -14,6 +16,7 @@ namespace {
 using test::Cplx;
 using test::MessageOf;
 using test::Real;
+using test::SelfCase;
 
 class Frame : public ::testing::Test {
  protected:
@@ -204,8 +207,44 @@ TEST_F(Frame, RulesForModulusAndKindRestrictedOperations) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { rr.Flip(zz, 0, 0, 2); }), "Flip: Complex = False");
   EXPECT_TRUE(zz.IsEqual(Cplx({{1, 1}, {2, 2}})) && rr.IsEqual(Real({7, -7})));
   z.SetConditionCheck(false);
-  // The kind checks of kind-restricted operations do not depend on ConditionCheck.
+  // Unchecked, only the kind checks that keep a kernel inside storage remain (complex-only data
+  // read from a real object), and the in-place FixAngle's.
   EXPECT_THROW(z.FixAngle(), EQuorelInvalidArgument);
+  r.SetConditionCheck(false);
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Flip(); }), "Flip: Complex = False");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.Flip(r); }), "Flip: X.Complex = False");
+  TVec u, sinX, cosX;
+  auto unchecked = [&]() -> TVec& {
+    u = z;
+    u.SetConditionCheck(false);
+    return u;
+  };
+  for (const auto& call : std::initializer_list<std::function<void()>>{
+           [&] { unchecked().Cbrt(); }, [&] { unchecked().InvCbrt(z); },
+           [&] { unchecked().ThresholdGT_LT(z, 0, 0, 9, 9); }, [&] { unchecked().ThresholdGT_LT(0, 0, 9, 9); },
+           [&] { unchecked().FixAngle(z); }, [&] { unchecked().SinCos(sinX, cosX); },
+           [&] { unchecked().SinhCosh(sinX, cosX); }})
+    EXPECT_EQ(MessageOf<EQuorelInvalidArgument>(call), "<no exception>");
+}
+
+TEST_F(Frame, SelfAsSourceReadsTheOldValues) {
+  const TVec r = Real({1.5, -2, 0.25, 4}), z = Cplx({{1, 1}, {2, -1}, {0.5, 0.5}, {-3, 0}});
+  TVec o = Cplx({{0, 1}, {1, 0}, {2, 2}, {1, -1}}), im;
+  const SelfCase cases[] = {
+      {"Abs(X) complex", z, [](TVec& s, TVec& x) { s.Abs(x); }, false},
+      {"Norm(X) complex", z, [](TVec& s, TVec& x) { s.Norm(x); }, false},
+      {"Abs(X) range", r, [](TVec& s, TVec& x) { s.Abs(x, 0, 1, 3); }, false},
+      {"Add(Vec1, Vec2) promoting", r, [&](TVec& s, TVec& x) { s.Add(x, o); }, false},
+      {"Sub(Vec1, Vec2) range", r, [&](TVec& s, TVec& x) { s.Sub(Real({1, 1, 1, 1}), x, 0, 0, 1, 3); }, false},
+      {"Mul(Vec) range", z, [](TVec& s, TVec& x) { s.Mul(x, 0, 1, 3); }, false},
+      {"Add(Vec, Value) range", r, [](TVec& s, TVec& x) { s.Add(x, 1.0, 0, 1, 3); }, false},
+      {"SinCos(Self, CosX)", r, [&](TVec& s, TVec& x) { x.SinCos(s, im); }, false},
+      {"RealToCplx(Self, ImVec)", r, [](TVec& s, TVec& x) { s.RealToCplx(x, Real({1, 2, 3, 4})); }, false},
+      {"PolarToCart(AmpltVec, Self)", r, [](TVec& s, TVec& x) { s.PolarToCart(Real({1, 2, 3, 4}), x); }, false},
+      {"CplxToReal(Self, ImVec)", z, [&](TVec& s, TVec& x) { x.CplxToReal(s, im); }, true},
+      {"CartToPolar(AmpltVec, Self)", z, [&](TVec& s, TVec& x) { x.CartToPolar(im, s); }, true},
+  };
+  for (const SelfCase& c : cases) test::ExpectSelfReadAsCopy(c);
 }
 
 TEST_F(Frame, TemporariesReturnedWhenAMethodThrows) {
@@ -229,6 +268,9 @@ TEST(FrameOnMatrices, ResultsKeepTheMatrixShape) {
   base.SetVal(TCplx{1, 1});  // through the base class too
   EXPECT_EQ(a.Cols(), 3);
   EXPECT_EQ(a.CValues(1, 2), (TCplx{1, 1}));
+  a.SetConditionCheck(false);
+  a.Abs(a);  // Self as the source, read from a copy: still 2 x 3
+  EXPECT_TRUE(!a.Complex() && a.Rows() == 2 && a.Cols() == 3 && std::fabs(a.Sum() - 6 * std::sqrt(2.0)) < 1e-14);
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 

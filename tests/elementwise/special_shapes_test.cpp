@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
+#include "self_source.h"
 #include "support/support.h"
 
 namespace quorel {
@@ -15,6 +16,7 @@ namespace {
 using test::Cplx;
 using test::MessageOf;
 using test::Real;
+using test::SelfCase;
 
 TEST(Reorder, ShiftRotateAndReverse) {
   const TVec five = Real({1, 2, 3, 4, 5});
@@ -167,6 +169,42 @@ TEST(GuardedDivision, ClampedReciprocal) {
   TVec s = Cplx({{7, 7}, {7, 7}});
   s.Divide(Real({2, 4}), Cplx({{0, 1}, {1, 1}}), 1e-10, 0, 0, 0, 2);
   EXPECT_TRUE(s.IsEqual(Cplx({{0, -2}, {2, -2}})));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+// Self as a source. Methods with no identity message take it with ConditionCheck on; the others
+// refuse it when checked and, unchecked, read it from a copy.
+TEST(SelfAsSource, GivesTheResultOfACopy) {
+  const TVec r = Real({1.5, -2, 0.25, 4}), z = Cplx({{1, 1}, {2, -1}, {0.5, 0.5}, {-3, 0}});
+  const TVec o = Real({2, 0.5, -1, 3});
+  const SelfCase cases[] = {
+      {"AddProduct(Vec1, Self)", r, [&](TVec& s, TVec& x) { s.AddProduct(o, x); }, true},
+      {"RealPart(Self)", z, [](TVec& s, TVec& x) { s.RealPart(x); }, true},
+      {"ImagPart(Self)", z, [](TVec& s, TVec& x) { s.ImagPart(x); }, true},
+      {"Rotate(Self, 3)", r, [](TVec& s, TVec& x) { s.Rotate(x, 3); }, true},
+      {"Difference(Self)", z, [](TVec& s, TVec& x) { s.Difference(x); }, true},
+      {"ConjMul(Self)", z, [](TVec& s, TVec& x) { s.ConjMul(x); }, true},
+      {"AddProduct range", r, [&](TVec& s, TVec& x) { s.AddProduct(x, o, 0, 0, 1, 3); }, false},
+      {"Rotate range", r, [](TVec& s, TVec& x) { s.Rotate(x, 1, 0, 1, 3); }, false},
+      {"Difference range", r, [](TVec& s, TVec& x) { s.Difference(x, 0, 1, 3); }, false},
+      {"PowerSpectrum(Self)", z, [](TVec& s, TVec& x) { s.PowerSpectrum(x); }, false},
+      {"ExtendToComplex(Self, False)", r, [](TVec& s, TVec& x) { s.ExtendToComplex(x, false); }, false},
+      {"ConjMul(Self, Vec2)", z, [&](TVec& s, TVec& x) { s.ConjMul(x, z); }, false},
+      {"Divide(Num, Self, Threshold)", z, [&](TVec& s, TVec& x) { s.Divide(o, x, 0.1); }, false},
+      {"IntPower(Self, 3)", z, [](TVec& s, TVec& x) { s.IntPower(x, 3); }, false},
+      {"Power(Value, Self)", r, [](TVec& s, TVec& x) { s.Power(2.0, x); }, false},
+      {"Power(Self, CValue)", r, [](TVec& s, TVec& x) { s.Power(x, TCplx{2, 1}); }, false},
+      {"Power(CValue, Self)", r, [](TVec& s, TVec& x) { s.Power(TCplx{2, 1}, x); }, false},
+      {"PowerVec(Self, Exponent)", r, [&](TVec& s, TVec& x) { s.PowerVec(x, z); }, false},
+      {"Expj(Self)", r, [](TVec& s, TVec& x) { s.Expj(x); }, false},
+  };
+  for (const SelfCase& c : cases) test::ExpectSelfReadAsCopy(c);
+  // The identity messages that stay, with ConditionCheck on.
+  TVec s = r;
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.AddProduct(s, o); }), "TVec.AddProduct: Vec1 = Self");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ConjMul(s, o); }), "(Self = Vec1) or (Self = Vec2)");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.Power(2.0, s); }), "Self = Base");
+  EXPECT_TRUE(s.IsEqual(r));
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 

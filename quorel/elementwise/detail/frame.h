@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <algorithm>
+#include <optional>
 #include <type_traits>
 
 #include "quorel/core/detail/checks.h"
@@ -34,7 +35,7 @@ enum class Rule : std::uint8_t {
 struct UnaryMessages {
   const char* xIsSelf;         // "Sqrt: X = Self"
   const char* complexMismatch; // "Sqrt: Self.Complex <> X.Complex"
-  const char* selfComplex = nullptr;  // RealOnly/ComplexOnly: Self of the wrong kind, checked always
+  const char* selfComplex = nullptr;  // RealOnly/ComplexOnly: Self of the wrong kind
   const char* srcComplex = nullptr;   // RealOnly/ComplexOnly: source of the wrong kind
 };
 
@@ -51,17 +52,70 @@ inline TCplx* C(TDenseQuorel& a, Index i = 0) { return Out<TCplx>(a, i); }
 inline const TCplx* C(const TDenseQuorel& a, Index i = 0) { return In<TCplx>(a, i); }
 inline bool Same(const TQuorel& a, const TQuorel& b) { return &a == &b; }
 
-/// The checks of a source-to-Self range form, made only under ConditionCheck: X = Self, then the
-/// agreement of Self's kind with `resultComplex`.
+/// The checks of a source-to-Self range form, made only under ConditionCheck: X = Self (when the
+/// method has such a message), then the agreement of Self's kind with `resultComplex`.
 inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, bool resultComplex,
                                const char* xIsSelf, const char* mismatch) {
   if (!self.ConditionCheck()) return;
-  Require(!Same(self, x), xIsSelf);
+  if (xIsSelf) Require(!Same(self, x), xIsSelf);
   Require(self.Complex() == resultComplex, mismatch);
 }
 inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, const char* xIsSelf,
                                const char* mismatch) {
   RequireSourceRange(self, x, x.Complex(), xIsSelf, mismatch);
+}
+
+/// A source as a kernel may read it while Self is written: the source itself or, when it is Self
+/// (allowed wherever no identity check forbids it, or with ConditionCheck off), a copy taken
+/// before Self is touched, in a cached work vector. The ordinary call pays one comparison. Size
+/// Self from the source itself, not from the copy, so a matrix keeps its shape.
+class SafeSource {
+ public:
+  SafeSource(const TDenseQuorel& self, const TDenseQuorel& x) : SafeSource(x, Same(self, x)) {}
+  /// `x`, copied when `copy`.
+  SafeSource(const TDenseQuorel& x, bool copy) : x_(&x) {
+    if (!copy) [[likely]]
+      return;
+    keep_.emplace();
+    (*keep_)->Copy(x);
+    x_ = keep_->get();
+  }
+  SafeSource(const SafeSource&) = delete;
+  SafeSource& operator=(const SafeSource&) = delete;
+  const TDenseQuorel& operator*() const { return *x_; }
+
+ private:
+  const TDenseQuorel* x_;
+  std::optional<TWorkVec> keep_;
+};
+
+// --- kind checks of kind-restricted operations ---------------------------------------------------
+// A complex-only kernel reads and writes two doubles per element, so real data of the wrong kind
+// would be run past its end: those checks are always made. A real-only kernel stays inside the
+// storage of complex data, so its checks follow ConditionCheck, except where the kernel asks for
+// an always-made check of Self in place (kInPlaceKindAlways).
+
+template <class Op>
+constexpr bool kInPlaceKindAlways = requires { requires Op::kInPlaceKindAlways; };
+
+/// Self's kind for an in-place form (`inPlace`) or a range form writing into Self.
+template <class Op>
+void RequireSelfKind(const TDenseQuorel& self, const Op& op, bool inPlace) {
+  if constexpr (Op::rule == Rule::RealOnly) {
+    if ((inPlace && kInPlaceKindAlways<Op>) || self.ConditionCheck()) Require(!self.Complex(), op.msgs.selfComplex);
+  } else if constexpr (Op::rule == Rule::ComplexOnly) {
+    Require(self.Complex(), op.msgs.selfComplex);
+  }
+}
+
+/// The source's kind.
+template <class Op>
+void RequireSourceKind(const TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
+  if constexpr (Op::rule == Rule::RealOnly) {
+    if (self.ConditionCheck()) Require(!x.Complex(), op.msgs.srcComplex);
+  } else if constexpr (Op::rule == Rule::ComplexOnly) {
+    Require(x.Complex(), op.msgs.srcComplex);
+  }
 }
 
 /// Re-sizes Self to the same length with `complex` and fills it with `fill(copy, self)`, where
@@ -96,8 +150,7 @@ void RunUnary(const Op& op, bool complex, const TDenseQuorel& x, Index xi, TDens
 /// F(): in place on all of Self.
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op) {
-  if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
-  if constexpr (Op::rule == Rule::ComplexOnly) Require(self.Complex(), op.msgs.selfComplex);
+  RequireSelfKind(self, op, true);
   if (self.Length() == 0) {
     if constexpr (Op::rule == Rule::ToReal) self.set_Complex(false);
     return self;
@@ -115,8 +168,7 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op) {
 /// F(Index, Len) once the range is validated.
 template <class Op>
 TDenseQuorel& UnaryValidated(TDenseQuorel& self, const Op& op, Index index, Index len) {
-  if constexpr (Op::rule == Rule::RealOnly) Require(!self.Complex(), op.msgs.selfComplex);
-  if constexpr (Op::rule == Rule::ComplexOnly) Require(self.Complex(), op.msgs.selfComplex);
+  RequireSelfKind(self, op, true);
   if constexpr (Op::rule == Rule::ToReal) {
     // A modulus cannot be stored in place of part of a complex object.
     if (self.ConditionCheck()) Require(!self.Complex(), op.msgs.complexMismatch);
@@ -136,11 +188,12 @@ TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, Index index, Index len) {
 template <class Op>
 TDenseQuorel& Unary(TDenseQuorel& self, const Op& op, const TDenseQuorel& x) {
   if (self.ConditionCheck()) Require(!Same(self, x), op.msgs.xIsSelf);
-  if constexpr (Op::rule == Rule::RealOnly) Require(!x.Complex(), op.msgs.srcComplex);
-  if constexpr (Op::rule == Rule::ComplexOnly) Require(x.Complex(), op.msgs.srcComplex);
-  const bool resultComplex = Op::rule == Rule::ToReal ? false : x.Complex();
-  self.Size(x, resultComplex);
-  RunUnary(op, x.Complex(), x, 0, self, 0, x.Length());
+  RequireSourceKind(self, op, x);
+  const bool complex = x.Complex();
+  const Index n = x.Length();
+  const SafeSource src(self, x);
+  self.Size(x, Op::rule == Rule::ToReal ? false : complex);
+  RunUnary(op, complex, *src, 0, self, 0, n);
   return self;
 }
 
@@ -149,17 +202,16 @@ template <class Op>
 TDenseQuorel& UnaryValidated(TDenseQuorel& self, const Op& op, const TDenseQuorel& x, Index xIndex, Index index,
                              Index len) {
   if constexpr (Op::rule == Rule::RealOnly || Op::rule == Rule::ComplexOnly) {
-    // Each side has its own message, naming the object of the wrong kind. Self's kind is checked
-    // always, as in the in-place forms: the kernel writes the source's kind into it.
-    constexpr bool complex = Op::rule == Rule::ComplexOnly;
+    // Each side has its own message, naming the object of the wrong kind.
     if (self.ConditionCheck()) Require(!Same(self, x), op.msgs.xIsSelf);
-    Require(x.Complex() == complex, op.msgs.srcComplex);
-    Require(self.Complex() == complex, op.msgs.selfComplex);
+    RequireSourceKind(self, op, x);
+    RequireSelfKind(self, op, false);
   } else {
     RequireSourceRange(self, x, Op::rule == Rule::ToReal ? false : x.Complex(), op.msgs.xIsSelf,
                        op.msgs.complexMismatch);
   }
-  RunUnary(op, x.Complex(), x, xIndex, self, index, len);
+  const SafeSource src(self, x);
+  RunUnary(op, x.Complex(), *src, xIndex, self, index, len);
   return self;
 }
 
@@ -248,7 +300,8 @@ TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
                      Index len) {
   self.ValidateParams(vec, vecIndex, index, len);
   if (!self.Complex() && vec.Complex()) ExtendToComplex(self, true);
-  RunBinary(op, self, index, vec, vecIndex, self, index, len);
+  const SafeSource src(self, vec);
+  RunBinary(op, self, index, *src, vecIndex, self, index, len);
   return self;
 }
 
@@ -259,8 +312,10 @@ TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec1,
     Require(!Same(self, vec1) && !Same(self, vec2), op.msgs.pairSelf);
     Require(vec1.Length() == vec2.Length(), op.msgs.pairLength);
   }
+  const Index n = std::min(vec1.Length(), vec2.Length());
+  const SafeSource a(self, vec1), b(self, vec2);
   self.Size(vec1, vec1.Complex() || vec2.Complex());
-  RunBinary(op, vec1, 0, vec2, 0, self, 0, std::min(vec1.Length(), vec2.Length()));
+  RunBinary(op, *a, 0, *b, 0, self, 0, n);
   return self;
 }
 
@@ -270,7 +325,8 @@ TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec1,
                      Index vec1Index, Index vec2Index, Index index, Index len) {
   self.ValidateParams(vec1, vec2, vec1Index, vec2Index, index, len);
   if (self.ConditionCheck()) Require(self.Complex() == (vec1.Complex() || vec2.Complex()), op.msgs.rangeComplex);
-  RunBinary(op, vec1, vec1Index, vec2, vec2Index, self, index, len);
+  const SafeSource a(self, vec1), b(self, vec2);
+  RunBinary(op, *a, vec1Index, *b, vec2Index, self, index, len);
   return self;
 }
 
@@ -331,7 +387,8 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
   self.ValidateParams(vec, vecIndex, index, len);
   if (self.ConditionCheck())
     Require(self.Complex() == (vec.Complex() || !std::is_same_v<S, double>), op.msgs.rangeComplex);
-  RunScalar(op, vec, vecIndex, v, self, index, len);
+  const SafeSource src(self, vec);
+  RunScalar(op, *src, vecIndex, v, self, index, len);
   return self;
 }
 
@@ -339,8 +396,8 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
 
 /// Messages of a method that splits Self into two real outputs.
 struct SplitMessages {
-  const char* selfKind;  // Self of the wrong kind, checked always
-  const char* aIsSelf;   // an output is Self (the same text twice for one shared message)
+  const char* selfKind;  // Self of the wrong kind
+  const char* aIsSelf;   // an output is Self (the same text twice for one shared message); null: allowed
   const char* bIsSelf;
   const char* aKind;     // range form: an output that is complex
   const char* bKind;
@@ -358,17 +415,31 @@ struct SplitOp {
   void operator()(const Source* x, double* a, double* b, std::ptrdiff_t n) const { K{}(x, a, b, n); }
 };
 
-/// F(A, B): both outputs sized like Self.
+/// Self's kind: a complex source read from real data would run past its end, so that check is
+/// always made; a real source follows ConditionCheck.
+template <class Op>
+void RequireSplitSource(const TDenseQuorel& self, const Op& op) {
+  if (Op::kComplexSource || self.ConditionCheck()) Require(self.Complex() == Op::kComplexSource, op.msgs.selfKind);
+}
+
+/// The identity checks of the outputs, for the messages the method has.
+template <class Op>
+void RequireOutputsNotSelf(const TDenseQuorel& self, const Op& op, const TDenseQuorel& a, const TDenseQuorel& b) {
+  if (op.msgs.aIsSelf) Require(!Same(self, a), op.msgs.aIsSelf);
+  if (op.msgs.bIsSelf) Require(!Same(self, b), op.msgs.bIsSelf);
+}
+
+/// F(A, B): both outputs sized like Self. An output that is Self gets the values computed from
+/// Self's old values.
 template <class Op>
 TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuorel& b) {
-  Require(self.Complex() == Op::kComplexSource, op.msgs.selfKind);
-  if (self.ConditionCheck()) {
-    Require(!Same(self, a), op.msgs.aIsSelf);
-    Require(!Same(self, b), op.msgs.bIsSelf);
-  }
+  RequireSplitSource(self, op);
+  if (self.ConditionCheck()) RequireOutputsNotSelf(self, op, a, b);
+  const Index n = self.Length();
+  const SafeSource src(self, Same(self, a) || Same(self, b));
   a.Size(self, false);
   b.Size(self, false);
-  if (self.Length() > 0) op(In<typename Op::Source>(self), R(a), R(b), self.Length());
+  if (n > 0) op(In<typename Op::Source>(*src), R(a), R(b), n);
   return self;
 }
 
@@ -378,16 +449,14 @@ TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuo
                     Index index, Index len) {
   a.ValidateParams2(self, index, ai, len);
   b.ValidateParams2(self, index, bi, len);
-  Require(self.Complex() == Op::kComplexSource, op.msgs.selfKind);
+  RequireSplitSource(self, op);
   if (!op.msgs.rangeChecked || self.ConditionCheck()) {
-    if (op.msgs.rangeChecked) {
-      Require(!Same(self, a), op.msgs.aIsSelf);
-      Require(!Same(self, b), op.msgs.bIsSelf);
-    }
+    if (op.msgs.rangeChecked) RequireOutputsNotSelf(self, op, a, b);
     Require(!a.Complex(), op.msgs.aKind);
     Require(!b.Complex(), op.msgs.bKind);
   }
-  if (len > 0) op(In<typename Op::Source>(self, index), R(a, ai), R(b, bi), len);
+  const SafeSource src(self, Same(self, a) || Same(self, b));
+  if (len > 0) op(In<typename Op::Source>(*src, index), R(a, ai), R(b, bi), len);
   return self;
 }
 
@@ -417,9 +486,10 @@ TDenseQuorel& Join(TDenseQuorel& self, const Op& op, const TDenseQuorel& a, cons
     Require(!b.Complex(), op.msgs.bKind);
     Require(a.Length() == b.Length(), op.msgs.lengths);
   }
-  self.Size(a, true);
   const Index n = std::min(a.Length(), b.Length());
-  if (n > 0) op(R(a), R(b), C(self), n);
+  const SafeSource ra(self, a), rb(self, b);
+  self.Size(a, true);
+  if (n > 0) op(R(*ra), R(*rb), C(self), n);
   return self;
 }
 
@@ -433,7 +503,8 @@ TDenseQuorel& Join(TDenseQuorel& self, const Op& op, const TDenseQuorel& a, cons
     Require(!b.Complex(), op.msgs.bKind);
     RequireComplex(self);
   }
-  if (len > 0) op(R(a, ai), R(b, bi), C(self, index), len);
+  const SafeSource ra(self, a), rb(self, b);
+  if (len > 0) op(R(*ra, ai), R(*rb, bi), C(self, index), len);
   return self;
 }
 

@@ -132,8 +132,9 @@ struct InvSqrtK {
   void operator()(const double* x, double* r, ptrdiff_t n) const { kern::InvSqrt(x, r, n); }
   void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { Then<SqrtK, InvK>{}(x, r, n); }
 };
-/// x - 2 pi trunc(x / 2 pi).
+/// x - 2 pi trunc(x / 2 pi). In place it refuses complex data whatever ConditionCheck says.
 struct FixAngleK {
+  static constexpr bool kInPlaceKindAlways = true;
   void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Rem(x, TWOPI, r, n); }
 };
 
@@ -281,6 +282,7 @@ template <class K, Rule R>
 struct UnaryOp {
   static constexpr bool kBinary = false;
   static constexpr Rule rule = R;
+  static constexpr bool kInPlaceKindAlways = detail::kInPlaceKindAlways<K>;
   detail::UnaryMessages msgs;
   template <class... A>
   void operator()(A... a) const { K{}(a...); }
