@@ -12,6 +12,7 @@
 #include "quorel/platform/kernels/convert.h"
 #include "quorel/platform/kernels/g711.h"
 #include "quorel/platform/kernels/int24.h"
+#include "quorel/platform/pages.h"
 
 namespace quorel {
 
@@ -267,10 +268,10 @@ namespace {
 
 // Reads what the stream holds of count values, as a plain read would, and decodes it; returns the
 // bytes of dst filled. A value cut short at the end of the stream is read too: a double keeps the
-// bytes that arrived, an encoded value cannot be decoded from part of it.
+// bytes that arrived, an encoded value cannot be decoded from part of it. The stream's Size is not
+// consulted: a pipe cannot tell it, and a file may have grown since it was opened.
 std::int64_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& codec, ptrdiff_t count) {
-  const std::int64_t bytes = std::min<std::int64_t>(count * codec.bytes, stream.Remaining());
-  if (bytes <= 0) return 0;
+  const std::int64_t bytes = count * codec.bytes;
   if (codec.decode == DecodeDouble) {
     if (const void* at = stream.ReadInPlace(bytes)) {
       std::memcpy(dst, at, static_cast<std::size_t>(bytes));
@@ -278,11 +279,10 @@ std::int64_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& cod
     }
     return stream.ReadFully(dst, bytes);
   }
-  const ptrdiff_t whole = bytes / codec.bytes;
-  const kern::TStores stores = kern::StoresFor(whole * 8);
+  const kern::TStores stores = kern::StoresFor(count * 8);
   if (const void* at = stream.ReadInPlace(bytes)) {
-    if (whole > 0) DecodeFrom(static_cast<const uint8_t*>(at), dst, whole, codec, stores);
-    return whole * 8;
+    DecodeFrom(static_cast<const uint8_t*>(at), dst, count, codec, stores);
+    return count * 8;
   }
   // Other streams are read in blocks large enough for a file stream to read them straight from
   // the file, and small enough to stay in the processor's caches until they are decoded.
@@ -303,6 +303,21 @@ std::int64_t ReadAvailable(TQuorelStream& stream, double* dst, const TCodec& cod
   return done * 8;
 }
 
+// Zeroes dst[i, end) page by page, only where something is not zero yet: storage the system has
+// just mapped reads as zero without being committed, and writing it would commit memory for the
+// whole length a header announced, however little of it the stream supplied.
+void ZeroScanned(double* dst, ptrdiff_t i, ptrdiff_t end) {
+  constexpr std::uintptr_t kPageBytes = 4096;
+  while (i < end) {
+    const std::uintptr_t toPage = kPageBytes - reinterpret_cast<std::uintptr_t>(dst + i) % kPageBytes;
+    const ptrdiff_t stop = std::min(end, i + std::max<ptrdiff_t>(1, static_cast<ptrdiff_t>(toPage / 8)));
+    std::uint64_t bits = 0;
+    for (ptrdiff_t j = i; j < stop; ++j) bits |= std::bit_cast<std::uint64_t>(dst[j]);
+    if (bits != 0) std::fill(dst + i, dst + stop, 0.0);
+    i = stop;
+  }
+}
+
 }  // namespace
 
 namespace detail {
@@ -314,25 +329,25 @@ std::int64_t ReadValueBytes(TQuorelStream& stream, double* dst, TPrecision preci
   return codec != nullptr && count > 0 ? ReadAvailable(stream, dst, *codec, count) : 0;
 }
 
-void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count) {
+void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count, bool heapBlock) {
   ptrdiff_t i = static_cast<ptrdiff_t>(filledBytes / 8);
   if (i >= count) return;
   if (const std::int64_t cut = filledBytes % 8; cut != 0) {
     std::memset(reinterpret_cast<uint8_t*>(dst + i) + cut, 0, static_cast<std::size_t>(8 - cut));
     ++i;
   }
-  // Page by page, only where something is not zero yet: storage the system has just mapped reads
-  // as zero without being committed, and writing it would commit memory for the whole length a
-  // header announced, however little of it the stream supplied.
-  constexpr std::uintptr_t kPageBytes = 4096;
-  while (i < count) {
-    const std::uintptr_t toPage = kPageBytes - reinterpret_cast<std::uintptr_t>(dst + i) % kPageBytes;
-    const ptrdiff_t end = std::min(count, i + std::max<ptrdiff_t>(1, static_cast<ptrdiff_t>(toPage / 8)));
-    std::uint64_t bits = 0;
-    for (ptrdiff_t j = i; j < end; ++j) bits |= std::bit_cast<std::uint64_t>(dst[j]);
-    if (bits != 0) std::fill(dst + i, dst + end, 0.0);
-    i = end;
+  // A heap block gives its whole pages back instead: however long the header said the object
+  // is, that costs neither time nor memory nor page tables. What remains is scanned.
+  constexpr ptrdiff_t kDiscardMinimum = 8192;  // doubles (64 KB): below it a scan is as cheap
+  if (heapBlock && count - i >= kDiscardMinimum) {
+    const TPageSpan span = DiscardPages(dst + i, static_cast<std::size_t>(count - i) * 8);
+    if (span.last > span.first) {
+      ZeroScanned(dst, i, reinterpret_cast<double*>(span.first) - dst);
+      ZeroScanned(dst, reinterpret_cast<double*>(span.last) - dst, count);
+      return;
+    }
   }
+  ZeroScanned(dst, i, count);
 }
 
 }  // namespace detail

@@ -46,10 +46,11 @@ void TDenseQuorel::LoadFromStream(TQuorelStream& stream) {
   const std::int64_t filled = detail::ReadValueBytes(stream, fValues, precision, fComplex, fLength);
   // Storage the header resized holds whatever its allocator left there: a short (or unreadable)
   // block must not expose it. Storage that kept its size keeps its old values, as a plain read
-  // leaves them.
+  // leaves them. Only an own heap block gives its pages back: cache memory stays warm for its
+  // next user, and adopted memory is the caller's (it may be a shared or file mapping).
   const std::ptrdiff_t count = fComplex ? 2 * std::ptrdiff_t{fLength} : fLength;
   if (filled < count * 8 && (fValues != values || fLength != length || fComplex != complex)) {
-    detail::ZeroUnfilled(fValues, filled, count);
+    detail::ZeroUnfilled(fValues, filled, count, fAllocatedBytes > 0);
   }
 }
 

@@ -91,7 +91,6 @@ TQuorelFileStream::TQuorelFileStream(const std::string& fileName, TFileMode mode
     const char* verb = mode == fmCreate ? "Cannot create file" : "Cannot open file";
     throw EFOpenError(std::string(verb) + " \"" + fileName + "\". " + impl_->file.Error());
   }
-  size_ = impl_->file.Size();
 }
 
 TQuorelFileStream::~TQuorelFileStream() { Flush(); }
@@ -144,7 +143,6 @@ void* TQuorelFileStream::WriteInPlace(std::int64_t count) {
   std::uint8_t* at = f.buffer.get() + f.length;
   f.length += count;
   pos_ += count;
-  size_ = std::max(size_, pos_);
   return at;
 }
 
@@ -160,13 +158,17 @@ std::int64_t TQuorelFileStream::Write(const void* buffer, std::int64_t count) {
   impl_->length = 0;  // the read buffer may hold what is overwritten
   const std::int64_t put = impl_->file.WriteAt(pos_, buffer, count);
   pos_ += put;
-  size_ = std::max(size_, pos_);
   return put;
 }
 
 std::int64_t TQuorelFileStream::Seek(std::int64_t offset, TSeekOrigin origin) {
-  pos_ = SeekTarget(pos_, size_, offset, origin);
+  pos_ = SeekTarget(pos_, origin == soEnd ? Size() : 0, offset, origin);
   return pos_;
+}
+
+std::int64_t TQuorelFileStream::Size() {
+  const Impl& f = *impl_;
+  return std::max(f.file.Size(), f.pending ? f.base + f.length : std::int64_t{0});
 }
 
 // --- TQuorelMemoryStream ---------------------------------------------------------------------------

@@ -92,7 +92,8 @@ class TQuorelFileStream final : public TQuorelStream {
   std::int64_t Write(const void* buffer, std::int64_t count) override;
   std::int64_t Seek(std::int64_t offset, TSeekOrigin origin) override;
   std::int64_t Position() override { return pos_; }
-  std::int64_t Size() override { return size_; }
+  /// The file's size now, with the bytes still in the buffer: the file may grow while it is read.
+  std::int64_t Size() override;
   /// Buffer space for the next count bytes when they fit the stream's buffer.
   void* WriteInPlace(std::int64_t count) override;
   /// Name the stream was opened with.
@@ -103,7 +104,6 @@ class TQuorelFileStream final : public TQuorelStream {
   std::unique_ptr<Impl> impl_;
   std::string fileName_;
   std::int64_t pos_ = 0;
-  std::int64_t size_ = 0;
   bool Flush();
 };
 

@@ -204,7 +204,8 @@ class TQuorel {
   virtual std::int32_t CacheLength() const = 0;
   /// Gives the object back to the cache.
   virtual void FreeToCache() = 0;
-  /// A block of `bytes` bytes: heap up to 65,536 bytes, page allocator above.
+  /// A block of `bytes` bytes: heap up to 65,536 bytes, page allocator above. An override must
+  /// return private anonymous memory: a short load hands whole pages back to the system to zero them.
   virtual void* AllocateMemory(std::int64_t bytes);
   /// Frees the own block (never cache memory).
   virtual void ReleaseMemory();

@@ -1,6 +1,7 @@
 #include "quorel/platform/pages.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 namespace quorel::detail {
 
@@ -20,6 +21,20 @@ void* MapPages(std::size_t bytes) noexcept {
 
 void UnmapPages(void* p, std::size_t bytes) noexcept {
   if (p != nullptr) ::munmap(p, bytes);
+}
+
+TPageSpan DiscardPages(void* p, std::size_t bytes) noexcept {
+  static const std::uintptr_t page = [] {
+    const long size = ::sysconf(_SC_PAGESIZE);
+    return size > 0 ? static_cast<std::uintptr_t>(size) : std::uintptr_t{4096};
+  }();
+  const auto at = reinterpret_cast<std::uintptr_t>(p);
+  const std::uintptr_t first = (at + page - 1) / page * page;
+  const std::uintptr_t last = (at + bytes) / page * page;
+  if (p == nullptr || last <= first) return {first, first};
+  // Private anonymous pages come back zero-filled on demand (shared or file pages would not).
+  if (::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED) != 0) return {first, first};
+  return {first, last};
 }
 
 }  // namespace quorel::detail

@@ -32,4 +32,10 @@ void* MapPages(std::size_t bytes) noexcept;
 /// Returns a mapping of MapPages.
 void UnmapPages(void* p, std::size_t bytes) noexcept;
 
+/// Zeroes the whole pages inside [p, p + bytes) of private anonymous memory (the heap's, a
+/// MapPages block) by handing them back to the system: they then read as zero and take neither
+/// memory nor page tables until written. Returns the part [first, last) so zeroed; empty when the
+/// block holds no whole page or the system refuses, and the caller zeroes the rest itself.
+TPageSpan DiscardPages(void* p, std::size_t bytes) noexcept;
+
 }  // namespace quorel::detail

@@ -1,6 +1,7 @@
 // Memory and file streams, and saving vectors to files with and without append.
 #include <cstdio>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "persist_test_util.h"
+#include "quorel/io/persist.h"
 
 namespace quorel::test {
 namespace {
@@ -62,6 +64,58 @@ TEST(PersistStream, FilesCreateAppendAndLoadTheFirstObject) {
   EXPECT_THROW(first.LoadFromFile(name), EFOpenError);
   EXPECT_THROW(first.SaveToFile(name, true), EFOpenError);  // append needs an existing file
   EXPECT_EQ(first.Length(), 2);
+}
+
+// A stream that moves forward only and cannot tell its size, as a pipe or a decompressor.
+class TForwardStream final : public TQuorelStream {
+ public:
+  explicit TForwardStream(std::span<const std::uint8_t> bytes) : inner(bytes) {}
+  std::int64_t Read(void* b, std::int64_t n) override { return inner.Read(b, n); }
+  std::int64_t Write(const void*, std::int64_t) override { return 0; }
+  std::int64_t Seek(std::int64_t, TSeekOrigin) override { return inner.Position(); }
+  std::int64_t Position() override { return inner.Position(); }
+  std::int64_t Size() override { return 0; }
+
+ private:
+  TQuorelMemoryStream inner;
+};
+
+// Values are read until the stream runs dry, whatever its Size said: objects follow one another
+// in a stream of unknown size, or in a file that grew after it was opened.
+TEST(PersistStream, ValuesNeedNoKnownSize) {
+  TVec a = Real({1, 2, 3});
+  TVec b = Cplx({{10, -20}, {30, 40}});
+  b.SetPrecision(prSmallInt);
+  TQuorelMemoryStream saved;
+  a.SaveToStream(saved);
+  b.SaveToStream(saved);
+  TForwardStream forward(saved.Bytes());
+  TVec x, y;
+  x.LoadFromStream(forward);
+  y.LoadFromStream(forward);
+  EXPECT_EQ(Doubles(x), Doubles(a));
+  EXPECT_EQ(Doubles(y), Doubles(b));
+  EXPECT_EQ(forward.Position(), saved.Size());
+  const double one = 1;
+  TForwardStream raw(std::span(reinterpret_cast<const std::uint8_t*>(&one), 8));
+  double got[2] = {7, 7};
+  ReadBinaryValues(raw, got, prDouble, false, 2);
+  EXPECT_TRUE(got[0] == 1 && got[1] == 7);
+
+  const std::string name = ::testing::TempDir() + "quorel_grown_" + std::to_string(::getpid()) + ".bin";
+  a.SaveToFile(name);
+  {
+    TQuorelFileStream reader(name, fmOpenRead);
+    b.SaveToFile(name, true);
+    EXPECT_EQ(reader.Size(), saved.Size());
+    TVec first, second;
+    first.LoadFromStream(reader);
+    second.LoadFromStream(reader);
+    EXPECT_EQ(Doubles(second), Doubles(b));
+    EXPECT_EQ(reader.Position(), saved.Size());
+    EXPECT_EQ(reader.Seek(0, soEnd), saved.Size());
+  }
+  std::remove(name.c_str());
 }
 
 // A file stream buffers small transfers and moves large ones straight to and from the file; a

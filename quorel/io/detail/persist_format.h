@@ -22,8 +22,9 @@ bool PrecisionFromOrdinal(std::int32_t p, TPrecision& precision);
 std::int64_t ReadValueBytes(TQuorelStream& stream, double* dst, TPrecision precision, bool complex,
                             std::int32_t len);
 /// Zeroes what a short values block left unfilled of count doubles at dst, from byte filledBytes
-/// on. Parts that read as zero already are not written.
-void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count);
+/// on. Parts that read as zero already are not written. heapBlock: dst lies in a block the object
+/// allocated itself (private anonymous memory), whose whole pages may be handed back instead.
+void ZeroUnfilled(double* dst, std::int64_t filledBytes, std::ptrdiff_t count, bool heapBlock);
 /// Writes a header of singles as they are (a short write is not reported).
 void WriteHeaderFields(TQuorelStream& stream, std::span<const float> fields);
 /// Reads a header of singles; false when the stream holds fewer bytes.
