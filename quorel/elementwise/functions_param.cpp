@@ -220,6 +220,7 @@ TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& f
 
 TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& fracDst, std::int32_t truncIndex,
                                          std::int32_t fracIndex, std::int32_t index, std::int32_t len) {
+  if (len == -1) len = fLength - index;  // Index and Len address Self, not the outputs
   truncDst.ValidateParams2(*this, index, truncIndex, len);
   fracDst.ValidateParams2(*this, index, fracIndex, len);
   if (fConditionCheck) {

@@ -5,6 +5,7 @@
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/elementwise/detail/frame.h"
+#include "quorel/objects/vec.h"
 #include "quorel/platform/kernels/arith.h"
 #include "quorel/platform/kernels/cplx.h"
 #include "quorel/platform/kernels/move.h"
@@ -116,11 +117,14 @@ TDenseQuorel& TDenseQuorel::Shift(std::int32_t offset, std::int32_t index, std::
 
 TDenseQuorel& TDenseQuorel::Difference(const TDenseQuorel& vec) {
   const std::int32_t n = vec.fLength;
+  const std::int32_t out = std::max(n - 1, 0);
   const detail::SafeSource src(*this, vec);  // Self is shortened before the source is read
+  // Every refusal comes before the first write: a vector checks inside Size; a matrix keeps its
+  // shape, so any other length or kind is refused here.
+  if (auto* v = dynamic_cast<TVec*>(this)) v->Size(out, vec.fComplex);
+  else Require(out == fLength && vec.fComplex == fComplex, "TMtx: Length can not be set. Use Size!");
   CondDisable();  // the sizes below are consistent by construction
   try {
-    set_Complex(vec.fComplex);
-    SetLength(std::max(n - 1, 0));
     Difference(*src, 0, 0, n);
   } catch (...) {
     CondEnable();

@@ -60,6 +60,14 @@ TEST(RunningSums, CumSumAndDifference) {
   // The ranges are validated before the kinds.
   EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { untouched.Difference(Cplx({{1, 1}, {2, 2}}), 0, 0, 9); }),
             "X params out of range: XIndex: 0, Len: 8, X.Length: 2");
+  // A matrix keeps its shape: a refused Difference leaves it as it was.
+  TMtx m(2, 3);
+  for (const TVec& src : {Cplx({{1, 1}, {2, 2}, {3, 3}, {4, 4}}), Real({1, 2, 3, 4})}) {
+    EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { m.Difference(src); }), "TMtx: Length can not be set. Use Size!");
+    EXPECT_TRUE(m.Rows() == 2 && m.Cols() == 3 && !m.Complex());
+  }
+  m.Difference(Real({1, 2, 4, 7, 11, 16, 22}));
+  EXPECT_TRUE(m.IsEqual(TMtx({{1, 2, 3}, {4, 5, 6}})));
   TVec c;
   c.CumSum(Cplx({{1, 1}, {1, -2}}));
   EXPECT_TRUE(c.IsEqual(Cplx({{1, 1}, {2, -1}})));

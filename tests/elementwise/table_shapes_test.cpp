@@ -44,6 +44,26 @@ TEST(TableShapes, TwoOutputsCheckOrder) {
   EXPECT_TRUE(im.IsEqual(Real({2, 0})));
 }
 
+TEST(TableShapes, TwoOutputsLenToSelfsEnd) {
+  // Index and Len address Self: -1 runs to Self's end even when the outputs are longer, checked or not.
+  for (const bool checked : {true, false}) {
+    TVec x = Real({0.5, 1, 1.5, 2.5});
+    TVec z = Cplx({{1, 2}, {3, 4}, {5, 6}, {7, 8}});
+    TVec a = Real({9, 9, 9, 9, 9, 9}), b = a;
+    x.SetConditionCheck(checked);
+    z.SetConditionCheck(checked);
+    x.SinCos(a, b, 2, 2, 1, -1);
+    EXPECT_TRUE(a.IsEqual(Real({9, 9, std::sin(1.0), std::sin(1.5), std::sin(2.5), 9}))) << checked;
+    EXPECT_EQ(b[5], 9) << checked;
+    z.CplxToReal(a, b, 2, 2, 1, -1);
+    EXPECT_TRUE(a.IsEqual(Real({9, 9, 3, 5, 7, 9}))) << checked;
+    EXPECT_TRUE(b.IsEqual(Real({9, 9, 4, 6, 8, 9}))) << checked;
+    x.TruncAndFrac(a, b, 2, 2, 1, -1);
+    EXPECT_TRUE(a.IsEqual(Real({9, 9, 1, 1, 2, 9}))) << checked;
+    EXPECT_TRUE(b.IsEqual(Real({9, 9, 0, 0.5, 0.5, 9}))) << checked;
+  }
+}
+
 TEST(TableShapes, TwoRealSourcesToComplex) {
   TVec r = Real({1, 2}), i = Real({3, 4});
   TVec out = Cplx({{9, 9}, {9, 9}, {9, 9}});

@@ -447,6 +447,8 @@ TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuo
 template <class Op>
 TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuorel& b, Index ai, Index bi,
                     Index index, Index len) {
+  // Index and Len address Self: -1 runs to Self's end, not the output's.
+  if (len == -1) len = self.Length() - index;
   a.ValidateParams2(self, index, ai, len);
   b.ValidateParams2(self, index, bi, len);
   RequireSplitSource(self, op);
