@@ -378,11 +378,13 @@ class TMtx final : public TDenseOf<TMtx> {
 #include "quorel/signal/mtx_signal.inc"
 #include "quorel/dense/mtx_linalg.inc"
 
+  /// Gives this cached matrix back to the cache (FreeIt on itself).
+  void FreeToCache() override;
+
  protected:
   void DoSetComplex() override;
   double* CachePointer() const override;
   std::int32_t CacheLength() const override;
-  void FreeToCache() override;
 
  private:
   std::int64_t Offset(std::int32_t i, std::int32_t j) const { return std::int64_t{i} * fLeadingCols + j; }

@@ -221,6 +221,8 @@ std::int32_t TVec::CacheLength() const {
   return Controller->VecCacheElements();
 }
 
+TVec* TVec::CreateFromCache() { return CreateIt(); }
+
 void TVec::FreeToCache() {
   TVec* self = this;
   FreeIt(self);

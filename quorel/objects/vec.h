@@ -40,6 +40,10 @@ class TVec : public TDenseOf<TVec> {
   TVec(std::initializer_list<double> values) : TVec() { SetDouble(std::span<const double>(values.begin(), values.size())); }
   /// A complex vector holding the values: TVec v{TCplx(1, 2), TCplx(3, 0)}.
   TVec(std::initializer_list<TCplx> values) : TVec() { SetCplx(values); }
+  /// A work vector from the object cache (CreateIt); give it back with FreeToCache.
+  static TVec* CreateFromCache();
+  /// Gives this cached vector back to the cache (FreeIt on itself).
+  void FreeToCache() final;
 
   using TQuorel::Size;
   using TQuorel::SetSubRange;
@@ -285,7 +289,6 @@ class TVec : public TDenseOf<TVec> {
   void DoSetComplex() final;
   double* CachePointer() const final;
   std::int32_t CacheLength() const final;
-  void FreeToCache() final;
 
  private:
   /// Takes over other's block as a move; false, with nothing changed, when it cannot.

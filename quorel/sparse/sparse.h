@@ -296,6 +296,15 @@ class TSparseMtx : public TSparseElementwise {
   std::int32_t MtxTypePardiso(TMtxType mtxType) const;
   /// The TAUCS matrix flags for this matrix's complexity.
   std::int32_t MtxTypeTaucs(TMtxType mtxType) const;
+  /// The back ends behind Solve, callable directly (overridable): the iterative solver (its
+  /// symmetric variant chosen by the caller, Tolerance and MaxIters), then the Pardiso() and
+  /// Taucs() settings' solvers.
+  virtual void SolveIterative(const TVec& b, TVec& x, bool symmetric);
+  virtual void SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType);
+  virtual void SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType);
+  virtual void SolveIterative(const TMtx& b, TMtx& x, bool symmetric);
+  virtual void SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType);
+  virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  protected:
   double* CachePointer() const override { return nullptr; }
@@ -304,13 +313,6 @@ class TSparseMtx : public TSparseElementwise {
   /// Converts the values (real <-> complex) instead of reinterpreting them.
   void DoSetComplex() override;
 
-  /// The back ends behind Solve (overridable).
-  virtual void SolveIterative(const TVec& b, TVec& x, bool symmetric);
-  virtual void SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType);
-  virtual void SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType);
-  virtual void SolveIterative(const TMtx& b, TMtx& x, bool symmetric);
-  virtual void SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType);
-  virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  private:
   friend class header_detail::TSparseValueViews;

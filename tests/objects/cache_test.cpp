@@ -144,6 +144,11 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   EXPECT_EQ(Controller->VecCacheUsed(), 1);
   alias->ReleaseSubrange();
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
+  // The member forms make the same loan.
+  v = TVec::CreateFromCache();
+  EXPECT_EQ(Controller->VecCacheUsed(), 1);
+  v->FreeToCache();
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
 TEST(Cache, DefaultConditionCheckReachesPooledAndNewMatrices) {

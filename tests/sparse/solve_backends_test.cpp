@@ -114,6 +114,24 @@ TEST_F(SolveBackEnds, VectorAndMatrixRightHandSides) {
   EXPECT_TRUE(convection.Report().empty());
 }
 
+TEST_F(SolveBackEnds, BackEndsCalledDirectly) {
+  // Each back end answers without going through Solve's SparseSolver switch (left at its default).
+  TVec b, x;
+  KnownRhs(poisson, b, x);
+  lower.SolveIterative(b, x, true);  // the symmetric variant reads the lower triangle
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-11);
+  KnownRhs(poisson, b, x);
+  poisson.SolvePardiso(b, x, mtSymmPosDef);
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-14);
+  KnownRhs(poisson, b, x);
+  lower.SolveTaucs(b, x, mtSymmPosDef);
+  EXPECT_LT(RelativeResidual(poisson, b, x), 1e-14);
+  TMtx bm, xm;
+  KnownRhs(convection, bm, xm);
+  convection.SolvePardiso(bm, xm, mtGeneral);
+  EXPECT_LT(RelativeResidual(convection, bm, xm), 1e-14);
+}
+
 TEST_F(SolveBackEnds, PardisoMessagesAndIndefiniteFailure) {
   poisson.SparseSolver = ssPardiso;
   TVec b, x;
