@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 
 #include "quorel/platform/foreign_handle.h"
 
@@ -13,9 +14,22 @@ namespace {
 
 constexpr MUMPS_INT UseCommWorld = -987654;
 
+// The sequential solver keeps process-wide module state (load balancing, out-of-core files), so two
+// instances must never run a job at the same time, even on different matrices.
+std::mutex& SolverLock() {
+  static std::mutex lock;
+  return lock;
+}
+
 // One entry point per arithmetic, chosen by the instance type.
-void Call(DMUMPS_STRUC_C* id) { dmumps_c(id); }
-void Call(ZMUMPS_STRUC_C* id) { zmumps_c(id); }
+void Call(DMUMPS_STRUC_C* id) {
+  const std::scoped_lock hold(SolverLock());
+  dmumps_c(id);
+}
+void Call(ZMUMPS_STRUC_C* id) {
+  const std::scoped_lock hold(SolverLock());
+  zmumps_c(id);
+}
 
 template <class Id>
 void Terminate(Id* id) {
@@ -266,7 +280,7 @@ int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t*
   id.par = 1;
   id.sym = sym;
   id.comm_fortran = UseCommWorld;
-  dmumps_c(&id);
+  Call(&id);
   id.icntl[0] = id.icntl[1] = id.icntl[2] = -1;
   id.icntl[3] = 0;
   id.icntl[6] = ordering;
@@ -280,15 +294,15 @@ int MumpsRawSolveReal(int sym, int ordering, std::int32_t n, const std::int32_t*
   id.nrhs = 1;
   id.lrhs = n;
   id.job = 6;  // analysis + factorisation + solve
-  dmumps_c(&id);
+  Call(&id);
   for (int retry = 0; retry < 4 && (id.infog[0] == -8 || id.infog[0] == -9); ++retry) {
     id.icntl[13] *= 2;
     std::memcpy(x, b, sizeof(double) * n);
-    dmumps_c(&id);
+    Call(&id);
   }
   const int status = id.infog[0];
   id.job = -2;
-  dmumps_c(&id);
+  Call(&id);
   return status;
 }
 
