@@ -140,9 +140,14 @@ void SortValues(T* v, std::int32_t n, Before before) {
 // holds n elements.
 template <class T, class Before>
 void SortValues(T* v, std::int32_t n, Before before, std::int32_t* perm, T* scratch) {
-  std::iota(perm, perm + n, 0);
-  std::int32_t* numbers = std::stable_partition(perm, perm + n, [v](std::int32_t i) { return !IsNanElem(v[i]); });
-  std::stable_sort(perm, numbers, [v, before](std::int32_t i, std::int32_t j) { return before(v[i], v[j]); });
+  // Numbers first and NaNs after them, each in original order; then an unstable sort with the
+  // original position as the tie-break, which is a stable sort without stable_sort's heap buffer.
+  const std::int32_t nans = static_cast<std::int32_t>(std::count_if(v, v + n, [](const T& x) { return IsNanElem(x); }));
+  std::int32_t numberAt = 0, nanAt = n - nans;
+  for (std::int32_t i = 0; i < n; ++i) perm[IsNanElem(v[i]) ? nanAt++ : numberAt++] = i;
+  std::sort(perm, perm + (n - nans), [v, before](std::int32_t i, std::int32_t j) {
+    return before(v[i], v[j]) || (!before(v[j], v[i]) && i < j);
+  });
   for (std::int32_t k = 0; k < n; ++k) scratch[k] = v[perm[k]];
   std::copy(scratch, scratch + n, v);
 }

@@ -41,6 +41,16 @@ TEST(Order, SortPlacesNanLastAndIndexesAreStable) {
   v.SetIt(false, {3, NaN, 1, 2, 1});
   EXPECT_THAT(Doubles(v.SortDescend(&idx)), ElementsAre(3, 2, 1, 1, IsNan()));
   EXPECT_THAT(Ints(idx), ElementsAre(0, 3, 2, 4, 1));
+  // Long lists with many ties (past any small-list sort), NaNs spread through them.
+  TVec many;
+  many.Size(1000);
+  for (std::int32_t i = 0; i < 1000; ++i) many[i] = i % 11 == 5 ? NaN : double((i * 37) % 7);
+  many.SortAscend(&idx);
+  for (std::int32_t k = 1; k < 1000; ++k) {
+    const bool sameValue = many[k] == many[k - 1] || (std::isnan(many[k]) && std::isnan(many[k - 1]));
+    if (sameValue) EXPECT_LT(idx.IValues()[k - 1], idx.IValues()[k]) << k;
+    if (!std::isnan(many[k])) EXPECT_LE(many[k - 1], many[k]) << k;
+  }
 
   // Complex: by modulus, then by phase from -pi.
   TVec z = test::Cplx({{0, -5}, {3, 4}, {1, 0}, {-5, 0}, {NaN, 0}});
