@@ -28,12 +28,8 @@ std::int32_t Simplex(const TRealFunction& Fun, std::span<double> Pars, std::span
   StopReason = OptResNotFound;
   detail::TObjective objective(Fun, Consts, ObjConst);
   detail::TOptLog log(Verbose, Tol, "Simplex");
+  // n = 0 runs the loop too: one vertex, best = worst, so the first step converges.
   const std::size_t n = Pars.size();
-  if (n == 0) {
-    FMin = objective(Pars);
-    StopReason = OptResZeroStep;
-    return 0;
-  }
   double bestSoFar = std::numeric_limits<double>::max();
 
   TWorkMtx vertexStore;

@@ -104,12 +104,16 @@ TEST(Simplex, StopRulesAndEdgeCases) {
   EXPECT_EQ(reason, OptResMaxIter);
   EXPECT_LT(fmin, 1e-3);
 
-  // Nothing to vary: one evaluation, zero step.
+  // Nothing to vary: the one vertex is best and worst, so the first step (a reflection and a
+  // contraction onto the same empty point) converges; with Tol <= 0 it runs to MaxIter.
   std::vector<double> none;
   calls = 0;
-  EXPECT_EQ(Simplex(flat, none, {}, {}, fmin, reason, 10, 1e-6, nullptr), 0);
-  EXPECT_EQ(reason, OptResZeroStep);
-  EXPECT_EQ(calls, 1);
+  EXPECT_EQ(Simplex(flat, none, {}, {}, fmin, reason, 10, 1e-6, nullptr), 1);
+  EXPECT_EQ(reason, OptResConverged);
+  EXPECT_EQ(calls, 3);
+  EXPECT_EQ(fmin, 7.0);
+  EXPECT_EQ(Simplex(flat, none, {}, {}, fmin, reason, 10, 0.0, nullptr), 11);
+  EXPECT_EQ(reason, OptResMaxIter);
 
   // NaN outside the domain counts as worse than any value.
   p = {2, 2};
