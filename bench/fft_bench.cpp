@@ -28,11 +28,11 @@ void Fill(TQuorel& v, unsigned seed) {
 // Allocations per call over the timed loop, reported as the "allocs" counter.
 struct AllocScope {
   benchmark::State& state;
-  long start = bench::allocations.load();
+  long start = quorel::test::AllocationCount();
   explicit AllocScope(benchmark::State& s) : state(s) {}
   ~AllocScope() {
     state.counters["allocs"] =
-        static_cast<double>(bench::allocations.load() - start) / static_cast<double>(std::max<long>(state.iterations(), 1));
+        static_cast<double>(quorel::test::AllocationCount() - start) / static_cast<double>(std::max<long>(state.iterations(), 1));
   }
 };
 
@@ -143,9 +143,9 @@ void RFFTInPlace(benchmark::State& s) {
   long allocs = 0;
   for (auto _ : s) {
     v.Size(n, false);
-    const long before = bench::allocations.load();
+    const long before = quorel::test::AllocationCount();
     v.FFTFromReal();
-    allocs += bench::allocations.load() - before;
+    allocs += quorel::test::AllocationCount() - before;
   }
   s.counters["allocs"] = static_cast<double>(allocs) / static_cast<double>(s.iterations());
 }

@@ -17,10 +17,10 @@ namespace {
 // Allocations per iteration, measured around the timed loop.
 template <class F>
 void Measure(benchmark::State& state, F&& body) {
-  const long before = bench::allocations.load();
+  const long before = quorel::test::AllocationCount();
   for (auto _ : state) body();
   state.counters["allocs/iter"] =
-      static_cast<double>(bench::allocations.load() - before) / static_cast<double>(state.iterations());
+      static_cast<double>(quorel::test::AllocationCount() - before) / static_cast<double>(state.iterations());
 }
 
 void BM_CreateItFreeIt(benchmark::State& state) {

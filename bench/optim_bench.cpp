@@ -35,9 +35,9 @@ void Measure(benchmark::State& state, Solve solve) {
   long evals = 0, allocs = 0;
   for (auto _ : state) {
     evaluations = 0;
-    const long before = bench::allocations.load();
+    const long before = quorel::test::AllocationCount();
     solve();
-    allocs = bench::allocations.load() - before;
+    allocs = quorel::test::AllocationCount() - before;
     evals = evaluations;
   }
   state.counters["evals"] = static_cast<double>(evals);

@@ -247,7 +247,17 @@ void TQuorelController::DestroyQuorelCache() {
     Report(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
 }
 
-void TQuorelController::FreeMKLMemory() { detail::RunReleaseHooks(); }
+void TQuorelController::FreeMKLMemory() {
+  detail::RunReleaseHooks();
+  // The spare blocks of pooled objects that are back in their pool go too.
+  const std::lock_guard hold(lock_);
+  const auto freeSpares = [](auto& pool) {
+    for (auto& entry : pool.Entries)
+      if (!entry.Used && entry.Object != nullptr) entry.Object->FreeSpareBlock();
+  };
+  freeSpares(vecs_);
+  freeSpares(mtxs_);
+}
 
 // --- global functions ------------------------------------------------------------------------------
 

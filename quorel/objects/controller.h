@@ -94,7 +94,8 @@ class TQuorelController {
   /// Releases the back-end caches (the FFT descriptor cache first), frees the pools and reports
   /// leaked work objects.
   void DestroyQuorelCache();
-  /// Releases back-end caches (the FFT descriptor cache, LAPACK buffers): runs every release hook.
+  /// Releases back-end caches (the FFT descriptor cache, LAPACK buffers) and the spare blocks that
+  /// pooled objects keep from their last large loan.
   void FreeMKLMemory();
 
   /// Number of vectors the vector pool holds.

@@ -1,6 +1,7 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/objects/quorel_object.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -18,7 +19,10 @@ using detail::RequireState;
 
 TQuorel::TQuorel() = default;
 
-TQuorel::~TQuorel() { ReleaseMemory(); }
+TQuorel::~TQuorel() {
+  ReleaseMemory();
+  FreeSpareBlock();
+}
 
 // --- storage -------------------------------------------------------------------------------------
 
@@ -38,6 +42,49 @@ void TQuorel::ReleaseMemory() {
   fAllocatedBytes = 0;
 }
 
+namespace {
+// Spare blocks held by pooled objects across the process: past this, a block is freed instead.
+constexpr std::int64_t kSpareBudgetBytes = std::int64_t{64} << 20;
+std::atomic<std::int64_t> spare_bytes{0};
+
+void FreeBlock(void* block, std::int64_t bytes) noexcept {
+  if (static_cast<std::uint64_t>(bytes) <= HeapBlockLimit) std::free(block);
+  else GlobalFreeUnmanaged(block);
+}
+}  // namespace
+
+void TQuorel::StashPrivateBlock() noexcept {
+  if (fAllocatedBytes <= 0) return;
+  void* block = std::exchange(fMemory, nullptr);
+  const std::int64_t bytes = std::exchange(fAllocatedBytes, 0);
+  // The larger of the two blocks stays, if the budget has room (the old spare still counts while
+  // the new one is reserved, which errs on the safe side).
+  if (bytes > fSpareBytes) {
+    if (spare_bytes.fetch_add(bytes) + bytes <= kSpareBudgetBytes) {
+      FreeSpareBlock();
+      fSpareMemory = block;
+      fSpareBytes = bytes;
+      return;
+    }
+    spare_bytes.fetch_sub(bytes);
+  }
+  FreeBlock(block, bytes);
+}
+
+bool TQuorel::TakeSpareBlock(std::int64_t bytes) noexcept {
+  if (fSpareMemory == nullptr || fSpareBytes < bytes) return false;
+  spare_bytes.fetch_sub(fSpareBytes);
+  fMemory = std::exchange(fSpareMemory, nullptr);
+  fAllocatedBytes = std::exchange(fSpareBytes, 0);
+  return true;
+}
+
+void TQuorel::FreeSpareBlock() noexcept {
+  if (fSpareMemory == nullptr) return;
+  spare_bytes.fetch_sub(fSpareBytes);
+  FreeBlock(std::exchange(fSpareMemory, nullptr), std::exchange(fSpareBytes, 0));
+}
+
 void TQuorel::CheckCapacity(std::int64_t doubles) {
   if (doubles > std::numeric_limits<std::int32_t>::max() - 1) EOutOfMemoryRaise("Quorel: Out of memory!");
 }
@@ -49,7 +96,8 @@ void TQuorel::SetActualSize(std::int32_t value) {
   fValues = nullptr;
   double* cache = CachePointer();
   const bool pooled = fCacheIndex >= 0 && cache != nullptr;
-  if (!pooled || fMemory != cache) ReleaseMemory();
+  if (!pooled) ReleaseMemory();
+  else if (fMemory != cache) StashPrivateBlock();
   fMemory = nullptr;
   fActualSize = capacity;
   if (capacity > 0) {
@@ -63,6 +111,11 @@ void TQuorel::SetActualSize(std::int32_t value) {
       // Sized from the requested count: the two spare doubles of the formula absorb the even
       // rounding, and an odd request just below the heap limit stays on the heap.
       const std::int64_t bytes = (static_cast<std::int64_t>(value) + 2) * 8 + 40;
+      if (pooled && TakeSpareBlock(bytes)) {
+        fValues = static_cast<double*>(AllignMem(fMemory));
+        UpdatePointers();
+        return;
+      }
       fMemory = AllocateMemory(bytes);
       if (fMemory == nullptr) {
         // Empty, not a length without storage that every range check would pass.

@@ -240,6 +240,12 @@ class TQuorel {
   void PlaceSubRange(std::int32_t index, std::int32_t len);
   /// Sub-range of the current block during block-wise processing.
   void SetBlockRange();
+  /// A pooled object's private block becomes its spare (or is freed past the process budget).
+  void StashPrivateBlock() noexcept;
+  /// Takes the spare block as the private block when it holds `bytes`.
+  bool TakeSpareBlock(std::int64_t bytes) noexcept;
+  /// Frees the spare block.
+  void FreeSpareBlock() noexcept;
   void SetCacheSlot(std::int32_t cacheIndex, std::int32_t slot) {
     fCacheIndex = cacheIndex;
     fCacheSlot = slot;
@@ -251,6 +257,10 @@ class TQuorel {
   void* fMemory = nullptr;   // the block (own allocation or cache memory)
   double* fValues = nullptr; // the data base: 32-byte aligned start, or a sub-range start
   std::int64_t fAllocatedBytes = 0;  // 0 when the block belongs to the cache
+  // A pooled object's last private block, kept while the object is back in the pool so that a
+  // work object larger than its cache memory does not go to the allocator on every loan.
+  void* fSpareMemory = nullptr;
+  std::int64_t fSpareBytes = 0;
   bool fIsInteger = false;
   bool fSavedConditionCheck = true;
   bool fConditionCheck = true;

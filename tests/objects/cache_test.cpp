@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocation_counter.h"
 #include "support/support.h"
 #include "quorel/signal/dfti_cache.h"
 
@@ -149,6 +150,32 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   EXPECT_EQ(Controller->VecCacheUsed(), 1);
   v->FreeToCache();
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+TEST(Cache, LargeLoansReuseTheirBlock) {
+  if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
+  // A work object larger than its cache memory keeps its block in the pool: the next loans of the
+  // same or a smaller size allocate nothing; a larger one allocates once more.
+  const auto loan = [](std::int32_t vecLen, std::int32_t rows) {
+    TWorkVec v;
+    TWorkMtx m;
+    v->Size(vecLen, true);
+    m->Size(rows, rows, false);
+    v->SetZero();
+    m->SetZero();
+  };
+  loan(50000, 100);
+  long before = test::AllocationCount();
+  for (int k = 0; k < 5; ++k) loan(50000 - 1000 * k, 100 - k);
+  EXPECT_EQ(test::AllocationCount() - before, 0);
+  before = test::AllocationCount();
+  loan(60000, 120);
+  EXPECT_EQ(test::AllocationCount() - before, 2);
+  // Releasing the back-end memory frees the spares; the next large loan allocates again.
+  Controller->FreeMKLMemory();
+  before = test::AllocationCount();
+  loan(60000, 120);
+  EXPECT_EQ(test::AllocationCount() - before, 2);
 }
 
 TEST(Cache, DefaultConditionCheckReachesPooledAndNewMatrices) {
