@@ -33,6 +33,10 @@ inline void AddTo(TCplx& y, TCplx v) {
 void MulSpectra(TCplx* a, const TCplx* b, std::int64_t n) {
   for (std::int64_t i = 0; i < n; ++i) a[i] = Mul(a[i], b[i]);
 }
+// y = a * b pointwise over n values.
+void MulSpectra(TCplx* y, const TCplx* a, const TCplx* b, std::int64_t n) {
+  for (std::int64_t i = 0; i < n; ++i) y[i] = Mul(a[i], b[i]);
+}
 
 // Convolution through transforms of length nfft, both operands zero-padded. A long operand is
 // cut into blocks whose products with the short one's spectrum are added up (overlap-add): much
@@ -47,27 +51,41 @@ void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y)
   const std::int32_t nfft = std::min(FftGoodSize(len), FftGoodSize(8 * nb));
   const std::int32_t block = nfft - nb + 1;  // values of a per transform
   constexpr bool real = std::is_same_v<T, double>;
-  // Real operands: in-place half spectra in rows of 2 * (nfft div 2 + 1) doubles.
+  // The spectrum product goes back into wa out of place: in place, FFTW takes buffers on every
+  // inverse call. Real operands: forward in place (FFTW's estimated out-of-place r2c plans run up
+  // to 2x slower) in rows of 2 * (nfft div 2 + 1) doubles, the product in the descriptor's scratch,
+  // which the inverse consumes. Complex operands: both out of place, the product in wc.
   const std::int32_t doubles = real ? 2 * (nfft / 2 + 1) : 2 * nfft;
   const std::int32_t per = real ? 1 : 2;
-  TWorkVec wa, wb;
+  TWorkVec wa, wb, wc;
   wa->Size(doubles, false);
   wb->Size(doubles, false);
   double* pa = wa->PValues1D(0);
   double* pb = wb->PValues1D(0);
   const TDftiHandle d = DftiCache().GetDesc(nfft, real ? TCacheEntryFlags{cefReal, cefInplace, cefUseScale}
-                                                       : TCacheEntryFlags{cefInplace, cefUseScale});
-  std::memcpy(pb, b, sizeof(T) * nb);
-  std::fill(pb + per * nb, pb + doubles, 0.0);
-  DftiForward(d, pb, pb, "TVec.Convolve: ");
+                                                       : TCacheEntryFlags{cefUseScale});
+  double* pc;
+  if constexpr (real) {
+    pc = DftiScratch(d);
+    if (!pc) RaiseComputeFailure("TVec.Convolve: ", kDftiNoMemory);
+  } else {
+    wc->Size(doubles, false);
+    pc = wc->PValues1D(0);
+  }
+  double* spectrum = real ? pa : pc;
+  double* source = real ? pb : pa;
+  std::memcpy(source, b, sizeof(T) * nb);
+  std::fill(source + per * nb, source + doubles, 0.0);
+  DftiForward(d, source, pb, "TVec.Convolve: ");
   std::fill(y, y + len, T{});
   for (std::int32_t start = 0; start < na; start += block) {
     const std::int32_t count = std::min(block, na - start);
     std::memcpy(pa, a + start, sizeof(T) * count);
     std::fill(pa + per * count, pa + doubles, 0.0);
-    DftiForward(d, pa, pa, "TVec.Convolve: ");
-    MulSpectra(reinterpret_cast<TCplx*>(pa), reinterpret_cast<const TCplx*>(pb), doubles / 2);
-    DftiBackward(d, pa, pa, "TVec.Convolve: ");
+    DftiForward(d, pa, spectrum, "TVec.Convolve: ");
+    MulSpectra(reinterpret_cast<TCplx*>(pc), reinterpret_cast<const TCplx*>(spectrum),
+               reinterpret_cast<const TCplx*>(pb), doubles / 2);
+    DftiBackward(d, pc, pa, "TVec.Convolve: ");
     const T* piece = reinterpret_cast<const T*>(pa);
     T* out = y + start;
     for (std::int32_t i = 0; i < count + nb - 1; ++i) AddTo(out[i], piece[i]);
@@ -309,7 +327,11 @@ TMtx& TMtx::Convolve(const TMtx& xIn, const TMtx& hIn, bool filter) {
   }
   if (!filter) return *this;
   Size(rx, cx, false);
-  if (empty) return *this;
+  if (empty) {
+    // An empty kernel adds no terms to any output.
+    std::fill(fValues, fValues + std::int64_t{rx} * cx, 0.0);
+    return *this;
+  }
   const std::int32_t r0 = (rh - 1) / 2, c0 = (ch - 1) / 2;
   for (std::int32_t i = 0; i < rx; ++i)
     std::memcpy(fValues + std::int64_t{i} * cx, full.PValues1D((i + r0) * cf + c0), sizeof(double) * cx);

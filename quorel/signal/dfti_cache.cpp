@@ -6,6 +6,7 @@
 
 #include "quorel/core/errors.h"
 #include "quorel/objects/detail/release_hooks.h"
+#include "quorel/platform/kernels/arith.h"
 #include "quorel/signal/detail/dfti.h"
 
 namespace quorel {
@@ -53,8 +54,8 @@ detail::FftwShape ShapeFor(const TDftiDescriptor& d, FftwKind kind, bool inplace
       s.orow = Half(n);
     }
   } else {
-    // Backward transforms always run in place on the output (FFTW's c2r destroys its input).
-    s.inplace = true;
+    // The complex rows are half spectra; out of place, the source is the descriptor's scratch
+    // (FFTW's c2r destroys its input) and the real rows keep the padded distance of in place.
     if (batch) {
       s.idist = padded / 2;
       s.odist = padded;
@@ -106,8 +107,7 @@ detail::FftwPlanPtr PlanFor(TDftiDescriptor& d, FftwKind kind, const void* in, c
 }
 
 void Scale(double* p, std::int64_t count, double s) {
-  if (s == 1.0) return;
-  for (std::int64_t i = 0; i < count; ++i) p[i] *= s;
+  if (s != 1.0) kern::ScaleByValue(p, s, p, count);
 }
 
 // Steps of a descriptor's configuration, checked as the cache's callers expect.
@@ -168,7 +168,10 @@ void Commit(TDftiDescriptor& d, bool backward) {
     plan = backward ? PlanFor(d, FftwKind::C2R, d.Scratch.get(), aligned, status)
                     : PlanFor(d, FftwKind::R2C, aligned, d.Scratch.get(), status);
   } else {
-    plan = backward ? PlanFor(d, FftwKind::C2R, aligned, aligned, status) : PlanFor(d, FftwKind::R2C, aligned, out, status);
+    // An out-of-place inverse runs from the scratch (see DftiBackward).
+    const void* from = backward && !inplace ? detail::DftiScratch(&d) : aligned;
+    if (from == nullptr) DscrFail("Can't commit descriptor", detail::DftiErrorMessage(detail::kDftiNoMemory));
+    plan = backward ? PlanFor(d, FftwKind::C2R, from, out, status) : PlanFor(d, FftwKind::R2C, aligned, out, status);
   }
   if (!plan) DscrFail("Can't commit descriptor", detail::DftiErrorMessage(status));
 }
@@ -328,12 +331,15 @@ void RaiseComputeFailure(const char* method, int status) { throw Exception(std::
 
 FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void* out) {
   int status = 0;
-  FftwPlanPtr plan;
+  FftwPlanPtr plan = nullptr;
   if (!d->Real) plan = PlanFor(*d, backward ? FftwKind::Backward : FftwKind::Forward, in, out, status);
   else if (d->Format != fsfCCS)
     plan = backward ? PlanFor(*d, FftwKind::C2R, d->Scratch.get(), out, status)
                     : PlanFor(*d, FftwKind::R2C, in, d->Scratch.get(), status);
-  else plan = backward ? PlanFor(*d, FftwKind::C2R, out, out, status) : PlanFor(*d, FftwKind::R2C, in, out, status);
+  else if (!backward) plan = PlanFor(*d, FftwKind::R2C, in, out, status);
+  else if (in == out) plan = PlanFor(*d, FftwKind::C2R, out, out, status);
+  else if (double* s = DftiScratch(d)) plan = PlanFor(*d, FftwKind::C2R, s, out, status);
+  else status = kDftiNoMemory;
   if (!plan) RaiseComputeFailure("DftiPlanFor: ", status);
   return plan;
 }
@@ -383,11 +389,30 @@ int DftiBackward(TDftiHandle d, const void* in, void* out) {
   const std::int32_t n = RealLength(*d);
   const std::int64_t padded = 2 * Half(n);
   if (d->Format == fsfCCS) {
-    const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, o, o, status);
-    if (!plan) return status;
     const std::int64_t extent = RealRows(*d) * padded;
-    if (in != out) std::memcpy(o, in, static_cast<std::size_t>(extent) * sizeof(double));
-    FftwExecC2R(plan, reinterpret_cast<TCplx*>(o), o);
+    if (in == out) {
+      const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, o, o, status);
+      if (!plan) return status;
+      FftwExecC2R(plan, reinterpret_cast<TCplx*>(o), o);
+      Scale(o, extent, d->BackwardScale);
+      return kDftiOk;
+    }
+    // Out of place from the scratch: FFTW runs an in-place c2r on buffers it allocates per call.
+    double* s = DftiScratch(d);
+    if (!s) return kDftiNoMemory;
+    const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, s, o, status);
+    if (!plan) return status;
+    if (in != s) std::memcpy(s, in, static_cast<std::size_t>(extent) * sizeof(double));
+    FftwExecC2R(plan, reinterpret_cast<TCplx*>(s), o);
+    if (d->Length2 == 0) {
+      Scale(o, n, d->BackwardScale);
+      return kDftiOk;
+    }
+    for (std::int32_t r = 0; r < RealRows(*d); ++r) {
+      // One or two padding doubles (n odd or even) after the n reals of each row.
+      o[r * padded + n] = 0.0;
+      o[r * padded + padded - 1] = 0.0;
+    }
     Scale(o, extent, d->BackwardScale);
     return kDftiOk;
   }

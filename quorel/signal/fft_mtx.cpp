@@ -35,8 +35,9 @@ void ZeroLastRows(TMtx& m) {
 void Check2DShape(const TMtx& self, std::int32_t realCols, std::int32_t cols, std::int32_t rows, const char* colsMsg,
                   const char* rowsMsg) {
   if (!self.ConditionCheck()) return;
-  detail::Require(realCols > 2 && realCols % 2 == 0, FormatMsg(colsMsg, cols));
-  detail::Require(rows >= 3, FormatMsg(rowsMsg, rows));
+  // The messages are formatted only on failure: these checks guard every call.
+  if (!(realCols > 2 && realCols % 2 == 0)) EInvalidArgumentRaise(FormatMsg(colsMsg, cols));
+  if (rows < 3) EInvalidArgumentRaise(FormatMsg(rowsMsg, rows));
 }
 
 }  // namespace
@@ -86,7 +87,7 @@ TMtx& TMtx::FFT1DFromReal() {
     return *this;
   }
   const std::int32_t n = PaddedLength(fCols, fFFTOddLength);
-  detail::Require(fCols % 2 == 0 && n >= 1, FormatMsg("TMtx.FFT1DFromReal: Invalid Cols: %d", fCols));
+  if (fCols % 2 != 0 || n < 1) EInvalidArgumentRaise(FormatMsg("TMtx.FFT1DFromReal: Invalid Cols: %d", fCols));
   detail::DftiForward(DftiCache().GetDesc(fRows, n, flags), D(*this), D(*this), "TMtx.FFT1D: ");
   set_Complex(true);
   return *this;
@@ -164,6 +165,7 @@ TMtx& TMtx::IFFT1DToReal(const TMtx& mtx, bool noScale) {
   const std::int32_t n = detail::CcsRealLength(m, mtx.FFTOddLength());
   Size(rows, 2 * m, false);
   if (rows > 0 && n > 0) detail::DftiBackward(DftiCache().GetDesc(rows, n, flags), D(mtx), D(*this), "TMtx.IFFT1D: ");
+  else SetZero();  // nothing to transform: no stale values
   return *this;
 }
 

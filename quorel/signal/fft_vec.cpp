@@ -1,4 +1,5 @@
 // Vector FFTs and the range forms of TDenseQuorel, all through the descriptor cache.
+#include <algorithm>
 #include <cstring>
 
 #include "quorel/core/detail/checks.h"
@@ -77,13 +78,16 @@ TVec& TVec::FFTFromReal() {
   detail::RequireChecked(*this, !fComplex, "FFTFromReal: Self is Complex");
   if (fComplex) set_Complex(false);
   const std::int32_t n = fLength;
-  if (n == 0) return *this;
-  const TCacheEntryFlags flags = RealFlags(*this, {cefReal, cefInplace, cefUseScale});
   if (fFFTStorageFormat != fsfCCS) {
+    if (n == 0) return *this;
+    const TCacheEntryFlags flags = RealFlags(*this, {cefReal, cefInplace, cefUseScale});
     detail::DftiForward(DftiCache().GetDesc(n, flags), D(*this), D(*this), "TVec.FFT: ");
     return *this;
   }
-  RealToHalfSpectrum(*this, DftiCache().GetDesc(n, flags), n, 2 * (n / 2 + 1), "TVec.FFT: ");
+  // Empty, the half spectrum is empty too, but complex as the out-of-place form makes it.
+  if (n > 0)
+    RealToHalfSpectrum(*this, DftiCache().GetDesc(n, RealFlags(*this, {cefReal, cefInplace, cefUseScale})), n,
+                       2 * (n / 2 + 1), "TVec.FFT: ");
   fFFTOddLength = n & 1;
   set_Complex(true);
   return *this;
@@ -153,6 +157,7 @@ TVec& TVec::IFFTToReal(const TVec& vec, bool noScale) {
   const std::int32_t n = detail::CcsRealLength(m, vec.FFTOddLength());
   Fit(*this, 2 * m, false);
   if (n > 0) detail::DftiBackward(DftiCache().GetDesc(n, flags), D(vec), D(*this), "TVec.IFFTToReal: ");
+  std::fill(D(*this) + std::max(n, 0), D(*this) + 2 * m, 0.0);  // out of place, the padding is not written
   return *this;
 }
 
@@ -233,16 +238,10 @@ TDenseQuorel& TDenseQuorel::IFFTToReal(const TDenseQuorel& vec, std::int32_t vec
   if (len == -1) len = fLength - index;
   CheckRealRanges(*this, vec, vecIndex, HalfLen(len, ccs), index, len);
   if (len <= 0 || vec.Complex() != ccs || fComplex) return *this;
-  const TDftiHandle d = DftiCache().GetDesc(len, RealFlags(*this, Inverse({cefReal}, noScale)));
-  if (!ccs) {
-    detail::DftiBackward(d, D(vec, vecIndex), D(*this, index), "TDenseQuorel.IFFTToReal: ");
-    return *this;
-  }
-  // The inverse needs room for the padded half spectrum: the descriptor's scratch has it.
-  double* scratch = detail::DftiScratch(d);
-  if (!scratch) detail::RaiseComputeFailure("TDenseQuorel.IFFTToReal: ", detail::kDftiNoMemory);
-  detail::DftiBackward(d, C(vec, vecIndex), scratch, "TDenseQuorel.IFFTToReal: ");
-  std::memcpy(D(*this, index), scratch, static_cast<std::size_t>(len) * sizeof(double));
+  // Out of place, a CCS inverse writes the len reals alone.
+  detail::DftiBackward(DftiCache().GetDesc(len, RealFlags(*this, Inverse({cefReal}, noScale))),
+                       ccs ? static_cast<const void*>(C(vec, vecIndex)) : D(vec, vecIndex), D(*this, index),
+                       "TDenseQuorel.IFFTToReal: ");
   return *this;
 }
 

@@ -47,6 +47,18 @@ TMtx Padded(const TMtx& x, std::int32_t rows, std::int32_t width) {
   return p;
 }
 
+// Sizes m to rows by width real full of NaN, as a reused destination with stale values.
+void Stale(TMtx& m, std::int32_t rows, std::int32_t width) {
+  m.Size(rows, width, false);
+  std::fill_n(m.PValues1D(0), std::int64_t{rows} * width, std::nan(""));
+}
+
+// The padding doubles after the first n of each of `rows` rows are 0.
+void ExpectZeroPads(const TMtx& m, std::int32_t rows, std::int32_t n) {
+  for (std::int32_t r = 0; r < rows; ++r)
+    for (std::int32_t j = n; j < m.Cols(); ++j) EXPECT_EQ(*m.PValues1D(r * m.Cols() + j), 0.0) << r << "," << j;
+}
+
 const std::pair<std::int32_t, std::int32_t> kShapes[] = {{1, 7}, {3, 5}, {4, 6}, {5, 8}, {2, 1}};
 
 TEST(FftMtx, RowAndTwoDimensionalTransformsMatchTheSums) {
@@ -98,8 +110,11 @@ TEST(FftMtx, RealRowTransformsInEveryFormatRoundTrip) {
         got.GetRow(s, r);
         EXPECT_LE(ErrEps(AsL(got), AsL(spec)), tol);
       }
+      // Out of place into a reused matrix: CCS rows of 2 * (cols div 2 + 1) reals, padding zeroed.
+      if (format == fsfCCS) Stale(back, rows, 2 * s.Cols());
       back.IFFT1DToReal(s);
       EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
+      if (format == fsfCCS) ExpectZeroPads(back, rows, cols);
       // In place: CCS rows padded to 2 * (cols div 2 + 1) reals.
       TMtx p = Padded(x, rows, format == fsfCCS ? 2 * (cols / 2 + 1) : cols);
       p.SetFFTStorageFormat(format);
@@ -128,10 +143,12 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
       EXPECT_EQ(s.PCValues1D(0)[(rows + 1) * s.Cols() + j].Im, 0.0);
     }
     TMtx back;
+    Stale(back, rows + 2, 2 * (cols / 2 + 1));
     back.IFFT2DToReal(s);
     ASSERT_EQ(back.Rows(), rows + 2);
     ASSERT_EQ(back.Cols(), 2 * (cols / 2 + 1));
     EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
+    ExpectZeroPads(back, rows + 2, cols);  // and the two extra rows
     // In place on the padded real matrix: the same spectrum, and back.
     TMtx p = Padded(x, rows + 2, 2 * (cols / 2 + 1));
     p.FFT2DFromReal();

@@ -63,9 +63,13 @@ TEST(FftVec, RealTransformsInEveryFormatMatchTheSumAndInvert) {
       EXPECT_EQ(y.FFTOddLength(), format == fsfCCS && n % 2 == 1);
       EXPECT_LE(ErrEps(AsL(y), want), FftTol(n));
       EXPECT_LE(ErrEps(AsL(w), want), FftTol(n));
-      // Unscaled inverse out of place is n times the signal; CCS leaves 2m reals.
+      // Unscaled inverse out of place is n times the signal; CCS leaves 2m reals, the padding
+      // zeroed even in a reused vector.
+      back.Size(2 * m, false);
+      std::fill_n(back.PValues1D(0), 2 * m, std::nan(""));
       back.IFFTToReal(y, true);
       EXPECT_EQ(back.Length(), format == fsfCCS ? 2 * m : n);
+      for (std::int32_t i = n; i < back.Length(); ++i) EXPECT_EQ(back[i], 0.0);
       back.Resize(n);
       back.Scale(1.0 / n);
       EXPECT_LE(ErrEps(AsL(back), AsL(x)), FftTol(n));
@@ -120,6 +124,27 @@ TEST(FftVec, NonFiniteValuesFlowThrough) {
   EXPECT_EQ(fe.Length(), 0);
 }
 
+TEST(FftVec, EmptyRealVectorsBecomeEmptyHalfSpectraInPlaceAsOutOfPlace) {
+  TVec src;
+  TVec out, inplace, viaFft;
+  out.FFTFromReal(src);
+  inplace.FFTFromReal();
+  viaFft.FFT();
+  for (TVec* v : {&out, &inplace, &viaFft}) {
+    EXPECT_TRUE(v->Complex());
+    EXPECT_EQ(v->Length(), 0);
+    EXPECT_FALSE(v->FFTOddLength());
+  }
+  inplace.IFFTToReal();  // the round trip closes
+  EXPECT_FALSE(inplace.Complex());
+  EXPECT_EQ(inplace.Length(), 0);
+  // Pack keeps an empty vector real, both ways.
+  TVec pack;
+  pack.SetFFTStorageFormat(fsfPack);
+  pack.FFTFromReal();
+  EXPECT_FALSE(pack.Complex());
+}
+
 TEST(FftVec, RangeFormsWorkOnSubRangesOfAnyAlignment) {
   // Offsets 0 and 1 give both alignment classes of the same length.
   const std::int32_t n = 12;
@@ -142,9 +167,12 @@ TEST(FftVec, RangeFormsWorkOnSubRangesOfAnyAlignment) {
     h.FFTFromReal(r, off, 1, n);
     const auto rz = NaiveDft(Slice(r, off, n), -1);
     EXPECT_LE(ErrEps(Slice(h, 1, n / 2 + 1), {rz.begin(), rz.begin() + n / 2 + 1}), FftTol(n));
-    rb.Size(n + 1, false);
+    rb.Size(n + 2, false);
+    rb.SetVal(7);
     rb.IFFTToReal(h, 1, off, n, false);
     EXPECT_LE(ErrEps(Slice(rb, off, n), Slice(r, off, n)), FftTol(n));
+    // The len reals alone: the padding of the half spectrum's transform stays out of Self.
+    for (std::int32_t i : {off == 0 ? n : 0, n + 1}) EXPECT_EQ(rb[i], 7.0) << i;
   }
 }
 

@@ -110,6 +110,23 @@ TEST(Convolve, TwoDimensionalFullAndFiltered) {
   }
 }
 
+TEST(Convolve, TwoDimensionalEmptyKernelSumsNoTerms) {
+  const TMtx x = NoiseMtx(2, 3, false, 7);
+  for (const TMtx& h : {TMtx(), TMtx(3, 0), TMtx(0, 2)}) {
+    SCOPED_TRACE(testing::Message() << h.Rows() << "x" << h.Cols());
+    TMtx full, fresh, reused(2, 3);
+    reused.SetVal(99);  // stale values must not survive
+    full.Convolve(x, h, false);
+    EXPECT_EQ(full.Rows() * full.Cols(), 0);
+    for (TMtx* f : {&fresh, &reused}) {
+      f->Convolve(x, h, true);
+      ASSERT_EQ(f->Rows(), 2);
+      ASSERT_EQ(f->Cols(), 3);
+      for (int i = 0; i < 6; ++i) EXPECT_EQ(f->PValues1D(0)[i], 0.0);
+    }
+  }
+}
+
 TEST(Dct, MatchesTheClosedFormAndInverts) {
   const long double pi = 3.141592653589793238462643383279502884L;
   for (std::int32_t n : {1, 2, 5, 8, 31}) {
