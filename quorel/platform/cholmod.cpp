@@ -164,6 +164,11 @@ int TCholmodFactor::Solve(std::int32_t nrhs, const double* b, double* x) {
   cholmod_dense* X = impl_->x.Take().d;
   cholmod_dense* Y = impl_->y.Take().d;
   cholmod_dense* E = impl_->e.Take().d;
+  // The simplicial solve reshapes Y (rows by n) to its last block of right-hand sides, and the
+  // library reallocates a workspace whose shape is not the one it asks for: Y gets back the
+  // shape it was allocated with.
+  if (Y && n > 0 && Y->ncol == static_cast<size_t>(n) && Y->nzmax % Y->ncol == 0)
+    Y->nrow = Y->d = Y->nzmax / Y->ncol;
   const int ok = cholmod_solve2(CHOLMOD_A, impl_->factor.Get().L, &bd, nullptr, &X, nullptr, &Y, &E, cm);
   auto keep = [cm](DenseHolder& h, cholmod_dense* d) {
     if (d) h.Reset(DenseRef{d, cm});

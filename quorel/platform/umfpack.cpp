@@ -30,12 +30,10 @@ int CapturePrintf(const char* format, ...) {
 }
 
 template <class F>
-std::string Captured(F&& f) {
-  std::string text;
+void Capture(std::string& text, F&& f) {
   capture = &text;
   f();
   capture = nullptr;
-  return text;
 }
 
 }  // namespace
@@ -59,6 +57,7 @@ int TUmfFactors::Analyse(bool complex, std::int32_t rows, std::int32_t cols, con
                          const std::int32_t* ai, const double* ax, const double* control, double* info) {
   Reset();
   complex_ = complex;
+  n_ = rows > cols ? rows : cols;
   if (complex) return umfpack_zi_symbolic(rows, cols, ap, ai, ax, nullptr, symC_.Out(), control, info);
   return umfpack_di_symbolic(rows, cols, ap, ai, ax, symR_.Out(), control, info);
 }
@@ -70,16 +69,23 @@ int TUmfFactors::Factorise(const std::int32_t* ap, const std::int32_t* ai, const
 }
 
 int TUmfFactors::SolveSystem(int sys, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
-                             const double* b, const double* control, double* info) const {
-  if (complex_) return umfpack_zi_solve(sys, ap, ai, ax, nullptr, x, nullptr, b, nullptr, numC_.Get(), control, info);
-  return umfpack_di_solve(sys, ap, ai, ax, x, b, numR_.Get(), control, info);
+                             const double* b, const double* control, double* info) {
+  // Room for iterative refinement whatever the system and Control ask: n indices, and 5n doubles
+  // (10n complex). Sized on the first solve with a Numeric object, kept until it is freed.
+  const auto n = static_cast<std::size_t>(n_);
+  wi_.resize(n);
+  w_.resize((complex_ ? 10 : 5) * n);
+  if (complex_)
+    return umfpack_zi_wsolve(sys, ap, ai, ax, nullptr, x, nullptr, b, nullptr, numC_.Get(), control, info,
+                             wi_.data(), w_.data());
+  return umfpack_di_wsolve(sys, ap, ai, ax, x, b, numR_.Get(), control, info, wi_.data(), w_.data());
 }
 }  // namespace quorel::header_detail
 
 namespace quorel::detail {
 
-std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control) {
-  return Captured([&] {
+void UmfReportSymbolic(bool complex, void* symbolic, const double* control, std::string& text) {
+  Capture(text, [&] {
     if (complex) {
       umfpack_zi_report_symbolic(symbolic, control);
     } else {
@@ -88,8 +94,8 @@ std::string UmfReportSymbolic(bool complex, void* symbolic, const double* contro
   });
 }
 
-std::string UmfReportNumeric(bool complex, void* numeric, const double* control) {
-  return Captured([&] {
+void UmfReportNumeric(bool complex, void* numeric, const double* control, std::string& text) {
+  Capture(text, [&] {
     if (complex) {
       umfpack_zi_report_numeric(numeric, control);
     } else {
@@ -98,12 +104,12 @@ std::string UmfReportNumeric(bool complex, void* numeric, const double* control)
   });
 }
 
-std::string UmfReportInfo(const double* control, const double* info) {
-  return Captured([&] { umfpack_di_report_info(control, info); });
+void UmfReportInfo(const double* control, const double* info, std::string& text) {
+  Capture(text, [&] { umfpack_di_report_info(control, info); });
 }
 
-std::string UmfReportStatus(const double* control, int status) {
-  return Captured([&] { umfpack_di_report_status(control, status); });
+void UmfReportStatus(const double* control, int status, std::string& text) {
+  Capture(text, [&] { umfpack_di_report_status(control, status); });
 }
 
 int UmfRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,

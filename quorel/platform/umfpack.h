@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "quorel/platform/foreign_handle.h"
 
@@ -49,6 +50,8 @@ class TUmfFactors {
   void FreeNumeric() {
     numR_.Reset();
     numC_.Reset();
+    wi_ = {};
+    w_ = {};
   }
   void Reset() {
     FreeNumeric();
@@ -61,11 +64,15 @@ class TUmfFactors {
   int Factorise(const std::int32_t* ap, const std::int32_t* ai, const double* ax, const double* control,
                 double* info);
   /// Solves system `sys` (the library's code) with the held Numeric object; x and b hold n values.
+  /// The library's workspace is kept with the Numeric object, so repeated solves allocate nothing.
   int SolveSystem(int sys, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,
-                  const double* b, const double* control, double* info) const;
+                  const double* b, const double* control, double* info);
 
  private:
   bool complex_ = false;
+  std::int32_t n_ = 0;
+  std::vector<std::int32_t> wi_;
+  std::vector<double> w_;
   ForeignHandle<void*, &UmfFreeSymbolicReal> symR_;
   ForeignHandle<void*, &UmfFreeSymbolicCplx> symC_;
   ForeignHandle<void*, &UmfFreeNumericReal> numR_;
@@ -76,11 +83,12 @@ class TUmfFactors {
 namespace quorel::detail {
 using header_detail::TUmfFactors;
 
-/// Text of the report routines (empty below their print level).
-std::string UmfReportSymbolic(bool complex, void* symbolic, const double* control);
-std::string UmfReportNumeric(bool complex, void* numeric, const double* control);
-std::string UmfReportInfo(const double* control, const double* info);
-std::string UmfReportStatus(const double* control, int status);
+/// Text of the report routines, appended to `text` (nothing below their print level). A string
+/// whose storage is kept from an earlier report takes the text without allocating.
+void UmfReportSymbolic(bool complex, void* symbolic, const double* control, std::string& text);
+void UmfReportNumeric(bool complex, void* numeric, const double* control, std::string& text);
+void UmfReportInfo(const double* control, const double* info, std::string& text);
+void UmfReportStatus(const double* control, int status, std::string& text);
 
 /// Raw calls for the benchmark's reference path: symbolic, numeric, solve, free, real only.
 int UmfRawSolveReal(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax, double* x,

@@ -83,6 +83,26 @@ void TSparseMtx::ReportFailure(const std::string& text) {
   if (!text.empty() && ReportLevel >= prlErrorsOnly) fReport.push_back(text + "\n");
 }
 
+void TSparseMtx::ClearReport() {
+  // A few lines of the usual sizes cover the report of one solve; the factor listings of the
+  // higher report levels are not worth holding on to.
+  constexpr std::size_t keptLines = 4, keptBytes = std::size_t{64} << 10;
+  for (std::string& line : fReport) {
+    if (fSpareLines.size() == keptLines) break;
+    if (line.capacity() > keptBytes) continue;
+    line.clear();
+    fSpareLines.push_back(std::move(line));
+  }
+  fReport.clear();
+}
+
+std::string TSparseMtx::SpareLine() {
+  if (fSpareLines.empty()) return {};
+  std::string line = std::move(fSpareLines.back());
+  fSpareLines.pop_back();
+  return line;
+}
+
 namespace {
 
 /// The direct back ends read an n x n matrix from Ap (n + 1 pointers).
@@ -380,7 +400,7 @@ void TSparseMtx::FreeNumeric() {
 /// Returns the failing status (0 when all went well); raises on failure when `raise` is set,
 /// otherwise leaves the failure for the caller to name and report.
 int TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count, bool raise) {
-  if (AutoClearReport) fReport.clear();
+  if (AutoClearReport) ClearReport();
   double* control = fUmfControl.data();
   double* info = fUmfInfo.data();
   control[detail::UmfPrintLevelIndex] = static_cast<double>(ReportLevel == prlAll ? 6 : ReportLevel);
@@ -399,13 +419,17 @@ int TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count, 
     fErrorText = std::string(routine) + UmfStatusText(status) + " failed!";
     if (raise && ReportLevel >= prlErrorsOnly) fReport.push_back(fErrorText + "\n");
     if (ReportLevel >= prlBasic) {
-      const std::string s = detail::UmfReportStatus(control, status);
-      if (!s.empty()) fReport.push_back(s);
+      std::string s = SpareLine();
+      detail::UmfReportStatus(control, status, s);
+      if (!s.empty()) fReport.push_back(std::move(s));
     }
     if (raise) ERaise(fErrorText);
     return true;
   };
-  auto report = [&](std::string text) {
+  // Each report line takes the storage of a line the last clear let go, when there is one.
+  auto report = [&](auto&& write) {
+    std::string text = SpareLine();
+    write(text);
     if (!text.empty()) fReport.push_back(std::move(text));
   };
 
@@ -415,21 +439,23 @@ int TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count, 
   if (fPattern < sppSymbolic || !fUmf->HasSymbolic()) {
     if (failed("umfpack_symbolic", fUmf->Analyse(fComplex, fRows, fCols, ap, ai, ax, control, info))) return failure;
     fPattern = sppSymbolic;
-    if (ReportLevel >= prlExtensive) report(detail::UmfReportSymbolic(fComplex, fUmf->Symbolic(), control));
+    if (ReportLevel >= prlExtensive)
+      report([&](std::string& t) { detail::UmfReportSymbolic(fComplex, fUmf->Symbolic(), control, t); });
   }
   if (fPattern < sppNumeric || !fUmf->HasNumeric()) {
     const int status = fUmf->Factorise(ap, ai, ax, control, info);
     if (status != detail::UmfStatusOk) fUmf->FreeNumeric();
     if (failed("umfpack_numeric", status)) return failure;
     fPattern = sppNumeric;
-    if (ReportLevel >= prlExtensive) report(detail::UmfReportNumeric(fComplex, fUmf->Numeric(), control));
+    if (ReportLevel >= prlExtensive)
+      report([&](std::string& t) { detail::UmfReportNumeric(fComplex, fUmf->Numeric(), control, t); });
   }
   const std::int64_t stride = DoublesFor(fRows);
   for (std::int32_t c = 0; c < count; ++c)
     if (failed("umfpack_solve",
                fUmf->SolveSystem(SparseSystem, ap, ai, ax, x + c * stride, b + c * stride, control, info)))
       return failure;
-  if (ReportLevel >= prlBasic) report(detail::UmfReportInfo(control, info));
+  if (ReportLevel >= prlBasic) report([&](std::string& t) { detail::UmfReportInfo(control, info, t); });
   return 0;
 }
 

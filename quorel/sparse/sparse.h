@@ -296,14 +296,18 @@ class TSparseMtx : public TSparseElementwise {
   std::int32_t MtxTypePardiso(TMtxType mtxType) const;
   /// The TAUCS matrix flags for this matrix's complexity.
   std::int32_t MtxTypeTaucs(TMtxType mtxType) const;
-  /// The back ends behind Solve, callable directly (overridable): the iterative solver (its
-  /// symmetric variant chosen by the caller, Tolerance and MaxIters), then the Pardiso() and
-  /// Taucs() settings' solvers.
+  // The back ends behind Solve, callable directly (overridable).
+  /// The iterative solver (its symmetric variant chosen by the caller, Tolerance and MaxIters).
   virtual void SolveIterative(const TVec& b, TVec& x, bool symmetric);
+  /// The LDL'/LU solver of the Pardiso() settings.
   virtual void SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType);
+  /// The Cholesky solver of the Taucs() settings.
   virtual void SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType);
+  /// The iterative solver for every column of b.
   virtual void SolveIterative(const TMtx& b, TMtx& x, bool symmetric);
+  /// The LDL'/LU solver for every column of b.
   virtual void SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType);
+  /// The Cholesky solver for every column of b.
   virtual void SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType);
 
  protected:
@@ -353,6 +357,10 @@ class TSparseMtx : public TSparseElementwise {
   bool SolveTaucsLU(const double* b, TVec& work, std::int32_t count, std::int32_t flags);
   /// A library failure: the error text into the report (no raise; the text stays readable).
   void ReportFailure(const std::string& text);
+  /// Empties Report, keeping the storage of a few of its lines for the next ones.
+  void ClearReport();
+  /// An empty string, with the storage of a line ClearReport kept when there is one.
+  std::string SpareLine();
 
   std::int32_t fRows = 0;
   std::int32_t fCols = 0;
@@ -369,6 +377,7 @@ class TSparseMtx : public TSparseElementwise {
   double fBackError = 0;
   std::string fErrorText;
   TStringList fReport;
+  TStringList fSpareLines;
   TSparsePattern fPattern = sppNone;
   // Counts of pattern and value changes; a held factor records the counts it was made at.
   std::uint64_t fPatternStamp = 0, fValueStamp = 0;

@@ -10,6 +10,7 @@
 #include "quorel/objects/detail/kind.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
+#include "quorel/sparse/detail/scratch.h"
 #include "quorel/sparse/detail/sparse_kernels.h"
 #include "quorel/sparse/detail/sparse_rebuild.h"
 #include "quorel/sparse/sparse.h"
@@ -26,14 +27,31 @@ using detail::Rebuild;
 
 TSparseMtx& TSparseMtx::Transp(const TSparseMtx& a) {
   a.RequireFlushed();
+  const detail::TSparseScratchTrim trim;
   const std::int32_t rows = a.fRows, cols = a.fCols, nnz = a.fLength;
-  std::vector<std::int32_t> ap(static_cast<std::size_t>(rows) + 1, 0), ai(static_cast<std::size_t>(nnz));
-  for (std::int32_t k = 0; k < nnz; ++k) ++ap[a.fAi[k] + 1];
-  for (std::int32_t i = 0; i < rows; ++i) ap[i + 1] += ap[i];
   detail::OnKind(a.fComplex, [&](auto t) {
     using T = decltype(t);
-    std::vector<T> v(static_cast<std::size_t>(nnz));
-    std::vector<std::int32_t> next(ap.begin(), ap.end() - 1);
+    // Self takes the transpose in its own arrays; only a transpose of itself goes through the
+    // per-thread scratch, as A must stay readable until the end.
+    const bool self = this == &a;
+    std::int32_t* ap;
+    std::int32_t* ai;
+    T* v;
+    if (self) {
+      ap = detail::Scratch<std::int32_t>(detail::sssColPtr, static_cast<std::size_t>(rows) + 1);
+      ai = detail::Scratch<std::int32_t>(detail::sssEntries, static_cast<std::size_t>(nnz));
+      v = detail::Scratch<T>(detail::sssValues, static_cast<std::size_t>(nnz));
+    } else {
+      SetShape(cols, rows, a.fComplex, nnz);
+      ap = fAp.data();
+      ai = fAi.data();
+      v = detail::Ptr<T>(*this);
+    }
+    std::fill_n(ap, static_cast<std::size_t>(rows) + 1, 0);
+    for (std::int32_t k = 0; k < nnz; ++k) ++ap[a.fAi[k] + 1];
+    for (std::int32_t i = 0; i < rows; ++i) ap[i + 1] += ap[i];
+    std::int32_t* next = detail::Scratch<std::int32_t>(detail::sssNext, static_cast<std::size_t>(rows));
+    std::copy_n(ap, rows, next);
     const T* av = detail::Ptr<T>(a);
     for (std::int32_t j = 0; j < cols; ++j)
       for (std::int32_t k = a.fAp[j]; k < a.fAp[j + 1]; ++k) {
@@ -41,7 +59,12 @@ TSparseMtx& TSparseMtx::Transp(const TSparseMtx& a) {
         ai[q] = j;
         v[q] = av[k];
       }
-    Assign(cols, rows, ap, ai, std::span<const T>(v));
+    if (self) {
+      SetShape(cols, rows, a.fComplex, nnz);
+      std::copy_n(ap, static_cast<std::size_t>(rows) + 1, fAp.begin());
+      std::copy_n(ai, nnz, fAi.begin());
+      std::copy_n(v, nnz, detail::Ptr<T>(*this));
+    }
   });
   return *this;
 }

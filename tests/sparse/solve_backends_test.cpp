@@ -232,6 +232,28 @@ TEST_F(SolveBackEnds, IterativeToleranceFloor) {
 }
 
 
+// A solve with the kept Cholesky factor reuses the library's workspace: it allocates only the
+// option table, which every solve builds anew.
+TEST_F(SolveBackEnds, TaucsSolvesWithTheKeptFactorAllocateOnlyTheOptions) {
+  SKIP_UNLESS_ALLOCATIONS_COUNTED();
+  lower.SparseSolver = ssTaucs;
+  lower.ReportLevel = prlNone;
+  TVec b, x, first;
+  KnownRhs(poisson, b, x);
+  TMtx bm, xm;
+  KnownRhs(poisson, bm, xm);
+  // The workspace has the shape of the right-hand sides: each count is warmed by a solve of its own.
+  for (TTaucsFactorization f : {tfCholesky, tfLDL, tfMultiFrontal}) {
+    lower.Taucs().Factor = f;
+    const long options = AllocationsDuring([&] { lower.Taucs().BuildOptions(lower.MaxIters, lower.Tolerance); });
+    lower.Solve(b, first, mtSymmPosDef);
+    EXPECT_EQ(AllocationsDuring([&] { lower.Solve(b, x, mtSymmPosDef); }), options) << int(f);
+    lower.Solve(bm, xm, mtSymmPosDef);
+    EXPECT_EQ(AllocationsDuring([&] { lower.Solve(bm, xm, mtSymmPosDef); }), options) << int(f);
+    EXPECT_TRUE(std::equal(x.Values().begin(), x.Values().end(), first.Values().begin(), first.Values().end()));
+  }
+}
+
 // A held factor is reused while the pattern flag allows: new values declared with
 // SetSparsePattern(sppSymbolic), or changed by an element-wise method, are factorised again on
 // the kept analysis; undeclared in-place changes are not seen (the flag is the contract).

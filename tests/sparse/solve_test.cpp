@@ -111,6 +111,49 @@ TEST(SparseSolveUmfPack, RetainedFactorsFollowThePatternFlag) {
   EXPECT_EQ(a.SparsePattern(), sppNone);
 }
 
+// With the factor kept, a solve allocates nothing: the library's workspace stays with the factor,
+// and the report line of the default level takes the storage of the line it replaces.
+TEST(SparseSolveUmfPack, SolvesWithTheKeptFactorAllocateNothing) {
+  SKIP_UNLESS_ALLOCATIONS_COUNTED();
+  TSparseMtx poisson;
+  Poisson2D(poisson, 12);
+  for (bool complex : {false, true}) {
+    TSparseMtx a;
+    if (complex) {
+      Hermitian(a, poisson, 0.5);
+    } else {
+      a.Copy(poisson);
+    }
+    a.SparseSolver = ssUmfPack;
+    a.RefinmentIters = 2;  // the largest workspace
+    TVec b, x, first;
+    KnownRhs(a, b, x);
+    TMtx bm, xm;
+    bm.Size(a.Rows(), 3, complex);
+    for (std::size_t k = 0; k < bm.Values().size(); ++k) bm.Values()[k] = std::cos(double(k));
+    for (TReportLevel level : {prlNone, prlBasic}) {
+      a.ReportLevel = level;
+      a.Solve(b, first, mtGeneral);
+      a.Solve(bm, xm, mtGeneral);
+      EXPECT_EQ(AllocationsDuring([&] { a.Solve(b, x, mtGeneral); }), 0) << complex << level;
+      EXPECT_EQ(AllocationsDuring([&] { a.Solve(bm, xm, mtGeneral); }), 0) << complex << level;
+      EXPECT_EQ(a.Report().size(), level == prlNone ? 0u : 1u);
+      EXPECT_TRUE(std::equal(x.Values().begin(), x.Values().end(), first.Values().begin(), first.Values().end()));
+    }
+    // A line written into kept storage reads as a line written afresh.
+    TSparseMtx fresh;
+    fresh.Copy(a);
+    fresh.SparseSolver = ssUmfPack;
+    fresh.Solve(b, x, mtGeneral);
+    a.Solve(b, x, mtGeneral);
+    ASSERT_EQ(a.Report().size(), 1u);
+    ASSERT_EQ(fresh.Report().size(), 1u);
+    const std::string& line = a.Report()[0];
+    EXPECT_EQ(line.substr(0, line.find(':')), fresh.Report()[0].substr(0, fresh.Report()[0].find(':')));
+    EXPECT_EQ(line.find("UMFPACK", 1), fresh.Report()[0].find("UMFPACK", 1));
+  }
+}
+
 TEST(SparseSolveUmfPack, FailuresReportTheRoutineAndStatus) {
   TSparseMtx a;
   a.SparseSolver = ssUmfPack;

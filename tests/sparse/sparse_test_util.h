@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,8 +14,13 @@
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/sparse.h"
+#include "support/allocations.h"
+
 
 namespace quorel::test {
+
+#define SKIP_UNLESS_ALLOCATIONS_COUNTED() \
+  if (!AllocationCounting()) GTEST_SKIP() << "allocations are not counted in this build"
 
 #define EXPECT_RAISES(stmt, msg) \
   EXPECT_THAT([&] { stmt; }, ::testing::ThrowsMessage<::quorel::EQuorelException>(::testing::StrEq(msg)))

@@ -244,6 +244,28 @@ TEST(SparseStructure, TransposeTrianglesSplitAndSymmetricPattern) {
   EXPECT_GT(tri.NonZeros(), lowerOnly.NonZeros());
 }
 
+// A transpose writes into Self's arrays (into scratch first when Self is the source): once they
+// are large enough it allocates nothing.
+TEST(SparseStructure, TransposeInPlaceAndRepeatedWithoutAllocation) {
+  for (bool complex : {false, true}) {
+    TSparseMtx a, t, self;
+    RandomPattern(a, 40, 70, 0.1, complex, 21);
+    self.Copy(a);
+    self.Transp();
+    t.Transp(a);
+    const auto da = Dense(a), ds = Dense(self);
+    for (int i = 0; i < 40; ++i)
+      for (int j = 0; j < 70; ++j) ASSERT_EQ(da[i][j], ds[j][i]);
+    EXPECT_TRUE(self.Equal(t));
+    self.Transp();
+    EXPECT_TRUE(self.Equal(a));
+    if (!AllocationCounting()) continue;
+    EXPECT_EQ(AllocationsDuring([&] { t.Transp(a); }), 0) << complex;
+    EXPECT_EQ(AllocationsDuring([&] { self.Transp(); }), 0) << complex;
+    EXPECT_TRUE(t.Equal(self));
+  }
+}
+
 TEST(SparseStructure, ComplexSwitchConvertsValuesNotStorage) {
   TSparseMtx a;
   a.TripletsToSparse(3, 3, TIntegerArray{0, 2, 1}, TIntegerArray{0, 0, 2}, TDoubleArray{1, 2, 3});

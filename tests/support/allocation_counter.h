@@ -1,10 +1,12 @@
 #pragma once
-// Counts the process's heap allocations (the library's included) by interposing malloc and its
-// aligned forms and mmap; glibc exports its allocator as __libc_*, so the counter forwards there.
-// Include from exactly one translation unit of a program. Under a sanitizer, which interposes the
-// allocator itself, nothing is interposed and AllocationCounting() is false.
+// Counts heap allocations by interposing malloc, its aligned forms and mmap for the whole program;
+// glibc exports its allocator as __libc_*, which the interposed functions forward to. Include from
+// exactly one translation unit of a program; the others include support/allocations.h.
 
 #include <atomic>
+#include <functional>
+
+#include "allocations.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QUOREL_COUNT_ALLOCATIONS 0
@@ -17,12 +19,24 @@
 #define QUOREL_COUNT_ALLOCATIONS 1
 #endif
 
+namespace quorel::test::counter_detail {
+inline std::atomic<long> process_count{0};
+// Plain thread-local data, readable from a thread's first allocation on.
+inline thread_local bool thread_counting = false;
+inline thread_local long thread_count = 0;
+}  // namespace quorel::test::counter_detail
+
 namespace quorel::test {
-inline std::atomic<long> allocation_count{0};
-/// Allocations so far (0 for ever when AllocationCounting() is false).
-inline long AllocationCount() { return allocation_count.load(std::memory_order_relaxed); }
-/// True when allocations are counted in this build.
-constexpr bool AllocationCounting() { return QUOREL_COUNT_ALLOCATIONS != 0; }
+bool AllocationCounting() { return QUOREL_COUNT_ALLOCATIONS != 0; }
+long AllocationCount() { return counter_detail::process_count.load(std::memory_order_relaxed); }
+long AllocationsDuring(const std::function<void()>& f) {
+  using namespace counter_detail;
+  thread_count = 0;
+  thread_counting = true;
+  f();
+  thread_counting = false;
+  return AllocationCounting() ? thread_count : -1;
+}
 }  // namespace quorel::test
 
 #if QUOREL_COUNT_ALLOCATIONS
@@ -41,7 +55,11 @@ void* __libc_memalign(std::size_t, std::size_t);
 void* __libc_valloc(std::size_t);
 void __libc_free(void*);
 
-inline void CountOneAllocation() { quorel::test::allocation_count.fetch_add(1, std::memory_order_relaxed); }
+static void CountOneAllocation() {
+  using namespace quorel::test::counter_detail;
+  process_count.fetch_add(1, std::memory_order_relaxed);
+  if (thread_counting) ++thread_count;
+}
 
 void* malloc(std::size_t n) {
   CountOneAllocation();
