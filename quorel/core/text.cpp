@@ -1,11 +1,13 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <limits>
+#include <cstring>
 #include <system_error>
+#include <utility>
 
 #include "quorel/core/constants.h"
 #include "quorel/core/errors.h"
@@ -29,20 +31,13 @@ constexpr long long kExpLimit = 400;
 // Exponent digits saturate here: far beyond any mantissa length, far below overflow.
 constexpr long long kExpSaturate = 100'000'000'000'000'000;
 
-[[noreturn]] void NotAFloat(const std::string& S) {
-  EConvertErrorRaise("'" + S + "' is not a valid floating point value");
+[[noreturn]] void NotAFloat(std::string_view S) {
+  EConvertErrorRaise("'" + std::string(S) + "' is not a valid floating point value");
 }
 
-std::string UpperAscii(std::string s) {
-  for (char& c : s)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return s;
-}
-
-}  // namespace
-
-bool TryStrToFloat(const std::string& S, double& x) {
-  const std::string sep = DecimalSeparator();
+// The strict grammar of TryStrToFloat. With anySeparator "," and "." also count as the separator:
+// StrToVal's repaired text, read without building it.
+bool ScanFloat(std::string_view S, std::string_view sep, bool anySeparator, double& x) {
   std::size_t i = 0;
   std::size_t n = S.size();
   while (i < n && IsBlank(S[i])) ++i;
@@ -50,8 +45,10 @@ bool TryStrToFloat(const std::string& S, double& x) {
   bool negative = false;
   if (i < n && (S[i] == '+' || S[i] == '-')) negative = S[i++] == '-';
 
-  // The mantissa as 0.digits * 10^exp10, leading zeros dropped.
-  std::string digits;
+  // The mantissa as 0.digits * 10^exp10, leading zeros dropped; room for a sticky digit and the
+  // exponent the conversion reads.
+  char digits[kMaxDigits + 32];
+  std::size_t count = 0;
   long long exp10 = 0;
   bool anyDigit = false;
   bool seenSep = false;
@@ -60,16 +57,19 @@ bool TryStrToFloat(const std::string& S, double& x) {
     const char c = S[i];
     if (IsDigit(c)) {
       anyDigit = true;
-      if (digits.empty() && c == '0') {
+      if (count == 0 && c == '0') {
         if (seenSep) --exp10;
       } else {
         if (!seenSep) ++exp10;
-        if (digits.size() < kMaxDigits) digits += c; else dropped |= c != '0';
+        if (count < kMaxDigits) digits[count++] = c; else dropped |= c != '0';
       }
       ++i;
     } else if (!seenSep && S.compare(i, sep.size(), sep) == 0) {
       seenSep = true;
       i += sep.size();
+    } else if (!seenSep && anySeparator && (c == ',' || c == '.')) {
+      seenSep = true;
+      ++i;
     } else {
       break;
     }
@@ -90,12 +90,14 @@ bool TryStrToFloat(const std::string& S, double& x) {
 
   const double sign = negative ? -1.0 : 1.0;
   const long long total = exp10 + expValue;  // value lies in [10^(total-1), 10^total)
-  if (digits.empty() || total < -kExpLimit) { x = sign * 0.0; return true; }
+  if (count == 0 || total < -kExpLimit) { x = sign * 0.0; return true; }
   if (total > kExpLimit) { x = sign * INF; return true; }
-  if (dropped) digits += '1';
-  const std::string text = digits + "e" + std::to_string(total - static_cast<long long>(digits.size()));
+  if (dropped) digits[count++] = '1';
+  digits[count] = 'e';
+  char* const last = digits + sizeof digits;
+  const char* const end = std::to_chars(digits + count + 1, last, total - static_cast<long long>(count)).ptr;
   double v = 0.0;
-  const auto res = std::from_chars(text.data(), text.data() + text.size(), v);
+  const auto res = std::from_chars(digits, end, v);
   if (res.ec == std::errc::result_out_of_range)
     v = total > 0 ? INF : 0.0;
   else if (res.ec != std::errc())
@@ -104,77 +106,423 @@ bool TryStrToFloat(const std::string& S, double& x) {
   return true;
 }
 
-double StrToFloat(const std::string& S) {
+// Whether S holds word (upper-case letters) in any case of ASCII letters.
+bool ContainsWord(std::string_view S, std::string_view word) {
+  auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
+  for (std::size_t i = 0; i + word.size() <= S.size(); ++i) {
+    std::size_t k = 0;
+    while (k < word.size() && upper(S[i + k]) == word[k]) ++k;
+    if (k == word.size()) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool TryStrToFloat(std::string_view S, double& x) { return ScanFloat(S, DecimalSeparator(), false, x); }
+
+double StrToFloat(std::string_view S) {
   double x = 0.0;
   if (!TryStrToFloat(S, x)) NotAFloat(S);
   return x;
 }
 
-double StrToVal(const std::string& S) {
-  double x = 0.0;
-  if (TryStrToFloat(S, x)) return x;
-  const std::string upper = UpperAscii(S);
-  const bool minus = S.find('-') != std::string::npos;
-  if (upper.find("NAN") != std::string::npos) return minus ? -NaN : NaN;
-  if (upper.find("INF") != std::string::npos) return minus ? -INF : INF;
-  // Accept either separator whatever the locale says.
+double StrToVal(std::string_view S) {
   const std::string sep = DecimalSeparator();
-  std::string repaired;
-  repaired.reserve(S.size());
-  for (char c : S) {
-    if (c == ',' || c == '.') repaired += sep; else repaired += c;
-  }
-  if (!TryStrToFloat(repaired, x)) NotAFloat(S);
+  double x = 0.0;
+  if (ScanFloat(S, sep, false, x)) return x;
+  const bool minus = S.find('-') != std::string_view::npos;
+  if (ContainsWord(S, "NAN")) return minus ? -NaN : NaN;
+  if (ContainsWord(S, "INF")) return minus ? -INF : INF;
+  // Accept either separator whatever the locale says.
+  if (!ScanFloat(S, sep, true, x)) NotAFloat(S);
   return x;
 }
 
-double StrToSample(const std::string& S) { return StrToVal(S); }
+double StrToSample(std::string_view S) { return StrToVal(S); }
 
-TCplx StrToCplx(const std::string& S) {
+TCplx StrToCplx(std::string_view S) {
   const std::size_t p = S.find('i');
-  if (p == std::string::npos) return {StrToVal(S), 0.0};
+  if (p == std::string_view::npos) return {StrToVal(S), 0.0};
   // The sign that starts the imaginary part; an exponent's sign follows an "E".
   std::size_t k = p;
   while (k > 0) {
     --k;
     const char c = S[k];
     if ((c == '+' || c == '-') && (k == 0 || (S[k - 1] != 'E' && S[k - 1] != 'e'))) {
-      const std::string imText = S.substr(k, p - k);
+      const std::string_view imText = S.substr(k, p - k);
       const double im = imText == "+" ? 1.0 : imText == "-" ? -1.0 : StrToVal(imText);
-      const std::string reText = S.substr(0, k);
+      const std::string_view reText = S.substr(0, k);
       const double re = (reText.empty() || reText == " ") ? 0.0 : StrToVal(reText);
       return {re, im};
     }
   }
-  const std::string imText = S.substr(0, p);
+  const std::string_view imText = S.substr(0, p);
   return {0.0, imText.empty() ? 1.0 : StrToVal(imText)};
 }
 
-std::string CplxToStr(const TCplx& Z, int Digits) {
-  const std::string re = FormatGeneral(Z.Re, 15, Digits);
-  if (Z.Im == 0) return re;
-  std::string im;
-  if (Z.Im == 1)
-    im = "i";
-  else if (Z.Im == -1)
-    im = "-i";
-  else
-    im = FormatGeneral(Z.Im, 15, Digits) + "i";
-  if (Z.Re == 0) return im;
-  return Z.Im < 0 ? re + im : re + "+" + im;
+// ---------------------------------------------------------------------------------------------
+// Formatting. The digits, rounding and layouts are those of FormatGeneral and FormatPattern,
+// worked in fixed buffers so that nothing but the output grows.
+
+namespace {
+
+// A non-negative decimal 0.d1d2...dn * 10^Point with no leading or trailing zero digits; no
+// digits at all means zero. The shortest round-trip text has at most 17 digits.
+struct TDigits {
+  char D[24];
+  int N = 0;
+  int Point = 0;
+  bool IsZero() const { return N == 0; }
+  char At(long i) const { return (i >= 0 && i < N) ? D[i] : '0'; }
+};
+
+void TrimTrailingZeros(TDigits& d) {
+  while (d.N > 0 && d.D[d.N - 1] == '0') --d.N;
 }
 
-std::string SampleToStr(double X, int Precision, int Digits) { return FormatGeneral(X, Precision, Digits); }
+// The shortest digits that read back as |x|: users expect 2.675 to round like the text "2.675",
+// not like the binary value just below it.
+TDigits ToDigits(double x) {
+  TDigits d;
+  x = std::fabs(x);
+  if (x == 0.0) return d;
+  char buf[64];
+  const char* const end = std::to_chars(buf, buf + sizeof buf, x, std::chars_format::scientific).ptr;
+  const char* p = buf;
+  for (; p < end && *p != 'e'; ++p)
+    if (*p != '.') d.D[d.N++] = *p;
+  int exp10 = 0;
+  const char* q = p + 1;
+  if (q < end && *q == '+') ++q;  // from_chars takes '-' but not '+'
+  std::from_chars(q, end, exp10);
+  d.Point = exp10 + 1;
+  TrimTrailingZeros(d);
+  return d;
+}
 
-std::string FormatSample(const std::string& Format, double X) { return FormatPattern(Format, X); }
+// Keeps the first `keep` digits, rounding half away from zero; keep <= 0 can still round up to
+// a single unit digit in front of the first one.
+void RoundKeep(TDigits& d, long keep) {
+  if (d.IsZero() || keep >= d.N) return;
+  if (keep < 0) { d.N = 0; return; }
+  const bool up = d.D[keep] >= '5';
+  d.N = static_cast<int>(keep);
+  if (up) {
+    int i = d.N;
+    while (i > 0 && d.D[i - 1] == '9') d.D[--i] = '0';
+    if (i == 0) {
+      std::memmove(d.D + 1, d.D, static_cast<std::size_t>(d.N));
+      d.D[0] = '1';
+      ++d.N;
+      ++d.Point;
+    } else {
+      ++d.D[i - 1];
+    }
+  }
+  TrimTrailingZeros(d);
+}
 
-std::string FormatSample(double X, const std::string& Format) { return FormatPattern(Format, X); }
+void AppendExponent(std::string& out, long long e, bool alwaysSign, int width) {
+  if (e < 0)
+    out += '-';
+  else if (alwaysSign)
+    out += '+';
+  char buf[24];
+  const char* const end = std::to_chars(buf, buf + sizeof buf, e < 0 ? -e : e).ptr;
+  const auto len = static_cast<int>(end - buf);
+  if (len < width) out.append(static_cast<std::size_t>(width - len), '0');
+  out.append(buf, static_cast<std::size_t>(len));
+}
+
+// NaN and infinities print the same under every format.
+bool AppendSpecial(std::string& out, double x) {
+  if (std::isnan(x)) { out += "NAN"; return true; }
+  if (std::isinf(x)) { out += x > 0 ? "INF" : "-INF"; return true; }
+  return false;
+}
+
+// The pieces of a pattern section, in the order they are written.
+enum class TPiece { Literal, IntDigit, Point, FracDigit, Exponent, Grouping };
+
+// Calls f(piece, text) along section s: a literal's text, a placeholder's "0" or "#", the whole
+// exponent ("E+00"). Parsing and writing both walk this way, so they cannot disagree.
+template <class F>
+void WalkSection(std::string_view s, F&& f) {
+  bool afterPoint = false;
+  bool exponent = false;
+  for (std::size_t i = 0; i < s.size(); ++i) {
+    const char c = s[i];
+    if (c == '"' || c == '\'') {
+      std::size_t close = s.find(c, i + 1);
+      if (close == std::string_view::npos) close = s.size();  // an open quote runs to the end
+      f(TPiece::Literal, s.substr(i + 1, close - i - 1));
+      i = close;
+    } else if ((c == '0' || c == '#') && !exponent) {
+      f(afterPoint ? TPiece::FracDigit : TPiece::IntDigit, s.substr(i, 1));
+    } else if (c == '.' && !afterPoint && !exponent) {
+      afterPoint = true;
+      f(TPiece::Point, s.substr(i, 1));
+    } else if (c == ',' && !exponent) {
+      // A comma in the integer part asks for grouping; elsewhere it has no meaning.
+      if (!afterPoint) f(TPiece::Grouping, s.substr(i, 1));
+    } else if ((c == 'E' || c == 'e') && !exponent && i + 2 < s.size() && (s[i + 1] == '+' || s[i + 1] == '-') &&
+               s[i + 2] == '0') {
+      exponent = true;
+      std::size_t j = i + 2;
+      while (j < s.size() && s[j] == '0') ++j;
+      f(TPiece::Exponent, s.substr(i, j - i));
+      i = j - 1;
+    } else {
+      f(TPiece::Literal, s.substr(i, 1));
+    }
+  }
+}
+
+}  // namespace
+
+TSampleFormatter::TPattern::TPattern(std::string text) : Text(std::move(text)) {
+  // Up to three sections split at ";" outside quotes; a fourth is ignored.
+  Count = 1;
+  char quote = 0;
+  for (std::size_t i = 0; i < Text.size(); ++i) {
+    const char c = Text[i];
+    if (quote != 0) {
+      if (c == quote) quote = 0;
+    } else if (c == '"' || c == '\'') {
+      quote = c;
+    } else if (c == ';') {
+      Sections[Count - 1].End = i;
+      if (Count == 3) break;
+      Sections[Count].Begin = Sections[Count].End = i + 1;
+      ++Count;
+      continue;
+    }
+    Sections[Count - 1].End = i + 1;
+  }
+  for (int k = 0; k < Count; ++k) {
+    TSection& sec = Sections[k];
+    int firstIntZero = -1;
+    WalkSection(std::string_view(Text).substr(sec.Begin, sec.End - sec.Begin), [&](TPiece piece, std::string_view t) {
+      switch (piece) {
+        case TPiece::IntDigit:
+          if (t[0] == '0' && firstIntZero < 0) firstIntZero = sec.IntCount;
+          ++sec.IntCount;
+          break;
+        case TPiece::FracDigit:
+          ++sec.FracCount;
+          if (t[0] == '0') sec.FracForced = sec.FracCount;
+          break;
+        case TPiece::Grouping:
+          sec.Grouping = true;
+          break;
+        case TPiece::Exponent:
+          sec.HasExponent = true;
+          sec.ExpAlwaysSign = t[1] == '+';
+          sec.ExpWidth = static_cast<int>(t.size() - 2);
+          break;
+        default:
+          break;
+      }
+    });
+    sec.IntForced = firstIntZero < 0 ? 0 : sec.IntCount - firstIntZero;
+  }
+}
+
+TSampleFormatter::TSampleFormatter(std::string ReFormat, std::string ImFormat)
+    : fRe(std::move(ReFormat)), fIm(std::move(ImFormat)), fDecimalSep(DecimalSeparator()),
+      fThousandSep(ThousandSeparator()) {}
+
+TSampleFormatter::TSampleFormatter(int Precision, int Digits)
+    : fRe(std::string()), fIm(std::string()), fGeneral(true), fPrecision(Precision), fDigits(Digits),
+      fDecimalSep(DecimalSeparator()) {}
+
+void TSampleFormatter::AppendGeneral(std::string& Out, double X, int Precision, int Digits) const {
+  if (AppendSpecial(Out, X)) return;
+  if (X == 0.0) { Out += '0'; return; }
+  Precision = std::clamp(Precision, 1, 17);
+  Digits = std::clamp(Digits, 0, 4);
+  TDigits d = ToDigits(X);
+  RoundKeep(d, Precision);
+  if (X < 0) Out += '-';
+  const int e = d.Point - 1;
+  if (d.Point <= Precision && e >= -5) {
+    if (d.Point > 0) {
+      for (int i = 0; i < d.Point; ++i) Out += d.At(i);
+      if (d.N > d.Point) {
+        Out += fDecimalSep;
+        Out.append(d.D + d.Point, static_cast<std::size_t>(d.N - d.Point));
+      }
+    } else {
+      Out += '0';
+      Out += fDecimalSep;
+      Out.append(static_cast<std::size_t>(-d.Point), '0');
+      Out.append(d.D, static_cast<std::size_t>(d.N));
+    }
+    return;
+  }
+  Out += d.D[0];
+  if (d.N > 1) {
+    Out += fDecimalSep;
+    Out.append(d.D + 1, static_cast<std::size_t>(d.N - 1));
+  }
+  Out += 'E';
+  AppendExponent(Out, e, true, Digits);
+}
+
+namespace {
+
+// Rounds |value| for the section; returns the mantissa exponent (0 in fixed notation).
+template <class TSection>
+int RoundForSection(const TSection& sec, TDigits& d) {
+  if (!sec.HasExponent) {
+    RoundKeep(d, static_cast<long>(d.Point) + sec.FracCount);
+    return 0;
+  }
+  // The "0"s before the point fix the mantissa's integer digits; "#"s there add none.
+  const int intDigits = std::max(1, sec.IntForced);
+  RoundKeep(d, static_cast<long>(intDigits) + sec.FracCount);
+  if (d.IsZero()) return 0;
+  const int exp10 = d.Point - intDigits;
+  d.Point = intDigits;
+  return exp10;
+}
+
+}  // namespace
+
+void TSampleFormatter::AppendPattern(std::string& Out, const TPattern& Pattern, double X) const {
+  if (AppendSpecial(Out, X)) return;
+  int idx = 0;
+  if (X < 0 && Pattern.Present(1)) idx = 1;
+  if (X == 0 && Pattern.Present(2)) idx = 2;
+  if (!Pattern.Present(idx) || (!Pattern.Sections[idx].HasExponent && std::fabs(X) >= 1e18)) {
+    // Fixed notation of such values would invent digits the double does not have.
+    AppendGeneral(Out, X, 15, 0);
+    return;
+  }
+  TDigits d = ToDigits(X);
+  bool minus = X < 0 && idx == 0;
+  if (!d.IsZero()) {
+    TDigits rounded = d;
+    RoundForSection(Pattern.Sections[idx], rounded);
+    if (rounded.IsZero()) {
+      // What prints as zero is zero: the zero section, and never "-0".
+      idx = Pattern.Present(2) ? 2 : 0;
+      d = TDigits{};
+      minus = false;
+    }
+  }
+  const TSection& sec = Pattern.Sections[idx];
+  const long exp10 = RoundForSection(sec, d);
+
+  // The integer digits: those before the point without leading zeros, padded to IntForced.
+  long lead = 0;
+  while (lead < d.Point && d.At(lead) == '0') ++lead;
+  const long significant = d.Point > lead ? d.Point - lead : 0;
+  const long m = std::max<long>(significant, sec.IntForced);
+  const long pad = m - significant;
+  auto emitInt = [&](long from, long to) {  // integer digits [from, to]
+    for (long t = std::max(0L, from); t <= to; ++t) {
+      Out += t < pad ? '0' : d.At(lead + t - pad);
+      if (sec.Grouping && t < m - 1 && (m - 1 - t) % 3 == 0) Out += fThousandSep;
+    }
+  };
+  // The fraction digits, trailing zeros dropped down to the forced ones.
+  long fracLen = sec.FracCount;
+  while (fracLen > sec.FracForced && d.At(d.Point + fracLen - 1) == '0') --fracLen;
+
+  if (minus) Out += '-';
+  const long offset = m - sec.IntCount;  // digits beyond the placeholders go to the first one
+  long intIdx = 0;
+  long fracIdx = 0;
+  bool intWritten = sec.IntCount > 0;
+  WalkSection(std::string_view(Pattern.Text).substr(sec.Begin, sec.End - sec.Begin),
+              [&](TPiece piece, std::string_view t) {
+                switch (piece) {
+                  case TPiece::Literal:
+                    Out += t;
+                    break;
+                  case TPiece::IntDigit: {
+                    const long p = intIdx++;
+                    emitInt(p == 0 ? 0 : p + offset, p + offset);
+                    break;
+                  }
+                  case TPiece::Point:
+                    if (!intWritten) { emitInt(0, m - 1); intWritten = true; }
+                    if (fracLen > 0) Out += fDecimalSep;
+                    break;
+                  case TPiece::FracDigit:
+                    if (fracIdx < fracLen) Out += d.At(d.Point + fracIdx);
+                    ++fracIdx;
+                    break;
+                  case TPiece::Exponent:
+                    if (!intWritten) { emitInt(0, m - 1); intWritten = true; }
+                    Out += t[0];
+                    AppendExponent(Out, exp10, sec.ExpAlwaysSign, sec.ExpWidth);
+                    break;
+                  case TPiece::Grouping:
+                    break;
+                }
+              });
+}
+
+void TSampleFormatter::Append(std::string& Out, double X) const {
+  if (fGeneral)
+    AppendGeneral(Out, X, fPrecision, fDigits);
+  else
+    AppendPattern(Out, fRe, X);
+}
+
+void TSampleFormatter::Append(std::string& Out, const TCplx& Z) const {
+  if (!fGeneral && !fRe.Text.empty() && !fIm.Text.empty()) {
+    // Real text directly followed by the imaginary one: the pattern shows sign and unit.
+    if (Z.Im == 0) { AppendPattern(Out, fRe, Z.Re); return; }
+    if (Z.Re != 0) AppendPattern(Out, fRe, Z.Re);
+    AppendPattern(Out, fIm, Z.Im);
+    return;
+  }
+  // "1+2i", "1-i", "i", "3".
+  const int precision = fGeneral ? fPrecision : 15;
+  const int digits = fGeneral ? fDigits : 0;
+  if (Z.Im == 0) { AppendGeneral(Out, Z.Re, precision, digits); return; }
+  if (Z.Re != 0) {
+    AppendGeneral(Out, Z.Re, precision, digits);
+    if (!(Z.Im < 0)) Out += '+';
+  }
+  if (Z.Im == 1) {
+    Out += 'i';
+  } else if (Z.Im == -1) {
+    Out += "-i";
+  } else {
+    AppendGeneral(Out, Z.Im, precision, digits);
+    Out += 'i';
+  }
+}
+
+std::string CplxToStr(const TCplx& Z, int Digits) {
+  std::string out;
+  TSampleFormatter(15, Digits).Append(out, Z);
+  return out;
+}
+
+std::string SampleToStr(double X, int Precision, int Digits) {
+  std::string out;
+  TSampleFormatter(Precision, Digits).Append(out, X);
+  return out;
+}
+
+std::string FormatSample(const std::string& Format, double X) {
+  std::string out;
+  TSampleFormatter(Format, std::string()).Append(out, X);
+  return out;
+}
+
+std::string FormatSample(double X, const std::string& Format) { return FormatSample(Format, X); }
 
 std::string FormatCplx(const TCplx& Z, const std::string& ReFormat, const std::string& ImFormat) {
-  if (ReFormat.empty() || ImFormat.empty()) return CplxToStr(Z, 0);
-  if (Z.Im == 0) return FormatPattern(ReFormat, Z.Re);
-  if (Z.Re == 0) return FormatPattern(ImFormat, Z.Im);
-  return FormatPattern(ReFormat, Z.Re) + FormatPattern(ImFormat, Z.Im);
+  std::string out;
+  TSampleFormatter(ReFormat, ImFormat).Append(out, Z);
+  return out;
 }
 
 int OffsetPos(const std::string& Sub, const std::string& S, int Offset) {
@@ -199,12 +547,13 @@ T ExtractNext(const std::string& S, int& Pos, const std::string& Delimiter, Pars
       pos += len;
   Pos = pos;
   const int q = OffsetPos(Delimiter, S, pos);
+  const std::string_view text(S);
   if (q > 0) {
-    T value = parse(S.substr(static_cast<std::size_t>(pos) - 1, static_cast<std::size_t>(q - pos)));
+    T value = parse(text.substr(static_cast<std::size_t>(pos) - 1, static_cast<std::size_t>(q - pos)));
     Pos = q + len;
     return value;
   }
-  T value = static_cast<std::size_t>(pos) > S.size() ? pastEnd : parse(S.substr(static_cast<std::size_t>(pos) - 1));
+  T value = static_cast<std::size_t>(pos) > S.size() ? pastEnd : parse(text.substr(static_cast<std::size_t>(pos) - 1));
   Pos = static_cast<int>(S.size()) + 1;
   return value;
 }

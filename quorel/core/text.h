@@ -2,28 +2,33 @@
 // Text form of reals and complex values, and reading numbers out of delimited lines.
 // Texts are byte strings; positions are 1-based.
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "quorel/core/types.h"
 
 namespace quorel {
 
+// The readers take any character range and build no strings, so reading many values allocates
+// nothing.
+
 /// Strict decimal parser: blanks, sign, digits with at most one locale decimal separator,
 /// optional exponent. Returns false (leaving x alone) when S is not such a number.
-bool TryStrToFloat(const std::string& S, double& x);
+bool TryStrToFloat(std::string_view S, double& x);
 
 /// TryStrToFloat that raises EConvertError "'S' is not a valid floating point value".
-double StrToFloat(const std::string& S);
+double StrToFloat(std::string_view S);
 
 /// Reads a real; also accepts "nan"/"inf" words and either "," or "." as decimal separator.
 /// Raises EConvertError when the text is not a number.
-double StrToVal(const std::string& S);
+double StrToVal(std::string_view S);
 
 /// Same as StrToVal.
-double StrToSample(const std::string& S);
+double StrToSample(std::string_view S);
 
 /// Reads a complex value written like "3-4i", "-i", "2i" or "5"; text after the "i" is ignored.
-TCplx StrToCplx(const std::string& S);
+TCplx StrToCplx(std::string_view S);
 
 /// Writes Z as "1+2i", "1-i", "i" or "3", each part in the general format with precision 15
 /// and at least Digits exponent digits.
@@ -40,6 +45,56 @@ std::string FormatSample(double X, const std::string& Format);
 /// Real part by ReFormat followed directly by the imaginary part by ImFormat (no sign or "i"
 /// added); a zero part is left out. An empty format gives CplxToStr(Z, 0).
 std::string FormatCplx(const TCplx& Z, const std::string& ReFormat, const std::string& ImFormat);
+
+/// Formats many values alike, appending each text to a string and allocating nothing else: by a
+/// pattern pair as FormatSample and FormatCplx do, or in the general float format as SampleToStr
+/// and CplxToStr do. The patterns are parsed, and the locale's separators read, once, when it is
+/// made.
+class TSampleFormatter {
+ public:
+  /// Patterns of real values (and real parts) and of imaginary parts, as FormatCplx takes them.
+  TSampleFormatter(std::string ReFormat, std::string ImFormat);
+  /// The general float format, arguments (Precision, Digits) as SampleToStr takes them.
+  TSampleFormatter(int Precision, int Digits);
+
+  /// Appends FormatSample(ReFormat, X), or SampleToStr(X, Precision, Digits).
+  void Append(std::string& Out, double X) const;
+  /// Appends FormatCplx(Z, ReFormat, ImFormat), or CplxToStr's layout with parts at Precision.
+  void Append(std::string& Out, const TCplx& Z) const;
+
+ private:
+  // A section of a pattern: where it lies in the pattern, and what its placeholders ask for.
+  struct TSection {
+    std::size_t Begin = 0, End = 0;
+    int IntCount = 0;    // integer placeholders
+    int IntForced = 0;   // integer digits always written (from the first "0" on)
+    int FracCount = 0;   // fraction placeholders
+    int FracForced = 0;  // fraction digits always written (up to the last "0")
+    int ExpWidth = 0;
+    bool Grouping = false;
+    bool HasExponent = false;
+    bool ExpAlwaysSign = false;
+  };
+  // A pattern split into its up to three sections "positive;negative;zero".
+  struct TPattern {
+    std::string Text;
+    TSection Sections[3];
+    int Count = 0;
+    explicit TPattern(std::string text);
+    bool Present(int i) const { return i < Count && Sections[i].End > Sections[i].Begin; }
+  };
+
+  void AppendGeneral(std::string& Out, double X, int Precision, int Digits) const;
+  void AppendPattern(std::string& Out, const TPattern& Pattern, double X) const;
+
+  TPattern fRe;
+  TPattern fIm;
+  bool fGeneral = false;
+  int fPrecision = 15;
+  int fDigits = 0;
+  std::string fDecimalSep;
+  std::string fThousandSep;
+};
 
 /// 1-based position of Sub in S at or after Offset, 0 when absent or Sub is empty.
 /// Raises EQuorelException "Offset < 1".

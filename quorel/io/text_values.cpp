@@ -5,11 +5,12 @@
 #include "quorel/io/persist.h"
 
 #include <array>
+#include <charconv>
 #include <fstream>
 #include <limits>
+#include <string_view>
 
 #include "quorel/core/errors.h"
-#include "quorel/core/float_format.h"
 #include "quorel/core/text.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
@@ -27,24 +28,23 @@ namespace {
 // digits unchanged: exact, and no longer than needed.
 constexpr int kExactDigits = 17;
 
-std::string ExactReal(double x) { return FormatGeneral(x, kExactDigits, 0); }
-
-// The "1+2i" / "1-i" / "i" / "3" layout that StrToCplx reads, at full precision.
-std::string ExactCplx(const TCplx& z) {
-  const std::string re = ExactReal(z.Re);
-  if (z.Im == 0) return re;
-  const std::string im = z.Im == 1 ? "i" : z.Im == -1 ? "-i" : ExactReal(z.Im) + "i";
-  if (z.Re == 0) return im;
-  return z.Im < 0 ? re + im : re + "+" + im;
+// The exact case is the general format at 17 digits, complex values in the "1+2i" / "1-i" / "i"
+// / "3" layout that StrToCplx reads.
+TSampleFormatter FormatterOf(const TValueFormat& format) {
+  return format.Exact ? TSampleFormatter(kExactDigits, 0) : TSampleFormatter(format.Re, format.Im);
 }
 }  // namespace
 
 std::string ValueText(double x, const TValueFormat& format) {
-  return format.Exact ? ExactReal(x) : FormatSample(format.Re, x);
+  std::string text;
+  FormatterOf(format).Append(text, x);
+  return text;
 }
 
 std::string ValueText(const TCplx& z, const TValueFormat& format) {
-  return format.Exact ? ExactCplx(z) : FormatCplx(z, format.Re, format.Im);
+  std::string text;
+  FormatterOf(format).Append(text, z);
+  return text;
 }
 
 // --- vectors -------------------------------------------------------------------------------------
@@ -56,21 +56,34 @@ namespace {
                              static_cast<long long>(index), static_cast<long long>(len), length));
 }
 
-// Text of storage element k (element (i, j) of a matrix is i * LeadingCols + j).
-std::string ElementText(const TQuorel& obj, std::int64_t k, const TValueFormat& format) {
+// Appends the text of storage element k (element (i, j) of a matrix is i * LeadingCols + j).
+void AppendElement(std::string& out, const TQuorel& obj, std::int64_t k, const TSampleFormatter& formatter) {
   const auto at = static_cast<std::int32_t>(k);
-  if (obj.Complex()) return ValueText(*obj.PCValues1D(at), format);
-  if (obj.IsInteger()) return std::to_string(*obj.PIValues1D(at));
-  return ValueText(*obj.PValues1D(at), format);
+  if (obj.Complex()) {
+    formatter.Append(out, *obj.PCValues1D(at));
+  } else if (obj.IsInteger()) {
+    char buf[16];
+    out.append(buf, std::to_chars(buf, buf + sizeof buf, *obj.PIValues1D(at)).ptr);
+  } else {
+    formatter.Append(out, *obj.PValues1D(at));
+  }
 }
 
+// Each line is written into one reused buffer and copied out at its length, so a line costs at
+// most the allocation of its own text.
 void AppendVecLines(const TVec& vec, TStringList& list, const TValueFormat& format, std::int32_t index,
                     std::int32_t len) {
   const std::int64_t count = len == -1 ? std::int64_t{vec.Length()} - index : len;
   if (index < 0 || count < 0) SelfRangeError(index, count, vec.Length());
   RequireInRange(index + count <= vec.Length(), "Index + Len > fLength");
+  const TSampleFormatter formatter = FormatterOf(format);
   list.reserve(list.size() + static_cast<std::size_t>(count));
-  for (std::int64_t k = index; k < index + count; ++k) list.push_back(ElementText(vec, k, format));
+  std::string text;
+  for (std::int64_t k = index; k < index + count; ++k) {
+    text.clear();
+    AppendElement(text, vec, k, formatter);
+    list.emplace_back(text);
+  }
 }
 
 // Parses `count` lines from `first` into a work vector, then writes them to Vec[Index ..]. Parsing
@@ -142,15 +155,42 @@ void AppendMtxLines(const TMtx& mtx, TStringList& list, const std::string& delim
   RequireInRange(!(rows < 0 || cols < 0), "TMtx.ValuesToStrings: (RowCount < 0) or (ColCount < 0)");
   RequireInRange(row + rows <= mtx.Rows(), "TMtx.ValuesToStrings: (Row + RowCount) > FRows");
   RequireInRange(col + cols <= mtx.Cols(), "TMtx.ValuesToStrings: (Col + ColCount) > FCols");
+  const TSampleFormatter formatter = FormatterOf(format);
   list.reserve(list.size() + static_cast<std::size_t>(rows));
+  std::string line;  // reused, as for vectors
   for (std::int64_t i = row; i < row + rows; ++i) {
-    std::string line;
+    line.clear();
     for (std::int64_t j = col; j < col + cols; ++j) {
       if (j > col) line += delimiter;
-      line += ElementText(mtx, i * mtx.LeadingCols() + j, format);
+      AppendElement(line, mtx, i * mtx.LeadingCols() + j, formatter);
     }
-    list.push_back(std::move(line));
+    list.emplace_back(line);
   }
+}
+
+// Calls f(field) for each field of a line, split as SplitColumns describes, without copying.
+template <class F>
+void ForEachField(std::string_view line, std::string_view delimiter, F&& f) {
+  if (delimiter.empty()) {
+    if (!line.empty()) f(line);
+    return;
+  }
+  const std::size_t step = delimiter.size();
+  std::size_t pos = 0;
+  for (;;) {
+    while (line.compare(pos, step, delimiter) == 0) pos += step;
+    if (pos >= line.size()) break;
+    const std::size_t next = line.find(delimiter, pos);
+    f(line.substr(pos, next == std::string_view::npos ? std::string_view::npos : next - pos));
+    if (next == std::string_view::npos) break;
+    pos = next + step;
+  }
+}
+
+std::int32_t FieldCount(std::string_view line, std::string_view delimiter) {
+  std::int32_t count = 0;
+  ForEachField(line, delimiter, [&](std::string_view) { ++count; });
+  return count;
 }
 
 }  // namespace
@@ -185,17 +225,18 @@ void StringsToValues(TMtx& mtx, const TStringList& list, const std::string& deli
   TWorkMtx parsed;
   parsed->Size(rows, cols, false, complex);
   for (std::int32_t i = 0; i < rows; ++i) {
-    const TStringList fields = SplitColumns(list[static_cast<std::size_t>(i)], delimiter);
-    if (fields.size() != static_cast<std::size_t>(cols))
-      EInvalidArgumentRaise(FormatMsg("TMtx.StringsToValues: line %d has %d columns, not %d", i,
-                                      static_cast<int>(fields.size()), cols));
-    for (std::int32_t j = 0; j < cols; ++j) {
-      const std::string& field = fields[static_cast<std::size_t>(j)];
+    const std::string& line = list[static_cast<std::size_t>(i)];
+    const std::int32_t fields = FieldCount(line, delimiter);
+    if (fields != cols)
+      EInvalidArgumentRaise(FormatMsg("TMtx.StringsToValues: line %d has %d columns, not %d", i, fields, cols));
+    std::int32_t j = 0;
+    ForEachField(line, delimiter, [&](std::string_view field) {
       if (complex)
         parsed->CValues(i, j) = StrToCplx(field);
       else
         parsed->Values(i, j) = StrToVal(field);
-    }
+      ++j;
+    });
   }
   mtx.Size(rows, cols, complex);
   if (cols == 0) return;
@@ -213,27 +254,14 @@ void StringsToValues(TMtx& mtx, const TStringList& list, const std::string& deli
 
 TStringList SplitColumns(const std::string& line, const std::string& delimiter) {
   TStringList fields;
-  if (delimiter.empty()) {
-    if (!line.empty()) fields.push_back(line);
-    return fields;
-  }
-  const std::size_t step = delimiter.size();
-  std::size_t pos = 0;
-  for (;;) {
-    while (line.compare(pos, step, delimiter) == 0) pos += step;
-    if (pos >= line.size()) break;
-    const std::size_t next = line.find(delimiter, pos);
-    fields.push_back(line.substr(pos, next == std::string::npos ? std::string::npos : next - pos));
-    if (next == std::string::npos) break;
-    pos = next + step;
-  }
+  ForEachField(line, delimiter, [&](std::string_view field) { fields.emplace_back(field); });
   return fields;
 }
 
 std::int32_t ColumnCount(const TStringList& list, std::int32_t row, const std::string& delimiter) {
   if (row < 0) ERangeErrorRaise(FormatMsg("Row < 0 (%d)", row));
   RequireInRange(static_cast<std::size_t>(row) < list.size(), "Row > AList.Count-1");
-  return static_cast<std::int32_t>(SplitColumns(list[static_cast<std::size_t>(row)], delimiter).size());
+  return FieldCount(list[static_cast<std::size_t>(row)], delimiter);
 }
 
 void SaveTextToFile(const std::string& fileName, const std::string& text, bool append) {

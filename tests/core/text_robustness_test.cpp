@@ -1,11 +1,13 @@
 // Untrusted text through every reader, and the parser and formatters checked against each other
 // and against the C library on many generated values.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -106,6 +108,109 @@ TEST(TextRobustness, ParserAgreesWithTheCLibrary) {
     ASSERT_TRUE(TryStrToFloat(s, ours)) << s;
     const double ref = std::strtod(s.c_str(), nullptr);  // glibc rounds correctly
     EXPECT_EQ(std::bit_cast<std::uint64_t>(ours), std::bit_cast<std::uint64_t>(ref)) << s;
+  }
+}
+
+// Patterns made of the language's own characters in any order: open quotes, several points,
+// exponents without digits, four sections.
+std::string RandomPattern(std::mt19937_64& rng) {
+  static const std::string alphabet = "00##.,;;Ee+-'\" x%";
+  std::string s(rng() % 18, '\0');
+  for (char& c : s) c = alphabet[rng() % alphabet.size()];
+  return s;
+}
+
+// Values that reach every branch: random bits, every magnitude from 1e-25 to 1e25, halves that
+// round away, what rounds to zero, integers, powers of ten, 1e18 and up, zeros and specials.
+double RandomValue(std::mt19937_64& rng) {
+  switch (rng() % 6) {
+    case 0: return std::bit_cast<double>(rng());
+    case 1: return (rng() % 2 ? -1.0 : 1.0) * std::ldexp(static_cast<double>(rng() >> 11), -53) *
+                   std::pow(10.0, static_cast<int>(rng() % 51) - 25);
+    case 2: return (static_cast<double>(rng() % 200001) - 100000.0) / std::pow(10.0, static_cast<int>(rng() % 7));
+    case 3: return (rng() % 2 ? -0.5 : 0.5) * std::pow(10.0, -static_cast<int>(rng() % 8));
+    case 4: return std::pow(10.0, static_cast<int>(rng() % 41) - 20) * (rng() % 2 ? 9.9999999999 : 1.0);
+    default: {
+      const double special[] = {0.0, -0.0, NaN, INF, -INF, 1e18, -1e18, 9.999999999999999e17, 5e-324, 2.675};
+      return special[rng() % 10];
+    }
+  }
+}
+
+// The formatter that parses its patterns once writes what the one-value formatters write, byte
+// for byte, for every pattern and value; complex values follow FormatCplx's layout.
+TEST(TextRobustness, FormatterWritesWhatTheOneValueFormattersWrite) {
+  const std::vector<std::string> patterns = {
+      "", "0", "0.00", "#.##", "0.0#", "#,##0.00", "0,0", "0.0,0", "00.000", ".00", "#", "0.00E+00", "0.0e-0",
+      "00.0E+0", "##0.0E+0", "0.###E+000", "0E", "0E+", "0.00;(0.00);'zero'", "0.00;;Z", ";0", "0;0;0;ignored",
+      " 0.0000;-0.0000", "+0.0000i;-0.0000i", "'Total: '0.00' kg'", "\"0.#E+0\" 0", "000-00-0000", "$#,##0.00",
+      "0 'open", "0." + std::string(30, '0'), "0.0000000000000000E+000", "0." + std::string(20, '#'),
+      std::string(25, '0') + ".0E+0",
+  };
+  std::mt19937_64 rng(31337);
+  std::string out;
+  for (int n = 0; n < 300; ++n) {
+    const std::string re = n < static_cast<int>(patterns.size()) ? patterns[n] : RandomPattern(rng);
+    const std::string im = patterns[rng() % patterns.size()];
+    const TSampleFormatter formatter(re, im);
+    for (int k = 0; k < 200; ++k) {
+      const double x = RandomValue(rng);
+      out = ">";  // appends to what is there
+      formatter.Append(out, x);
+      ASSERT_EQ(out, ">" + FormatPattern(re, x)) << "pattern '" << re << "', x = " << x;
+      const TCplx z{k % 5 == 0 ? 0.0 : x, k % 7 == 0 ? 0.0 : RandomValue(rng)};
+      const std::string want = re.empty() || im.empty() ? CplxToStr(z, 0)
+                               : z.Im == 0             ? FormatPattern(re, z.Re)
+                               : z.Re == 0             ? FormatPattern(im, z.Im)
+                                                       : FormatPattern(re, z.Re) + FormatPattern(im, z.Im);
+      out.clear();
+      formatter.Append(out, z);
+      ASSERT_EQ(out, want) << "patterns '" << re << "' '" << im << "', z = " << z.Re << " " << z.Im;
+      ASSERT_EQ(FormatCplx(z, re, im), want);
+    }
+  }
+  // The general format at every precision and exponent width, and CplxToStr's layout.
+  for (int n = 0; n < 20000; ++n) {
+    const double x = RandomValue(rng);
+    const int precision = static_cast<int>(rng() % 20) - 1, digits = static_cast<int>(rng() % 7) - 1;
+    out.clear();
+    TSampleFormatter(precision, digits).Append(out, x);
+    ASSERT_EQ(out, FormatGeneral(x, precision, digits)) << x << " " << precision << " " << digits;
+    ASSERT_EQ(SampleToStr(x, precision, digits), out);
+    const TCplx z{n % 3 == 0 ? 0.0 : RandomValue(rng), n % 4 == 0 ? (n % 8 == 0 ? 1.0 : -1.0) : x};
+    const std::string re = FormatGeneral(z.Re, 15, digits);
+    const std::string im = z.Im == 1 ? "i" : z.Im == -1 ? "-i" : FormatGeneral(z.Im, 15, digits) + "i";
+    ASSERT_EQ(CplxToStr(z, digits), z.Im == 0 ? re : z.Re == 0 ? im : z.Im < 0 ? re + im : re + "+" + im);
+  }
+}
+
+// Texts in every form the reader takes: blanks around, sign, either separator, mantissas longer
+// than the kept digits (the dropped ones decide ties), exponents; the C library reads the same
+// number (with a point) correctly rounded.
+TEST(TextRobustness, ReaderAgreesWithTheCLibraryOnEveryForm) {
+  std::mt19937_64 rng(2718);
+  const char* blanks[] = {"", " ", "\t", " \r\n", "\v\f"};
+  for (int n = 0; n < 20000; ++n) {
+    std::string number;
+    if (rng() % 3 == 0) number += (rng() % 2) ? '-' : '+';
+    const int digits = n % 10 == 0 ? 700 + static_cast<int>(rng() % 200) : 1 + static_cast<int>(rng() % 25);
+    const int point = static_cast<int>(rng() % (std::min(digits, 25) + 2)) - 1;  // -1: none
+    for (int i = 0; i < digits; ++i) {
+      if (i == point) number += '.';
+      number += static_cast<char>('0' + (n % 20 == 0 && i > 20 ? (i == digits - 1) : rng() % 10));
+    }
+    if (rng() % 2) number += (rng() % 2 ? "e" : "E") + std::to_string(static_cast<int>(rng() % 661) - 330);
+    const double ref = std::strtod(number.c_str(), nullptr);
+    std::string text = blanks[rng() % 5] + number + blanks[rng() % 5];
+    double got = 0;
+    ASSERT_TRUE(TryStrToFloat(text, got)) << text;
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(got), std::bit_cast<std::uint64_t>(ref)) << text;
+    for (char& c : text)
+      if (c == '.') c = ',';
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(StrToVal(text)), std::bit_cast<std::uint64_t>(ref)) << text;
+    const TCplx z = StrToCplx(text + "-2,5i");
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(z.Re), std::bit_cast<std::uint64_t>(ref)) << text;
+    ASSERT_EQ(z.Im, -2.5) << text;
   }
 }
 

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -51,6 +52,14 @@ TEST(StrToFloat, StrictGrammar) {
   }
   EXPECT_THAT([] { StrToFloat("abc"); },
               ThrowsMessage<EConvertError>(StrEq("'abc' is not a valid floating point value")));
+  // A range of a longer text is read up to its own end and no further.
+  const std::string_view longer = "1.5e3x";
+  EXPECT_EQ(StrToFloat(longer.substr(0, 5)), 1500.0);
+  EXPECT_EQ(StrToFloat(longer.substr(0, 3)), 1.5);
+  double x = 99.0;
+  EXPECT_FALSE(TryStrToFloat(longer.substr(0, 4), x));  // "1.5e"
+  EXPECT_THAT([&] { StrToFloat(longer.substr(0, 4)); },
+              ThrowsMessage<EConvertError>(StrEq("'1.5e' is not a valid floating point value")));
 }
 
 TEST(StrToFloat, CorrectlyRoundedAtTheEdges) {
@@ -78,6 +87,11 @@ TEST(StrToVal, WordsAndSeparators) {
   EXPECT_EQ(StrToVal("Infinity"), INF);
   EXPECT_EQ(StrToVal("1,25"), 1.25);
   EXPECT_EQ(StrToSample("-3,5e1"), -35.0);
+  EXPECT_EQ(StrToVal(" 1,25\t"), 1.25);
+  EXPECT_EQ(StrToVal(std::string_view("1,25,", 4)), 1.25);  // the range, not the text behind it
+  EXPECT_EQ(StrToVal(" iNf "), INF);  // the words anywhere, in any case, "-" anywhere
+  EXPECT_TRUE(std::isnan(StrToVal("value: nAn")) && std::signbit(StrToVal("nan-")));
+  EXPECT_THROW(StrToVal(std::string_view("nan", 2)), EConvertError);
   for (const std::string bad : {""s, "abc"s, "1,000.5"s, "1.2.3"s, "--1"s, "e5"s, "1e"s, "1\0"s, "\xC3\xA9"s}) {
     EXPECT_THROW(StrToVal(bad), EConvertError) << bad;
     EXPECT_THROW(StrToSample(bad), EConvertError) << bad;

@@ -1,7 +1,19 @@
 // Values of vectors and matrices as text lines and back, and column counting.
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
+#include "support/allocation_counter.h"
 #include "support/support.h"
+#include "quorel/core/constants.h"
+#include "quorel/core/float_format.h"
+#include "quorel/core/text.h"
 #include "quorel/io/text_values.h"
 
 namespace quorel {
@@ -97,6 +109,143 @@ TEST(TextValues, MatrixErrorsLeaveMatrixAlone) {
   EXPECT_TRUE(lines.empty());
   EXPECT_EQ(m.Cols(), 3);
   EXPECT_EQ(m.Values(1, 2), 9);
+}
+
+// Random doubles of every magnitude, with zeros and specials among them.
+double RandomDouble(std::mt19937_64& rng) {
+  switch (rng() % 4) {
+    case 0: return std::bit_cast<double>(rng());
+    case 1: return (rng() % 2 ? -1.0 : 1.0) * std::ldexp(static_cast<double>(rng() >> 11), -53) *
+                   std::pow(10.0, static_cast<int>(rng() % 41) - 20);
+    case 2: return (static_cast<double>(rng() % 2001) - 1000.0) / 8.0;
+    default: {
+      const double special[] = {0.0, -0.0, NaN, INF, -INF, 5e-324, 0.1, -2.675};
+      return special[rng() % 8];
+    }
+  }
+}
+
+// Equal bits; any NaN matches any NaN, and zeros match whatever their sign (texts write "0").
+bool SameDouble(double a, double b) {
+  if (std::isnan(a) || a == 0) return std::isnan(a) ? std::isnan(b) : b == 0;
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+TEST(TextValues, RandomValuesThroughEveryFormat) {
+  std::mt19937_64 rng(4242);
+  const int n = 3000;
+  TVec re, cx;
+  re.Size(n, false);
+  cx.Size(n, true);
+  for (int k = 0; k < n; ++k) {
+    re[k] = RandomDouble(rng);
+    *cx.PCValues(k) = {RandomDouble(rng), k % 5 == 0 ? 0.0 : RandomDouble(rng)};
+  }
+  TMtx m(n / 10, 10), mc(n / 10, 10, true);
+  for (int k = 0; k < n; ++k) {
+    m.Values(k / 10, k % 10) = re[k];
+    mc.CValues(k / 10, k % 10) = *cx.PCValues(k);
+  }
+  // Exact texts are those of the general format at 17 digits and read back to the same bits.
+  for (const TVec* v : {&re, &cx}) {
+    TStringList lines;
+    ValuesToStrings(*v, lines);
+    TVec back;
+    back.Size(0, v->Complex());
+    StringsToValues(back, lines);
+    ASSERT_EQ(back.Length(), n);
+    for (int k = 0; k < n; ++k) {
+      const TCplx z = v->Complex() ? *v->PCValues(k) : TCplx{(*v)[k], 0.0};
+      const TCplx got = v->Complex() ? *back.PCValues(k) : TCplx{back[k], 0.0};
+      if (!v->Complex()) ASSERT_EQ(lines[k], FormatGeneral(z.Re, 17, 0));
+      ASSERT_TRUE(SameDouble(got.Re, z.Re) && SameDouble(got.Im, z.Im)) << lines[k];
+    }
+  }
+  for (const TMtx* a : {&m, &mc}) {
+    TStringList lines;
+    ValuesToStrings(*a, lines, "; ");
+    TMtx back;
+    back.Size(0, 0, a->Complex());
+    StringsToValues(back, lines, "; ");
+    ASSERT_TRUE(back.Rows() == a->Rows() && back.Cols() == 10);
+    for (int k = 0; k < n; ++k) {
+      const TCplx z = a->Complex() ? a->CValues(k / 10, k % 10) : TCplx{a->Values(k / 10, k % 10), 0.0};
+      const TCplx got = a->Complex() ? back.CValues(k / 10, k % 10) : TCplx{back.Values(k / 10, k % 10), 0.0};
+      ASSERT_TRUE(SameDouble(got.Re, z.Re) && SameDouble(got.Im, z.Im)) << lines[k / 10];
+    }
+  }
+  // Patterns: every line is the one-value formatter's text, byte for byte, and reads back as the
+  // C library reads it.
+  const std::string imFormat = "+0.0000i;-0.0000i";
+  for (const std::string& format : {std::string(" 0.0000;-0.0000"), std::string("0.000"),
+                                    "0." + std::string(17, '0'), std::string("0.00E+00;(0.00E+00)"),
+                                    std::string("#,##0.##;;'zero'"), std::string("0.00##E-0")}) {
+    const bool readable = format.find_first_of("(,'") == std::string::npos;
+    TStringList lines;
+    ValuesToStrings(re, lines, format, imFormat);
+    ValuesToStrings(cx, lines, format, imFormat);
+    ASSERT_EQ(static_cast<int>(lines.size()), 2 * n);
+    TStringList rows;
+    ValuesToStrings(mc, rows, "\t", format, imFormat);
+    for (int k = 0; k < n; ++k) {
+      ASSERT_EQ(lines[k], FormatPattern(format, re[k])) << format;
+      const TCplx z = *cx.PCValues(k);
+      const std::string cplx = z.Im == 0   ? FormatPattern(format, z.Re)
+                               : z.Re == 0 ? FormatPattern(imFormat, z.Im)
+                                           : FormatPattern(format, z.Re) + FormatPattern(imFormat, z.Im);
+      ASSERT_EQ(lines[n + k], cplx) << format;
+      if (k % 10 == 0) ASSERT_EQ(rows[k / 10].substr(0, cplx.size() + 1), cplx + "\t") << format;
+      if (readable) ASSERT_TRUE(SameDouble(StrToVal(lines[k]), std::strtod(lines[k].c_str(), nullptr))) << lines[k];
+    }
+    if (readable) {
+      TVec back;
+      back.Size(0, false);
+      StringsToValues(back, TStringList(lines.begin(), lines.begin() + n));
+      for (int k = 0; k < n; ++k) ASSERT_TRUE(SameDouble(back[k], StrToVal(lines[k])));
+    }
+  }
+}
+
+TEST(TextValues, ConversionsAllocateOnlyTheTextsTheyKeep) {
+  if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
+  const auto allocations = [](auto f) {
+    f();  // warms the object cache and the list's capacity
+    const long before = test::AllocationCount();
+    f();
+    return test::AllocationCount() - before;
+  };
+  const int n = 1000;
+  TVec v, c;
+  v.Size(n, false);
+  v.Ramp(0.1, 0.0137);  // exact texts of up to 19 characters, pattern texts of 5
+  c.Size(n, true);
+  for (int k = 0; k < n; ++k) *c.PCValues(k) = {std::sin(0.37 * k), std::cos(1.1 * k)};
+  TMtx m(n / 10, 10);
+  for (int k = 0; k < n; ++k) m.Values(k / 10, k % 10) = v[k];
+  TStringList lines;
+  lines.reserve(n);
+  // Short texts live in the strings themselves: nothing is allocated at all.
+  EXPECT_EQ(allocations([&] { lines.clear(); ValuesToStrings(v, lines, "0.000", "0.000"); }), 0);
+  EXPECT_EQ(allocations([&] { lines.clear(); ValuesToStrings(c, lines, " 0.00;-0.00", "+0.00i;-0.00i"); }), 0);
+  // Exact texts: the long lines themselves, and the call's one buffer.
+  TStringList exact, cexact, mlines;
+  ValuesToStrings(v, exact);
+  ValuesToStrings(c, cexact);
+  ValuesToStrings(m, mlines, ";");
+  long longLines = 0;
+  for (const std::string& line : exact) longLines += line.size() > 15;
+  ASSERT_GT(longLines, n / 10);
+  EXPECT_LE(allocations([&] { lines.clear(); ValuesToStrings(v, lines); }), longLines + 1);
+  // Reading back, long texts included, allocates nothing.
+  TVec back, cback;
+  back.Size(n, false);
+  cback.Size(n, true);
+  TMtx mback;
+  EXPECT_EQ(allocations([&] { back.StringsToValues(exact); }), 0);
+  EXPECT_EQ(allocations([&] { cback.StringsToValues(cexact); }), 0);
+  EXPECT_EQ(allocations([&] { mback.StringsToValues(mlines, ";"); }), 0);
+  EXPECT_EQ(test::Doubles(back), test::Doubles(v));
+  EXPECT_EQ(test::Doubles(mback), test::Doubles(m));
 }
 
 TEST(TextValues, ColumnsSplitLikeTheLineReader) {
