@@ -164,7 +164,7 @@ void TMtx::LUSolveT(const T* b, T* x, std::int32_t nrhs, TMtxType mtxType, TMtxO
 
   // Solve, in x.
   if (fLapackInfo == 0) {
-    std::memcpy(x, b, sizeof(T) * std::size_t(n) * nrhs);
+    std::copy_n(b, std::int64_t{n} * nrhs, x);  // b is null for an empty vector, which memcpy may not take
     const char* msg = nullptr;
     if (posDef) {
       info = potrs<T>(uplo, n, nrhs, af, ld, x, n), msg = "Cholesky: Erorr at solve: ";

@@ -280,6 +280,100 @@ TEST(Factorizations, LUAndCholeskyReproduceTheMatrix) {
   });
 }
 
+// A 0 x 0 matrix is square, so every routine takes it: the results are empty (the determinant
+// is the empty product, 1), and no LAPACK call is invalid, so nothing is raised or printed.
+TEST(EmptyMatrix, EveryDenseRoutineAndTypeGivesTheEmptyResult) {
+  auto sized = [](const TMtx& m, int rows, int cols) { return m.Rows() == rows && m.Cols() == cols; };
+  testing::internal::CaptureStdout();
+  for (bool cplx : {false, true}) {
+    std::vector<TMtxType> types = {mtSymmPosDef, mtSymmetric, mtTriangle, mtGeneral};
+    if (cplx) types.insert(types.end(), {mtHermPosDef, mtHermitian});
+    for (bool autoType : {false, true})
+      for (TMtxType type : types) {
+        SCOPED_TRACE(testing::Message() << "complex " << cplx << " auto " << autoType << " type " << int(type));
+        TMtx a(0, 0, cplx);
+        a.SetAutoMtxType(autoType);
+        a.SetConditionNumber(cnNorm1);
+        a.SetRefineSolution(true);
+        // Every output starts non-empty, so one left alone shows.
+        TMtx x = Random(2, 2, cplx, 1), m = x, vl = x, vr = x;
+        TVec xv = RandomVec(3, cplx, 2), d = xv, p = xv;
+        if (!(cplx && type == mtSymmPosDef) || autoType) {  // else refused by type, whatever the size
+          EXPECT_NO_THROW(a.LUSolve(TMtx(0, 3, cplx), x, type, opNone));
+          EXPECT_TRUE(sized(x, 0, 3));
+          EXPECT_NO_THROW(a.LUSolve(TVec(0, cplx), xv, type, opNone));
+          EXPECT_EQ(xv.Length(), 0);
+          EXPECT_EQ(a.RCond(), 1);
+        }
+        m = a;
+        EXPECT_NO_THROW(m.Inv(type));
+        EXPECT_TRUE(sized(m, 0, 0));
+        TCplx det{0, 0};
+        EXPECT_NO_THROW(a.Determinant(det, type));
+        EXPECT_EQ(det.Re, 1);
+        EXPECT_EQ(det.Im, 0);
+        if (!cplx) EXPECT_EQ(a.Determinant(type), 1);
+        if (type != mtTriangle) {
+          EXPECT_NO_THROW(m.LU(a, p, type));
+          EXPECT_TRUE(sized(m, 0, 0));
+          EXPECT_EQ(p.Length(), 0);
+        }
+        if (cplx && type == mtSymmetric && !autoType) continue;  // no complex symmetric eigen path
+        EXPECT_NO_THROW(a.Eig(d, type));
+        EXPECT_EQ(d.Length(), 0);
+        for (TVectorForm form : {vfEig, vfSchur}) {
+          d = RandomVec(3, cplx, 3);
+          vl = vr = Random(2, 2, cplx, 4);
+          EXPECT_NO_THROW(a.Eig(&vl, d, &vr, type, form));
+          EXPECT_EQ(d.Length(), 0);
+          EXPECT_TRUE(sized(vr, 0, 0));
+          if (autoType || type == mtGeneral || type == mtTriangle) EXPECT_TRUE(sized(vl, 0, 0));
+        }
+        m = x;
+        EXPECT_NO_THROW(m.MtxSqrt(a, type));
+        EXPECT_TRUE(sized(m, 0, 0));
+        m = x;
+        EXPECT_NO_THROW(m.MtxPower(a, TCplx{-1, 1}, type));
+        EXPECT_TRUE(sized(m, 0, 0));
+      }
+    // The routines without a type.
+    TMtx a(0, 0, cplx), b(0, 0, cplx), m = Random(2, 2, cplx, 5), l = m, q = m, r = m;
+    TVec d = RandomVec(3, cplx, 6);
+    EXPECT_NO_THROW(TMtx(a).Cholesky());
+    for (TEigGenType kind : {etAzBz, etABz, etBAz}) {
+      EXPECT_NO_THROW(a.EigGen(b, m, d, kind));
+      EXPECT_TRUE(sized(m, 0, 0));
+      EXPECT_EQ(d.Length(), 0);
+    }
+    for (std::int32_t e : {-5, -1, 2, 5}) {  // |e| >= 5 takes the complex polar path
+      m = Random(2, 2, cplx, 7);
+      EXPECT_NO_THROW(m.MtxIntPower(a, e));
+      EXPECT_TRUE(sized(m, 0, 0));
+    }
+    EXPECT_NO_THROW(a.LQR(&l, &q, &r));
+    EXPECT_TRUE(sized(q, 0, 0) && sized(r, 0, 0));
+    q = r = Random(2, 2, cplx, 8);
+    EXPECT_NO_THROW(a.LMinQR(&l, &q, &r));
+    EXPECT_TRUE(sized(q, 0, 0) && sized(r, 0, 0));
+    // Band layouts of order 0: one stored diagonal, no columns.
+    for (TMtxType band : {mtBandGeneral, cplx ? mtBandHermPosDef : mtBandSymmPosDef}) {
+      TMtx ab(1, 0, cplx);
+      TVec xv = RandomVec(3, cplx, 9);
+      EXPECT_NO_THROW(ab.LUSolve(TVec(0, cplx), xv, band, opNone));
+      EXPECT_EQ(xv.Length(), 0);
+    }
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  // The argument checks still come first.
+  TMtx a(0, 0, false);
+  ExpectMessages<EQuorelException>({
+      {[&] { a.Determinant(mtHermitian); }, "LU: Hermitian and not complex!"},
+      {[&] { a.Determinant(mtBandGeneral); }, "MtxType not supported"},
+      {[&] { TVec x; a.LUSolve(TVec(0), x, mtHermitian, opNone); }, "Hermitian solve: not complex!"},
+      {[&] { TVec x; a.LUSolve(TVec(1), x, mtGeneral, opNone); }, "B.Length <> Rows"},
+  });
+}
+
 // Symmetric and Hermitian types read the triangle TriangleForm names; the other holds garbage
 // (the eigen solvers' share is in spectral_test).
 TEST(SymmetricTypes, SolveInverseAndDeterminantReadOnlyTheStoredTriangle) {

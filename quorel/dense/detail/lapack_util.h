@@ -2,6 +2,7 @@
 // Helpers shared by the dense linear-algebra methods: LAPACK's character arguments from the
 // library's enumerations, the messages made from `info`, and column-major scratch copies.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -97,7 +98,7 @@ void SolveColumns(const TVec& b, TVec& x, std::int32_t xRows, Solve&& solve) {
   T* xt = work.Take<T>(xRows);
   solve(Ptr<T>(b), xt, 1);
   x.Size(xRows, lapack::kComplex<T>);
-  std::memcpy(Ptr<T>(x), xt, sizeof(T) * std::size_t(xRows));
+  std::copy_n(xt, xRows, Ptr<T>(x));  // an empty x may have no storage, which memcpy may not take
 }
 
 }  // namespace quorel::detail

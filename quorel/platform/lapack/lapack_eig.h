@@ -8,39 +8,39 @@
 namespace quorel::detail::lapack {
 
 template <Element T>
-void trsm(char side, char uplo, char ta, char diag, FInt m, FInt n, T alpha, const T* a, FInt lda, T* b, FInt ldb) {
-  if constexpr (kComplex<T>) ztrsm_(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1);
-  else dtrsm_(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda, b, &ldb, 1, 1, 1, 1);
+void trsm(char side, char uplo, char ta, char diag, FInt m, FInt n, T alpha, const T* a, Ld lda, T* b, Ld ldb) {
+  if constexpr (kComplex<T>) ztrsm_(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda.v, b, &ldb.v, 1, 1, 1, 1);
+  else dtrsm_(&side, &uplo, &ta, &diag, &m, &n, &alpha, a, &lda.v, b, &ldb.v, 1, 1, 1, 1);
 }
 
 /// Tridiagonal reduction of a symmetric (Hermitian) matrix: d (n), e (n - 1), tau (n - 1).
 template <Element T>
-FInt sytrd(char uplo, FInt n, T* a, FInt lda, double* d, double* e, T* tau) {
+FInt sytrd(char uplo, FInt n, T* a, Ld lda, double* d, double* e, T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zhetrd_(&uplo, &n, a, &lda, d, e, tau, work, &lwork, &info, 1);
-    else dsytrd_(&uplo, &n, a, &lda, d, e, tau, work, &lwork, &info, 1);
+    if constexpr (kComplex<T>) zhetrd_(&uplo, &n, a, &lda.v, d, e, tau, work, &lwork, &info, 1);
+    else dsytrd_(&uplo, &n, a, &lda.v, d, e, tau, work, &lwork, &info, 1);
     return info;
   });
 }
 /// The orthogonal (unitary) matrix of sytrd.
 template <Element T>
-FInt orgtr(char uplo, FInt n, T* a, FInt lda, const T* tau) {
+FInt orgtr(char uplo, FInt n, T* a, Ld lda, const T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zungtr_(&uplo, &n, a, &lda, tau, work, &lwork, &info, 1);
-    else dorgtr_(&uplo, &n, a, &lda, tau, work, &lwork, &info, 1);
+    if constexpr (kComplex<T>) zungtr_(&uplo, &n, a, &lda.v, tau, work, &lwork, &info, 1);
+    else dorgtr_(&uplo, &n, a, &lda.v, tau, work, &lwork, &info, 1);
     return info;
   });
 }
 /// Eigenvalues (and with compz 'V'/'I' vectors) of a positive definite tridiagonal matrix.
 template <Element T>
-FInt pteqr(char compz, FInt n, double* d, double* e, T* z, FInt ldz) {
+FInt pteqr(char compz, FInt n, double* d, double* e, T* z, Ld ldz) {
   FInt info = 0;
   TLapackWork w;
   double* work = w.Take<double>(4 * std::int64_t{n});
-  if constexpr (kComplex<T>) zpteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
-  else dpteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
+  if constexpr (kComplex<T>) zpteqr_(&compz, &n, d, e, z, &ldz.v, work, &info, 1);
+  else dpteqr_(&compz, &n, d, e, z, &ldz.v, work, &info, 1);
   return info;
 }
 inline FInt sterf(FInt n, double* d, double* e) {
@@ -49,46 +49,46 @@ inline FInt sterf(FInt n, double* d, double* e) {
   return info;
 }
 template <Element T>
-FInt steqr(char compz, FInt n, double* d, double* e, T* z, FInt ldz) {
+FInt steqr(char compz, FInt n, double* d, double* e, T* z, Ld ldz) {
   FInt info = 0;
   TLapackWork w;
   double* work = w.Take<double>(2 * std::int64_t{n});
-  if constexpr (kComplex<T>) zsteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
-  else dsteqr_(&compz, &n, d, e, z, &ldz, work, &info, 1);
+  if constexpr (kComplex<T>) zsteqr_(&compz, &n, d, e, z, &ldz.v, work, &info, 1);
+  else dsteqr_(&compz, &n, d, e, z, &ldz.v, work, &info, 1);
   return info;
 }
 template <Element T>
-FInt gebal(char job, FInt n, T* a, FInt lda, FInt& ilo, FInt& ihi, double* scale) {
+FInt gebal(char job, FInt n, T* a, Ld lda, FInt& ilo, FInt& ihi, double* scale) {
   FInt info = 0;
-  if constexpr (kComplex<T>) zgebal_(&job, &n, a, &lda, &ilo, &ihi, scale, &info, 1);
-  else dgebal_(&job, &n, a, &lda, &ilo, &ihi, scale, &info, 1);
+  if constexpr (kComplex<T>) zgebal_(&job, &n, a, &lda.v, &ilo, &ihi, scale, &info, 1);
+  else dgebal_(&job, &n, a, &lda.v, &ilo, &ihi, scale, &info, 1);
   return info;
 }
 template <Element T>
-FInt gehrd(FInt n, FInt ilo, FInt ihi, T* a, FInt lda, T* tau) {
+FInt gehrd(FInt n, FInt ilo, FInt ihi, T* a, Ld lda, T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zgehrd_(&n, &ilo, &ihi, a, &lda, tau, work, &lwork, &info);
-    else dgehrd_(&n, &ilo, &ihi, a, &lda, tau, work, &lwork, &info);
+    if constexpr (kComplex<T>) zgehrd_(&n, &ilo, &ihi, a, &lda.v, tau, work, &lwork, &info);
+    else dgehrd_(&n, &ilo, &ihi, a, &lda.v, tau, work, &lwork, &info);
     return info;
   });
 }
 template <Element T>
-FInt orghr(FInt n, FInt ilo, FInt ihi, T* a, FInt lda, const T* tau) {
+FInt orghr(FInt n, FInt ilo, FInt ihi, T* a, Ld lda, const T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zunghr_(&n, &ilo, &ihi, a, &lda, tau, work, &lwork, &info);
-    else dorghr_(&n, &ilo, &ihi, a, &lda, tau, work, &lwork, &info);
+    if constexpr (kComplex<T>) zunghr_(&n, &ilo, &ihi, a, &lda.v, tau, work, &lwork, &info);
+    else dorghr_(&n, &ilo, &ihi, a, &lda.v, tau, work, &lwork, &info);
     return info;
   });
 }
 /// Eigenvalues of a Hessenberg matrix into w (n complex values).
 template <Element T>
-FInt hseqr(char job, char compz, FInt n, FInt ilo, FInt ihi, T* h, FInt ldh, TCplx* w, T* z, FInt ldz) {
+FInt hseqr(char job, char compz, FInt n, FInt ilo, FInt ihi, T* h, Ld ldh, TCplx* w, T* z, Ld ldz) {
   if constexpr (kComplex<T>) {
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
-      zhseqr_(&job, &compz, &n, &ilo, &ihi, h, &ldh, w, z, &ldz, work, &lwork, &info, 1, 1);
+      zhseqr_(&job, &compz, &n, &ilo, &ihi, h, &ldh.v, w, z, &ldz.v, work, &lwork, &info, 1, 1);
       return info;
     });
   } else {
@@ -97,7 +97,7 @@ FInt hseqr(char job, char compz, FInt n, FInt ilo, FInt ihi, T* h, FInt ldh, TCp
     double* wi = wr + n;
     const FInt info = Queried<T>([&](T* work, FInt lwork) {
       FInt i = 0;
-      dhseqr_(&job, &compz, &n, &ilo, &ihi, h, &ldh, wr, wi, z, &ldz, work, &lwork, &i, 1, 1);
+      dhseqr_(&job, &compz, &n, &ilo, &ihi, h, &ldh.v, wr, wi, z, &ldz.v, work, &lwork, &i, 1, 1);
       return i;
     });
     for (FInt k = 0; k < n; ++k) w[k] = {wr[k], wi[k]};
@@ -105,16 +105,16 @@ FInt hseqr(char job, char compz, FInt n, FInt ilo, FInt ihi, T* h, FInt ldh, TCp
   }
 }
 template <Element T>
-FInt gebak(char job, char side, FInt n, FInt ilo, FInt ihi, const double* scale, FInt m, T* v, FInt ldv) {
+FInt gebak(char job, char side, FInt n, FInt ilo, FInt ihi, const double* scale, FInt m, T* v, Ld ldv) {
   FInt info = 0;
-  if constexpr (kComplex<T>) zgebak_(&job, &side, &n, &ilo, &ihi, scale, &m, v, &ldv, &info, 1, 1);
-  else dgebak_(&job, &side, &n, &ilo, &ihi, scale, &m, v, &ldv, &info, 1, 1);
+  if constexpr (kComplex<T>) zgebak_(&job, &side, &n, &ilo, &ihi, scale, &m, v, &ldv.v, &info, 1, 1);
+  else dgebak_(&job, &side, &n, &ilo, &ihi, scale, &m, v, &ldv.v, &info, 1, 1);
   return info;
 }
 /// Eigenvalues into w; left/right vectors when vl/vr are given. The real routine's vectors of a
 /// complex pair come as real and imaginary parts in two consecutive columns.
 template <Element T>
-FInt geev(FInt n, T* a, FInt lda, TCplx* w, T* vl, FInt ldvl, T* vr, FInt ldvr) {
+FInt geev(FInt n, T* a, Ld lda, TCplx* w, T* vl, Ld ldvl, T* vr, Ld ldvr) {
   const char jl = vl ? 'V' : 'N', jr = vr ? 'V' : 'N';
   T dummy{};
   if (!vl) vl = &dummy;
@@ -124,7 +124,7 @@ FInt geev(FInt n, T* a, FInt lda, TCplx* w, T* vl, FInt ldvl, T* vr, FInt ldvr) 
     double* rwork = rw.Take<double>(2 * std::int64_t{n});
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
-      zgeev_(&jl, &jr, &n, a, &lda, w, vl, &ldvl, vr, &ldvr, work, &lwork, rwork, &info, 1, 1);
+      zgeev_(&jl, &jr, &n, a, &lda.v, w, vl, &ldvl.v, vr, &ldvr.v, work, &lwork, rwork, &info, 1, 1);
       return info;
     });
   } else {
@@ -133,7 +133,7 @@ FInt geev(FInt n, T* a, FInt lda, TCplx* w, T* vl, FInt ldvl, T* vr, FInt ldvr) 
     double* wi = wr + n;
     const FInt info = Queried<T>([&](T* work, FInt lwork) {
       FInt i = 0;
-      dgeev_(&jl, &jr, &n, a, &lda, wr, wi, vl, &ldvl, vr, &ldvr, work, &lwork, &i, 1, 1);
+      dgeev_(&jl, &jr, &n, a, &lda.v, wr, wi, vl, &ldvl.v, vr, &ldvr.v, work, &lwork, &i, 1, 1);
       return i;
     });
     for (FInt k = 0; k < n; ++k) w[k] = {wr[k], wi[k]};
@@ -141,20 +141,20 @@ FInt geev(FInt n, T* a, FInt lda, TCplx* w, T* vl, FInt ldvl, T* vr, FInt ldvr) 
   }
 }
 template <Element T>
-FInt sygst(FInt itype, char uplo, FInt n, T* a, FInt lda, const T* b, FInt ldb) {
+FInt sygst(FInt itype, char uplo, FInt n, T* a, Ld lda, const T* b, Ld ldb) {
   FInt info = 0;
-  if constexpr (kComplex<T>) zhegst_(&itype, &uplo, &n, a, &lda, b, &ldb, &info, 1);
-  else dsygst_(&itype, &uplo, &n, a, &lda, b, &ldb, &info, 1);
+  if constexpr (kComplex<T>) zhegst_(&itype, &uplo, &n, a, &lda.v, b, &ldb.v, &info, 1);
+  else dsygst_(&itype, &uplo, &n, a, &lda.v, b, &ldb.v, &info, 1);
   return info;
 }
 
 /// Bidiagonal reduction: d (min(m, n)), e (min - 1), tauq, taup (min).
 template <Element T>
-FInt gebrd(FInt m, FInt n, T* a, FInt lda, double* d, double* e, T* tauq, T* taup) {
+FInt gebrd(FInt m, FInt n, T* a, Ld lda, double* d, double* e, T* tauq, T* taup) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zgebrd_(&m, &n, a, &lda, d, e, tauq, taup, work, &lwork, &info);
-    else dgebrd_(&m, &n, a, &lda, d, e, tauq, taup, work, &lwork, &info);
+    if constexpr (kComplex<T>) zgebrd_(&m, &n, a, &lda.v, d, e, tauq, taup, work, &lwork, &info);
+    else dgebrd_(&m, &n, a, &lda.v, d, e, tauq, taup, work, &lwork, &info);
     return info;
   });
 }
@@ -172,7 +172,7 @@ FInt bdsqr(char uplo, FInt n, double* d, double* e) {
 }
 /// Divide-and-conquer SVD; jobz 'N', 'S' or 'A'.
 template <Element T>
-FInt gesdd(char jobz, FInt m, FInt n, T* a, FInt lda, double* s, T* u, FInt ldu, T* vt, FInt ldvt) {
+FInt gesdd(char jobz, FInt m, FInt n, T* a, Ld lda, double* s, T* u, Ld ldu, T* vt, Ld ldvt) {
   const std::int64_t mn = std::min(m, n), mx = std::max(m, n);
   TLapackWork w;
   FInt* iwork = w.TakeInt(8 * mn);
@@ -181,72 +181,75 @@ FInt gesdd(char jobz, FInt m, FInt n, T* a, FInt lda, double* s, T* u, FInt ldu,
     double* rwork = w.Take<double>(lr);
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
-      zgesdd_(&jobz, &m, &n, a, &lda, s, u, &ldu, vt, &ldvt, work, &lwork, rwork, iwork, &info, 1);
+      zgesdd_(&jobz, &m, &n, a, &lda.v, s, u, &ldu.v, vt, &ldvt.v, work, &lwork, rwork, iwork, &info, 1);
       return info;
     });
   } else {
     return Queried<T>([&](T* work, FInt lwork) {
       FInt info = 0;
-      dgesdd_(&jobz, &m, &n, a, &lda, s, u, &ldu, vt, &ldvt, work, &lwork, iwork, &info, 1);
+      dgesdd_(&jobz, &m, &n, a, &lda.v, s, u, &ldu.v, vt, &ldvt.v, work, &lwork, iwork, &info, 1);
       return info;
     });
   }
 }
 /// Minimum-norm least squares by SVD; rank receives the effective rank.
 template <Element T>
-FInt gelsd(FInt m, FInt n, FInt nrhs, T* a, FInt lda, T* b, FInt ldb, double* s, double rcond, FInt& rank) {
+FInt gelsd(FInt m, FInt n, FInt nrhs, T* a, Ld lda, T* b, Ld ldb, double* s, double rcond, FInt& rank) {
   // The query reports the integer and real work sizes in iwork[0] and rwork[0].
   FInt iq = 1, info = 0, query = -1;
   T wq{};
   double rq = 1;
-  if constexpr (kComplex<T>) zgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, &wq, &query, &rq, &iq, &info);
-  else dgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, &wq, &query, &iq, &info);
+  if constexpr (kComplex<T>)
+    zgelsd_(&m, &n, &nrhs, a, &lda.v, b, &ldb.v, s, &rcond, &rank, &wq, &query, &rq, &iq, &info);
+  else dgelsd_(&m, &n, &nrhs, a, &lda.v, b, &ldb.v, s, &rcond, &rank, &wq, &query, &iq, &info);
   if (info != 0) return info;
   TLapackWork w;
   FInt* iwork = w.TakeInt(std::max<FInt>(iq, 1));
   double* rwork = w.Take<double>(static_cast<std::int64_t>(rq));
   return Queried<T>([&](T* work, FInt lwork) {
     FInt i = 0;
-    if constexpr (kComplex<T>) zgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, work, &lwork, rwork, iwork, &i);
-    else dgelsd_(&m, &n, &nrhs, a, &lda, b, &ldb, s, &rcond, &rank, work, &lwork, iwork, &i);
+    if constexpr (kComplex<T>)
+      zgelsd_(&m, &n, &nrhs, a, &lda.v, b, &ldb.v, s, &rcond, &rank, work, &lwork, rwork, iwork, &i);
+    else dgelsd_(&m, &n, &nrhs, a, &lda.v, b, &ldb.v, s, &rcond, &rank, work, &lwork, iwork, &i);
     return i;
   });
 }
 /// QR (lq = false) or LQ factorisation.
 template <Element T>
-FInt geqrf(bool lq, FInt m, FInt n, T* a, FInt lda, T* tau) {
+FInt geqrf(bool lq, FInt m, FInt n, T* a, Ld lda, T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) (lq ? zgelqf_ : zgeqrf_)(&m, &n, a, &lda, tau, work, &lwork, &info);
-    else (lq ? dgelqf_ : dgeqrf_)(&m, &n, a, &lda, tau, work, &lwork, &info);
+    if constexpr (kComplex<T>) (lq ? zgelqf_ : zgeqrf_)(&m, &n, a, &lda.v, tau, work, &lwork, &info);
+    else (lq ? dgelqf_ : dgeqrf_)(&m, &n, a, &lda.v, tau, work, &lwork, &info);
     return info;
   });
 }
 /// The explicit m x n orthogonal factor of geqrf (lq = false) or gelqf from k reflectors.
 template <Element T>
-FInt orgqr(bool lq, FInt m, FInt n, FInt k, T* a, FInt lda, const T* tau) {
+FInt orgqr(bool lq, FInt m, FInt n, FInt k, T* a, Ld lda, const T* tau) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) (lq ? zunglq_ : zungqr_)(&m, &n, &k, a, &lda, tau, work, &lwork, &info);
-    else (lq ? dorglq_ : dorgqr_)(&m, &n, &k, a, &lda, tau, work, &lwork, &info);
+    if constexpr (kComplex<T>) (lq ? zunglq_ : zungqr_)(&m, &n, &k, a, &lda.v, tau, work, &lwork, &info);
+    else (lq ? dorglq_ : dorgqr_)(&m, &n, &k, a, &lda.v, tau, work, &lwork, &info);
     return info;
   });
 }
 template <Element T>
-FInt gels(char trans, FInt m, FInt n, FInt nrhs, T* a, FInt lda, T* b, FInt ldb) {
+FInt gels(char trans, FInt m, FInt n, FInt nrhs, T* a, Ld lda, T* b, Ld ldb) {
   return Queried<T>([&](T* work, FInt lwork) {
     FInt info = 0;
-    if constexpr (kComplex<T>) zgels_(&trans, &m, &n, &nrhs, a, &lda, b, &ldb, work, &lwork, &info, 1);
-    else dgels_(&trans, &m, &n, &nrhs, a, &lda, b, &ldb, work, &lwork, &info, 1);
+    if constexpr (kComplex<T>) zgels_(&trans, &m, &n, &nrhs, a, &lda.v, b, &ldb.v, work, &lwork, &info, 1);
+    else dgels_(&trans, &m, &n, &nrhs, a, &lda.v, b, &ldb.v, work, &lwork, &info, 1);
     return info;
   });
 }
 template <Element T>
-FInt trsyl(char trana, char tranb, FInt isgn, FInt m, FInt n, const T* a, FInt lda, const T* b, FInt ldb, T* c,
-           FInt ldc, double& scale) {
+FInt trsyl(char trana, char tranb, FInt isgn, FInt m, FInt n, const T* a, Ld lda, const T* b, Ld ldb, T* c,
+           Ld ldc, double& scale) {
   FInt info = 0;
-  if constexpr (kComplex<T>) ztrsyl_(&trana, &tranb, &isgn, &m, &n, a, &lda, b, &ldb, c, &ldc, &scale, &info, 1, 1);
-  else dtrsyl_(&trana, &tranb, &isgn, &m, &n, a, &lda, b, &ldb, c, &ldc, &scale, &info, 1, 1);
+  if constexpr (kComplex<T>) ztrsyl_(&trana, &tranb, &isgn, &m, &n, a, &lda.v, b, &ldb.v, c, &ldc.v, &scale, &info, 1,
+                                     1);
+  else dtrsyl_(&trana, &tranb, &isgn, &m, &n, a, &lda.v, b, &ldb.v, c, &ldc.v, &scale, &info, 1, 1);
   return info;
 }
 
