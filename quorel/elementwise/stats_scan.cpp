@@ -1,6 +1,7 @@
 // Reductions that are own scans rather than one platform-kernel call: median, higher moments, complex
 // extremes, first/last, searches and tolerance equality.
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <vector>
 
@@ -53,17 +54,26 @@ double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
 }
 
 namespace {
-// Sum of ((x - mean) / stdDev)^power over the range, in one pass.
-template <int Power>
-double SumOfNormalizedPowers(const double* x, std::int32_t n, double mean, double stdDev) {
-  const double inv = 1.0 / stdDev;
+// Sum of ((x - mean) * inv)^power, or of ((x - mean) / stdDev)^power with Divide, in one pass.
+template <int Power, bool Divide>
+double SumOfPowers(const double* x, std::int32_t n, double mean, double by) {
   double sum = 0.0;
   for (std::int32_t i = 0; i < n; ++i) {
-    const double z = (x[i] - mean) * inv;
+    const double z = Divide ? (x[i] - mean) / by : (x[i] - mean) * by;
     const double z2 = z * z;
     sum += Power == 3 ? z2 * z : z2 * z2;
   }
   return sum;
+}
+
+// Sum of ((x - mean) / stdDev)^power over the range. The reciprocal serves where it is a normal
+// number; for a stdDev near the ends of the range it would overflow or lose digits, and there the
+// division runs.
+template <int Power>
+double SumOfNormalizedPowers(const double* x, std::int32_t n, double mean, double stdDev) {
+  const double inv = 1.0 / stdDev;
+  if (std::fabs(inv) >= DBL_MIN && std::fabs(inv) < INF) return SumOfPowers<Power, false>(x, n, mean, inv);
+  return SumOfPowers<Power, true>(x, n, mean, stdDev);
 }
 }  // namespace
 

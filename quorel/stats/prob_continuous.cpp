@@ -286,8 +286,10 @@ double LaplacePDF(double x, double m, double b) {
 double LaplaceCDF(double x, double m, double b) {
   if (!ParamsValid(b > 0.0, !std::isnan(x))) return NaNResult();
   const double d = x - m;
-  const double sgn = d > 0.0 ? 1.0 : (d < 0.0 ? -1.0 : 0.0);
-  return 0.5 * (1.0 + sgn * -std::expm1(-std::fabs(d) / b));
+  // 0.5 (1 + Sgn(d) (1 - e)) taken apart, so the lower side keeps its digits
+  if (d < 0.0) return 0.5 * std::exp(d / b);
+  if (d > 0.0) return 1.0 - 0.5 * std::exp(-d / b);
+  return d == 0.0 ? 0.5 : d;  // Sgn(NaN) = 0 times NaN
 }
 
 double LaplaceCDFInv(double p, double m, double b) {

@@ -67,6 +67,14 @@ TEST(Moments, AgainstDirectFormulas) {
   EXPECT_EQ(Real({1, 1, 1, 1}).Kurtosis(1, 0), INF);
 }
 
+// A subnormal StdDev: its reciprocal overflows, the quotients do not. References: mpmath at 300
+// bits on the exact doubles, with mean 1.75e-310 and StdDev 3e-310 as given.
+TEST(Moments, SubnormalStdDev) {
+  const TVec x = Real({1e-310, -2e-310, 3e-310, 5e-310});
+  EXPECT_NEAR(x.Skewness(1.75e-310, 3e-310), -0.4166666666666422, 1e-15);
+  EXPECT_NEAR(x.Kurtosis(1.75e-310, 3e-310), -0.6572788065843964, 1e-14);
+}
+
 TEST(ComplexExtremes, ModulusThenPhase) {
   EXPECT_EQ(Cplx({{0, 1}, {1, 0}}).Maxc(), (TCplx{0, 1}));
   TCplx v;

@@ -48,6 +48,35 @@ TEST(Reductions, SumsMeansDeviations) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).Sumc(); }), "Complex = False");
 }
 
+// Squares of the deviations overflow or underflow although the deviation is representable.
+// References: mpmath at 300 bits, sqrt(sum((x - mean)^2) / (n - 1)) of the exact doubles.
+TEST(Reductions, StdDevOfHugeAndTinyData) {
+  const struct {
+    TVec x;
+    double want;
+  } cases[] = {
+      {Real({1e200, -1e200, 3e200, 2e200}), 1.707825127659933e+200},
+      {Real({1e-200, -1e-200, 3e-200, 2e-200}), 1.707825127659933e-200},
+      {Real({1e-310, -2e-310, 3e-310, 5e-310}), 2.9860788111948e-310},     // subnormal data
+      {Real({1.7e308, 1.6e308, 1.75e308, 1.5e308}), 1.1086778913041725e+307},  // the sum overflows
+      {Real({1e-160, 2e-160, 4e-160}), 1.5275252316519466e-160},
+  };
+  for (const auto& c : cases) {
+    const double got = c.x.StdDev();
+    const double tol = c.want < 1e-300 ? 1e-323 : 4e-16 * c.want;  // subnormal: two units
+    EXPECT_NEAR(got, c.want, tol) << c.want;
+  }
+  // the plain path and the rescaled one agree where both hold: powers of 2 apart
+  TVec x = Real({0.25, -3.5, 7.0, 1.125, 2.0});
+  const double sd = x.StdDev();
+  for (int i = 0; i < x.Length(); ++i) x[i] *= 0x1p-1000;
+  EXPECT_EQ(x.StdDev(), sd * 0x1p-1000);
+  EXPECT_EQ(Real({0, 0, 0}).StdDev(), 0);
+  EXPECT_EQ(Real({1e-300, 1e-300}).StdDev(), 0);
+  EXPECT_TRUE(std::isnan(Real({1, NaN, 2}).StdDev()));
+  EXPECT_TRUE(std::isnan(Real({1, INF, 2}).StdDev()));
+}
+
 TEST(Reductions, Extremes) {
   TVec a = Real({1, 5, 5, -2});
   double v;

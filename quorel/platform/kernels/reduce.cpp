@@ -176,11 +176,42 @@ TCplx Mean(const TCplx* x, ptrdiff_t n) {
   return {s.Re / dn, s.Im / dn};
 }
 
+namespace {
+// r * 2^e for e in [-2044, 2044], in two normal steps.
+double ScaleByPow2(double r, int e) {
+  const int half = e / 2;
+  return r * Pow2(half) * Pow2(e - half);
+}
+
+// StdDev for data whose mean or squared deviations overflow or underflow. The data are brought
+// near 1 for the mean and the deviations near 1 for their squares, both by powers of 2, so where
+// nothing overflows or underflows the result equals the plain one. NaN stays NaN.
+[[gnu::noinline]] double StdDevRescaled(const double* x, ptrdiff_t n, double plain) {
+  const double big = MaxOf(n, [x](ptrdiff_t i) { return std::fabs(x[i]); });
+  if (!(big > 0.0 && big < kInf)) return big == 0.0 ? 0.0 : plain;
+  const int e1 = std::clamp(std::ilogb(big), -1021, 1022);
+  const double s1 = Pow2(-e1);
+  const double mean = SumOf(n, [x, s1](ptrdiff_t i) { return x[i] * s1; }) / static_cast<double>(n);
+  const double dev = MaxOf(n, [x, s1, mean](ptrdiff_t i) { return std::fabs(x[i] * s1 - mean); });
+  if (dev == 0.0) return 0.0;
+  const int e2 = std::clamp(std::ilogb(dev), -1021, 1022);
+  const double s2 = Pow2(-e2);
+  const double ss = SumOf(n, [x, s1, s2, mean](ptrdiff_t i) {
+    const double d = (x[i] * s1 - mean) * s2;
+    return d * d;
+  });
+  return ScaleByPow2(std::sqrt(ss / static_cast<double>(n - 1)), e1 + e2);
+}
+}  // namespace
+
 QUOREL_KERNEL double StdDev(const double* x, ptrdiff_t n) {
   if (n < 2) return kNaN;
   const double mean = SumOf(n, [x](ptrdiff_t i) { return x[i]; }) / static_cast<double>(n);
   const double ss = SumOf(n, [x, mean](ptrdiff_t i) { const double d = x[i] - mean; return d * d; });
-  return std::sqrt(ss / static_cast<double>(n - 1));
+  const double plain = std::sqrt(ss / static_cast<double>(n - 1));
+  // Squares above 2^-900 keep their digits; INF or NaN may come from an overflowing sum.
+  if (ss >= 0x1p-900 && ss < kInf) return plain;
+  return StdDevRescaled(x, n, plain);
 }
 
 QUOREL_KERNEL double SumOfSquares(const double* x, ptrdiff_t n) {
