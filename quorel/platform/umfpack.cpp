@@ -38,10 +38,9 @@ void Capture(std::string& text, F&& f) {
 
 }  // namespace
 
-void UmfDefaults(double* control) {
-  SuiteSparse_config.printf_func = &CapturePrintf;
-  umfpack_di_defaults(control);
-}
+void UmfInstallPrintCapture() { SuiteSparse_config.printf_func = &CapturePrintf; }
+
+void UmfDefaults(double* control) { umfpack_di_defaults(control); }
 
 void UmfFreeSymbolicReal(void* symbolic) { umfpack_di_free_symbolic(&symbolic); }
 void UmfFreeSymbolicCplx(void* symbolic) { umfpack_zi_free_symbolic(&symbolic); }

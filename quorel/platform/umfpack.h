@@ -18,7 +18,10 @@ constexpr int UmfIrStepIndex = 7;
 constexpr int UmfStatusOk = 0;
 constexpr int UmfWarningSingular = 1;
 
-/// Fills a Control array with the library defaults (and installs the print capture).
+/// Hands the library the print function behind the report routines below. Called once, at
+/// the sparse module's start-up: the library reads the pointer on every report.
+void UmfInstallPrintCapture();
+/// Fills a Control array with the library defaults.
 void UmfDefaults(double* control);
 
 void UmfFreeSymbolicReal(void* symbolic);

@@ -204,22 +204,26 @@ bool TSparseMtx::SolvePardisoColumns(const double* b, TVec& x, std::int32_t coun
   if (AutoClearReport) fReport.clear();
   const detail::TRawSparse a{fComplex, fRows, fAp.data(), fAi.data(), fValues};
   x.Size(static_cast<std::int32_t>(DoublesFor(fRows) * count), false);
-  std::vector<std::string> lines;
   // Everything the factorisation depends on besides the matrix.
   const std::int64_t key = (std::int64_t{mtype} + 64) | std::int64_t{fPardiso->Reordering} << 8 |
                            std::int64_t{fPardiso->IterativeStep} << 16 | (fPardiso->Iparm[7] & 0xFFFF) << 24;
   const auto reuse = static_cast<detail::TFactorReuse>(Reusable(fPardisoStamp, key));
-  const int code = detail::PardisoSolveRaw(*fPardiso, a, mtype, count, b, x.PValues1D(0), &lines, reuse);
+  const int code = detail::PardisoSolveRaw(*fPardiso, a, mtype, count, b, x.PValues1D(0), nullptr, reuse);
   Made(fPardisoStamp, key, code == 0);
   fErrorText = fPardiso->ErrorText();
   if (code != 0) {
     ReportFailure(fErrorText);
     return false;
   }
-  if (ReportLevel >= prlBasic)
-    for (std::string& line : lines) fReport.push_back(std::move(line));
-  else if (ReportLevel >= prlErrorsOnly && fPardiso->Iparm[19] < 0)
-    fReport.push_back(std::move(lines.back()));  // the failed refinement's line
+  // The lines are built only when shown: they cost a dozen allocations.
+  const bool failedRefinement = fPardiso->Iparm[19] < 0;
+  if (ReportLevel >= prlBasic || (ReportLevel >= prlErrorsOnly && failedRefinement)) {
+    std::vector<std::string> lines = fPardiso->ReportLines();
+    if (ReportLevel >= prlBasic)
+      for (std::string& line : lines) fReport.push_back(std::move(line));
+    else
+      fReport.push_back(std::move(lines.back()));  // the failed refinement's line
+  }
   return true;
 }
 

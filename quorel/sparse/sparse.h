@@ -390,4 +390,13 @@ class TSparseMtx : public TSparseElementwise {
   std::unique_ptr<TTaucsSettings> fTaucs;
 };
 
+namespace header_detail {
+/// Start-up of the sparse module, held by every translation unit that includes this header: the
+/// first guard hands the sparse LU library its print function, before any matrix exists.
+struct SparseModuleGuard {
+  SparseModuleGuard();
+};
+static const SparseModuleGuard sparse_module_guard;
+}  // namespace header_detail
+
 }  // namespace quorel

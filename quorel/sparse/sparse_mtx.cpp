@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -24,6 +25,17 @@ using detail::Find;
 using detail::kKeepAll;
 using detail::Rebuild;
 
+
+// --- start-up ----------------------------------------------------------------------------------
+
+namespace {
+std::atomic<int> sparse_users{0};
+}
+
+// Once per process: the library's print pointer is global, and solves on other threads read it.
+header_detail::SparseModuleGuard::SparseModuleGuard() {
+  if (sparse_users.fetch_add(1) == 0) detail::UmfInstallPrintCapture();
+}
 
 // --- construction and storage ------------------------------------------------------------------
 

@@ -254,6 +254,26 @@ TEST_F(SolveBackEnds, TaucsSolvesWithTheKeptFactorAllocateOnlyTheOptions) {
   }
 }
 
+// The report lines are built only for levels that show them: below prlBasic a solve with the
+// kept factor allocates less than at prlBasic by exactly their cost.
+TEST_F(SolveBackEnds, PardisoBuildsReportLinesOnlyWhenShown) {
+  SKIP_UNLESS_ALLOCATIONS_COUNTED();
+  convection.SparseSolver = ssPardiso;
+  TVec b, x;
+  KnownRhs(convection, b, x);
+  convection.Solve(b, x, mtGeneral);
+  convection.Solve(b, x, mtGeneral);  // warms the report's storage
+  const long lines = AllocationsDuring([&] { (void)convection.Pardiso().ReportLines(); });
+  ASSERT_GT(lines, 0);
+  const long basic = AllocationsDuring([&] { convection.Solve(b, x, mtGeneral); });
+  EXPECT_FALSE(convection.Report().empty());
+  for (TReportLevel level : {prlNone, prlErrorsOnly}) {
+    convection.ReportLevel = level;
+    EXPECT_EQ(AllocationsDuring([&] { convection.Solve(b, x, mtGeneral); }), basic - lines) << int(level);
+    EXPECT_TRUE(convection.Report().empty());
+  }
+}
+
 // A held factor is reused while the pattern flag allows: new values declared with
 // SetSparsePattern(sppSymbolic), or changed by an element-wise method, are factorised again on
 // the kept analysis; undeclared in-place changes are not seen (the flag is the contract).
