@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "quorel/core/float_format.h"
 #include "quorel/core/types.h"
 
 namespace quorel {
@@ -34,10 +35,10 @@ TCplx StrToCplx(std::string_view S);
 /// and at least Digits exponent digits.
 std::string CplxToStr(const TCplx& Z, int Digits = 0);
 
-/// General float format of X, arguments (X, Precision, Digits); see FormatGeneral.
+/// General float format of X, arguments (X, Precision, Digits); see TSampleFormatter.
 std::string SampleToStr(double X, int Precision, int Digits);
 
-/// Formats X by a pattern (see FormatPattern).
+/// Formats X by a pattern (see TSampleFormatter).
 std::string FormatSample(const std::string& Format, double X);
 /// Formats X by a pattern, value first.
 std::string FormatSample(double X, const std::string& Format);
@@ -45,56 +46,6 @@ std::string FormatSample(double X, const std::string& Format);
 /// Real part by ReFormat followed directly by the imaginary part by ImFormat (no sign or "i"
 /// added); a zero part is left out. An empty format gives CplxToStr(Z, 0).
 std::string FormatCplx(const TCplx& Z, const std::string& ReFormat, const std::string& ImFormat);
-
-/// Formats many values alike, appending each text to a string and allocating nothing else: by a
-/// pattern pair as FormatSample and FormatCplx do, or in the general float format as SampleToStr
-/// and CplxToStr do. The patterns are parsed, and the locale's separators read, once, when it is
-/// made.
-class TSampleFormatter {
- public:
-  /// Patterns of real values (and real parts) and of imaginary parts, as FormatCplx takes them.
-  TSampleFormatter(std::string ReFormat, std::string ImFormat);
-  /// The general float format, arguments (Precision, Digits) as SampleToStr takes them.
-  TSampleFormatter(int Precision, int Digits);
-
-  /// Appends FormatSample(ReFormat, X), or SampleToStr(X, Precision, Digits).
-  void Append(std::string& Out, double X) const;
-  /// Appends FormatCplx(Z, ReFormat, ImFormat), or CplxToStr's layout with parts at Precision.
-  void Append(std::string& Out, const TCplx& Z) const;
-
- private:
-  // A section of a pattern: where it lies in the pattern, and what its placeholders ask for.
-  struct TSection {
-    std::size_t Begin = 0, End = 0;
-    int IntCount = 0;    // integer placeholders
-    int IntForced = 0;   // integer digits always written (from the first "0" on)
-    int FracCount = 0;   // fraction placeholders
-    int FracForced = 0;  // fraction digits always written (up to the last "0")
-    int ExpWidth = 0;
-    bool Grouping = false;
-    bool HasExponent = false;
-    bool ExpAlwaysSign = false;
-  };
-  // A pattern split into its up to three sections "positive;negative;zero".
-  struct TPattern {
-    std::string Text;
-    TSection Sections[3];
-    int Count = 0;
-    explicit TPattern(std::string text);
-    bool Present(int i) const { return i < Count && Sections[i].End > Sections[i].Begin; }
-  };
-
-  void AppendGeneral(std::string& Out, double X, int Precision, int Digits) const;
-  void AppendPattern(std::string& Out, const TPattern& Pattern, double X) const;
-
-  TPattern fRe;
-  TPattern fIm;
-  bool fGeneral = false;
-  int fPrecision = 15;
-  int fDigits = 0;
-  std::string fDecimalSep;
-  std::string fThousandSep;
-};
 
 /// 1-based position of Sub in S at or after Offset, 0 when absent or Sub is empty.
 /// Raises EQuorelException "Offset < 1".

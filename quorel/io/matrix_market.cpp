@@ -1,9 +1,12 @@
 #include "quorel/io/matrix_market.h"
 
-#include <ctime>
+#include <charconv>
+#include <cstdint>
+#include <string>
 
 #include "quorel/objects/mtx.h"
 #include "quorel/io/detail/short_date.h"
+#include "quorel/core/float_format.h"
 #include "quorel/io/text_values.h"
 
 namespace quorel {
@@ -11,16 +14,21 @@ namespace quorel {
 using detail::ShortDate;
 
 namespace {
-// Element (i, j) as the file writes it: a real value, or the real and imaginary part.
-std::string ElementLine(const TMtx& mtx, std::int32_t i, std::int32_t j) {
-  const TValueFormat exact = TValueFormat::Shortest();
-  const std::int64_t k = std::int64_t{i} * mtx.LeadingCols() + j;
+// Appends element (i, j) as the file writes it: a real value, or the real and imaginary part.
+void AppendElement(std::string& line, const TMtx& mtx, std::int32_t i, std::int32_t j,
+                   const TSampleFormatter& exact) {
   if (mtx.Complex()) {
     const TCplx& z = mtx.CValues(i, j);
-    return ValueText(z.Re, exact) + " " + ValueText(z.Im, exact);
+    exact.Append(line, z.Re);
+    line += ' ';
+    exact.Append(line, z.Im);
+  } else if (mtx.IsInteger()) {
+    char buf[16];
+    const std::int64_t k = std::int64_t{i} * mtx.LeadingCols() + j;
+    line.append(buf, std::to_chars(buf, buf + sizeof buf, *mtx.PIValues1D(static_cast<std::int32_t>(k))).ptr);
+  } else {
+    exact.Append(line, mtx.Values(i, j));
   }
-  if (mtx.IsInteger()) return std::to_string(*mtx.PIValues1D(static_cast<std::int32_t>(k)));
-  return ValueText(mtx.Values(i, j), exact);
 }
 }  // namespace
 
@@ -31,8 +39,14 @@ TStringList MatrixMarketArrayLines(const TMtx& mtx) {
   lines.push_back("%Created with Quorel version " + std::to_string(QuorelLibraryVersion));
   lines.push_back("%Date: " + ShortDate());
   lines.push_back(std::to_string(mtx.Rows()) + " " + std::to_string(mtx.Cols()));
+  const TSampleFormatter exact = TSampleFormatter::Shortest();
+  std::string line;  // reused: each line costs only its own copy
   for (std::int32_t j = 0; j < mtx.Cols(); ++j)
-    for (std::int32_t i = 0; i < mtx.Rows(); ++i) lines.push_back(ElementLine(mtx, i, j));
+    for (std::int32_t i = 0; i < mtx.Rows(); ++i) {
+      line.clear();
+      AppendElement(line, mtx, i, j, exact);
+      lines.emplace_back(line);
+    }
   return lines;
 }
 

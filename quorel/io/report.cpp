@@ -1,7 +1,7 @@
 #include "quorel/io/report.h"
 
 #include "quorel/core/errors.h"
-#include "quorel/core/text.h"
+#include "quorel/core/float_format.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/io/text_values.h"
 #include "quorel/objects/vec.h"
@@ -22,6 +22,26 @@ std::string VecHeader(const TVec& vec, const std::string& name) {
 
 std::string MtxHeader(const TMtx& mtx, const std::string& name) {
   return name + " (" + std::to_string(mtx.Rows()) + "x" + std::to_string(mtx.Cols()) + ") =  ";
+}
+
+// One line per value, then a blank line; with a label each line starts "name = " (the label when
+// names run out). The patterns are read once for all the values.
+template <class T>
+void WriteValues(TQuorelReport& report, const std::vector<T>& values, const TStringList& names,
+                 const std::string& label) {
+  const TSampleFormatter formatter(report.ReFormat(), report.ImFormat());
+  std::string line;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    line.clear();
+    if (!label.empty()) {
+      line += NameOr(names, i, label);
+      line += " = ";
+    }
+    formatter.Append(line, values[i]);
+    line += "\r\n";
+    report.WriteString(line);
+  }
+  report.NewLine();
 }
 
 const std::string kVarLabel = "Var";
@@ -61,15 +81,11 @@ void TQuorelReport::WriteBlock(const std::string& header) {
 }
 
 void TQuorelReport::PrintSample(const TDoubleArray& values, const TStringList& names) {
-  for (std::size_t i = 0; i < values.size(); ++i)
-    WriteString(NameOr(names, i, kVarLabel) + " = " + FormatSample(fReFormat, values[i]) + "\r\n");
-  NewLine();
+  WriteValues(*this, values, names, kVarLabel);
 }
 
 void TQuorelReport::PrintCplx(const TCplxArray& values, const TStringList& names) {
-  for (std::size_t i = 0; i < values.size(); ++i)
-    WriteString(NameOr(names, i, kCplxVarLabel) + " = " + FormatCplx(values[i], fReFormat, fImFormat) + "\r\n");
-  NewLine();
+  WriteValues(*this, values, names, kCplxVarLabel);
 }
 
 void TQuorelReport::PrintVec(const std::vector<const TVec*>& vecs, const TStringList& names) {
@@ -109,16 +125,14 @@ void TQuorelReport::PrintSampleArray(const TDoubleArray& values, const std::stri
   WriteString(name.empty() ? "Array (1x" + std::to_string(values.size()) + ")" : name);
   NewLine();
   NewLine();
-  for (double x : values) WriteString(FormatSample(fReFormat, x) + "\r\n");
-  NewLine();
+  WriteValues(*this, values, {}, {});
 }
 
 void TQuorelReport::PrintCplxArray(const TCplxArray& values, const std::string& name) {
   WriteString(name.empty() ? "Array (1x" + std::to_string(values.size()) + ")" : name);
   NewLine();
   NewLine();
-  for (const TCplx& z : values) WriteString(FormatCplx(z, fReFormat, fImFormat) + "\r\n");
-  NewLine();
+  WriteValues(*this, values, {}, {});
 }
 
 void QuorelPrint(const std::vector<const TVec*>& vecs, const TStringList& names) { Report->PrintVec(vecs, names); }

@@ -24,14 +24,10 @@ using detail::RequireInRange;
 // --- element texts -----------------------------------------------------------------------------------
 
 namespace {
-// The formatter rounds the shortest digits that read back exactly, so asking for 17 gives those
-// digits unchanged: exact, and no longer than needed.
-constexpr int kExactDigits = 17;
-
-// The exact case is the general format at 17 digits, complex values in the "1+2i" / "1-i" / "i"
-// / "3" layout that StrToCplx reads.
+// The exact case writes complex values in the "1+2i" / "1-i" / "i" / "3" layout that StrToCplx
+// reads.
 TSampleFormatter FormatterOf(const TValueFormat& format) {
-  return format.Exact ? TSampleFormatter(kExactDigits, 0) : TSampleFormatter(format.Re, format.Im);
+  return format.Exact ? TSampleFormatter::Shortest() : TSampleFormatter(format.Re, format.Im);
 }
 }  // namespace
 

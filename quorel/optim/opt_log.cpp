@@ -3,21 +3,43 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <utility>
 
 #include "quorel/core/float_format.h"
 #include "quorel/optim/detail/opt_common.h"
 
 namespace quorel {
 
-std::string OptLogValue(double Value, std::int32_t Digits) {
-  if (!std::isfinite(Value) || std::abs(Value) >= 1e18) return FormatGeneral(Value, 1, 0);
-  // Rounded to one significant digit first; the fixed pattern then rounds to Digits decimals.
+namespace {
+// The value column: Value rounded to one significant digit first; the fixed pattern then rounds
+// it to Digits decimals.
+void AppendLogValue(std::string& out, double Value, std::int32_t Digits) {
+  if (!std::isfinite(Value) || std::abs(Value) >= 1e18) {
+    TSampleFormatter(1, 0).Append(out, Value);
+    return;
+  }
   char text[32];
   std::snprintf(text, sizeof text, "%.0e", Value);
   const double rounded = std::strtod(text, nullptr);
   std::string pattern = "0";
-  if (Digits > 0) pattern += "." + std::string(static_cast<std::size_t>(Digits), '0');
-  return FormatPattern(pattern, rounded);
+  if (Digits > 0) pattern.append(".").append(static_cast<std::size_t>(Digits), '0');
+  TSampleFormatter(std::move(pattern), std::string()).Append(out, rounded);
+}
+
+// The count as "0000" and six blanks.
+std::string IterationText(std::int64_t iteration) {
+  std::string text;
+  TSampleFormatter("0000", std::string()).Append(text, static_cast<double>(iteration));
+  text += "      ";
+  return text;
+}
+}  // namespace
+
+std::string OptLogValue(double Value, std::int32_t Digits) {
+  std::string text;
+  AppendLogValue(text, Value, Digits);
+  return text;
 }
 
 namespace detail {
@@ -27,10 +49,6 @@ std::int32_t LogDigits(double tol) {
   const double d = std::abs(std::nearbyint(std::log10(tol)));
   if (!(d < 18)) return 18;  // a tolerance <= 0, NaN or below 1e-18
   return static_cast<std::int32_t>(d);
-}
-
-std::string IterationText(std::int64_t iteration) {
-  return FormatPattern("0000", static_cast<double>(iteration)) + "      ";
 }
 }  // namespace
 
@@ -42,16 +60,22 @@ TOptLog::TOptLog(TStringList* list, double tol, const char* name, const char* co
 }
 
 void TOptLog::Line(std::int64_t iteration, double value) {
-  if (list_) list_->push_back(IterationText(iteration) + OptLogValue(value, digits_));
+  if (!list_) return;
+  std::string line = IterationText(iteration);
+  AppendLogValue(line, value, digits_);
+  list_->push_back(std::move(line));
 }
 
 void TOptLog::Line(std::int64_t iteration, double value, double lambda) {
   if (!list_) return;
+  std::string line = IterationText(iteration);
   // The lambda column starts under "Lambda" of the header "Iteration Fun                Lambda".
-  std::string text = OptLogValue(value, digits_);
-  if (text.size() < 19) text.resize(19, ' ');
-  else text += ' ';
-  list_->push_back(IterationText(iteration) + text + FormatGeneral(lambda, 6, 0));
+  const std::size_t lambdaAt = line.size() + 19;
+  AppendLogValue(line, value, digits_);
+  if (line.size() < lambdaAt) line.resize(lambdaAt, ' ');
+  else line += ' ';
+  TSampleFormatter(6, 0).Append(line, lambda);
+  list_->push_back(std::move(line));
 }
 
 }  // namespace detail

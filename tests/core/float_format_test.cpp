@@ -5,6 +5,7 @@
 
 #include "quorel/core/constants.h"
 #include "quorel/core/float_format.h"
+#include "quorel/core/text.h"
 
 namespace quorel {
 namespace {
@@ -14,14 +15,14 @@ struct PatternCase { std::string format; double x; const char* want; };
 
 void ExpectGeneral(std::initializer_list<GeneralCase> cases) {
   for (const auto& c : cases)
-    EXPECT_EQ(FormatGeneral(c.x, c.precision, c.digits), c.want) << c.x << " " << c.precision << " " << c.digits;
+    EXPECT_EQ(SampleToStr(c.x, c.precision, c.digits), c.want) << c.x << " " << c.precision << " " << c.digits;
 }
 
 void ExpectPattern(std::initializer_list<PatternCase> cases) {
-  for (const auto& c : cases) EXPECT_EQ(FormatPattern(c.format, c.x), c.want) << c.format << " " << c.x;
+  for (const auto& c : cases) EXPECT_EQ(FormatSample(c.format, c.x), c.want) << c.format << " " << c.x;
 }
 
-TEST(FormatGeneral, NotationRoundingCarriesAndSpecials) {
+TEST(GeneralFormat, NotationRoundingCarriesAndSpecials) {
   ExpectGeneral({
       {1.0 / 3.0, 15, 0, "0.333333333333333"}, {0.1 + 0.2, 15, 0, "0.3"},  {1234, 4, 0, "1234"},
       {12345, 4, 0, "1.235E+4"},  // 5 integer digits > 4
@@ -36,7 +37,7 @@ TEST(FormatGeneral, NotationRoundingCarriesAndSpecials) {
   });
 }
 
-TEST(FormatPattern, SectionsAndNegativeZero) {
+TEST(PatternFormat, SectionsAndNegativeZero) {
   const std::string f = "0.00;(0.00);'zero'";
   ExpectPattern({
       {f, 1.5, "1.50"}, {f, -1.5, "(1.50)"},  // no automatic minus with a negative section
@@ -48,7 +49,7 @@ TEST(FormatPattern, SectionsAndNegativeZero) {
   });
 }
 
-TEST(FormatPattern, DigitsGroupingAndExponents) {
+TEST(PatternFormat, DigitsGroupingAndExponents) {
   ExpectPattern({
       {"0", 2.5, "3"}, {"0", -2.5, "-3"}, {"0.00", 0.125, "0.13"},
       {"0.00", 2.675, "2.68"}, {"0.00", 99.995, "100.00"},  // rounds the digits users see
@@ -64,7 +65,7 @@ TEST(FormatPattern, DigitsGroupingAndExponents) {
   });
 }
 
-TEST(FormatPattern, LiteralsFallbacksAndSpecials) {
+TEST(PatternFormat, LiteralsFallbacksAndSpecials) {
   ExpectPattern({
       {"'Total: '0.00' kg'", 3.14159, "Total: 3.14 kg"}, {"\"0.#E+0\" 0", 5, "0.#E+0 5"},
       {"000-00-0000", 123456789, "123-45-6789"}, {"0%", 5, "5%"}, {"x", 5, "x"},
@@ -72,6 +73,46 @@ TEST(FormatPattern, LiteralsFallbacksAndSpecials) {
       {"\xC3\xA9 0", 1, "\xC3\xA9 1"}, {"", 1.0 / 3.0, "0.333333333333333"}, {"0.00", 1e18, "1E+18"},
       {"0", 1e17, "100000000000000000"}, {"0.00", NaN, "NAN"}, {"0.00;(0.00)", -INF, "-INF"},
   });
+}
+
+// One formatter writes value after value, each appended to what the string holds: nothing of
+// one value (section, rounding carry, exponent) leaks into the next.
+TEST(SampleFormatter, OneFormatterAppendsValueAfterValue) {
+  const TSampleFormatter pattern("#,##0.00;(0.00);'zero'", "+0.0'i';-0.0'i'");
+  std::string out = "[";
+  for (double x : {999.995, -1.5, 0.001, 1234567.0, -0.004, NaN, 1e18, 2.675}) {
+    pattern.Append(out, x);
+    out += '|';
+  }
+  EXPECT_EQ(out, "[1,000.00|(1.50)|zero|1,234,567.00|zero|NAN|1E+18|2.68|");
+  out.clear();
+  for (const TCplx& z : {TCplx{1, -2}, TCplx{0, 0.25}, TCplx{-3, 0}, TCplx{0, 0}}) {
+    pattern.Append(out, z);
+    out += '|';
+  }
+  EXPECT_EQ(out, "1.00-2.0i|+0.3i|(3.00)|zero|");
+
+  const TSampleFormatter general(4, 2);
+  out = ">";
+  for (double x : {99999.5, 0.1, -1e-7, 12345.0}) {
+    general.Append(out, x);
+    out += ' ';
+  }
+  EXPECT_EQ(out, ">1E+05 0.1 -1E-07 1.235E+04 ");
+  out.clear();
+  for (const TCplx& z : {TCplx{1, -1}, TCplx{0, 1}, TCplx{2.5, 1e-9}, TCplx{0, 0}}) {
+    general.Append(out, z);
+    out += ' ';
+  }
+  EXPECT_EQ(out, "1-i i 2.5+1E-09i 0 ");
+
+  const TSampleFormatter shortest = TSampleFormatter::Shortest();
+  out.clear();
+  for (double x : {0.1, 1.0 / 3.0, 5e-324, -1.7976931348623157e308}) {
+    shortest.Append(out, x);
+    out += ' ';
+  }
+  EXPECT_EQ(out, "0.1 0.3333333333333333 5E-324 -1.7976931348623157E+308 ");
 }
 
 }  // namespace

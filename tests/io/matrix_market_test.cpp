@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
 #include "support/support.h"
 #include "quorel/io/matrix_market.h"
 
@@ -36,6 +37,22 @@ TEST(MatrixMarket, FileHoldsBannerCommentsSizeAndColumnMajorValues) {
   for (const std::string& line : cplx) expected += line + "\n";
   EXPECT_EQ(file.str(), expected);
   EXPECT_THROW(SaveToMatrixMarketFile(CplxMtx(), ::testing::TempDir() + "no/such/dir/m.mtx"), Exception);
+}
+
+// Elements are written with one formatter into one reused line: a long line costs its own copy
+// and nothing more, however many values it holds.
+TEST(MatrixMarket, LinesCostOnlyTheirOwnText) {
+  if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
+  TMtx m(20, 50, true);
+  for (int i = 0; i < 20; ++i)
+    for (int j = 0; j < 50; ++j) m.CValues(i, j) = {1.0 / (3 + i + j), -2.0 / (7 + i * j)};
+  const TStringList first = MatrixMarketArrayLines(m);
+  std::size_t longLines = 0;
+  for (const std::string& line : first) longLines += line.size() > 15;
+  std::size_t count = 0;
+  const long allocations = test::AllocationsDuring([&] { count = MatrixMarketArrayLines(m).size(); });
+  EXPECT_EQ(count, 1004u);
+  EXPECT_LE(allocations, static_cast<long>(longLines) + 16);  // the list, the header lines, the line buffer
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 // Report layout: labels, the blank lines around blocks, CRLF line ends, formats and output.
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
 #include "support/support.h"
 #include "quorel/io/report.h"
 
@@ -86,6 +88,30 @@ TEST(Report, SavesToFiles) {
   content << std::ifstream(path, std::ios::binary).rdbuf();
   std::remove(path.c_str());
   EXPECT_EQ(content.str(), r.DataString() + r.DataString());
+}
+
+// The formats are read once a call: printing many values costs only the growth of the report's
+// own text, not an allocation per value.
+TEST(Report, PrintingManyValuesReadsTheFormatsOnce) {
+  if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
+  TCplxArray z;
+  TDoubleArray x;
+  for (int k = 0; k < 1000; ++k) {
+    z.push_back({std::sin(0.37 * k), std::cos(1.1 * k)});
+    x.push_back(1000 * std::sin(0.3 * k));
+  }
+  TQuorelReport r;  // default formats: the imaginary one is too long to live in a string itself
+  r.PrintCplx(z);
+  r.PrintSample(x, {"a"});
+  r.PrintSampleArray(x);
+  r.PrintCplxArray(z);
+  const std::size_t once = r.DataString().size();
+  EXPECT_LE(test::AllocationsDuring([&] { r.PrintCplx(z); }), 8);
+  EXPECT_LE(test::AllocationsDuring([&] { r.PrintSample(x, {"a"}); }), 8);
+  EXPECT_LE(test::AllocationsDuring([&] { r.PrintSampleArray(x); }), 8);
+  EXPECT_LE(test::AllocationsDuring([&] { r.PrintCplxArray(z); }), 8);
+  EXPECT_EQ(r.DataString().size(), 2 * once);  // every value was written
+  EXPECT_EQ(r.DataString().substr(0, 41), "CplxVar = +1.0000i\r\nCplxVar =  0.3616+0.4");
 }
 
 }  // namespace

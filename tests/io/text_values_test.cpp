@@ -12,7 +12,6 @@
 #include "support/allocation_counter.h"
 #include "support/support.h"
 #include "quorel/core/constants.h"
-#include "quorel/core/float_format.h"
 #include "quorel/core/text.h"
 #include "quorel/io/text_values.h"
 
@@ -157,7 +156,7 @@ TEST(TextValues, RandomValuesThroughEveryFormat) {
     for (int k = 0; k < n; ++k) {
       const TCplx z = v->Complex() ? *v->PCValues(k) : TCplx{(*v)[k], 0.0};
       const TCplx got = v->Complex() ? *back.PCValues(k) : TCplx{back[k], 0.0};
-      if (!v->Complex()) ASSERT_EQ(lines[k], FormatGeneral(z.Re, 17, 0));
+      if (!v->Complex()) ASSERT_EQ(lines[k], SampleToStr(z.Re, 17, 0));
       ASSERT_TRUE(SameDouble(got.Re, z.Re) && SameDouble(got.Im, z.Im)) << lines[k];
     }
   }
@@ -188,11 +187,11 @@ TEST(TextValues, RandomValuesThroughEveryFormat) {
     TStringList rows;
     ValuesToStrings(mc, rows, "\t", format, imFormat);
     for (int k = 0; k < n; ++k) {
-      ASSERT_EQ(lines[k], FormatPattern(format, re[k])) << format;
+      ASSERT_EQ(lines[k], FormatSample(format, re[k])) << format;
       const TCplx z = *cx.PCValues(k);
-      const std::string cplx = z.Im == 0   ? FormatPattern(format, z.Re)
-                               : z.Re == 0 ? FormatPattern(imFormat, z.Im)
-                                           : FormatPattern(format, z.Re) + FormatPattern(imFormat, z.Im);
+      const std::string cplx = z.Im == 0   ? FormatSample(format, z.Re)
+                               : z.Re == 0 ? FormatSample(imFormat, z.Im)
+                                           : FormatSample(format, z.Re) + FormatSample(imFormat, z.Im);
       ASSERT_EQ(lines[n + k], cplx) << format;
       if (k % 10 == 0) ASSERT_EQ(rows[k / 10].substr(0, cplx.size() + 1), cplx + "\t") << format;
       if (readable) ASSERT_TRUE(SameDouble(StrToVal(lines[k]), std::strtod(lines[k].c_str(), nullptr))) << lines[k];
