@@ -1,4 +1,4 @@
-// FFTW plans for the descriptor cache, the DCT and nothing else.
+// FFTW plans for the descriptor cache, the signal routines' per-thread transforms and nothing else.
 #include "quorel/platform/fftw.h"
 
 #include <fftw3.h>
@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <mutex>
 
 namespace quorel::detail {
 
@@ -22,6 +23,14 @@ namespace {
 // FFTW_DESTROY_INPUT is never given: out-of-place forward transforms keep their source.
 unsigned gPlanFlags = FFTW_ESTIMATE;
 FftwFailure gForcedFailure = FftwFailure::None;
+
+// FFTW's planner and plan destruction share its global state (wisdom, twiddle tables); only the
+// execution of an existing plan may run on several threads at once. Never destroyed: plans of
+// per-thread caches and of the descriptor cache die during shut-down.
+std::mutex& PlannerLock() {
+  static auto* m = new std::mutex;
+  return *m;
+}
 
 fftw_plan Raw(FftwPlanPtr p) { return reinterpret_cast<fftw_plan>(p); }
 FftwPlanPtr Wrap(fftw_plan p) { return reinterpret_cast<FftwPlanPtr>(p); }
@@ -54,7 +63,10 @@ class ScratchArray {
 }  // namespace
 
 void FftwSetMeasuredPlanning(bool measure) { gPlanFlags = measure ? FFTW_MEASURE : FFTW_ESTIMATE; }
-void FftwDestroyPlan(FftwPlanPtr plan) { fftw_destroy_plan(Raw(plan)); }
+void FftwDestroyPlan(FftwPlanPtr plan) {
+  std::lock_guard lock(PlannerLock());
+  fftw_destroy_plan(Raw(plan));
+}
 void FftwFree::operator()(void* p) const { fftw_free(p); }
 void* FftwMalloc(std::size_t bytes) { return fftw_malloc(bytes); }
 int FftwAlignment(const void* p) { return fftw_alignment_of(static_cast<double*>(const_cast<void*>(p))); }
@@ -92,6 +104,8 @@ FftwPlan FftwMakePlan(FftwKind kind, const FftwShape& shape, const std::int32_t*
   const std::int64_t inDoubles = Span(s.howmany, s.idist ? s.idist : inOne, inOne) * (inComplex ? 2 : 1);
   const std::int64_t outDoubles = Span(s.howmany, s.odist ? s.odist : outOne, outOne) * (outComplex ? 2 : 1);
 
+  // Held until the planning arrays are freed.
+  std::lock_guard lock(PlannerLock());
   ScratchArray inArr(s.inplace ? std::max(inDoubles, outDoubles) : inDoubles, inAlign);
   ScratchArray outArr(s.inplace ? 0 : outDoubles, outAlign);
   double* in = inArr.Data();

@@ -3,6 +3,8 @@
 // arrays (a measuring planner overwrites its arrays) and executed on the caller's arrays through
 // FFTW's new-array functions, which require the same alignment class as the planning arrays:
 // FftwAlignment gives that class and callers key their plans by it.
+// FFTW's planner is not thread-safe: FftwMakePlan and FftwDestroyPlan hold one process-wide lock,
+// so any thread may plan and destroy. Execution, FftwMalloc and FftwFree need no lock.
 
 #include <cstdint>
 

@@ -1,4 +1,5 @@
-// Convolution and correlation: direct sums for short operands, FFT products for long ones.
+// Convolution and correlation: direct sums for short operands, FFT products for long ones. The
+// transforms come from the calling thread's own cache, so calls on distinct objects run at once.
 #include "quorel/signal/detail/convolve.h"
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include "quorel/platform/kernels/sliding.h"
 #include "quorel/signal/detail/alias.h"
 #include "quorel/signal/detail/dfti.h"
+#include "quorel/signal/detail/thread_transforms.h"
 
 namespace quorel {
 namespace detail {
@@ -62,8 +64,8 @@ void FftConvolve(const T* a, std::int32_t na, const T* b, std::int32_t nb, T* y)
   wb->Size(doubles, false);
   double* pa = wa->PValues1D(0);
   double* pb = wb->PValues1D(0);
-  const TDftiHandle d = DftiCache().GetDesc(nfft, real ? TCacheEntryFlags{cefReal, cefInplace, cefUseScale}
-                                                       : TCacheEntryFlags{cefUseScale});
+  const TDftiHandle d =
+      ThreadDesc(nfft, 0, real ? TCacheEntryFlags{cefReal, cefInplace, cefUseScale} : TCacheEntryFlags{cefUseScale});
   double* pc;
   if constexpr (real) {
     pc = DftiScratch(d);
@@ -316,7 +318,7 @@ TMtx& TMtx::Convolve(const TMtx& xIn, const TMtx& hIn, bool filter) {
         std::memcpy(wa->PValues1D(i * stride), px + std::int64_t{i} * cx, sizeof(double) * cx);
       for (std::int32_t i = 0; i < rh; ++i)
         std::memcpy(wb->PValues1D(i * stride), ph + std::int64_t{i} * ch, sizeof(double) * ch);
-      const TDftiHandle d = DftiCache().GetDesc(nr, nc, {cefReal, cefInplace, cefUseScale});
+      const TDftiHandle d = detail::ThreadDesc(nr, nc, {cefReal, cefInplace, cefUseScale});
       detail::DftiForward(d, wa->PValues1D(0), wa->PValues1D(0), "TMtx.Convolve: ");
       detail::DftiForward(d, wb->PValues1D(0), wb->PValues1D(0), "TMtx.Convolve: ");
       detail::MulSpectra(wa->PCValues1D(0), wb->PCValues1D(0), std::int64_t{nr} * stride / 2);

@@ -1,57 +1,21 @@
 // Orthonormal DCT-II and DCT-III through FFTW's real-to-real transforms.
 #include <cmath>
 #include <cstring>
-#include <vector>
 
 #include "quorel/core/detail/checks.h"
-#include "quorel/objects/detail/release_hooks.h"
 #include "quorel/objects/vec.h"
 #include "quorel/platform/fftw.h"
+#include "quorel/signal/detail/thread_transforms.h"
 
 namespace quorel {
 
 namespace {
 
-struct DctPlan {
-  std::int32_t N;
-  detail::FftwKind Kind;
-  int Align;
-  detail::FftwPlan Plan;
-};
-
-// Recently used in-place DCT plans, most recent last. Heap-held so that the release hook may run
-// during static destruction.
-std::vector<DctPlan>*& DctPlans() {
-  static std::vector<DctPlan>* plans = nullptr;
-  return plans;
-}
-
-void FreeDctPlans() {
-  delete DctPlans();
-  DctPlans() = nullptr;
-}
-
-constexpr std::size_t kMaxDctPlans = 8;
-
 detail::FftwPlanPtr DctPlanFor(std::int32_t n, detail::FftwKind kind, const double* data) {
-  auto*& plans = DctPlans();
-  if (!plans) {
-    detail::RegisterReleaseHook(&FreeDctPlans);
-    plans = new std::vector<DctPlan>;
-    plans->reserve(kMaxDctPlans);
-  }
-  const int align = detail::FftwAlignment(data);
-  for (auto& p : *plans)
-    if (p.N == n && p.Kind == kind && p.Align == align) return p.Plan.Get();
-  detail::FftwShape s;
-  s.n[0] = n;
-  s.inplace = true;
   auto failure = detail::FftwFailure::None;
-  detail::FftwPlan plan = detail::FftwMakePlan(kind, s, nullptr, align, align, &failure);
+  const detail::FftwPlanPtr plan = detail::ThreadDctPlan(n, kind, detail::FftwAlignment(data), failure);
   if (!plan) ERaise(detail::FftwFailureText(failure));
-  if (plans->size() == kMaxDctPlans) plans->erase(plans->begin());
-  plans->push_back({n, kind, align, std::move(plan)});
-  return plans->back().Plan.Get();
+  return plan;
 }
 
 // In place on n values: forward = orthonormal DCT-II, else its inverse (DCT-III).

@@ -90,9 +90,11 @@ detail::FftwPlanPtr PlanFor(TDftiDescriptor& d, FftwKind kind, const void* in, c
       return last.P;
     }
   }
-  // The lengths reach the planner through the cache's scratch integers.
+  // The lengths reach the planner through the cache's scratch integers; a thread's own descriptor
+  // keeps off the shared cache.
   detail::FftwShape shape = ShapeFor(d, kind, inplace);
-  std::int32_t* lengths = DftiCache().Scratch.PIValues1D(0);
+  std::int32_t own[2];
+  std::int32_t* lengths = d.PerThread ? own : DftiCache().Scratch.PIValues1D(0);
   lengths[0] = d.Shape.n[0];
   lengths[1] = d.Shape.n[1];
   auto failure = detail::FftwFailure::None;
@@ -192,6 +194,17 @@ TDFTIDescriptorCache& CreateDftiCache() {
   return *dfti_cache;
 }
 }  // namespace header_detail
+
+namespace detail {
+std::unique_ptr<TDftiDescriptor> MakeThreadDescriptor(std::int32_t length1, std::int32_t length2,
+                                                      TCacheEntryFlags flags) {
+  const bool backward = flags.Has(cefBackward);
+  auto d = Configure(length1, length2, TDFTIDescriptorCache::NormalisedFlags(length2, flags));
+  d->PerThread = true;
+  Commit(*d, backward);
+  return d;
+}
+}  // namespace detail
 
 // --- the cache ---------------------------------------------------------------------------------
 

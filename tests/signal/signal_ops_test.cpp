@@ -1,9 +1,13 @@
 // Convolution, correlation, DCT, Goertzel, resampling, Hilbert and display reduction.
+#include <barrier>
+#include <cstring>
 #include <functional>
+#include <thread>
 
 #include "quorel/signal/detail/convolve.h"
 #include "quorel/signal/signal.h"
 #include "signal_util.h"
+#include "support/allocations.h"
 
 namespace quorel::test {
 namespace {
@@ -391,6 +395,78 @@ TEST(SignalOps, UncheckedSelfSourceGivesTheResultOfACopy) {
       }
   }
   EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
+}
+
+// Convolution, correlation and DCT keep their transforms per thread: on distinct objects, three
+// threads at once give the single-thread results bit for bit while each runs more transform shapes
+// than its caches hold, so plans are made and dropped on every thread throughout.
+TEST(SignalOps, ThreadsOnDistinctObjectsGiveTheSingleThreadResults) {
+  PathScope scope(ConvPath::Fft);  // every length through transforms
+  constexpr int kThreads = 3, kCases = 12, kRounds = 25;
+  const auto run = [](int t, int k) {
+    const bool complex = k & 1;
+    const TVec x = Make(150 + 17 * k + 5 * t, complex, 20 + k), h = Make(20 + 9 * k + 3 * t, !complex, 40 + t);
+    TVec y, a, c, d, e;
+    y.Convolve(x, h);
+    a.AutoCorrUnBiased(x, 30);
+    c.CrossCorr(x, h, 2, 60);
+    d.DCT(RealVec(Noise(24 + 5 * k + t, 60 + k)));
+    e.IDCT(d);
+    std::vector<double> r;
+    for (const TVec* v : {&y, &a, &c, &d, &e}) {
+      const auto values = Doubles(*v);
+      r.insert(r.end(), values.begin(), values.end());
+    }
+    if (k % 4 == 0) {
+      TMtx m;
+      m.Convolve(NoiseMtx(5 + k / 4, 6 + t, false, 80), NoiseMtx(3, 2 + t, false, 81), false);
+      const auto values = Doubles(m);
+      r.insert(r.end(), values.begin(), values.end());
+    }
+    return r;
+  };
+  const auto same = [](const std::vector<double>& a, const std::vector<double>& b) {
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+  };
+  std::vector<std::vector<double>> want(kThreads * kCases);
+  for (int t = 0; t < kThreads; ++t)
+    for (int k = 0; k < kCases; ++k) want[t * kCases + k] = run(t, k);
+  int mismatches[kThreads] = {};
+  // Halfway, one thread releases the library's memory while the others wait: each thread's
+  // transforms are remade.
+  std::barrier halfway(kThreads, []() noexcept { Controller->FreeMKLMemory(); });
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t)
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < kRounds; ++round) {
+        if (round == kRounds / 2) halfway.arrive_and_wait();
+        for (int k = 0; k < kCases; ++k)
+          if (!same(run(t, k), want[t * kCases + k])) ++mismatches[t];
+      }
+    });
+  for (auto& th : threads) th.join();
+  for (int t = 0; t < kThreads; ++t) EXPECT_EQ(mismatches[t], 0) << "thread " << t;
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
+}
+
+// Repeated convolutions and correlations of one shape allocate nothing once the calling thread's
+// transforms are made. (FFTW's DCT solvers and its in-place 2-D real transforms take buffers on
+// every call, and the real correlation's work vectors grow past a pooled vector's block.)
+TEST(SignalOps, WarmCallsAllocateNothing) {
+  if (!AllocationCounting()) GTEST_SKIP() << "this build cannot count allocations";
+  PathScope scope(ConvPath::Fft);
+  const TVec x = Make(3000, false, 90), h = Make(200, false, 91), cx = Make(700, true, 92);
+  TVec y;
+  const std::vector<std::pair<const char*, std::function<void()>>> calls = {
+      {"Convolve", [&] { y.Convolve(x, h); }},
+      {"Convolve complex", [&] { y.Convolve(cx, h); }},
+      {"AutoCorrBiased", [&] { y.AutoCorrBiased(h, 150); }},
+      {"CrossCorr complex", [&] { y.CrossCorr(cx, x, 3, 400); }},
+  };
+  for (const auto& [name, call] : calls) {
+    call();
+    EXPECT_EQ(AllocationsDuring(call), 0) << name;
+  }
 }
 
 }  // namespace

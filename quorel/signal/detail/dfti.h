@@ -46,6 +46,7 @@ struct TDftiDescriptor {
     detail::FftwPlanPtr P = nullptr;
   } Last[2];
   std::unique_ptr<double, detail::FftwFree> Scratch;  // CCS rows: Pack/Perm staging, growing in place
+  bool PerThread = false;  // held by a thread's own cache (ThreadDesc), never by DftiCache
 };
 
 namespace detail {
@@ -86,6 +87,11 @@ FftwPlanPtr DftiPlanFor(TDftiHandle d, bool backward, const void* in, const void
 /// The descriptor's aligned scratch for its real rows as CCS (2 * (n div 2 + 1) doubles a row),
 /// made on first use and kept with the descriptor; null when it cannot be allocated.
 double* DftiScratch(TDftiHandle d);
+
+/// A committed descriptor outside the descriptor cache, for one thread's own use (see
+/// thread_transforms.h); raises as FindOrCreateDscr does.
+std::unique_ptr<TDftiDescriptor> MakeThreadDescriptor(std::int32_t length1, std::int32_t length2,
+                                                      TCacheEntryFlags flags);
 
 /// The CCS half spectrum (n div 2 + 1 complex values) to Pack or Perm (n reals); dst may equal src.
 void CcsToPacked(const double* ccs, double* dst, std::int32_t n, TFFTStorageFormat format);
