@@ -94,8 +94,10 @@ void TQuorel::SetActualSize(std::int32_t value) {
   if (value == fActualSize) return;
   const std::int32_t capacity = value + (value & 1);
   fValues = nullptr;
+  // Pooled objects are known by their cache slot, which is fixed for their life: recollection
+  // rewrites the pool index of objects other threads are using.
   double* cache = CachePointer();
-  const bool pooled = fCacheIndex >= 0 && cache != nullptr;
+  const bool pooled = cache != nullptr;
   if (!pooled) ReleaseMemory();
   else if (fMemory != cache) StashPrivateBlock();
   fMemory = nullptr;
@@ -150,7 +152,7 @@ void TQuorel::WriteArrayHeader() {
 
 bool TQuorel::TakeStorage(TQuorel& other) noexcept {
   // Cache memory, views and adopted storage stay with their object.
-  if (other.fAllocatedBytes <= 0 || other.fIsSubRange || fCacheIndex >= 0 || fIsSubRange) return false;
+  if (other.fAllocatedBytes <= 0 || other.fIsSubRange || fCacheSlot >= 0 || fIsSubRange) return false;
   ReleaseMemory();
   fMemory = std::exchange(other.fMemory, nullptr);
   fValues = std::exchange(other.fValues, nullptr);

@@ -27,7 +27,7 @@ void Fit(TVec& v, std::int32_t len, bool complex) {
 // its block; any other gets a new one, and keeping its values across that would cost a work vector
 // and a second copy: the transform writes to the descriptor's scratch, copied into the new block.
 void RealToHalfSpectrum(TVec& v, TDftiHandle d, std::int32_t n, std::int32_t doubles, const char* method) {
-  if (v.CacheIndex() >= 0 && v.ActualSize() >= doubles) {
+  if (v.CacheSlot() >= 0 && v.ActualSize() >= doubles) {
     v.Resize(doubles, false);
     detail::DftiForward(d, D(v), D(v), method);
     return;
