@@ -1,7 +1,8 @@
 #pragma once
 // Counts heap allocations by interposing malloc, its aligned forms and mmap for the whole program;
 // glibc exports its allocator as __libc_*, which the interposed functions forward to. Include from
-// exactly one translation unit of a program; the others include support/allocations.h.
+// exactly one translation unit of a program; the others include support/allocations.h. The C
+// library declares these functions noexcept, and so must their replacements.
 
 #include <atomic>
 #include <functional>
@@ -55,33 +56,33 @@ void* __libc_memalign(std::size_t, std::size_t);
 void* __libc_valloc(std::size_t);
 void __libc_free(void*);
 
-static void CountOneAllocation() {
+static void CountOneAllocation() noexcept {
   using namespace quorel::test::counter_detail;
   process_count.fetch_add(1, std::memory_order_relaxed);
   if (thread_counting) ++thread_count;
 }
 
-void* malloc(std::size_t n) {
+void* malloc(std::size_t n) noexcept {
   CountOneAllocation();
   return __libc_malloc(n);
 }
-void* calloc(std::size_t n, std::size_t m) {
+void* calloc(std::size_t n, std::size_t m) noexcept {
   CountOneAllocation();
   return __libc_calloc(n, m);
 }
-void* realloc(void* p, std::size_t n) {
+void* realloc(void* p, std::size_t n) noexcept {
   CountOneAllocation();
   return __libc_realloc(p, n);
 }
-void* memalign(std::size_t alignment, std::size_t n) {
+void* memalign(std::size_t alignment, std::size_t n) noexcept {
   CountOneAllocation();
   return __libc_memalign(alignment, n);
 }
-void* aligned_alloc(std::size_t alignment, std::size_t n) {
+void* aligned_alloc(std::size_t alignment, std::size_t n) noexcept {
   CountOneAllocation();
   return __libc_memalign(alignment, n);
 }
-int posix_memalign(void** p, std::size_t alignment, std::size_t n) {
+int posix_memalign(void** p, std::size_t alignment, std::size_t n) noexcept {
   CountOneAllocation();
   if (alignment % sizeof(void*) != 0 || (alignment & (alignment - 1)) != 0) return EINVAL;
   void* q = __libc_memalign(alignment, n);
@@ -89,16 +90,16 @@ int posix_memalign(void** p, std::size_t alignment, std::size_t n) {
   *p = q;
   return 0;
 }
-void* valloc(std::size_t n) {
+void* valloc(std::size_t n) noexcept {
   CountOneAllocation();
   return __libc_valloc(n);
 }
-void* mmap(void* addr, std::size_t n, int prot, int flags, int fd, off_t offset) {
+void* mmap(void* addr, std::size_t n, int prot, int flags, int fd, off_t offset) noexcept {
   using Mmap = void* (*)(void*, std::size_t, int, int, int, off_t);
   static const Mmap next = reinterpret_cast<Mmap>(dlsym(RTLD_NEXT, "mmap"));
   CountOneAllocation();
   return next(addr, n, prot, flags, fd, offset);
 }
-void free(void* p) { __libc_free(p); }
+void free(void* p) noexcept { __libc_free(p); }
 }
 #endif
