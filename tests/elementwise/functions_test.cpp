@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
+#include "quorel/core/scalar_real.h"
 #include "support/support.h"
 
 namespace quorel {
@@ -56,6 +57,32 @@ TEST(ComplexFunctions, TangentsOfLargePartsReachTheirLimits) {
   EXPECT_EQ(r.CValues()[1], (TCplx{0, -1}));
   r.Cot(Cplx({{1, 800}}));
   EXPECT_EQ(r.CValues()[0], (TCplx{0, -1}));
+}
+
+TEST(HyperbolicReciprocals, ReachTheSubnormalRange) {
+  // Past |x| = 709.78 cosh and sinh overflow, yet sech and csch are subnormal doubles up to 745;
+  // 1/x overflows for subnormal x, yet arcsech and arccsch are near 710.
+  TVec big = Real({709.5, 720, -740, 744.4, 1.5}), r;
+  r.Sech(big);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(r[i], Sech(big[i])) << i;
+    EXPECT_GT(r[i], 0) << i;
+  }
+  EXPECT_NEAR(r[4], 1 / std::cosh(1.5), 1e-16);
+  r.Csch(big);
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(r[i], Csch(big[i])) << i;
+    EXPECT_NE(r[i], 0) << i;
+  }
+  TVec tiny = Real({1e-310, 4.9e-324, 0.0, 0.5});
+  r.ArcSech(tiny);
+  EXPECT_NEAR(r[0], (std::log(2.0) - std::log(1e-310)), 1e-12);
+  EXPECT_EQ(r[1], ArcSech(4.9e-324));
+  EXPECT_EQ(r[2], INF);
+  tiny[2] = -1e-310;
+  r.ArcCsch(tiny);
+  EXPECT_NEAR(r[0], (std::log(2.0) - std::log(1e-310)), 1e-12);
+  EXPECT_NEAR(r[2], -(std::log(2.0) - std::log(1e-310)), 1e-12);
 }
 
 TEST(Rounding, ThroughInt32AndParts) {

@@ -254,11 +254,30 @@ using CotK = Then<TanK, InvK>;
 using ArcSecK = Then<InvK, ArcCosF>;
 using ArcCscK = Then<InvK, ArcSinF>;
 using ArcCotK = Then<InvK, ArcTanF>;
-using SechK = Then<CoshK, InvK>;
-using CschK = Then<SinhK, InvK>;
+/// K, then for real data the scalar F in the rare lanes where K's chain of two kernels overflows in
+/// its middle value although the result is a double. The scan is one vectorised compare.
+template <class K, double (*F)(double), bool (*Rare)(double)>
+struct RareLanesScalar {
+  void operator()(const double* x, double* r, ptrdiff_t n) const {
+    K{}(x, r, n);
+    bool any = false;
+    for (ptrdiff_t i = 0; i < n; ++i) any |= Rare(x[i]);
+    if (!any) return;
+    for (ptrdiff_t i = 0; i < n; ++i)
+      if (Rare(x[i])) r[i] = F(x[i]);
+  }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { K{}(x, r, n); }
+};
+// cosh and sinh overflow from |x| = 709.78, while sech and csch stay (subnormal) doubles to 745.
+constexpr bool BeyondCoshRange(double x) { return x > 709.0 || x < -709.0; }
+// 1/x overflows for subnormal x, while arcsech and arccsch are still near ln(2/|x|).
+constexpr bool NonzeroSubnormal(double x) { return x != 0.0 && x < 2.2250738585072014e-308 && x > -2.2250738585072014e-308; }
+
+using SechK = RareLanesScalar<Then<CoshK, InvK>, &quorel::Sech, &BeyondCoshRange>;
+using CschK = RareLanesScalar<Then<SinhK, InvK>, &quorel::Csch, &BeyondCoshRange>;
 using CothK = Then<TanhK, InvK>;
-using ArcSechK = Then<InvK, ArcCoshF>;
-using ArcCschK = Then<InvK, ArcSinhF>;
+using ArcSechK = RareLanesScalar<Then<InvK, ArcCoshF>, &quorel::ArcSech, &NonzeroSubnormal>;
+using ArcCschK = RareLanesScalar<Then<InvK, ArcSinhF>, &quorel::ArcCsch, &NonzeroSubnormal>;
 using ArcCothK = Then<InvK, ArcTanhF>;
 
 /// Real data through the direct kernel K (one rounding, not a scaled exp or ln), complex data
