@@ -31,11 +31,7 @@ inline void AddTo(TCplx& y, TCplx v) {
   y.Im += v.Im;
 }
 
-// Pointwise complex product a *= b over n values.
-void MulSpectra(TCplx* a, const TCplx* b, std::int64_t n) {
-  for (std::int64_t i = 0; i < n; ++i) a[i] = Mul(a[i], b[i]);
-}
-// y = a * b pointwise over n values.
+// y = a * b pointwise over n values (y may be a).
 void MulSpectra(TCplx* y, const TCplx* a, const TCplx* b, std::int64_t n) {
   for (std::int64_t i = 0; i < n; ++i) y[i] = Mul(a[i], b[i]);
 }
@@ -321,7 +317,7 @@ TMtx& TMtx::Convolve(const TMtx& xIn, const TMtx& hIn, bool filter) {
       const TDftiHandle d = detail::ThreadDesc(nr, nc, {cefReal, cefInplace, cefUseScale});
       detail::DftiForward(d, wa->PValues1D(0), wa->PValues1D(0), "TMtx.Convolve: ");
       detail::DftiForward(d, wb->PValues1D(0), wb->PValues1D(0), "TMtx.Convolve: ");
-      detail::MulSpectra(wa->PCValues1D(0), wb->PCValues1D(0), std::int64_t{nr} * stride / 2);
+      detail::MulSpectra(wa->PCValues1D(0), wa->PCValues1D(0), wb->PCValues1D(0), std::int64_t{nr} * stride / 2);
       detail::DftiBackward(d, wa->PValues1D(0), wa->PValues1D(0), "TMtx.Convolve: ");
       for (std::int32_t i = 0; i < rf; ++i)
         std::memcpy(y + std::int64_t{i} * cf, wa->PValues1D(i * stride), sizeof(double) * cf);
