@@ -78,15 +78,27 @@ void TMtx::SetShape(std::int32_t rows, std::int32_t cols) {
   fQuadratic = rows == cols;
 }
 
+void TMtx::RequireSizable(std::int32_t rows, std::int32_t cols, bool complex) const {
+  if (rows == fRows && cols == fCols && complex == fComplex) return;
+  Require(!(rows < 0 || cols < 0), "Value < 0");
+  RequireState(std::int64_t{rows} * cols <= kMaxMtxElements, "Out of memory! Attempted to allocate over 2GB!");
+  RequireState(!fIsSubRange, "IsSubRange = True!");
+}
+
+void TMtx::RequireSizable(const TQuorel& src, bool complex) const {
+  if (const auto* m = dynamic_cast<const TMtx*>(&src)) return RequireSizable(m->fRows, m->fCols, complex);
+  if (src.Length() != fLength)
+    EInvalidArgumentRaise("TQuorel.Size: Initializing matrix with vector having different length!");
+  RequireSizable(fRows, fCols, complex);
+}
+
 TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool isInteger, bool complex) {
   if (rows == fRows && cols == fCols && complex == fComplex) {
     fIsInteger = isInteger;
     return *this;
   }
-  Require(!(rows < 0 || cols < 0), "Value < 0");
+  RequireSizable(rows, cols, complex);
   const std::int64_t count = std::int64_t{rows} * cols;
-  RequireState(count <= kMaxMtxElements, "Out of memory! Attempted to allocate over 2GB!");
-  RequireState(!fIsSubRange, "IsSubRange = True!");
   fIsInteger = isInteger;
   fSizeChanged = true;
   fComplex = complex;
@@ -106,12 +118,11 @@ TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols, bool complex) {
 TMtx& TMtx::Size(std::int32_t rows, std::int32_t cols) { return Size(rows, cols, fIsInteger, fComplex); }
 
 void TMtx::Size(const TQuorel& src, bool complex) {
+  RequireSizable(src, complex);
   if (const auto* m = dynamic_cast<const TMtx*>(&src)) {
     Size(m->fRows, m->fCols, m->fIsInteger, complex);
     return;
   }
-  if (src.Length() != fLength)
-    EInvalidArgumentRaise("TQuorel.Size: Initializing matrix with vector having different length!");
   Size(fRows, fCols, src.IsInteger(), complex);
 }
 

@@ -81,6 +81,9 @@ class TMtx final : public TDenseOf<TMtx> {
   TMtx& Size(std::int32_t rows, std::int32_t cols);
   /// A matrix src gives its shape; a vector src must have Self's Length and only sets Complex.
   void Size(const TQuorel& src, bool complex) override;
+  void RequireSizable(const TQuorel& src, bool complex) const override;
+  /// Raises now, changing nothing, what Size(rows, cols, ..., complex) would raise.
+  void RequireSizable(std::int32_t rows, std::int32_t cols, bool complex) const;
   /// Refused unless value is the current Length: "TMtx: Length can not be set. Use Size!".
   void SetLength(std::int32_t value) override;
   /// Sets the capacity; a matrix that no longer fits becomes 0 x 0.
@@ -209,8 +212,9 @@ class TMtx final : public TDenseOf<TMtx> {
   /// Fills with a complex value; a real matrix becomes complex of the same shape.
   TMtx& SetVal(const TCplx& value);
 
-  // Checks: identity and real/complex agreement are tested while ConditionCheck is on; index and
-  // dimension checks always run, because they guard the storage.
+  // Checks: identity and real/complex agreement are tested while ConditionCheck is on; the index
+  // and dimension checks of the matrix methods always run, because they guard the storage. The
+  // element-wise range forms (Index, Len over the elements) follow ConditionCheck, as for vectors.
 
   // --- sizing that keeps data --------------------------------------------------------------------------
   /// New shape keeping the overlapping top-left block; new elements are zero when zeroIt.

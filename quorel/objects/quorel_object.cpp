@@ -187,6 +187,8 @@ void TQuorel::RequireSubRangeKeeps(std::int32_t len, bool complex) const {
   RequireState(viewed == len, "IsSubRange = True!");
 }
 
+void TQuorel::RequireSizable(const TQuorel& src, bool complex) const { RequireSubRangeKeeps(src.fLength, complex); }
+
 void TQuorel::Size(const TQuorel& src, bool complex) {
   // Read first: src may be Self, whose length the switch of Complex changes.
   const std::int32_t len = src.fLength;

@@ -66,7 +66,8 @@ class TQuorel {
   void SetZeroTolerance(double value) { fZeroTolerance = value; }
   /// State of the RandGauss/RandUniform sequence; 0 until the object is first seeded.
   std::uint32_t RandSeed() const { return fRandSeed; }
-  /// Identity, complex and length checks are made (range checks always are).
+  /// Identity, complex, length and range checks of the arguments are made. Off, the caller
+  /// guarantees them: an out-of-range Index or Len then reads or writes outside the data.
   bool ConditionCheck() const { return fConditionCheck; }
   void SetConditionCheck(bool value) { fConditionCheck = value; }
   /// Layout of a real signal's half spectrum for the FromReal/ToReal transforms.
@@ -109,6 +110,9 @@ class TQuorel {
   // --- sizing ---------------------------------------------------------------------------------
   /// Makes Self the size of Src with the given `Complex`.
   virtual void Size(const TQuorel& src, bool complex);
+  /// Raises now, changing nothing, what Size(src, complex) would raise: a method with several
+  /// outputs checks them all before it writes the first.
+  virtual void RequireSizable(const TQuorel& src, bool complex) const;
   /// Changes the length keeping the leading min(len, Length) elements; zeroes growth when asked.
   void InternalResize(std::int32_t len, bool zeroIt);
   /// Length 0.

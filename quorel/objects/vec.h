@@ -61,6 +61,9 @@ class TVec : public TDenseOf<TVec> {
   TVec& Size(std::int32_t len, bool complex);
   /// Sets Complex, Src's IsInteger, then Src's length; every check comes first.
   void Size(const TQuorel& src, bool complex) final;
+  void RequireSizable(const TQuorel& src, bool complex) const final { RequireSizable(src.Length(), complex); }
+  /// Raises now, changing nothing, what Size(len, complex) would raise.
+  void RequireSizable(std::int32_t len, bool complex) const;
   /// Sets the length, keeping Complex.
   TVec& Size(std::int32_t len) { return Size(len, fComplex); }
   /// Changes the length keeping the leading elements; new elements are zero when zeroIt.
@@ -293,8 +296,6 @@ class TVec : public TDenseOf<TVec> {
  private:
   /// Takes over other's block as a move; false, with nothing changed, when it cannot.
   bool MoveStorage(TVec& other) noexcept;
-  /// The checks of Size(len, complex), made before anything changes.
-  void RequireSizable(std::int32_t len, bool complex) const;
   std::int32_t CheckedIndex(std::int32_t i, bool complex) const {
     if (fComplex != complex) [[unlikely]]
       EInvalidArgumentRaise(complex ? "TVec.atc: Complex = False" : "TVec.at: Complex = True");
