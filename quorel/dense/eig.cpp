@@ -121,6 +121,16 @@ TMtx& TMtx::Eig(TMtx* vl, TVec& d, TMtx* vr, TMtxType mtxType, TVectorForm vecto
   else if (vectorForm == vfSchur) Require(vl != nullptr, "VL = nil");
   else Require(vl || vr, "VL or VR must be <> nil!");
   const FInt n = Rows();
+  // Every output is checked before the first is written.
+  if (symmetric) {
+    d.RequireSizable(n, false);
+    vr->RequireSizable(n, n, Complex());
+  } else {
+    d.RequireSizable(n, true);
+    const bool vectorsComplex = vectorForm == vfEig || Complex();
+    if (vl) vl->RequireSizable(n, n, vectorsComplex);
+    if (vr) vr->RequireSizable(n, n, vectorsComplex);
+  }
   TLapackWork work;
   FpuScope fpu;
   OnKind(Complex(), [&](auto t) {
@@ -173,6 +183,8 @@ TMtx& TMtx::EigGen(const TMtx& b, TMtx& v, TVec& d, TEigGenType eigGenType) {
   Require(b.Cols() == Cols(), "B.Cols <> Cols");
   RequireSameComplex(b, *this, "B.Complex <> Complex");
   const FInt n = Rows();
+  v.RequireSizable(n, n, Complex());
+  d.RequireSizable(n, false);
   TLapackWork work;
   double* pd = work.Take<double>(n);
   FpuScope fpu;

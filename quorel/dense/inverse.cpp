@@ -56,6 +56,12 @@ TMtx& TMtx::Inv(TMtxType mtxType) {
     }
     fLapackInfo = 0;
     FromColMajor<T>(*this, a, n, n, n);
+    if (mtxType == mtTriangle) {
+      // The routine writes only its triangle (and not a unit diagonal): the rest is the input's.
+      ZeroOtherTriangle(*this, TriangleForm());
+      if (TriangleUnit())
+        for (FInt i = 0; i < n; ++i) Ptr<T>(*this)[std::int64_t{i} * LeadingCols() + i] = T{1};
+    }
   });
   if (IsPosDefType(mtxType) || IsSymmetricType(mtxType) || IsHermitianType(mtxType))
     MirrorTriangle(*this, TriangleForm(), cplx && (IsHermitianType(mtxType) || IsPosDefType(mtxType)));
@@ -68,7 +74,9 @@ struct TScaledProduct {
   TCplx m{1, 0};
   int e = 0;
   bool Mul(const TCplx& x) {
-    m = {m.Re * x.Re - m.Im * x.Im, m.Re * x.Im + m.Im * x.Re};
+    // Real factors multiply alone: the cross terms would turn an infinite pivot into NaN (0 * inf).
+    if (m.Im == 0 && x.Im == 0) m = {m.Re * x.Re, 0};
+    else m = {m.Re * x.Re - m.Im * x.Im, m.Re * x.Im + m.Im * x.Re};
     double a = std::hypot(m.Re, m.Im);
     if (a == 0) return false;
     if (!std::isfinite(a)) {  // an infinite or NaN factor: the value stays what it is

@@ -33,6 +33,12 @@ void PowerOfValues(TVec& values, std::span<const TCplx> params) {
   const std::complex<double> e(params[0].Re, params[0].Im);
   for (std::int32_t i = 0; i < values.Length(); ++i) {
     TCplx& z = *values.PCValues(i);
+    // A zero eigenvalue: the complex pow goes through log 0 and gives NaN even where 0^e is 1
+    // (e = 0, so that A^0 = I for singular A too) or 0 (Re e > 0).
+    if (z.Re == 0 && z.Im == 0 && (e == 0.0 || e.real() > 0)) {
+      z = {e == 0.0 ? 1.0 : 0.0, 0};
+      continue;
+    }
     const std::complex<double> r = std::pow(std::complex<double>(z.Re, z.Im), e);
     z = {r.real(), r.imag()};
   }

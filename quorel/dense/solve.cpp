@@ -273,6 +273,7 @@ TMtx& TMtx::LU(const TMtx& mtx, TVec& p, TMtxType mtxType) {
   const bool posDef = IsPosDefType(mtxType), symmetric = mtxType == mtSymmetric || mtxType == mtHermitian;
   if (!posDef && !symmetric && mtxType != mtGeneral) ERaise("MtxType not supported");
   const FInt n = mtx.Rows();
+  p.RequireSizable(n, false);  // before Self is overwritten
   TLapackWork work;
   FInt* ipiv = work.TakeInt(n);
   FpuScope fpu;

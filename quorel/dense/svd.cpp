@@ -43,6 +43,10 @@ TMtx& TMtx::SVD(TMtx* u, TVec& s, TMtx* v, bool minSize) {
   const FInt m = Rows(), n = Cols(), k = std::min(m, n);
   const char jobz = !u ? 'N' : minSize ? 'S' : 'A';
   const FInt uCols = jobz == 'A' ? m : k, vRows = jobz == 'A' ? n : k;
+  // Every output is checked before the first is written.
+  s.RequireSizable(k, false);
+  if (u) u->RequireSizable(k == 0 ? 0 : m, k == 0 ? 0 : uCols, Complex());
+  if (u && v) v->RequireSizable(k == 0 ? 0 : vRows, k == 0 ? 0 : n, Complex());
   TLapackWork work;
   double* ps = work.Take<double>(k);
   FpuScope fpu;
@@ -75,16 +79,19 @@ TMtx& TMtx::SVD(TMtx* u, TVec& s, TMtx* v, bool minSize) {
 template <class T>
 std::int32_t TMtx::SVDSolveInt(const T* b, T* x, std::int32_t nrhs, TVec& s, double threshold) {
   const FInt m = Rows(), n = Cols(), ldb = std::max({m, n, 1});
+  // No right-hand side still gives the singular values and the rank: the driver gets one zero
+  // column (it refuses none).
+  const FInt cols = std::max(nrhs, 1);
   TLapackWork work;
   T* a = ColMajorCopy<T>(work, *this);
-  T* pb = work.Take<T>(std::int64_t{nrhs} * ldb);
-  std::fill_n(pb, std::int64_t{nrhs} * ldb, T{});
+  T* pb = work.Take<T>(std::int64_t{cols} * ldb);
+  std::fill_n(pb, std::int64_t{cols} * ldb, T{});
   for (FInt j = 0; j < nrhs; ++j) std::copy(b + std::int64_t{j} * m, b + std::int64_t{j + 1} * m, pb + std::int64_t{j} * ldb);
   FInt rank = 0;
   double* ps = work.Take<double>(std::min(m, n));
   {
     FpuScope fpu;
-    RaiseInfo(lapack::gelsd<T>(m, n, nrhs, a, std::max(m, 1), pb, ldb, ps, threshold, rank), kSvdFailed, true);
+    RaiseInfo(lapack::gelsd<T>(m, n, cols, a, std::max(m, 1), pb, ldb, ps, threshold, rank), kSvdFailed, true);
   }
   for (FInt j = 0; j < nrhs; ++j) std::copy(pb + std::int64_t{j} * ldb, pb + std::int64_t{j} * ldb + n, x + std::int64_t{j} * n);
   s.Size(std::min(m, n), false);
