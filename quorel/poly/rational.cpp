@@ -97,6 +97,9 @@ void DeConv(const TVec& b, const TVec& a, TVec& q, TVec& r) {
       Divide(Ptr<T>(*num), nb, Ptr<T>(*den), na, Ptr<T>(*quo));
     });
   }
+  // Both outputs are checked before the first is written.
+  q.RequireSizable(*quo, quo->Complex());
+  r.RequireSizable(*num, num->Complex());
   q.Copy(*quo);
   r.Copy(*num);
 }
@@ -310,6 +313,9 @@ void IIRFilter(const TVec& b, const TVec& a, const TVec& x, TVec& y, const TVec*
     }
     FilterDF2T(pb, pa, ns, Ptr<T>(*px), Ptr<T>(*out), x.Length(), Ptr<T>(*cz));
   });
+  // Both outputs are checked before the first is written.
+  y.RequireSizable(*out, cplx);
+  if (zf) zf->RequireSizable(ns, cplx);
   y.Copy(*out);
   if (zf) {
     zf->Size(ns, cplx);  // Size does not keep values, so copy the ns delays explicitly

@@ -37,6 +37,13 @@ TEST(DeConv, QuotientAndRemainder) {
   TVec keep = Real({5});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { DeConv(Real({1, 2}), Real({0, 1}), keep, keep); }), "DeConv: A[0] = 0");
   EXPECT_EQ(Doubles(keep), (std::vector<double>{5}));
+  // A remainder that cannot take its length (a sub-range view) fails before the quotient is written.
+  TVec locked(8);
+  locked.SetSubRange(0, 2);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { DeConv(Real({1, 2, 3, 4}), Real({1, 1}), keep, locked); }),
+            "IsSubRange = True!");
+  EXPECT_EQ(Doubles(keep), (std::vector<double>{5}));
+  locked.SetFullRange();
 }
 
 // Partial fractions against hand expansions, then composed back. Repeated poles come from
@@ -133,6 +140,13 @@ TEST(IIRFilter, MatchesDifferenceEquationAndResumesFromState) {
        "IIRFilter: Zi.Length <> state length"},
   });
   EXPECT_EQ(Doubles(keep), (std::vector<double>{4}));
+  // A final state that cannot take its length fails before the output is written.
+  TVec zf(8);
+  zf.SetSubRange(0, 1);
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { IIRFilter(Real({1, 2, 3}), Real({1}), Real({1, 2}), keep, nullptr, &zf); }),
+            "IsSubRange = True!");
+  EXPECT_EQ(Doubles(keep), (std::vector<double>{4}));
+  zf.SetFullRange();
 }
 
 }  // namespace
