@@ -1,6 +1,8 @@
 #include "quorel/io/lists.h"
 
 #include <algorithm>
+#include <memory>
+#include <vector>
 
 #include "quorel/core/errors.h"
 
@@ -57,19 +59,21 @@ void TObjectList<T>::LoadFromStream(TQuorelStream& stream) {
   std::int32_t count = 0;
   stream.ReadBuffer(&count, 4);
   count = std::max(count, 0);
-  const std::int32_t before = Count();
-  try {
-    // Grows one item at a time: an absurd count fails at the first missing item, not on a
-    // huge allocation.
-    for (std::int32_t i = 0; i < count; ++i) {
-      if (i >= Count()) Add();
-      items_[static_cast<std::size_t>(i)]->LoadFromStream(stream);
-    }
-  } catch (...) {
-    while (Count() > before) items_.pop_back();
-    throw;
+  // Every item is read into a copy first, so a corrupt item leaves the whole list as it was. The
+  // copies grow one at a time: an absurd count fails at the first missing item, not on a huge
+  // allocation.
+  std::vector<std::unique_ptr<T>> loaded;
+  for (std::int32_t i = 0; i < count; ++i) {
+    auto item = std::make_unique<T>();
+    if (i < Count()) item->Assign(*items_[static_cast<std::size_t>(i)]);
+    item->LoadFromStream(stream);
+    loaded.push_back(std::move(item));
   }
+  // Existing items keep their identity (callers may hold references to them).
+  const auto kept = static_cast<std::size_t>(std::min(count, Count()));
+  for (std::size_t i = 0; i < kept; ++i) *items_[i] = std::move(*loaded[i]);
   SetCount(count);
+  for (std::size_t i = kept; i < loaded.size(); ++i) items_[i] = std::move(loaded[i]);
 }
 
 template class TObjectList<TVec>;

@@ -52,8 +52,8 @@ class TObjectList {
   /// int32 item count, then each item in its own Precision and Rounding.
   void SaveToStream(TQuorelStream& stream) const;
   /// Reads a count and that many items into the list (reusing existing items), then deletes
-  /// items beyond it. A short count raises EReadError; when an item fails, items added by this
-  /// call are removed again and the error passes on.
+  /// items beyond it. A short count raises EReadError; when an item fails, the error passes on
+  /// and the list is left as it was.
   void LoadFromStream(TQuorelStream& stream);
 
  protected:

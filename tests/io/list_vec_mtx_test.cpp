@@ -79,7 +79,7 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   EXPECT_EQ(loaded[1].CValues(0, 1), (TCplx{-7, 8}));
 }
 
-TEST(VecList, FailedLoadRemovesTheItemsItAdded) {
+TEST(VecList, FailedLoadLeavesTheListAsItWas) {
   TQuorelMemoryStream s;
   const std::int32_t count = 3;
   s.Write(&count, 4);
@@ -87,9 +87,21 @@ TEST(VecList, FailedLoadRemovesTheItemsItAdded) {
   s.Seek(0, soBeginning);
   TVecList list;
   list.SetCount(1);
+  list[0].Copy(Real({9, 8}));
+  list[0].SetCaption("kept");
+  const TVec* first = &list[0];
   EXPECT_EQ(MessageOf<EQuorelException>([&] { list.LoadFromStream(s); }), "Error reading stream!");
   EXPECT_EQ(list.Count(), 1);
-  EXPECT_EQ(list[0][0], 7);  // the item that existed was loaded
+  EXPECT_EQ(Doubles(list[0]), (std::vector<double>{9, 8}));  // not the 7 the stream held
+  EXPECT_EQ(list[0].Caption(), "kept");
+  // A complete load replaces the values in the same item objects.
+  const std::int32_t one = 1;
+  s.Seek(0, soBeginning);
+  s.Write(&one, 4);
+  s.Seek(0, soBeginning);
+  list.LoadFromStream(s);
+  EXPECT_EQ(&list[0], first);
+  EXPECT_EQ(Doubles(list[0]), std::vector<double>{7});
   TQuorelMemoryStream shortCount(TBytes{1, 0});
   EXPECT_EQ(MessageOf<EReadError>([&] { list.LoadFromStream(shortCount); }), "Stream read error");
 }
