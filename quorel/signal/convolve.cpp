@@ -191,9 +191,9 @@ const TCplx* AsComplex(const TVec& v, TVec& work) {
 TVec& TVec::Convolve(const TVec& xIn, const TVec& hIn) {
   detail::RequireChecked(*this, !Is(xIn) && !Is(hIn), "TVec.Convolve: (Self = X) or (Self = H)");
   detail::Require(hIn.Length() > 0, "TVec.Convolve: H.Length = 0");
-  std::optional<TWorkVec> keep;  // unchecked, Self is read from a copy
-  const TVec& x = detail::Unaliased(*this, xIn, keep);
-  const TVec& h = detail::Unaliased(*this, hIn, keep);
+  std::optional<TWorkVec> keepX, keepH;  // unchecked, Self (or a view over it) is read from a copy
+  const TVec& x = detail::Unaliased(*this, xIn, keepX);
+  const TVec& h = detail::UnaliasedSecond(*this, hIn, xIn, x, keepH);
   const bool complex = x.Complex() || h.Complex();
   const std::int32_t nx = x.Length(), nh = h.Length();
   Size(nx > 0 ? nx + nh - 1 : 0, complex);
@@ -255,9 +255,9 @@ TVec& TVec::CrossCorr(const TVec& in1, const TVec& in2, std::int32_t loLag, std:
   detail::RequireChecked(*this, !Is(in1) && !Is(in2), "TVec.CrossCorr: (Self = Vec1) or (Self = Vec2)");
   detail::Require(loLag >= 0, "TVec.CrossCorr: LoLag < 0");
   detail::Require(hiLag > loLag, "TVec.CrossCorr: HiLag <= LoLag");
-  std::optional<TWorkVec> keep;
-  const TVec& vec1 = detail::Unaliased(*this, in1, keep);
-  const TVec& vec2 = detail::Unaliased(*this, in2, keep);
+  std::optional<TWorkVec> keep1, keep2;
+  const TVec& vec1 = detail::Unaliased(*this, in1, keep1);
+  const TVec& vec2 = detail::UnaliasedSecond(*this, in2, in1, vec1, keep2);
   const bool complex = vec1.Complex() || vec2.Complex();
   const std::int32_t n1 = vec1.Length(), n2 = vec2.Length();
   const std::int32_t count = (n1 == 0 || n2 == 0) ? 0 : hiLag - loLag + 1;
@@ -277,9 +277,9 @@ TVec& TVec::CrossCorr(const TVec& in1, const TVec& in2, std::int32_t loLag, std:
 TMtx& TMtx::Convolve(const TMtx& xIn, const TMtx& hIn, bool filter) {
   detail::RequireChecked(*this, !xIn.Complex() && !hIn.Complex(), "X.Complex or H.Complex");
   detail::RequireChecked(*this, !Is(xIn) && !Is(hIn), "(X = Self) or (H = Self)");
-  std::optional<TWorkMtx> keep;
-  const TMtx& x = detail::Unaliased(*this, xIn, keep);
-  const TMtx& h = detail::Unaliased(*this, hIn, keep);
+  std::optional<TWorkMtx> keepX, keepH;
+  const TMtx& x = detail::Unaliased(*this, xIn, keepX);
+  const TMtx& h = detail::UnaliasedSecond(*this, hIn, xIn, x, keepH);
   const std::int32_t rx = x.Rows(), cx = x.Cols(), rh = h.Rows(), ch = h.Cols();
   const bool empty = rx == 0 || cx == 0 || rh == 0 || ch == 0;
   const std::int32_t rf = empty ? 0 : rx + rh - 1, cf = empty ? 0 : cx + ch - 1;

@@ -43,7 +43,7 @@ void DctVec(TVec& self, const TVec& vec, bool forward, const char* msg) {
 void DctRange(TDenseQuorel& self, const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len,
               bool forward, const char* selfMsg, const char* vecMsg) {
   detail::RequireChecked(self, !self.Complex(), selfMsg);
-  if (vecMsg) detail::RequireChecked(self, !vec.Complex(), vecMsg);
+  detail::RequireChecked(self, !vec.Complex(), vecMsg);
   self.ValidateParams2(vec, vecIndex, index, len);
   if (len <= 0 || self.Complex() || vec.Complex()) return;
   double* dst = self.PValues1D(index);
@@ -70,7 +70,8 @@ TDenseQuorel& TDenseQuorel::DCT(const TDenseQuorel& vec, std::int32_t vecIndex, 
 }
 
 TDenseQuorel& TDenseQuorel::IDCT(const TDenseQuorel& vec, std::int32_t vecIndex, std::int32_t index, std::int32_t len) {
-  DctRange(*this, vec, vecIndex, index, len, false, "TQuorel.IDCT: Self.Complex is True", nullptr);
+  DctRange(*this, vec, vecIndex, index, len, false, "TQuorel.IDCT: Self.Complex is True",
+           "TQuorel.IDCT: Vec.Complex is True");
   return *this;
 }
 

@@ -112,6 +112,14 @@ void Scale(double* p, std::int64_t count, double s) {
   if (s != 1.0) kern::ScaleByValue(p, s, p, count);
 }
 
+// Clears the one or two padding doubles (n odd or even) after the n reals of each padded row.
+void ZeroRowPadding(double* o, std::int32_t rows, std::int32_t n, std::int64_t padded) {
+  for (std::int64_t r = 0; r < rows; ++r) {
+    o[r * padded + n] = 0.0;
+    o[r * padded + padded - 1] = 0.0;
+  }
+}
+
 // Steps of a descriptor's configuration, checked as the cache's callers expect.
 std::unique_ptr<TDftiDescriptor> Configure(std::int32_t length1, std::int32_t length2, TCacheEntryFlags flags) {
   const bool use1D = flags.Has(cefUse1D);
@@ -407,6 +415,8 @@ int DftiBackward(TDftiHandle d, const void* in, void* out) {
       const FftwPlanPtr plan = PlanFor(*d, FftwKind::C2R, o, o, status);
       if (!plan) return status;
       FftwExecC2R(plan, reinterpret_cast<TCplx*>(o), o);
+      // FFTW leaves working values in the padding: cleared, Self is the vector out of place gives.
+      ZeroRowPadding(o, RealRows(*d), n, padded);
       Scale(o, extent, d->BackwardScale);
       return kDftiOk;
     }
@@ -421,11 +431,7 @@ int DftiBackward(TDftiHandle d, const void* in, void* out) {
       Scale(o, n, d->BackwardScale);
       return kDftiOk;
     }
-    for (std::int32_t r = 0; r < RealRows(*d); ++r) {
-      // One or two padding doubles (n odd or even) after the n reals of each row.
-      o[r * padded + n] = 0.0;
-      o[r * padded + padded - 1] = 0.0;
-    }
+    ZeroRowPadding(o, RealRows(*d), n, padded);
     Scale(o, extent, d->BackwardScale);
     return kDftiOk;
   }

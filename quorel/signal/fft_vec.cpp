@@ -232,7 +232,10 @@ TDenseQuorel& TDenseQuorel::IFFTToReal(const TDenseQuorel& vec, std::int32_t vec
   const bool ccs = fFFTStorageFormat == fsfCCS;
   if (fConditionCheck) {
     detail::Require(!Is(vec), "TDenseQuorel.IFFTToReal: Vec is equal to Self");
-    if (ccs) detail::Require(vec.Complex(), "TDenseQuorel.IFFTToReal: Vec is not Complex");
+    if (ccs)
+      detail::Require(vec.Complex(), "TDenseQuorel.IFFTToReal: Vec is not Complex");
+    else
+      detail::Require(!vec.Complex(), "TDenseQuorel.IFFTToReal: Vec is Complex");
     detail::Require(!fComplex, "TDenseQuorel.IFFTToReal: Self is Complex");
   }
   if (len == -1) len = fLength - index;

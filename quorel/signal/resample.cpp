@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <optional>
 
 #include "quorel/core/constants.h"
@@ -88,10 +89,13 @@ void CheckFactorPhase(std::int32_t factor, std::int32_t phase) {
 TVec& TVec::UpSample(const TVec& in, std::int32_t factor, std::int32_t phase) {
   detail::RequireChecked(*this, !Is(in), "Self = Src");
   CheckFactorPhase(factor, phase);
+  const std::int32_t n = in.Length();
+  const std::int64_t out = std::int64_t{n} * factor;
+  // Past the 32-bit length, as joining vectors that long does.
+  if (out > std::numeric_limits<std::int32_t>::max()) EOutOfMemoryRaise("Quorel: Out of memory!");
   std::optional<TWorkVec> keep;  // unchecked, Self is read from a copy
   const TVec& src = detail::Unaliased(*this, in, keep);
-  const std::int32_t n = src.Length();
-  Size(n * factor, src.Complex());
+  Size(static_cast<std::int32_t>(out), src.Complex());
   SetZero();
   Strided(src, 0, 1, *this, phase, factor, n);
   return *this;
@@ -123,24 +127,28 @@ TDenseQuorel& TDenseQuorel::UpSample(const TDenseQuorel& src, std::int32_t facto
     ERangeErrorRaise(FormatMsg("Self params out of range: Index: %d, Len*Factor: %d, Length: %d", index,
                                static_cast<int>(out), fLength));
   if (fComplex != src.Complex()) return *this;
+  std::optional<TWorkVec> keep;  // unchecked, Self (or a view over it) is read from a copy
+  const detail::TRangeSource from = detail::UnaliasedRange(*this, src, srcIndex, len, keep);
   SetZero(index, static_cast<std::int32_t>(out));
-  Strided(src, srcIndex, 1, *this, index + phase, factor, len);
+  Strided(*from.Src, from.Index, 1, *this, index + phase, factor, len);
   return *this;
 }
 
 TDenseQuorel& TDenseQuorel::DownSample(const TDenseQuorel& src, std::int32_t factor, std::int32_t phase,
                                        std::int32_t srcIndex, std::int32_t index, std::int32_t len) {
-  detail::Require(factor >= 1, "Factor < 1");
-  detail::Require(phase >= 0, "Phase < 0");
-  detail::Require(phase < factor, "Phase >= Factor");
+  detail::Require(factor >= 1, "Factor < 1");  // first: the mod below needs it
   detail::Require(len % factor == 0, "(Len mod Factor) <> 0");
   const std::int32_t m = len / factor;
   detail::RequireInRange(srcIndex >= 0 && len >= 0 && std::int64_t{srcIndex} + len <= src.Length(),
                          "(SrcIndex + Len) > Src.Length");
   detail::RequireInRange(index >= 0 && std::int64_t{index} + m <= fLength, "(Index + ALength) > Length");
   detail::RequireChecked(*this, fComplex == src.Complex(), "Complex <> Src.Complex");
+  detail::Require(phase >= 0, "Phase < 0");
+  detail::Require(phase < factor, "Phase >= Factor");
   if (fComplex != src.Complex()) return *this;
-  Strided(src, std::int64_t{srcIndex} + phase, factor, *this, index, 1, m);
+  std::optional<TWorkVec> keep;  // unchecked, Self (or a view over it) is read from a copy
+  const detail::TRangeSource from = detail::UnaliasedRange(*this, src, srcIndex, len, keep);
+  Strided(*from.Src, std::int64_t{from.Index} + phase, factor, *this, index, 1, m);
   return *this;
 }
 
@@ -249,13 +257,13 @@ TVec& TVec::PixelDownSample1(std::int32_t width, const TVec& inY, const TVec* in
   detail::Require(!inY.Complex() && !inX->Complex(), "Src.Complex = True");
   // The two outputs cannot share one object.
   detail::Require(nx != this, "NX = Self");
-  // A source that is an output is read from a copy; one copy per output.
-  std::optional<TWorkVec> keepSelf, keepNX;
-  const auto readable = [&](const TVec& v) -> const TVec& {
-    return &v == this ? detail::Unaliased(*this, v, keepSelf) : detail::Unaliased(*nx, v, keepNX);
+  // A source sharing memory with either output is read from a copy; one copy per source object.
+  std::optional<TWorkVec> keepY, keepX;
+  const auto readable = [&](const TVec& v, std::optional<TWorkVec>& keep) -> const TVec& {
+    return detail::SharesStorage(*this, v) || detail::SharesStorage(*nx, v) ? detail::KeptCopy(v, keep) : v;
   };
-  const TVec& srcY = readable(inY);
-  const TVec& x = readable(*inX);
+  const TVec& srcY = readable(inY, keepY);
+  const TVec& x = inX == &inY ? srcY : readable(*inX, keepX);
   const std::int32_t len = srcY.Length();
   const std::int32_t out = width < 1 ? 0 : ReducedLength(len, width, mode);
   Size(out, false);

@@ -73,8 +73,10 @@ TEST(FftVec, RealTransformsInEveryFormatMatchTheSumAndInvert) {
       back.Resize(n);
       back.Scale(1.0 / n);
       EXPECT_LE(ErrEps(AsL(back), AsL(x)), FftTol(n));
-      w.IFFTToReal();  // scaled, in place
+      w.IFFTToReal();  // scaled, in place: the same vector, padding zeros included
       EXPECT_FALSE(w.Complex());
+      EXPECT_EQ(w.Length(), format == fsfCCS ? 2 * m : n);
+      for (std::int32_t i = n; i < w.Length(); ++i) EXPECT_EQ(w[i], 0.0) << i;
       w.Resize(n);
       EXPECT_LE(ErrEps(AsL(w), AsL(x)), FftTol(n));
     }
@@ -193,6 +195,14 @@ TEST(FftVec, Messages) {
       {[&] { r.IFFTToReal(r2, 0, 0, 2, false); }, "TDenseQuorel.IFFTToReal: Vec is not Complex"},
       {[&] { c.IFFTToReal(TVec(c), 0, 0, 2, false); }, "TDenseQuorel.IFFTToReal: Self is Complex"},
   });
+  // Pack and Perm read Len reals: a complex Vec is refused, not skipped.
+  for (auto format : {fsfPack, fsfPerm}) {
+    TVec dst = Real({9, 9, 9, 9});
+    dst.SetFFTStorageFormat(format);
+    EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { dst.IFFTToReal(c, 0, 0, 2, false); }),
+              "TDenseQuorel.IFFTToReal: Vec is Complex");
+    EXPECT_EQ(Doubles(dst), (std::vector<double>{9, 9, 9, 9}));
+  }
   TVec p = Real({1, 2, 3, 4});
   p.SetFFTStorageFormat(fsfPack);
   TVec pc = Cplx({{1, 0}, {2, 0}});

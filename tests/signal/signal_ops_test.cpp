@@ -207,7 +207,17 @@ TEST(Resample, UpAndDownWithPhaseAndRanges) {
       {[&] { d.DownSample(r, 2, 0, 0, 0, 3); }, "(Len mod Factor) <> 0"},
       {[&] { d.DownSample(c, 2, 0, 0, 0, 2); }, "Complex <> Src.Complex"},
       {[&] { d.DownSample(r, 2, -1, 0, 0, 2); }, "Phase < 0"},
+      // Several wrong at once: the first in the order the range form checks them.
+      {[&] { d.DownSample(r, 2, 3, 0, 0, 5); }, "(Len mod Factor) <> 0"},
+      {[&] { d.DownSample(c, 2, -1, 0, 0, 2); }, "Complex <> Src.Complex"},
+      {[&] { d.DownSample(r, 0, 5, 0, 0, 3); }, "Factor < 1"},
   });
+  // Len * Factor past the 32-bit length is refused before Self is sized.
+  for (std::int32_t factor : {1 << 30, 1431655766}) {
+    TVec big = Real({1, 2, 3}), keep = Real({7});
+    EXPECT_EQ(MessageOf<EOutOfMemory>([&] { keep.UpSample(big, factor, 0); }), "Quorel: Out of memory!") << factor;
+    EXPECT_EQ(Doubles(keep), std::vector<double>{7});
+  }
   ExpectMessages<EQuorelRangeError>({
       {[&] { r.UpSample(Real({1, 2}), 2, 0, 1, 0, 2); }, "Src params out of range: SrcIndex: 1, Len: 2, Src.Length: 2"},
       {[&] { r.UpSample(Real({1, 2}), 4, 0, 0, 0, 2); }, "Self params out of range: Index: 0, Len*Factor: 8, Length: 7"},
@@ -226,6 +236,15 @@ TEST(Resample, UncheckedIdentityAndKinds) {
   EXPECT_EQ(Doubles(s), (std::vector<double>{0, 1, 0, 2, 0, 3, 0, 4}));
   s.DownSample(s, 2, 1);
   EXPECT_EQ(Doubles(s), (std::vector<double>{1, 2, 3, 4}));
+  // The range forms too, where the written range overlaps the one read.
+  TVec u = Real({1, 2, 3, 4, 5, 6, 7, 8});
+  u.SetConditionCheck(false);
+  u.UpSample(u, 2, 1, 0, 0, 4);
+  EXPECT_EQ(Doubles(u), (std::vector<double>{0, 1, 0, 2, 0, 3, 0, 4}));
+  TVec d = Real({1, 2, 3, 4, 5, 6, 7, 8});
+  d.SetConditionCheck(false);
+  d.DownSample(d, 2, 0, 0, 2, 8);
+  EXPECT_EQ(Doubles(d), (std::vector<double>{1, 2, 1, 3, 5, 7, 7, 8}));
   TVec r;
   r.Size(4, true);
   r.SetZero();
@@ -335,6 +354,7 @@ TEST(SignalOps, Messages) {
       {[&] { c.DCT(x, 0, 0, 1); }, "TQuorel.DCT: Self.Complex is True"},
       {[&] { r.DCT(c, 0, 0, 1); }, "TQuorel.DCT: Vec.Complex is True"},
       {[&] { c.IDCT(x, 0, 0, 1); }, "TQuorel.IDCT: Self.Complex is True"},
+      {[&] { r.IDCT(c, 0, 0, 1); }, "TQuorel.IDCT: Vec.Complex is True"},
   });
   TMtx m, cm;
   m.Size(2, 2, false);
@@ -395,6 +415,42 @@ TEST(SignalOps, UncheckedSelfSourceGivesTheResultOfACopy) {
       }
   }
   EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
+}
+
+// A source that is a view over Self's own elements (not Self itself, so no identity check sees it)
+// is read as a copy would be: Self is written while the view still shows the values to be read.
+TEST(SignalOps, SourcesViewingSelfGiveTheResultOfACopy) {
+  const TVec h = Real({0.5, -1, 2});
+  struct Case {
+    const char* name;
+    std::int32_t n, index, len;  // Self's length and the viewed range; the call keeps Self's length
+    std::function<void(TVec&, const TVec&)> op;
+  };
+  const std::vector<Case> cases = {
+      {"Convolve(V, H)", 8, 0, 6, [&](TVec& s, const TVec& a) { s.Convolve(a, h); }},
+      {"Convolve(H, V)", 8, 2, 6, [&](TVec& s, const TVec& a) { s.Convolve(h, a); }},
+      {"Convolve(V, V)", 7, 3, 4, [](TVec& s, const TVec& a) { s.Convolve(a, a); }},
+      {"CrossCorr(V, H)", 8, 1, 4, [&](TVec& s, const TVec& a) { s.CrossCorr(a, h, 0, 7); }},
+      {"CrossCorr(V, V)", 7, 0, 7, [](TVec& s, const TVec& a) { s.CrossCorr(a, a, 0, 6); }},
+      {"AutoCorrNormal", 8, 0, 8, [](TVec& s, const TVec& a) { s.AutoCorrNormal(a, 8); }},
+      {"UpSample", 8, 4, 4, [](TVec& s, const TVec& a) { s.UpSample(a, 2, 1); }},
+      {"UpSample range", 8, 0, 4, [](TVec& s, const TVec& a) { s.UpSample(a, 2, 1, 0, 0, 4); }},
+      {"DownSample range", 8, 0, 8, [](TVec& s, const TVec& a) { s.DownSample(a, 2, 0, 0, 3, 8); }},
+  };
+  for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
+    PathScope scope(path);
+    for (bool complex : {false, true})
+      for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.name) + (complex ? " complex" : " real"));
+        TVec s = Make(c.n, complex, 14), want(s), view, copy;
+        view.SetSubRange(s, c.index, c.len);
+        copy.Copy(view);
+        c.op(want, copy);
+        c.op(s, view);
+        EXPECT_EQ(Doubles(s), Doubles(want));
+      }
+  }
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
 // Convolution, correlation and DCT keep their transforms per thread: on distinct objects, three

@@ -72,7 +72,8 @@ inline void CheckCompute(int status, const char* method) {
 /// Backward transform, scaled when the descriptor says so. Complex: TCplx arrays; real: in is
 /// complex (CCS) or real (Pack/Perm), out real. A real CCS source is not modified unless in == out
 /// or it is the descriptor's scratch (DftiScratch, then consumed). Out of place, a 1-D real CCS
-/// inverse writes its n reals alone; batches and 2-D write padded rows, the padding zeroed.
+/// inverse writes its n reals alone; in place, and for batches and 2-D, it writes padded rows, the
+/// padding zeroed.
 [[nodiscard]] int DftiBackward(TDftiHandle d, const void* in, void* out);
 /// The same, raising with `method` (such as "TVec.FFT: ") and the status text unless it ran.
 inline void DftiForward(TDftiHandle d, void* in, void* out, const char* method) {
