@@ -45,11 +45,6 @@ std::int32_t MinBrent(const TRealFunction& Fun, double Lo, double Hi, std::span<
       StopReason = OptResConverged;
       break;
     }
-    ++count;
-    if (detail::PastMaxIter(count, MaxIter)) {
-      StopReason = OptResMaxIter;
-      break;
-    }
     bool golden = true;
     if (std::abs(e) > tol1) {
       // Parabola through (v, fv), (w, fw), (x, fx).
@@ -86,6 +81,8 @@ std::int32_t MinBrent(const TRealFunction& Fun, double Lo, double Hi, std::span<
         v = u, fv = fu;
       }
     }
+    // Counted once the step is taken, so the count is the number of steps, as in the other methods.
+    if (detail::PastMaxIter(++count, MaxIter)) StopReason = OptResMaxIter;
   }
   Pars[0] = x;
   FMin = fx;

@@ -45,9 +45,10 @@ std::string OptLogValue(double Value, std::int32_t Digits) {
 namespace detail {
 
 namespace {
+// At most 324 for a finite positive tolerance; the formatter writes any number of decimals.
 std::int32_t LogDigits(double tol) {
   const double d = std::abs(std::nearbyint(std::log10(tol)));
-  if (!(d < 18)) return 18;  // a tolerance <= 0, NaN or below 1e-18
+  if (!std::isfinite(d)) return 18;  // a tolerance <= 0, infinite or NaN has no such count
   return static_cast<std::int32_t>(d);
 }
 }  // namespace

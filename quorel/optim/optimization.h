@@ -13,7 +13,7 @@
 // given back on the way. A non-null `Verbose` receives a log: a header line with the method's
 // name, then "Iteration Fun", then one line per iteration: the count as "0000", six blanks and
 // the best value so far rounded to one significant digit, written in fixed notation with
-// |round(log10(Tol))| decimals (see OptLogValue).
+// |round(log10(Tol))| decimals (see OptLogValue), 18 when Tol <= 0 or is not finite.
 //
 // Common stop rules of the iterative methods: MaxIter bounds the iteration count (MaxIter <= 0
 // still performs one iteration); a tolerance <= 0 disables the tests that use it, so such a run

@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "classic_functions.h"
@@ -58,6 +60,14 @@ TEST(Simplex, StartVerticesLogAndExpansionRule) {
   // Best start value 20.3, one significant digit, four decimals (Tol 1e-4).
   EXPECT_EQ(log[2], "0000      20.0000");
   EXPECT_EQ(log[3].substr(0, 10), "0001      ");
+  // |round(log10(Tol))| decimals however small Tol is; 18 when it gives no count.
+  for (auto [tol, decimals] : {std::pair{1e-20, 20}, {3e-31, 31}, {1e25, 25}, {0.0, 18}, {-1.0, 18}}) {
+    log.clear();
+    pars = {0, 2, -4};
+    Simplex(shifted, pars, {}, {}, fmin, reason, 0, tol, &log);
+    ASSERT_EQ(log.size(), 3u);
+    EXPECT_EQ(log[2], "0000      20." + std::string(decimals, '0')) << tol;
+  }
 
   // One dimension, f = (x - 1.11)^2 from x = 1: vertices 1 and 1.05, reflection 1.1 (f 1e-4),
   // expansion 1.15 (f 16e-4). The expansion is worse than the reflection but better than the best
@@ -166,7 +176,14 @@ TEST(MinBrent, FindsMinimaAndReportsStops) {
   p = {0};
   MinBrent(Of([](auto x) { return std::abs(x[0] - 0.3); }), -1, 3, p, {}, {}, fmin, reason, 200, 1e-9, nullptr);
   EXPECT_NEAR(p[0], 0.3, 1e-8);
-  p = {0};
-  EXPECT_EQ(MinBrent(f, 2, 4, p, {}, {}, fmin, reason, 3, 1e-12, nullptr), 4);
-  EXPECT_EQ(reason, OptResMaxIter);
+  // The count is the number of steps taken, each one evaluation after the start point, and
+  // MaxIter <= 0 still takes one, as for the other methods.
+  for (std::int32_t maxIter : {-2, 0, 1, 3}) {
+    p = {0};
+    calls = 0;
+    const std::int32_t n = MinBrent(f, 2, 4, p, {}, {}, fmin, reason, maxIter, 1e-12, nullptr);
+    EXPECT_EQ(n, std::max(maxIter, 0) + 1) << maxIter;
+    EXPECT_EQ(calls, n + 1) << maxIter;
+    EXPECT_EQ(reason, OptResMaxIter);
+  }
 }

@@ -83,6 +83,22 @@ TEST(RandomEngines, RecurrencesFromOneSeed) {
   EXPECT_EQ(NewEngine(77, 1), nullptr);
 }
 
+TEST(RandomEngines, OpenIntervalAtTheLargestMcg59State) {
+  // Seed 3 skipped by k reaches the state 2^59 - 1: 3 * (13^13)^(k + 1) = -1 modulo 2^59, a
+  // discrete logarithm solved and checked outside the library.
+  constexpr std::uint64_t k = 121703763459319166u;
+  TMcg59 e(3);
+  e.SkipAhead(k);
+  std::unique_ptr<TEngine> again = e.Clone();
+  EXPECT_EQ(Draw(*again->Clone(), 1)[0], 0xFFFFFFFFu);
+  double open = 0, closed = 0;
+  e.Uniform(&open, 1, 0.5);
+  again->Uniform(&closed, 1, 0);
+  EXPECT_LT(open, 1.0);
+  EXPECT_GT(open, 0.5);
+  EXPECT_EQ(closed, 1 - 0x1p-53);  // the documented [0, 1) mapping keeps its 53 bits
+}
+
 TEST(RandomEngines, SkipAheadEqualsDrawing) {
   for (auto id : kSkippers) {
     // From a position inside a block, so that buffered words and counters are exercised.

@@ -26,6 +26,12 @@ TEST(QuickFills, UniformFollowsTheRecurrenceAndContinuesAcrossCalls) {
   v.RandUniform(2.0, 4.0);  // continues where the first call stopped
   x = Next(x);
   EXPECT_DOUBLE_EQ(v[0], 2.0 + 2.0 * static_cast<double>(x) / 2147483647.0);
+
+  // Near 2^40 the doubles are 2^-12 apart, so Low + u rounds to High for u above 1 - 2^-13.
+  const double low = 0x1p40, high = low + 1;
+  v.SetLength(100000);
+  v.RandUniform(7u, low, high);
+  for (int i = 0; i < v.Length(); ++i) ASSERT_TRUE(v[i] >= low && v[i] < high) << i;
 }
 
 TEST(QuickFills, GaussianSplitCallsEqualOneCallAndComplexDrawsBothParts) {

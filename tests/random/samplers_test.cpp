@@ -68,6 +68,22 @@ TEST_P(RandomSamplers, ContinuousLaws) {
   for (double x : v.Values()) ASSERT_TRUE(std::isfinite(x));
 }
 
+TEST(RandomSamplersAtTheEdge, LogarithmicLawsStayFiniteAtTheLargestOutput) {
+  // MCG59 seeded 3 and skipped by k is at the state 2^59 - 1 (see engines_test.cpp).
+  constexpr std::int64_t k = 121703763459319166;
+  TRngStream s;
+  TVec v;
+  v.SetLength(1);
+  for (int law = 0; law < 3; ++law) {
+    ASSERT_EQ(s.NewStream(brgMCG59, 3), rngStatusOk);
+    ASSERT_EQ(s.SkipAheadStream(k), rngStatusOk);
+    const std::int32_t st = law == 0 ? s.RandomLaplace(v, 0, 1) : law == 1 ? s.RandomGumbel(v, 0, 1) : s.RandomExponential(v, 0, 1);
+    ASSERT_EQ(st, rngStatusOk);
+    EXPECT_TRUE(std::isfinite(v.Values()[0])) << law;
+    EXPECT_NE(v.Values()[0], 0) << law;  // ln u = 0 would mean u = 1
+  }
+}
+
 using RandomDiscrete = RandomSamplers;
 
 double PoissonPmf(double l, double k) { return std::exp(k * std::log(l) - l - std::lgamma(k + 1)); }

@@ -2,7 +2,10 @@
 // TRandomGenerator's independence schemes.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "quorel/core/errors.h"
@@ -24,6 +27,26 @@ std::vector<double> Uniforms(TRngStream& s, int n) {
 }
 
 std::vector<double> Snapshot(const TVec& v) { return {v.Values().begin(), v.Values().end()}; }
+
+// The first n raw outputs of a fresh stream.
+std::vector<std::uint32_t> RawOutputs(TBasicRandomGenerator id, std::uint32_t seed, int n) {
+  TRngStream s;
+  s.NewStream(id, seed);
+  TVec v;
+  v.SetLength(n);
+  s.RandomUniformbitsI(v);
+  std::vector<std::uint32_t> r(n);
+  for (int i = 0; i < n; ++i) r[i] = static_cast<std::uint32_t>(v.IValues()[i]);
+  return r;
+}
+
+// Where a stream stands: the index in `base` of its next raw output (base.size() if absent).
+std::ptrdiff_t Position(TRngStream& s, const std::vector<std::uint32_t>& base) {
+  TVec v;
+  v.SetLength(1);
+  s.RandomUniformbitsI(v);
+  return std::find(base.begin(), base.end(), static_cast<std::uint32_t>(v.IValues()[0])) - base.begin();
+}
 
 TEST(RandomStream, StatusesLeaveTheDestinationAlone) {
   TVec v;
@@ -98,6 +121,71 @@ TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
   EXPECT_EQ(s.RandomGaussianMV(m, a, b), rngStatusOk);
   EXPECT_EQ(m.Rows(), 2);
   EXPECT_EQ(Snapshot(a), (std::vector<double>{1, 2}));
+}
+
+TEST(RandomStream, UniformStaysBelowItsUpperEnd) {
+  TRngStream s;
+  s.NewStream(brgMT19937, 5);
+  TVec v;
+  v.SetLength(100000);
+  // Doubles near 2^40 are 2^-12 apart: a + (b - a) u rounds to b for u above 1 - 2^-13.
+  const double a = 0x1p40, b = a + 1;
+  ASSERT_EQ(s.RandomUniform(v, a, b), rngStatusOk);
+  for (double x : v.Values()) ASSERT_TRUE(x >= a && x < b) << x;
+  // b - a overflows; the ends are finite, and so must every value be.
+  ASSERT_EQ(s.RandomUniform(v, -1e308, 1e308), rngStatusOk);
+  int below = 0;
+  for (double x : v.Values()) {
+    ASSERT_TRUE(x >= -1e308 && x < 1e308) << x;
+    below += x < 0;
+  }
+  EXPECT_NEAR(below, 50000, 4 * std::sqrt(25000.0));
+}
+
+TEST(RandomStream, DiscreteDrawsTakeOnlyTheValuesTheyUse) {
+  const auto base = RawOutputs(brgMT19937, 42, 4096);
+  using Draw = std::function<std::int32_t(TRngStream&, TVec&)>;
+  TVec lam;
+  lam.SetDouble(std::vector<double>{4, 60, 0.5, 300, 2, 7});
+  // Inversion and the search from the mode spend one uniform per draw.
+  const Draw oneEach[] = {
+      [](TRngStream& s, TVec& v) { return s.RandomPoisson(v, 10.0); },
+      [](TRngStream& s, TVec& v) { return s.RandomPoisson(v, 0.5, prmNormal); },
+      [](TRngStream& s, TVec& v) { return s.RandomBinomial(v, 20, 0.3); },
+      [](TRngStream& s, TVec& v) { return s.RandomBinomial(v, 40, 0.9); },
+      [](TRngStream& s, TVec& v) { return s.RandomHypergeometric(v, 100, 30, 40); },
+  };
+  for (std::size_t c = 0; c < std::size(oneEach); ++c) {
+    TRngStream s;
+    s.NewStream(brgMT19937, 42);
+    TVec v;
+    for (int n : {1, 1, 5}) {
+      v.SetLength(n);
+      ASSERT_EQ(oneEach[c](s, v), rngStatusOk);
+    }
+    EXPECT_EQ(Position(s, base), 7) << c;
+  }
+  // Acceptance-rejection and mixtures take a varying number, one per draw at least: the nine
+  // draws stay far below the 512 values a block held.
+  const Draw some[] = {
+      [](TRngStream& s, TVec& v) { return s.RandomPoisson(v, 100.0); },
+      [](TRngStream& s, TVec& v) { return s.RandomBinomial(v, 1000, 0.4); },
+      [](TRngStream& s, TVec& v) { return s.RandomNegbinomial(v, 2.5, 0.3); },
+      [](TRngStream& s, TVec& v) { return s.RandomNegbinomial(v, 0.3, 0.7); },
+      [&](TRngStream& s, TVec& v) { return s.RandomPoisson(v, lam); },
+  };
+  for (std::size_t c = 0; c < std::size(some); ++c) {
+    TRngStream s;
+    s.NewStream(brgMT19937, 42);
+    TVec v;
+    for (int n : {1, 1, 1, 6}) {
+      v.SetLength(n);
+      ASSERT_EQ(some[c](s, v), rngStatusOk);
+    }
+    const std::ptrdiff_t at = Position(s, base);
+    EXPECT_GE(at, 9) << c;
+    EXPECT_LT(at, 100) << c;
+  }
 }
 
 TEST(RandomStream, GaussianCarryAndCopies) {
@@ -176,6 +264,19 @@ TEST(RandomGenerator, IndependenceSchemes) {
   g.SetBlockStep(10);
   g.Init(brgMCG31, 42);  // re-seeds all streams with the new step
   EXPECT_EQ(Uniforms(g.Streams(2), 1)[0], ref[20]);
+
+  // One short discrete draw after another stays inside the stream's own block.
+  const auto raw = RawOutputs(brgMCG31, 42, 2200);
+  g.SetBlockStep(1024);
+  g.SetStreamCount(2);
+  TVec one;
+  one.SetLength(1);
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_EQ(g.Streams(0).RandomPoisson(one, 10.0), rngStatusOk);
+    ASSERT_EQ(g.Streams(1).RandomBinomial(one, 30, 0.2), rngStatusOk);
+  }
+  EXPECT_EQ(Position(g.Streams(0), raw), 100);
+  EXPECT_EQ(Position(g.Streams(1), raw), 1124);
 
   for (std::int32_t bad : {3, -1})
     EXPECT_EQ(MessageOf<EQuorelException>([&] { g.Streams(bad); }), "Stream index out of bounds!") << bad;

@@ -23,7 +23,8 @@ class TEngine {
   virtual std::unique_ptr<TEngine> Clone() const = 0;
   /// Takes over other's state; other must be the same kind of generator.
   virtual std::int32_t CopyStateFrom(const TEngine& other) = 0;
-  /// n doubles (raw + offset) / modulus: offset 0 gives [0, 1), offset 0.5 gives (0, 1).
+  /// n doubles from the raw outputs: offset 0 gives raw / modulus in [0, 1), offset 0.5 the
+  /// midpoints (raw + 0.5) / modulus in (0, 1).
   virtual void Uniform(double* r, std::ptrdiff_t n, double offset) = 0;
   /// n raw 32-bit outputs.
   virtual void Bits(std::uint32_t* r, std::ptrdiff_t n) = 0;
@@ -56,12 +57,19 @@ class TEngineOf : public TEngine {
     static_cast<D&>(*this) = *o;
     return rngStatusOk;
   }
+  /// (raw + offset) scaled into (0, 1) for an offset in (0, 1); a generator whose mantissa could
+  /// round up to 1 there hides this with a coarser exact one.
+  static double Open(R x, double offset) { return (D::Mantissa(x) + offset) * D::kScale; }
   void Uniform(double* r, std::ptrdiff_t n, double offset) override {
     R raw[kBlock];
     while (n > 0) {
       const std::ptrdiff_t m = n < kBlock ? n : kBlock;
       static_cast<D*>(this)->Raw(raw, m);
-      for (std::ptrdiff_t i = 0; i < m; ++i) r[i] = (D::Mantissa(raw[i]) + offset) * D::kScale;
+      if (offset == 0) {
+        for (std::ptrdiff_t i = 0; i < m; ++i) r[i] = D::Mantissa(raw[i]) * D::kScale;
+      } else {
+        for (std::ptrdiff_t i = 0; i < m; ++i) r[i] = D::Open(raw[i], offset);
+      }
       r += m;
       n -= m;
     }
@@ -108,6 +116,10 @@ class TMcg59 final : public TEngineOf<TMcg59, std::uint64_t> {
   void Raw(std::uint64_t* r, std::ptrdiff_t n);
   // The top 53 of the 59 bits, so that no double rounds up to 1.
   static double Mantissa(std::uint64_t x) { return static_cast<double>(static_cast<std::int64_t>(x >> 6)); }
+  /// The top 52 bits for the open interval: 53 bits plus one half would round 2^53 - 1/2 to 2^53.
+  static double Open(std::uint64_t x, double offset) {
+    return (static_cast<double>(static_cast<std::int64_t>(x >> 7)) + offset) * 0x1p-52;
+  }
   static std::uint32_t Bits32(std::uint64_t x) { return static_cast<std::uint32_t>(x >> 27); }
   std::int32_t SkipAhead(std::uint64_t n) override;
   std::int32_t Leapfrog(std::uint32_t k, std::uint32_t s) override;

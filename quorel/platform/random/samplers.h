@@ -62,7 +62,7 @@ void Negbinomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double a, double
 /// method 0: inversion below mean 27, PTPE from 27 on; 1: inversion below 1, a normal
 /// approximation of the inverse distribution function from 1 on (approximate by design).
 void Poisson(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double lambda, int method);
-/// One draw per mean lambda[i].
+/// One draw per mean lambda[i], each positive.
 void PoissonV(TEngine& e, std::int32_t* r, std::ptrdiff_t n, const double* lambda, int method);
 void UniformI(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t a, std::int32_t b);
 void UniformBits(TEngine& e, std::int32_t* r, std::ptrdiff_t n);

@@ -62,10 +62,21 @@ void StdNormals(TEngine& e, double* r, std::ptrdiff_t n) {
 }  // namespace
 
 void Uniform(TEngine& e, double* r, std::ptrdiff_t n, double a, double b) {
-  const double w = b - a;
-  Blocks(e, r, n, 0.0, [=](double* x, std::ptrdiff_t m) {
-    for (std::ptrdiff_t i = 0; i < m; ++i) x[i] = a + w * x[i];
-  });
+  // a + (b - a) u rounds to b when |a| is large against b - a: such values step back to the
+  // nearest double on a's side of b (b itself when a = b). A b - a that overflows is avoided by
+  // weighting the ends instead.
+  const double w = b - a, last = std::nextafter(b, a);
+  const bool up = a <= b;
+  auto keep = [=](double x) { return up ? std::min(x, last) : std::max(x, last); };
+  if (std::isfinite(w) || !std::isfinite(a) || !std::isfinite(b)) {
+    Blocks(e, r, n, 0.0, [=](double* x, std::ptrdiff_t m) {
+      for (std::ptrdiff_t i = 0; i < m; ++i) x[i] = keep(a + w * x[i]);
+    });
+  } else {
+    Blocks(e, r, n, 0.0, [=](double* x, std::ptrdiff_t m) {
+      for (std::ptrdiff_t i = 0; i < m; ++i) x[i] = keep(a * (1 - x[i]) + b * x[i]);
+    });
+  }
 }
 
 void Gaussian(TEngine& e, double* r, std::ptrdiff_t n, double mean, double sigma, int method) {

@@ -25,16 +25,23 @@ inline double LnGamma(double x) {
   return ::lgamma_r(x, &sign);
 }
 
-// Uniforms on (0, 1) one at a time, fetched from the generator a block at a time; what is left
-// of the last block when a call ends is discarded.
+// Uniforms on (0, 1) one at a time, fetched from the generator in blocks. A call must leave the
+// stream right after the last value it used (block-split streams are only BlockStep values
+// apart), so a block never holds more than the call is sure still to take: each draw left takes
+// at least `perDraw` uniforms. Long calls still fetch full blocks, and the last draws short ones.
 class TUniforms {
  public:
-  explicit TUniforms(TEngine& e) : fE(e) {}
-  double Next() {
-    if (fI == kBlock) {
-      fE.Uniform(fBuf, kBlock, kOpen);
-      fI = 0;
+  TUniforms(TEngine& e, std::ptrdiff_t perDraw) : fE(e), fPerDraw(perDraw) {}
+  /// r[i] = draw(i) for i < n; the draws are the call's, so that the count left is known.
+  template <class Draw>
+  void Fill(std::int32_t* r, std::ptrdiff_t n, Draw draw) {
+    for (std::ptrdiff_t i = 0; i < n; ++i) {
+      fLeft = n - i;
+      r[i] = draw(i);
     }
+  }
+  double Next() {
+    if (fI == kBlock) Refill();
     return fBuf[fI++];
   }
   // A standard normal by the polar-free Box-Muller sine branch.
@@ -44,7 +51,15 @@ class TUniforms {
   }
 
  private:
+  // The draw under way needs one more value at least, the later ones fPerDraw each. A short
+  // block goes to the end of the buffer, so that Next tests against a constant.
+  void Refill() {
+    const std::ptrdiff_t m = std::clamp<std::ptrdiff_t>((fLeft - 1) * fPerDraw + 1, 1, kBlock);
+    fI = kBlock - m;
+    fE.Uniform(fBuf + fI, m, kOpen);
+  }
   TEngine& fE;
+  std::ptrdiff_t fPerDraw, fLeft = 1;
   double fBuf[kBlock];
   std::ptrdiff_t fI = kBlock;
 };
@@ -213,10 +228,11 @@ void Binomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t ntrial
   // Work with the smaller of p and 1 - p and mirror the draws.
   const bool flip = p > 0.5;
   const double pp = flip ? 1 - p : p, q = 1 - pp, nt = ntrial;
-  TUniforms u(e);
-  if (nt * pp < 30) {
+  const bool inversion = nt * pp < 30;
+  TUniforms u(e, inversion ? 1 : 2);  // one uniform per inversion, two per hat trial
+  if (inversion) {
     const double s = pp / q, a = (nt + 1) * s, f0 = std::exp(nt * std::log1p(-pp));
-    for (std::ptrdiff_t i = 0; i < n; ++i) {
+    u.Fill(r, n, [&](std::ptrdiff_t) {
       double k;
       for (;;) {
         double x = u.Next(), f = f0;
@@ -227,19 +243,19 @@ void Binomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t ntrial
         }
         if (k < kWalkLimit && k <= nt) break;
       }
-      r[i] = static_cast<std::int32_t>(flip ? nt - k : k);
-    }
+      return static_cast<std::int32_t>(flip ? nt - k : k);
+    });
     return;
   }
   const THat hat(nt * pp + pp, nt * pp * q, pp, q, nt);
   const double lnr = std::log(pp / q), m = hat.m;
   const double base = LnGamma(m + 1) + LnGamma(nt - m + 1);
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
+  u.Fill(r, n, [&](std::ptrdiff_t) {
     const double k = hat.Draw(u, [&](double y) {
       return base - LnGamma(y + 1) - LnGamma(nt - y + 1) + (y - m) * lnr;
     });
-    r[i] = static_cast<std::int32_t>(flip ? nt - k : k);
-  }
+    return static_cast<std::int32_t>(flip ? nt - k : k);
+  });
 }
 
 void Hypergeometric(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t lot, std::int32_t sample,
@@ -252,8 +268,8 @@ void Hypergeometric(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t 
   const double fmode = std::exp(lnC(m, mode) + lnC(l - m, s - mode) - lnC(l, s));
   auto up = [&](double k) { return (m - k) * (s - k) / ((k + 1) * (l - m - s + k + 1)); };
   auto down = [&](double k) { return k * (l - m - s + k) / ((m - k + 1) * (s - k + 1)); };
-  TUniforms u(e);
-  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = static_cast<std::int32_t>(FromMode(u, mode, fmode, lo, hi, up, down));
+  TUniforms u(e, 1);
+  u.Fill(r, n, [&](std::ptrdiff_t) { return static_cast<std::int32_t>(FromMode(u, mode, fmode, lo, hi, up, down)); });
 }
 
 void Negbinomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double a, double p) {
@@ -263,11 +279,11 @@ void Negbinomial(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double a, double
     return;
   }
   const double scale = (1 - p) / p;
-  TUniforms u(e);
-  for (std::ptrdiff_t i = 0; i < n; ++i) {
+  TUniforms u(e, 3);  // a gamma draw takes a normal pair and one more uniform at least
+  u.Fill(r, n, [&](std::ptrdiff_t) {
     const double lambda = GammaOne(u, a) * scale;
-    r[i] = lambda > kMaxLambda ? Clamp32(std::floor(lambda)) : Clamp32(PoissonOne(u, lambda, 0));
-  }
+    return lambda > kMaxLambda ? Clamp32(std::floor(lambda)) : Clamp32(PoissonOne(u, lambda, 0));
+  });
 }
 
 void Poisson(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double lambda, int method) {
@@ -283,17 +299,18 @@ void Poisson(TEngine& e, std::int32_t* r, std::ptrdiff_t n, double lambda, int m
     }
     return;
   }
-  TUniforms u(e);
   if (lambda < 27) {
-    for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = static_cast<std::int32_t>(PoissonInversion(u, lambda));
+    TUniforms u(e, 1);
+    u.Fill(r, n, [&](std::ptrdiff_t) { return static_cast<std::int32_t>(PoissonInversion(u, lambda)); });
     return;
   }
-  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = Clamp32(PoissonPtpe(u, lambda));
+  TUniforms u(e, 2);
+  u.Fill(r, n, [&](std::ptrdiff_t) { return Clamp32(PoissonPtpe(u, lambda)); });
 }
 
 void PoissonV(TEngine& e, std::int32_t* r, std::ptrdiff_t n, const double* lambda, int method) {
-  TUniforms u(e);
-  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = Clamp32(PoissonOne(u, lambda[i], method));
+  TUniforms u(e, 1);  // positive means take one uniform at least
+  u.Fill(r, n, [&](std::ptrdiff_t i) { return Clamp32(PoissonOne(u, lambda[i], method)); });
 }
 
 void UniformI(TEngine& e, std::int32_t* r, std::ptrdiff_t n, std::int32_t a, std::int32_t b) {
