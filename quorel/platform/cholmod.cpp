@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "quorel/platform/column_order.h"
 #include "quorel/platform/foreign_handle.h"
 
 namespace quorel::detail {
@@ -52,13 +53,6 @@ int CodeOf(int status) {
   }
 }
 
-bool SortedColumns(std::int32_t n, const std::int32_t* ap, const std::int32_t* ai) {
-  for (std::int32_t j = 0; j < n; ++j)
-    for (std::int32_t k = ap[j] + 1; k < ap[j + 1]; ++k)
-      if (ai[k] <= ai[k - 1]) return false;
-  return true;
-}
-
 // A view of the caller's arrays as a lower-stored symmetric matrix: nothing is copied.
 cholmod_sparse View(bool complex, std::int32_t n, const std::int32_t* ap, const std::int32_t* ai, const double* ax) {
   cholmod_sparse a{};
@@ -71,7 +65,7 @@ cholmod_sparse View(bool complex, std::int32_t n, const std::int32_t* ap, const 
   a.itype = CHOLMOD_INT;
   a.xtype = complex ? CHOLMOD_COMPLEX : CHOLMOD_REAL;
   a.dtype = CHOLMOD_DOUBLE;
-  a.sorted = SortedColumns(n, ap, ai);
+  a.sorted = ColumnsAscending(n, ap, ai);  // the library sorts a copy itself otherwise
   a.packed = 1;
   return a;
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include "quorel/platform/foreign_handle.h"
 
@@ -84,30 +85,75 @@ struct TMumpsSolver::Impl {
   std::int32_t n = 0;
   std::vector<MUMPS_INT> irn, jcn;
   std::vector<double> values;  // coordinate values (interleaved when complex)
+  // Entries above the diagonal that stand for their mirror, and the scratch that finds them.
+  std::vector<char> lone;
+  std::vector<std::int32_t> bucketPtr, mark;
+  std::vector<std::pair<std::int32_t, std::int32_t>> bucket;  // (position, column)
 
   // Coordinates from compressed columns: a symmetric type keeps the lower triangle, a Hermitian
-  // one adds the conjugate of each strictly lower entry above the diagonal.
+  // one adds the conjugate of each strictly lower entry above the diagonal. An entry above the
+  // diagonal whose mirror is not stored is taken as that mirror.
   void Gather(TMumpsSymmetry s, const std::int32_t* ap, const std::int32_t* ai, const double* ax) {
     const std::size_t w = complex ? 2 : 1;
     const bool lower = s != TMumpsSymmetry::Unsymmetric;
     const bool mirror = s == TMumpsSymmetry::HermitianLower;
+    const bool upper = lower && MarkLoneUpper(ap, ai);
     irn.clear();
     jcn.clear();
     values.clear();
+    auto emit = [&](std::int32_t i, std::int32_t j, double re, double im) {
+      irn.push_back(i + 1);
+      jcn.push_back(j + 1);
+      values.push_back(re);
+      if (complex) values.push_back(im);
+      if (mirror && i != j) {
+        irn.push_back(j + 1);
+        jcn.push_back(i + 1);
+        values.push_back(re);
+        values.push_back(-im);
+      }
+    };
     for (std::int32_t j = 0; j < n; ++j)
       for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
         const std::int32_t i = ai[k];
-        if (lower && i < j) continue;
-        irn.push_back(i + 1);
-        jcn.push_back(j + 1);
-        values.insert(values.end(), ax + w * k, ax + w * k + w);
-        if (mirror && i != j) {
-          irn.push_back(j + 1);
-          jcn.push_back(i + 1);
-          values.push_back(ax[2 * k]);
-          values.push_back(-ax[2 * k + 1]);
-        }
+        const double re = ax[w * k], im = complex ? ax[w * k + 1] : 0.0;
+        if (!lower || i >= j)
+          emit(i, j, re, im);
+        else if (upper && lone[k])
+          emit(j, i, re, mirror ? -im : im);  // read as its mirror, the lower entry it stands for
       }
+  }
+
+  // Marks the entries above the diagonal whose mirror is not stored; false when there are none,
+  // so that a matrix stored as its lower triangle pays only for one look at its rows.
+  bool MarkLoneUpper(const std::int32_t* ap, const std::int32_t* ai) {
+    bool any = false;
+    for (std::int32_t j = 0; j < n && !any; ++j)
+      for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) any |= ai[k] < j;
+    if (!any) return false;
+    // The upper entries (i, j) bucketed by i, the column their mirror (j, i) would be stored in.
+    bucketPtr.assign(static_cast<std::size_t>(n) + 1, 0);
+    for (std::int32_t j = 0; j < n; ++j)
+      for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k)
+        if (ai[k] < j) ++bucketPtr[ai[k] + 1];
+    for (std::int32_t i = 0; i < n; ++i) bucketPtr[i + 1] += bucketPtr[i];
+    bucket.resize(static_cast<std::size_t>(bucketPtr[n]));
+    mark.assign(static_cast<std::size_t>(n), -1);
+    std::copy(bucketPtr.begin(), bucketPtr.end() - 1, mark.begin());
+    for (std::int32_t j = 0; j < n; ++j)
+      for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k)
+        if (ai[k] < j) bucket[mark[ai[k]]++] = {k, j};
+    lone.assign(static_cast<std::size_t>(ap[n]), 0);
+    // Column c's rows marked, each upper entry (c, j) finds whether (j, c) is among them.
+    std::fill(mark.begin(), mark.end(), -1);
+    for (std::int32_t c = 0; c < n; ++c) {
+      for (std::int32_t k = ap[c]; k < ap[c + 1]; ++k) mark[ai[k]] = c;
+      for (std::int32_t b = bucketPtr[c]; b < bucketPtr[c + 1]; ++b) {
+        const auto [k, j] = bucket[b];
+        lone[k] = mark[j] != c;
+      }
+    }
+    return true;
   }
 };
 

@@ -10,6 +10,8 @@
 
 namespace quorel::detail {
 
+/// Which entries a factorisation reads. The three symmetric kinds read the lower triangle, and an
+/// entry above the diagonal whose mirror is not stored as the mirror (conjugated when Hermitian).
 enum class TMumpsSymmetry : std::uint8_t {
   Unsymmetric,    // all entries
   PosDefinite,    // symmetric positive definite: the lower triangle is used

@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "quorel/platform/column_order.h"
+
 namespace quorel::detail {
 
 static_assert(UMFPACK_CONTROL == UmfControlSize && UMFPACK_INFO == UmfInfoSize);
@@ -52,17 +54,32 @@ void UmfFreeNumericCplx(void* numeric) { umfpack_zi_free_numeric(&numeric); }
 namespace quorel::header_detail {
 using namespace detail;  // the helpers above
 
+const double* TUmfFactors::Values(const double* ax) {
+  if (!sorted_ || ax == nullptr) return ax;
+  GatherSorted(order_, ax, complex_ ? 2 : 1, sortedAx_);
+  return sortedAx_.data();
+}
+
 int TUmfFactors::Analyse(bool complex, std::int32_t rows, std::int32_t cols, const std::int32_t* ap,
                          const std::int32_t* ai, const double* ax, const double* control, double* info) {
   Reset();
   complex_ = complex;
   n_ = rows > cols ? rows : cols;
+  // The library refuses rows out of order in a column.
+  if (ap != nullptr && ai != nullptr && cols > 0 && !ColumnsAscending(cols, ap, ai)) {
+    SortColumns(cols, ap, ai, order_, sortedAi_);
+    sorted_ = true;
+  }
+  ai = Rows(ai);
+  ax = Values(ax);
   if (complex) return umfpack_zi_symbolic(rows, cols, ap, ai, ax, nullptr, symC_.Out(), control, info);
   return umfpack_di_symbolic(rows, cols, ap, ai, ax, symR_.Out(), control, info);
 }
 
 int TUmfFactors::Factorise(const std::int32_t* ap, const std::int32_t* ai, const double* ax, const double* control,
                            double* info) {
+  ai = Rows(ai);
+  ax = Values(ax);
   if (complex_) return umfpack_zi_numeric(ap, ai, ax, nullptr, symC_.Get(), numC_.Out(), control, info);
   return umfpack_di_numeric(ap, ai, ax, symR_.Get(), numR_.Out(), control, info);
 }
@@ -74,6 +91,9 @@ int TUmfFactors::SolveSystem(int sys, const std::int32_t* ap, const std::int32_t
   const auto n = static_cast<std::size_t>(n_);
   wi_.resize(n);
   w_.resize((complex_ ? 10 : 5) * n);
+  // Refinement reads the matrix: the copy the factors were made from, with the current values.
+  ai = Rows(ai);
+  ax = Values(ax);
   if (complex_)
     return umfpack_zi_wsolve(sys, ap, ai, ax, nullptr, x, nullptr, b, nullptr, numC_.Get(), control, info,
                              wi_.data(), w_.data());

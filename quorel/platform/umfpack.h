@@ -49,6 +49,7 @@ class TUmfFactors {
   void FreeSymbolic() {
     symR_.Reset();
     symC_.Reset();
+    sorted_ = false;
   }
   void FreeNumeric() {
     numR_.Reset();
@@ -60,7 +61,9 @@ class TUmfFactors {
     FreeNumeric();
     FreeSymbolic();
   }
-  /// Runs the symbolic analysis, replacing whatever was held. Returns the status.
+  /// Runs the symbolic analysis, replacing whatever was held. Returns the status. A matrix with
+  /// a column out of row order is analysed, factorised and solved (refinement included) as a
+  /// sorted copy, kept with the factors; Factorise and SolveSystem take the caller's arrays still.
   int Analyse(bool complex, std::int32_t rows, std::int32_t cols, const std::int32_t* ap, const std::int32_t* ai,
               const double* ax, const double* control, double* info);
   /// Runs the numeric factorisation on the held Symbolic object. Returns the status.
@@ -72,8 +75,17 @@ class TUmfFactors {
                   const double* b, const double* control, double* info);
 
  private:
+  /// The values in the library's order: the caller's, or the sorted copy's refreshed from them.
+  const double* Values(const double* ax);
+  /// The row indices in the library's order: the caller's, or the sorted copy's.
+  const std::int32_t* Rows(const std::int32_t* ai) const { return sorted_ ? sortedAi_.data() : ai; }
+
   bool complex_ = false;
   std::int32_t n_ = 0;
+  // The sorted copy: where each of its entries sits in the caller's arrays, its rows and values.
+  bool sorted_ = false;
+  std::vector<std::int32_t> order_, sortedAi_;
+  std::vector<double> sortedAx_;
   std::vector<std::int32_t> wi_;
   std::vector<double> w_;
   ForeignHandle<void*, &UmfFreeSymbolicReal> symR_;

@@ -219,7 +219,7 @@ void ReadMarket(TSparseMtx& target, const TStringList& strings, const std::strin
 
 void TSparseMtx::ValuesToStrings(TStringList& strings, TSparseFormat format) const {
   if (format != spfMatrixMarket) ERaise("Format must be HarwellBoeing or MatrixMarket!");
-  RequireFlushed();
+  RequireStructure();
   strings.push_back(std::string("%%MatrixMarket matrix coordinate ") + (fComplex ? "complex " : "real ") + "general ");
   strings.push_back("%Created with Quorel version " + FormatSample("0.00", double(QuorelLibraryVersion)));
   strings.push_back("%Date: " + ShortDate());

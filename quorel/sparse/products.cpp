@@ -103,8 +103,8 @@ void TSparseMtx::TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out)
 }
 
 TSparseMtx& TSparseMtx::Mul(const TSparseMtx& b, const TSparseMtx& c, std::int32_t maxNonZeroCount) {
-  b.RequireFlushed();
-  c.RequireFlushed();
+  b.RequireStructure();
+  c.RequireStructure();
   if (c.fRows != b.fCols) ERaise("B.Rows <> C.Cols");
   const bool complex = b.fComplex || c.fComplex;
   detail::OnKind(complex, [&](auto t) {
@@ -207,8 +207,8 @@ void TSparseMtx::MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std
 }
 
 TSparseMtx& TSparseMtx::Add(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount) {
-  a.RequireFlushed();
-  b.RequireFlushed();
+  a.RequireStructure();
+  b.RequireStructure();
   if (a.fRows != b.fRows || a.fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
   if (a.fComplex || b.fComplex) {
     MergeCols<TCplx>(a, b, TCplx{1.0, 0.0}, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
@@ -219,8 +219,8 @@ TSparseMtx& TSparseMtx::Add(const TSparseMtx& a, const TSparseMtx& b, std::int32
 }
 
 TSparseMtx& TSparseMtx::Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32_t maxNonZeroCount) {
-  a.RequireFlushed();
-  b.RequireFlushed();
+  a.RequireStructure();
+  b.RequireStructure();
   if (a.fRows != b.fRows || a.fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
   if (a.fComplex || b.fComplex) {
     MergeCols<TCplx>(a, b, TCplx{-1.0, 0.0}, maxNonZeroCount, "Sparse matrix add: MaxNonZeroCount reached!");
@@ -233,7 +233,7 @@ TSparseMtx& TSparseMtx::Sub(const TSparseMtx& a, const TSparseMtx& b, std::int32
 // --- with dense operands ----------------------------------------------------------------------------
 
 void TSparseMtx::MulRight(TVec& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (x.Length() != fCols) ERaise("x.Length <> FCols");
   if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
   TWorkVec y;
@@ -252,7 +252,7 @@ void TSparseMtx::MulRight(TVec& x) const {
 }
 
 void TSparseMtx::MulLeft(TVec& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (x.Length() != fRows) ERaise("X.Length <> FRows");
   if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
   TWorkVec y;
@@ -269,7 +269,7 @@ void TSparseMtx::MulLeft(TVec& x) const {
 }
 
 void TSparseMtx::MulRight(TMtx& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (fCols != x.Rows()) ERaise("Cols <> X.Rows");
   if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
   const std::int32_t m = x.Cols();
@@ -291,7 +291,7 @@ void TSparseMtx::MulRight(TMtx& x) const {
 }
 
 void TSparseMtx::MulLeft(TMtx& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (x.Cols() != fRows) ERaise("X.Cols <> FRows");
   if (x.Complex() != fComplex) ERaise("X.Complex <> Complex");
   const std::int32_t p = x.Rows();
@@ -313,7 +313,7 @@ void TSparseMtx::MulLeft(TMtx& x) const {
 }
 
 void TSparseMtx::Add(TMtx& y) const {
-  RequireFlushed();
+  RequireStructure();
   if (fRows != y.Rows()) ERaise("fRows <> Y.Rows");
   if (fCols != y.Cols()) ERaise("fCols <> Y.Cols");
   if (fComplex != y.Complex()) ERaise("Complex <> Y.Complex");

@@ -166,7 +166,7 @@ void TSparseMtx::SolveIterativeColumns(const double* b, double* x, std::int32_t 
 }
 
 void TSparseMtx::SolveIterative(const TVec& b, TVec& x, bool symmetric) {
-  RequireFlushed();
+  RequireStructure();
   if (b.Length() != x.Length()) ERaise("B.Length <> X.Length");
   if (b.Complex() || x.Complex()) ERaise("B.Complex or X.Complex");
   if (fCols != b.Length()) ERaise("FCols <> B.Length");
@@ -184,7 +184,7 @@ void TSparseMtx::SolveIterative(const TVec& b, TVec& x, bool symmetric) {
 }
 
 void TSparseMtx::SolveIterative(const TMtx& b, TMtx& x, bool symmetric) {
-  RequireFlushed();
+  RequireStructure();
   if (b.Rows() != x.Rows() || b.Cols() != x.Cols()) ERaise("B.Length <> X.Length");
   if (b.Complex() || x.Complex()) ERaise("B.Complex or X.Complex");
   if (fCols != b.Rows()) ERaise("FCols <> B.Rows");
@@ -228,7 +228,7 @@ bool TSparseMtx::SolvePardisoColumns(const double* b, TVec& x, std::int32_t coun
 }
 
 void TSparseMtx::SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType) {
-  RequireFlushed();
+  RequireStructure();
   if (b.Length() != fRows) ERaise("B.Length <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
@@ -238,7 +238,7 @@ void TSparseMtx::SolvePardiso(const TVec& b, TVec& x, TMtxType mtxType) {
 }
 
 void TSparseMtx::SolvePardiso(const TMtx& b, TMtx& x, TMtxType mtxType) {
-  RequireFlushed();
+  RequireStructure();
   if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   RequireSquare(fRows, fCols);
@@ -361,7 +361,7 @@ bool TSparseMtx::SolveTaucsLU(const double* b, TVec& work, std::int32_t count, s
 }
 
 void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
-  RequireFlushed();
+  RequireStructure();
   const std::int32_t flags = MtxTypeTaucs(mtxType);
   if (b.Length() != fRows) ERaise("B.Length <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
@@ -373,7 +373,7 @@ void TSparseMtx::SolveTaucs(const TVec& b, TVec& x, TMtxType mtxType) {
 }
 
 void TSparseMtx::SolveTaucs(const TMtx& b, TMtx& x, TMtxType mtxType) {
-  RequireFlushed();
+  RequireStructure();
   const std::int32_t flags = MtxTypeTaucs(mtxType);
   if (b.Rows() != fRows) ERaise("B.Rows <> Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
@@ -464,7 +464,7 @@ int TSparseMtx::SolveUmfColumns(const double* b, double* x, std::int32_t count, 
 }
 
 void TSparseMtx::SolveUmfPack(const TVec& b, TVec& x) {
-  RequireFlushed();
+  RequireStructure();
   if (fCols != b.Length()) ERaise("FCols <> B.Length");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
   // Solved into a work vector: a failure raises with X as it was, and B may be X.
@@ -475,7 +475,7 @@ void TSparseMtx::SolveUmfPack(const TVec& b, TVec& x) {
 }
 
 void TSparseMtx::SolveUmfPack(const TMtx& b, TMtx& x) {
-  RequireFlushed();
+  RequireStructure();
   if (b.Rows() == 0) ERaise("B.Rows = 0!");
   if (fCols != b.Rows()) ERaise("FCols <> B.Rows");
   if (b.Complex() != fComplex) ERaise("B.Complex <> Complex");
@@ -491,7 +491,7 @@ void TSparseMtx::SolveUmfPack(const TMtx& b, TMtx& x) {
 // --- residuals and type codes ------------------------------------------------------------------------------
 
 double TSparseMtx::ResidualNorm(const TVec& b, const TVec& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (x.Length() != fCols) ERaise("x.Length <> FCols");
   if (b.Length() != fRows) ERaise("B.Length <> Rows");
   if (b.Complex() != fComplex || x.Complex() != fComplex) ERaise("B.Complex <> Complex");
@@ -513,7 +513,7 @@ double TSparseMtx::ResidualNorm(const TVec& b, const TVec& x) const {
 }
 
 double TSparseMtx::ResidualNorm(const TMtx& b, const TMtx& x) const {
-  RequireFlushed();
+  RequireStructure();
   if (x.Rows() != fCols) ERaise("X.Rows <> FCols");
   if (b.Rows() != fRows || b.Cols() != x.Cols()) ERaise("B.Rows <> Rows");
   double worst = 0;

@@ -66,6 +66,8 @@ class TSparseElementwise : public TQuorel {
 };
 
 /// Real or complex sparse matrix in compressed-column storage, with direct and iterative solvers.
+/// While a sub-range of the stored values is active only the element-wise methods work on it;
+/// the methods that read or rebuild the pattern raise "IsSubRange = True!".
 class TSparseMtx : public TSparseElementwise {
  public:
   TSparseMtx();
@@ -320,12 +322,23 @@ class TSparseMtx : public TSparseElementwise {
 
  private:
   friend class header_detail::TSparseValueViews;
+  /// keepEvery: every triplet is kept with its value as it is (NaN included), the threshold and
+  /// DontStripZeros aside; the library's own rebuilds use it.
   template <class T>
   void BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
-                         std::span<const std::int32_t> column, const T* values, double zeroThreshold);
+                         std::span<const std::int32_t> column, const T* values, double zeroThreshold,
+                         bool keepEvery = false);
+  /// Self := the entries of A that keep(i, j) accepts; all their values when threshold is null,
+  /// else those the threshold leaves, as TripletsToSparse does.
+  template <class Keep>
+  void Rebuild(const TSparseMtx& a, const double* threshold, Keep keep);
   template <class T>
   void MergeCols(const TSparseMtx& a, const TSparseMtx& b, T sign, std::int32_t maxNonZeroCount, const char* msg);
   void RequireFlushed() const;
+  /// Raises "IsSubRange = True!" while a sub-range is active: Ap and Ai index the whole storage.
+  void RequireFullRange() const;
+  /// What a method that reads the pattern needs: flushed writes and the full range.
+  void RequireStructure() const;
   /// Takes over a finished product or sum (row indices and pointers moved, values copied).
   template <class Columns>
   void TakeColumns(std::int32_t rows, std::int32_t cols, Columns& out);

@@ -22,8 +22,6 @@ namespace quorel {
 using detail::SpAcc;
 using detail::SpMag;
 using detail::Find;
-using detail::kKeepAll;
-using detail::Rebuild;
 
 
 // --- start-up ----------------------------------------------------------------------------------
@@ -80,6 +78,8 @@ void TSparseMtx::Made(TFactorStamp& stamp, std::int64_t key, bool ok) const {
 }
 
 void TSparseMtx::SetShape(std::int32_t rows, std::int32_t cols, bool complex, std::int32_t nonZeros) {
+  // Every builder comes here before it writes: a sub-range view must not be rebuilt under it.
+  RequireFullRange();
   fComplex = complex;
   const std::int64_t doubles = DoublesFor(nonZeros);
   CheckCapacity(doubles);
@@ -97,6 +97,7 @@ void TSparseMtx::SetShape(std::int32_t rows, std::int32_t cols, bool complex, st
 void TSparseMtx::SetLength(std::int32_t value) {
   if (value < 0) EInvalidArgumentRaise("Value < 0");
   if (value == fLength) return;
+  RequireFullRange();
   const std::int64_t doubles = DoublesFor(value);
   CheckCapacity(doubles);
   if (doubles > fActualSize) {
@@ -144,7 +145,7 @@ void TSparseMtx::DoSetComplex() {
 
 TSparseMtx& TSparseMtx::Copy(const TSparseMtx& src) {
   if (&src == this) return *this;
-  src.RequireFlushed();
+  src.RequireStructure();
   std::vector<std::int32_t> ap(src.fAp), ai(src.fAi);
   std::vector<double> v(src.Values().begin(), src.Values().end());
   SetShape(src.fRows, src.fCols, src.fComplex, src.fLength);
@@ -192,6 +193,8 @@ TSparseMtx& TSparseMtx::Assign(std::int32_t rows, std::int32_t cols, std::span<c
 bool TSparseMtx::Equal(const TSparseMtx& b) const { return Equal(b, 0.0); }
 
 bool TSparseMtx::Equal(const TSparseMtx& b, double tolerance) const {
+  RequireFullRange();
+  b.RequireFullRange();
   if (static_cast<std::int64_t>(fAp.size()) - 1 != fCols) ERaise("Length(ap)-1 <> FCols");
   if (fRows != b.fRows || fCols != b.fCols || fComplex != b.fComplex || fLength != b.fLength) return false;
   if (fAp != b.fAp || fAi != b.fAi) return false;
@@ -239,7 +242,8 @@ bool BuildBySorting(std::int32_t rowCount, std::int32_t colCount, std::int64_t n
 
 template <class T>
 void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount, std::span<const std::int32_t> row,
-                                   std::span<const std::int32_t> column, const T* values, double zeroThreshold) {
+                                   std::span<const std::int32_t> column, const T* values, double zeroThreshold,
+                                   bool keepEvery) {
   if (rowCount <= 0 || colCount <= 0) ERaise("(RowCount <= 0) or (ColCount <= 0)");
   if (row.size() != column.size()) ERaise("(Length(Row) <> Length(Column))");
   if (row.empty()) ERaise("Length(Row) <= 0");
@@ -261,7 +265,7 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
     // The value a kept triplet contributes: a small diagonal one counts as an exact zero.
     auto kept = [&](std::int64_t t, T& value) {
       const std::int32_t r = row[t], c = column[t];
-      const bool above = SpMag(values[t]) > zeroThreshold;
+      const bool above = keepEvery || SpMag(values[t]) > zeroThreshold;
       if (!(keepAll || r == c || above)) return false;
       value = (above || r != c) ? values[t] : T{};
       return true;
@@ -317,7 +321,7 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
     if (t + 2 * ahead < n) Prefetch(rowEnd + row[t + 2 * ahead]);
     if (t + ahead < n) Prefetch(entry + rowEnd[row[t + ahead]]);
     const std::int32_t r = row[t], c = column[t];
-    const bool above = SpMag(values[t]) > zeroThreshold;
+    const bool above = keepEvery || SpMag(values[t]) > zeroThreshold;
     if (!(keepAll || r == c || above)) continue;
     // A small diagonal value is kept as an exact zero, whatever DontStripZeros says.
     entry[rowEnd[r]++] = {c, (above || r != c) ? values[t] : T{}};
@@ -369,6 +373,12 @@ void TSparseMtx::BuildFromTriplets(std::int32_t rowCount, std::int32_t colCount,
   }
 }
 
+// Instantiated here for the other sources of the class (structure operations, rebuilds).
+template void TSparseMtx::BuildFromTriplets<double>(std::int32_t, std::int32_t, std::span<const std::int32_t>,
+                                                    std::span<const std::int32_t>, const double*, double, bool);
+template void TSparseMtx::BuildFromTriplets<TCplx>(std::int32_t, std::int32_t, std::span<const std::int32_t>,
+                                                   std::span<const std::int32_t>, const TCplx*, double, bool);
+
 TSparseMtx& TSparseMtx::TripletsToSparse(std::int32_t rowCount, std::int32_t colCount,
                                          std::span<const std::int32_t> row, std::span<const std::int32_t> column,
                                          std::span<const double> values, double zeroThreshold) {
@@ -410,7 +420,7 @@ TSparseMtx& TSparseMtx::TripletsToSparse(std::int32_t rowCount, std::int32_t col
 }
 
 void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TDoubleArray& values) const {
-  RequireFlushed();
+  RequireStructure();
   if (fComplex) ERaise("Complex = True");
   row.assign(fAi.begin(), fAi.end());
   column.resize(fAi.size());
@@ -419,7 +429,7 @@ void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TDo
 }
 
 void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TCplxArray& values) const {
-  RequireFlushed();
+  RequireStructure();
   if (!fComplex) ERaise("Not complex!");
   row.assign(fAi.begin(), fAi.end());
   column.resize(fAi.size());
@@ -428,7 +438,7 @@ void TSparseMtx::SparseToTriplets(TIntegerArray& row, TIntegerArray& column, TCp
 }
 
 void TSparseMtx::SparseToTriplets(TMtx& triplets, bool splitComplex) const {
-  RequireFlushed();
+  RequireStructure();
   const std::int32_t n = fLength;
   const bool cplxOut = fComplex && !splitComplex;
   triplets.Size(fComplex && splitComplex ? 4 : 3, n, cplxOut);
@@ -508,9 +518,18 @@ void TSparseMtx::RequireFlushed() const {
   if (fPendingCount > 0) ERaise("Call TripletsToSparseAndFlush first!");
 }
 
+void TSparseMtx::RequireFullRange() const {
+  if (fIsSubRange) ERaise("IsSubRange = True!");
+}
+
+void TSparseMtx::RequireStructure() const {
+  RequireFlushed();
+  RequireFullRange();
+}
+
 
 double TSparseMtx::GetValue(std::int32_t aRow, std::int32_t aCol) const {
-  RequireFlushed();
+  RequireStructure();
   if (aCol > fCols - 1) ERaise("ACol > (FCols-1)");
   if (aRow > fRows - 1) ERaise("ARow > (FRows-1)");
   if (fComplex) ERaise("Complex = True");
@@ -519,7 +538,7 @@ double TSparseMtx::GetValue(std::int32_t aRow, std::int32_t aCol) const {
 }
 
 TCplx TSparseMtx::GetMtxCValue(std::int32_t aRow, std::int32_t aCol) const {
-  RequireFlushed();
+  RequireStructure();
   if (aCol > fCols - 1) ERaise("ACol > (FCols-1)");
   if (aRow > fRows - 1) ERaise("ARow > (FRows-1)");
   if (!fComplex) ERaise("not Complex");
@@ -550,7 +569,7 @@ TSparseMtx& TSparseMtx::DenseToSparse(const TMtx& src, double zeroThreshold) {
 }
 
 void TSparseMtx::SparseToDense(TMtx& dst, std::int32_t maxElemCount) const {
-  RequireFlushed();
+  RequireStructure();
   if (std::int64_t{fRows} * fCols > maxElemCount) ERaise("MaxElemCount reached!");
   dst.Size(fRows, fCols, fComplex);
   detail::OnKind(fComplex, [&](auto t) {
@@ -582,7 +601,7 @@ TSparseMtx& TSparseMtx::BandedToSparse(const TMtx& src, double zeroThreshold) {
 }
 
 void TSparseMtx::SparseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
-  RequireFlushed();
+  RequireStructure();
   std::int32_t ku = 0, kl = 0;
   for (std::int32_t j = 0; j < fCols; ++j)
     for (std::int32_t k = fAp[j]; k < fAp[j + 1]; ++k) {
@@ -605,10 +624,10 @@ void TSparseMtx::SparseToBanded(TMtx& dst, std::int32_t maxElemCount) const {
 
 
 TSparseMtx& TSparseMtx::ZeroThresh(double threshold) {
-  RequireFlushed();
+  RequireStructure();
   TSparseMtx copy;
   copy.Copy(*this);
-  Rebuild(*this, copy, fRows, fCols, threshold, [](std::int32_t, std::int32_t) { return true; });
+  Rebuild(copy, &threshold, [](std::int32_t, std::int32_t) { return true; });
   return *this;
 }
 

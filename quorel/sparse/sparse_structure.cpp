@@ -20,13 +20,11 @@ namespace quorel {
 using detail::SpAcc;
 using detail::SpMag;
 using detail::Find;
-using detail::kKeepAll;
-using detail::Rebuild;
 
 // --- structure -----------------------------------------------------------------------------------------
 
 TSparseMtx& TSparseMtx::Transp(const TSparseMtx& a) {
-  a.RequireFlushed();
+  a.RequireStructure();
   const detail::TSparseScratchTrim trim;
   const std::int32_t rows = a.fRows, cols = a.fCols, nnz = a.fLength;
   detail::OnKind(a.fComplex, [&](auto t) {
@@ -72,7 +70,7 @@ TSparseMtx& TSparseMtx::Transp(const TSparseMtx& a) {
 TSparseMtx& TSparseMtx::Transp() { return Transp(*this); }
 
 void TSparseMtx::Diag(TVec& dst) const {
-  RequireFlushed();
+  RequireStructure();
   const std::int32_t n = std::min(fRows, fCols);
   dst.Size(n, fComplex);
   detail::OnKind(fComplex, [&](auto t) {
@@ -87,23 +85,23 @@ void TSparseMtx::Diag(TVec& dst) const {
 }
 
 TSparseMtx& TSparseMtx::UpperTriangle(const TSparseMtx& a) {
-  a.RequireFlushed();
+  a.RequireStructure();
   TSparseMtx copy;
   copy.Copy(a);
-  Rebuild(*this, copy, a.fRows, a.fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return j >= i; });
+  Rebuild(copy, nullptr, [](std::int32_t i, std::int32_t j) { return j >= i; });
   return *this;
 }
 
 TSparseMtx& TSparseMtx::LowerTriangle(const TSparseMtx& a) {
-  a.RequireFlushed();
+  a.RequireStructure();
   TSparseMtx copy;
   copy.Copy(a);
-  Rebuild(*this, copy, a.fRows, a.fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i >= j; });
+  Rebuild(copy, nullptr, [](std::int32_t i, std::int32_t j) { return i >= j; });
   return *this;
 }
 
 TSparseMtx& TSparseMtx::StructurizeSymmetric() {
-  RequireFlushed();
+  RequireStructure();
   if (fRows != fCols) ERaise("Rows <> Cols");
   if (fLength == 0) return *this;
   TIntegerArray r, c;
@@ -117,7 +115,7 @@ TSparseMtx& TSparseMtx::StructurizeSymmetric() {
         c.insert(c.end(), {j, fAi[k]});
         val.insert(val.end(), {v[k], T{}});
       }
-    BuildFromTriplets<T>(fRows, fCols, r, c, val.data(), kKeepAll);
+    BuildFromTriplets<T>(fRows, fCols, r, c, val.data(), 0.0, true);
   });
   return *this;
 }
@@ -148,17 +146,17 @@ TSparseMtx& TSparseMtx::RandomSparse(std::int32_t rows, std::int32_t cols, std::
     c.push_back(0);
     v.push_back(0.0);
   }
-  BuildFromTriplets<double>(rows, cols, r, c, v.data(), kKeepAll);
+  BuildFromTriplets<double>(rows, cols, r, c, v.data(), 0.0, true);
   return *this;
 }
 
 void TSparseMtx::Split(TSparseMtx& lower, TVec& diag, TSparseMtx& upper) const {
-  RequireFlushed();
+  RequireStructure();
   TSparseMtx copy;
   copy.Copy(*this);
   copy.Diag(diag);
-  Rebuild(lower, copy, fRows, fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i > j; });
-  Rebuild(upper, copy, fRows, fCols, kKeepAll, [](std::int32_t i, std::int32_t j) { return i < j; });
+  lower.Rebuild(copy, nullptr, [](std::int32_t i, std::int32_t j) { return i > j; });
+  upper.Rebuild(copy, nullptr, [](std::int32_t i, std::int32_t j) { return i < j; });
 }
 
 TSparseMtx& TSparseMtx::AddSplit(const TSparseMtx& lower, const TVec& diag, const TSparseMtx& upper) {
@@ -180,8 +178,8 @@ TSparseMtx& TSparseMtx::AddSplit(const TSparseMtx& lower, const TVec& diag, cons
 }
 
 TSparseMtx& TSparseMtx::DivideElem(const TSparseMtx& b) {
-  RequireFlushed();
-  b.RequireFlushed();
+  RequireStructure();
+  b.RequireStructure();
   if (fRows != b.fRows || fCols != b.fCols) ERaise("(A.Rows <> B.Rows) or (A.Cols <> B.Cols)");
   if (b.fComplex && !fComplex) set_Complex(true);
   detail::OnKind(fComplex, [&](auto t) {
@@ -214,7 +212,7 @@ TSparseMtx& TSparseMtx::DivideElem(const TSparseMtx& b) {
 }
 
 TSparseMtx& TSparseMtx::PixelDownSample(const TSparseMtx& a, std::int32_t factor) {
-  a.RequireFlushed();
+  a.RequireStructure();
   if (factor <= 0) ERaise("Factor <= 0");
   const std::int32_t rows = (a.fRows + factor - 1) / factor, cols = (a.fCols + factor - 1) / factor;
   TSparseMtx copy;
@@ -234,14 +232,16 @@ TSparseMtx& TSparseMtx::PixelDownSample(const TSparseMtx& a, std::int32_t factor
       Assign(rows, cols, std::vector<std::int32_t>(static_cast<std::size_t>(cols) + 1, 0), {}, std::span<const T>{});
       return;
     }
-    BuildFromTriplets<T>(rows, cols, r, c, val.data(), kKeepAll);
+    BuildFromTriplets<T>(rows, cols, r, c, val.data(), 0.0, true);
   });
   return *this;
 }
 
 // --- reductions ----------------------------------------------------------------------------------------------
+// The implicit zeros are counted from the shape, which a sub-range of the values does not have.
 
 double TSparseMtx::Max() const {
+  RequireFullRange();
   if (fComplex) ERaise("Complex = True");
   double m = 0.0;
   for (double x : Values()) m = std::max(m, x);
@@ -249,6 +249,7 @@ double TSparseMtx::Max() const {
 }
 
 double TSparseMtx::Min() const {
+  RequireFullRange();
   if (fComplex) ERaise("Complex = True");
   double m = 0.0;
   for (double x : Values()) m = std::min(m, x);
@@ -256,6 +257,7 @@ double TSparseMtx::Min() const {
 }
 
 double TSparseMtx::Mean() const {
+  RequireFullRange();
   if (fComplex) ERaise("Complex = True");
   double s = 0.0;
   for (double x : Values()) s += x;
@@ -263,12 +265,14 @@ double TSparseMtx::Mean() const {
 }
 
 double TSparseMtx::RMS() const {
+  RequireFullRange();
   double s = 0.0;
   for (double x : Values()) s += x * x;
   return std::sqrt(s / (double(fRows) * fCols));
 }
 
 TCplx TSparseMtx::Maxc() const {
+  RequireFullRange();
   if (!fComplex) ERaise("Complex = False");
   TCplx m{0.0, 0.0};
   for (const TCplx& z : CValues())
@@ -277,6 +281,7 @@ TCplx TSparseMtx::Maxc() const {
 }
 
 TCplx TSparseMtx::Minc() const {
+  RequireFullRange();
   if (!fComplex) ERaise("Complex = False");
   // The implicit zeros take part only when there are any.
   TCplx m{0.0, 0.0};
@@ -288,6 +293,7 @@ TCplx TSparseMtx::Minc() const {
 }
 
 TCplx TSparseMtx::Meanc() const {
+  RequireFullRange();
   if (!fComplex) ERaise("Complex = False");
   TCplx s{0.0, 0.0};
   for (const TCplx& z : CValues()) SpAcc(s, z);

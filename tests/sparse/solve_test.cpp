@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "sparse_test_util.h"
@@ -151,6 +152,78 @@ TEST(SparseSolveUmfPack, SolvesWithTheKeptFactorAllocateNothing) {
     const std::string& line = a.Report()[0];
     EXPECT_EQ(line.substr(0, line.find(':')), fresh.Report()[0].substr(0, fresh.Report()[0].find(':')));
     EXPECT_EQ(line.find("UMFPACK", 1), fresh.Report()[0].find("UMFPACK", 1));
+  }
+}
+
+/// True when some column stores its rows out of ascending order.
+bool OutOfRowOrder(const TSparseMtx& a) {
+  for (int j = 0; j < a.Cols(); ++j)
+    if (!std::is_sorted(a.Ai().begin() + a.Ap()[j], a.Ai().begin() + a.Ap()[j + 1])) return true;
+  return false;
+}
+
+/// A with the rows of every column stored in reverse order.
+TSparseMtx& Reversed(TSparseMtx& out, const TSparseMtx& a) {
+  std::vector<std::int32_t> ai(a.Ai().begin(), a.Ai().end());
+  std::vector<double> v(a.Values().begin(), a.Values().end());
+  const std::size_t w = a.Complex() ? 2 : 1;
+  for (int j = 0; j < a.Cols(); ++j) {
+    std::reverse(ai.begin() + a.Ap()[j], ai.begin() + a.Ap()[j + 1]);
+    for (int k = a.Ap()[j], q = a.Ap()[j + 1] - 1; k < q; ++k, --q)
+      std::swap_ranges(v.begin() + w * k, v.begin() + w * (k + 1), v.begin() + w * q);
+  }
+  if (!a.Complex()) return out.Assign(a.Rows(), a.Cols(), a.Ap(), ai, v);
+  return out.Assign(a.Rows(), a.Cols(), a.Ap(), ai,
+                    std::span<const TCplx>(reinterpret_cast<const TCplx*>(v.data()), v.size() / 2));
+}
+
+// Products and sums store their columns in the order rows first appear. The LU back end (and
+// the Cholesky back end's LU) solve such a matrix exactly as the same one stored in order: same
+// factors, same refinement, also after new values in the kept pattern.
+TEST(SparseSolveUmfPack, ColumnsOutOfRowOrderSolveAsSortedOnes) {
+  for (const char* name : {"west0067.mtx", "young1c.mtx"}) {
+    TSparseMtx a, reversed;
+    a.LoadFromMatrixMarketFile(MatrixFile(name));
+    Reversed(reversed, a);
+    ASSERT_TRUE(OutOfRowOrder(reversed)) << name;
+    TVec b, xa, xr;
+    KnownRhs(a, b, xa);
+    TMtx bm, xma, xmr;
+    bm.Size(a.Rows(), 2, a.Complex());
+    for (std::size_t k = 0; k < bm.Values().size(); ++k) bm.Values()[k] = std::sin(double(k));
+    auto same = [](const TQuorel& p, const TQuorel& q) {
+      return std::equal(p.Values().begin(), p.Values().end(), q.Values().begin(), q.Values().end());
+    };
+    for (TSparseSystem sys : {spsA, spsAT}) {
+      SCOPED_TRACE(std::string(name) + " " + SparseSystemText(sys));
+      for (TSparseMtx* m : {&a, &reversed}) {
+        m->SparseSolver = ssUmfPack;
+        m->SparseSystem = sys;
+      }
+      a.Solve(b, xa, mtGeneral);
+      reversed.Solve(b, xr, mtGeneral);
+      EXPECT_EQ(reversed.ErrorText(), "");
+      EXPECT_TRUE(same(xa, xr));
+      a.Solve(bm, xma, mtGeneral);
+      reversed.Solve(bm, xmr, mtGeneral);
+      EXPECT_TRUE(same(xma, xmr));
+      a.Scale(2.0);
+      reversed.Scale(2.0);
+      a.Solve(b, xa, mtGeneral);
+      reversed.Solve(b, xr, mtGeneral);
+      EXPECT_TRUE(same(xa, xr));
+    }
+    // A sum of the library's own, through the Cholesky back end's LU on a general matrix.
+    TSparseMtx lower, upper, merged;
+    TVec diag;
+    a.Split(lower, diag, upper);
+    merged.AddSplit(lower, diag, upper);
+    ASSERT_TRUE(OutOfRowOrder(merged)) << name;
+    merged.SparseSolver = ssTaucs;
+    merged.Taucs().Factor = tfLU;
+    merged.Solve(b, xr, mtGeneral);
+    EXPECT_EQ(merged.ErrorText(), "");
+    EXPECT_LT(RelativeResidual(merged, b, xr), 1e-14) << name;
   }
 }
 

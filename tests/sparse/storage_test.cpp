@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <numeric>
 #include <random>
 
@@ -298,6 +300,100 @@ TEST(SparseStructure, DivideElemRandomSparseAndDownSample) {
   // Each row of the Laplacian sums to 4 - (neighbours); the block sums add whole rows up.
   EXPECT_DOUBLE_EQ(std::accumulate(s.Values().begin(), s.Values().end(), 0.0),
                    std::accumulate(p.Values().begin(), p.Values().end(), 0.0));
+}
+
+// Structure operations carry every stored value: a NaN (the mark of an upstream error) stays a
+// NaN, on or off the diagonal.
+TEST(SparseStructure, StructureOperationsKeepEveryStoredValue) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  TSparseMtx a;
+  // [[NaN, 1, 0], [NaN, 0, 0], [0, 2, NaN]]
+  a.TripletsToSparse(3, 3, TIntegerArray{0, 1, 0, 1, 2, 2}, TIntegerArray{0, 0, 1, 1, 1, 2},
+                     TDoubleArray{1, 1, 1, 1, 2, 1});
+  a.Values()[0] = a.Values()[1] = a.Values()[5] = nan;
+  a.Values()[3] = 0.0;
+  // Every stored position of A that `kept` accepts, with its value.
+  auto expectKept = [&](const TSparseMtx& m, auto kept, const char* what) {
+    SCOPED_TRACE(what);
+    int count = 0;
+    for (int j = 0; j < 3; ++j)
+      for (int k = a.Ap()[j]; k < a.Ap()[j + 1]; ++k) {
+        const int i = a.Ai()[k];
+        if (!kept(i, j)) continue;
+        ++count;
+        const double got = m.GetValue(i, j), want = a.Values()[k];
+        EXPECT_TRUE(std::isnan(want) ? std::isnan(got) : got == want) << i << "," << j << ": " << got;
+      }
+    EXPECT_GE(m.NonZeros(), count);
+  };
+  TSparseMtx s, lo, up, split_lo, split_up, down;
+  s.Copy(a).StructurizeSymmetric();
+  expectKept(s, [](int, int) { return true; }, "StructurizeSymmetric");
+  EXPECT_EQ(s.GetValue(1, 2), 0.0);  // the mirror of (2, 1) added as an explicit zero
+  EXPECT_EQ(s.NonZeros(), 7);
+  lo.LowerTriangle(a);
+  expectKept(lo, [](int i, int j) { return i >= j; }, "LowerTriangle");
+  EXPECT_EQ(lo.NonZeros(), 5);
+  up.UpperTriangle(a);
+  expectKept(up, [](int i, int j) { return i <= j; }, "UpperTriangle");
+  EXPECT_EQ(up.NonZeros(), 4);
+  TVec diag;
+  a.Split(split_lo, diag, split_up);
+  expectKept(split_lo, [](int i, int j) { return i > j; }, "Split lower");
+  expectKept(split_up, [](int i, int j) { return i < j; }, "Split upper");
+  EXPECT_EQ(split_lo.NonZeros() + split_up.NonZeros(), 3);
+  down.PixelDownSample(a, 1);
+  expectKept(down, [](int, int) { return true; }, "PixelDownSample");
+  EXPECT_EQ(down.NonZeros(), 6);
+  // A block holding a NaN sums to NaN.
+  down.PixelDownSample(a, 2);
+  EXPECT_TRUE(std::isnan(down.GetValue(0, 0)));
+  EXPECT_TRUE(std::isnan(down.GetValue(1, 1)));
+}
+
+// While a sub-range of the values is active, the column pointers do not describe them: every
+// method that reads or rebuilds the pattern refuses, and leaves its operands as they were;
+// element-wise methods on the stored values go on working.
+TEST(SparseStructure, SubRangeRefusesStructuralMethods) {
+  TSparseMtx a, other;
+  a.TripletsToSparse(2, 2, TIntegerArray{0, 1, 0}, TIntegerArray{0, 0, 1}, TDoubleArray{1, 2, 3});  // [[1,3],[2,0]]
+  other.Copy(a);
+  a.SetSubRange(1, 2);
+  TVec x, b;
+  x.Size(2);
+  x[0] = 1;
+  x[1] = 1;
+  TMtx d;
+  TSparseMtx out;
+  const char* msg = "IsSubRange = True!";
+  EXPECT_RAISES(a.MulRight(x), msg);
+  EXPECT_EQ(x[0], 1.0);
+  EXPECT_RAISES(a.MulLeft(x), msg);
+  EXPECT_RAISES(a.GetValue(0, 1), msg);
+  EXPECT_RAISES(a.SparseToDense(d), msg);
+  EXPECT_RAISES(a.Diag(x), msg);
+  EXPECT_RAISES(a.Max(), msg);
+  EXPECT_RAISES(out.Transp(a), msg);
+  EXPECT_RAISES(out.Mul(other, a), msg);
+  EXPECT_RAISES(out.Add(a, other), msg);
+  EXPECT_RAISES(out.Copy(a), msg);
+  EXPECT_RAISES(out.LowerTriangle(a), msg);
+  EXPECT_RAISES((void)a.Equal(other), msg);
+  b.Copy(x);
+  for (TSparseSolver solver : {ssIterative, ssUmfPack, ssPardiso, ssTaucs}) {
+    a.SparseSolver = solver;
+    EXPECT_RAISES(a.Solve(b, x, mtGeneral), msg) << int(solver);
+  }
+  // Rebuilding a matrix under its own sub-range is refused too.
+  EXPECT_RAISES(a.TripletsToSparse(2, 2, TIntegerArray{0}, TIntegerArray{0}, TDoubleArray{5}), msg);
+  EXPECT_RAISES(a.Copy(other), msg);
+  // The stored values 2 and 3 are the view.
+  a.Scale(10.0);
+  a.SetFullRange();
+  EXPECT_EQ(std::vector<double>(a.Values().begin(), a.Values().end()), (std::vector<double>{1, 20, 30}));
+  a.MulRight(x);
+  EXPECT_EQ(x[0], 31.0);
+  EXPECT_EQ(x[1], 20.0);
 }
 
 TEST(SparseReductions, ImplicitZerosCount) {

@@ -207,6 +207,52 @@ TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
   EXPECT_EQ(ind.Report()[6].rfind("Number of CG/CGS iteration's executed: ", 0), 0u);
 }
 
+/// Each off-diagonal pair of `full` stored once, below or above the diagonal by the parity of i + j.
+TSparseMtx& OneOfEachPair(TSparseMtx& out, const TSparseMtx& full) {
+  TIntegerArray r, c;
+  TCplxArray v;
+  for (int j = 0; j < full.Cols(); ++j)
+    for (int k = full.Ap()[j]; k < full.Ap()[j + 1]; ++k) {
+      const int i = full.Ai()[k];
+      if (i != j && (i > j) != ((i + j) % 2 == 0)) continue;
+      r.push_back(i);
+      c.push_back(j);
+      v.push_back(full.Complex() ? full.CValues()[k] : TCplx{full.Values()[k], 0.0});
+    }
+  if (full.Complex()) return out.TripletsToSparse(full.Rows(), full.Cols(), r, c, std::span<const TCplx>(v));
+  TDoubleArray re;
+  for (const TCplx& z : v) re.push_back(z.Re);
+  return out.TripletsToSparse(full.Rows(), full.Cols(), r, c, std::span<const double>(re));
+}
+
+// A symmetric or Hermitian type stored above the diagonal, wholly or in part: an entry whose
+// mirror is not stored stands for it (conjugated when Hermitian), so every storage solves the
+// whole matrix.
+TEST_F(DirectBackEnds, PardisoSymmetricTypesReadEntriesAboveTheDiagonal) {
+  TSparseMtx ind, hermInd, csym;
+  Shifted(ind, poisson, 2.0);
+  Hermitian(hermInd, poisson, 2.0);
+  Mapped(csym, poisson, [](int i, int j, double v) { return TCplx{i == j ? v - 2 : v, i == j ? 1.0 : 0.2}; });
+  const std::tuple<TSparseMtx*, TMtxType> cases[] = {{&poisson, mtSymmPosDef}, {&ind, mtSymmetric},
+                                                     {&herm, mtHermPosDef},    {&hermInd, mtHermitian},
+                                                     {&csym, mtSymmetric}};
+  for (auto [full, type] : cases) {
+    TSparseMtx upper, mixed;
+    upper.UpperTriangle(*full);
+    OneOfEachPair(mixed, *full);
+    for (TSparseMtx* stored : {&upper, &mixed, full}) {
+      stored->SparseSolver = ssPardiso;
+      EXPECT_EQ(SolveChecked(*stored, *full, type, 1e-14), "") << int(type) << " " << stored->NonZeros();
+      // New values in the same pattern: the kept analysis sees the same entries.
+      TSparseMtx twice;
+      twice.Copy(*full).Scale(2.0);
+      stored->Scale(2.0);
+      EXPECT_EQ(SolveChecked(*stored, twice, type, 1e-14), "") << int(type);
+      stored->Scale(0.5);
+    }
+  }
+}
+
 TEST(SparsePardiso, FailuresAndMessages) {
   // Structurally singular (an empty column); the numerically singular case is in solve_backends_test.
   TSparseMtx empty, ok;

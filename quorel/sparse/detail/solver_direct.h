@@ -36,7 +36,8 @@ int TaucsSolveRaw(TTaucsSettings& s, const TRawSparse& a, std::int32_t flags, st
                   double* x, std::int32_t maxIters, double tolerance, TFactorReuse reuse = TFactorReuse::None);
 
 /// Solve of A X = B (`nrhs` columns) for a MtxTypePardiso code (2, -2, 6, 4, -4, 11, 13).
-/// Symmetric and Hermitian types read the lower triangle. Iparm receives the outputs and
+/// Symmetric and Hermitian types read the lower triangle; an entry above the diagonal whose
+/// mirror is not stored stands for it (conjugated when Hermitian). Iparm receives the outputs and
 /// `report`, when given, the report lines; a failed refinement step adds its line.
 int PardisoSolveRaw(TPardisoSettings& s, const TRawSparse& a, std::int32_t mtype, std::int32_t nrhs,
                     const double* b, double* x, std::vector<std::string>* report,

@@ -1,5 +1,6 @@
 #pragma once
 // Helpers shared by the sparse matrix sources: entry lookup and rebuilding from filtered entries.
+// Rebuilds that keep every entry keep every value too, NaN included.
 
 #include <cstdint>
 #include <span>
@@ -11,9 +12,6 @@
 
 namespace quorel::detail {
 
-/// A threshold below every magnitude: builders that must keep every triplet use it.
-inline constexpr double kKeepAll = -1.0;
-
 /// Position of (row, col) in the storage, -1 when not stored or outside the matrix.
 inline std::int32_t Find(std::span<const std::int32_t> ap, std::span<const std::int32_t> ai, std::int32_t row,
                           std::int32_t col) {
@@ -23,10 +21,12 @@ inline std::int32_t Find(std::span<const std::int32_t> ap, std::span<const std::
   return -1;
 }
 
-/// Rebuilds Self from its own entries filtered by keep(i, j), mapped to (row, col) by place.
+}  // namespace quorel::detail
+
+namespace quorel {
+
 template <class Keep>
-void Rebuild(TSparseMtx& self, const TSparseMtx& a, std::int32_t rows, std::int32_t cols, double threshold,
-            Keep keep) {
+void TSparseMtx::Rebuild(const TSparseMtx& a, const double* threshold, Keep keep) {
   TIntegerArray r, c;
   r.reserve(static_cast<std::size_t>(a.NonZeros()));
   c.reserve(static_cast<std::size_t>(a.NonZeros()));
@@ -39,24 +39,22 @@ void Rebuild(TSparseMtx& self, const TSparseMtx& a, std::int32_t rows, std::int3
     val.reserve(static_cast<std::size_t>(a.NonZeros()));
     for (std::int32_t j = 0; j < a.Cols(); ++j)
       for (std::int32_t k = ap[j]; k < ap[j + 1]; ++k) {
-        std::int32_t i = ai[k], jj = j;
-        if (!keep(i, jj)) continue;
-        r.push_back(i);
-        c.push_back(jj);
+        if (!keep(ai[k], j)) continue;
+        r.push_back(ai[k]);
+        c.push_back(j);
         val.push_back(v[k]);
       }
     if (r.empty()) {
       // Keep the shape: an empty pattern is stored directly.
-      self.Assign(rows, cols, std::vector<std::int32_t>(static_cast<std::size_t>(cols) + 1, 0), {},
-                  std::span<const T>{});
+      Assign(a.Rows(), a.Cols(), std::vector<std::int32_t>(static_cast<std::size_t>(a.Cols()) + 1, 0), {},
+             std::span<const T>{});
       return;
     }
-    if constexpr (std::is_same_v<T, double>) {
-      self.TripletsToSparse(rows, cols, r, c, std::span<const double>(val), threshold);
-    } else {
-      self.TripletsToSparse(rows, cols, r, c, std::span<const TCplx>(val), threshold);
-    }
+    if (threshold)
+      BuildFromTriplets<T>(a.Rows(), a.Cols(), r, c, val.data(), *threshold);
+    else
+      BuildFromTriplets<T>(a.Rows(), a.Cols(), r, c, val.data(), 0.0, true);
   });
 }
 
-}  // namespace quorel::detail
+}  // namespace quorel
