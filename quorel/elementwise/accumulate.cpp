@@ -35,8 +35,9 @@ template <class Sub, class Div>
 TDenseQuorel& NormalizeWhole(TDenseQuorel& self, const TDenseQuorel& vec, Sub sub, Div div) {
   if (self.ConditionCheck()) Require(!Same(self, vec), "Self = Vec");
   if constexpr (!std::is_same_v<Sub, double>) Require(vec.Complex(), "not Complex");
+  const detail::SafeSource src(self, vec);
   self.Size(vec, vec.Complex());
-  NormalizeRun(self, vec, sub, div, 0, 0, vec.Length());
+  NormalizeRun(self, *src, sub, div, 0, 0, vec.Length());
   return self;
 }
 
@@ -46,7 +47,8 @@ TDenseQuorel& NormalizeRange(TDenseQuorel& self, const TDenseQuorel& vec, Sub su
   self.ValidateParams(vec, vi, i, len);
   if (self.ConditionCheck()) Require(vec.Complex() == self.Complex(), "Vec.Complex <> Complex");
   if constexpr (!std::is_same_v<Sub, double>) Require(vec.Complex(), "not Complex");
-  NormalizeRun(self, vec, sub, div, vi, i, len);
+  const detail::SafeSource src(self, vec);
+  NormalizeRun(self, *src, sub, div, vi, i, len);
   return self;
 }
 }  // namespace
@@ -99,7 +101,8 @@ TDenseQuorel& TDenseQuorel::AddProduct(const TDenseQuorel& vec1, const TDenseQuo
     Require(vec1.fLength == vec2.fLength, "TVec.AddProduct: Vec1.Length <> Vec2.Length");
     Require(vec1.fLength == fLength, "TVec.AddProduct: Vec1.Length <> Length");
   }
-  AddProductChecked(*this, vec1, vec2, 0, 0, 0, std::min({fLength, vec1.fLength, vec2.fLength}));
+  const detail::SafeSource a(*this, vec1), b(*this, vec2);
+  AddProductChecked(*this, *a, *b, 0, 0, 0, std::min({fLength, vec1.fLength, vec2.fLength}));
   return *this;
 }
 
@@ -139,12 +142,13 @@ TDenseQuorel& TDenseQuorel::ConjMul(const TDenseQuorel& vec1, const TDenseQuorel
     Require(vec1.fLength == vec2.fLength, "Vec1.Length <> Vec2.Length");
   }
   if (!vec2.fComplex) return Mul(vec1, vec2);
-  // Self receives conj(Vec2) and is then multiplied by Vec1 in place.
-  const detail::SafeSource a(*this, vec1);
+  // Self receives conj(Vec2) and is then multiplied by Vec1 in place. Sizing Self may change the
+  // kind of a Vec1 that is Self: ask the copy.
+  const detail::SafeSource a(*this, vec1), b(*this, vec2);
   Size(vec2, true);
-  kern::Conj(C(vec2), C(*this), fLength);
+  kern::Conj(C(*b), C(*this), fLength);
   if (fLength == 0) return *this;
-  if (vec1.fComplex) kern::Mul(C(*this), C(*a), C(*this), fLength);
+  if ((*a).Complex()) kern::Mul(C(*this), C(*a), C(*this), fLength);
   else kern::Mul(C(*this), R(*a), C(*this), fLength);
   return *this;
 }
@@ -189,12 +193,15 @@ TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, double factor, st
 TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, const TCplx& factor, std::int32_t vecIndex,
                                       std::int32_t index, std::int32_t len) {
   ValidateParams(vec, vecIndex, index, len);
+  // Taken before the promotion below, which would change a Vec that is Self.
+  const detail::SafeSource src(*this, vec);
+  const TDenseQuorel& x = *src;
   // A complex factor or complex data needs complex storage; zero imaginary parts keep the values.
-  if (!fComplex && (vec.fComplex || factor.Im != 0.0)) detail::ExtendToComplex(*this, true);
+  if (!fComplex && (x.Complex() || factor.Im != 0.0)) detail::ExtendToComplex(*this, true);
   if (len <= 0) return *this;
-  if (!fComplex) kern::AddScaled(R(vec, vecIndex), factor.Re, R(*this, index), len);
-  else if (vec.fComplex) kern::AddScaled(C(vec, vecIndex), factor, C(*this, index), len);
-  else kern::AddScaled(R(vec, vecIndex), factor, C(*this, index), len);
+  if (!fComplex) kern::AddScaled(R(x, vecIndex), factor.Re, R(*this, index), len);
+  else if (x.Complex()) kern::AddScaled(C(x, vecIndex), factor, C(*this, index), len);
+  else kern::AddScaled(R(x, vecIndex), factor, C(*this, index), len);
   return *this;
 }
 
@@ -243,8 +250,10 @@ TDenseQuorel& TDenseQuorel::Divide(const TDenseQuorel& num, const TDenseQuorel& 
     Require(num.fLength == den.fLength, "Num.Length <> Den.Length");
   }
   const std::int32_t n = std::min(num.fLength, den.fLength);
-  const detail::SafeSource d(*this, den);  // Self receives Num before Den is read
-  Copy(num);
+  // Self receives Num before Den is read; a Num over other positions of Self is copied, too.
+  const detail::SafeSource d(*this, den), nm(num, !Same(*this, num) && detail::SharesStorage(*this, num));
+  if (&*nm != &num) Size(num, num.fComplex);  // from Num itself, so a matrix takes its shape
+  Copy(*nm);
   MultiplyByClampedReciprocal(*this, *d, threshold, 0, 0, n);
   return *this;
 }

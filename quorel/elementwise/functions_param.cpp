@@ -210,11 +210,14 @@ TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& f
     Require(!Same(*this, truncDst), "TQuorel.TruncAndFrac, TruncDst: X = Self");
     Require(!Same(*this, fracDst), "TQuorel.TruncAndFrac, FracDst: X = Self");
   }
+  // Both outputs are checked before either is written.
+  fracDst.RequireSizable(*this, fComplex);
+  const std::int64_t n = DoublesFor(fLength);
+  const SafeSource src(*this, detail::OutputsShare(*this, truncDst, fracDst));
   truncDst.Size(*this, fComplex);
   fracDst.Size(*this, fComplex);
   // Complex data is split part by part, as 2n doubles.
-  const std::int64_t n = DoublesFor(fLength);
-  if (n > 0) kern::TruncAndFrac(R(*this), R(truncDst), R(fracDst), n);
+  if (n > 0) kern::TruncAndFrac(R(*src), R(truncDst), R(fracDst), n);
   return *this;
 }
 
@@ -229,7 +232,7 @@ TDenseQuorel& TDenseQuorel::TruncAndFrac(TDenseQuorel& truncDst, TDenseQuorel& f
     Require(truncDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> TruncDst.Complex");
     Require(fracDst.Complex() == fComplex, "TQuorel.TruncAndFrac, Self.Complex <> FracDst.Complex");
   }
-  const SafeSource src(*this, Same(*this, truncDst) || Same(*this, fracDst));
+  const SafeSource src(*this, detail::OutputsShare(*this, truncDst, fracDst));
   if (len > 0)
     kern::TruncAndFrac(R(*src, static_cast<std::int32_t>(DoublesFor(index))),
                        R(truncDst, static_cast<std::int32_t>(DoublesFor(truncIndex))),
@@ -267,10 +270,12 @@ TDenseQuorel& TDenseQuorel::Sgn(const TDenseQuorel& sgnSrc) {
   Require(!Same(*this, sgnSrc), "TQuorel.Sgn: Self = SgnSrc");
   Require(fLength == sgnSrc.fLength, "TQuorel.Sgn: Self.Length <> SgnSrc.Length");
   if (fLength == 0) return *this;
-  if (fComplex && sgnSrc.fComplex) kern::SgnMul(C(*this), C(sgnSrc), C(*this), fLength);
-  else if (fComplex) kern::SgnMul(C(*this), R(sgnSrc), C(*this), fLength);
-  else if (sgnSrc.fComplex) kern::SgnMul(R(*this), C(sgnSrc), R(*this), fLength);
-  else kern::SgnMul(R(*this), R(sgnSrc), R(*this), fLength);
+  const SafeSource src(*this, sgnSrc);  // a view over other positions of Self
+  const TDenseQuorel& x = *src;
+  if (fComplex && x.Complex()) kern::SgnMul(C(*this), C(x), C(*this), fLength);
+  else if (fComplex) kern::SgnMul(C(*this), R(x), C(*this), fLength);
+  else if (x.Complex()) kern::SgnMul(R(*this), C(x), R(*this), fLength);
+  else kern::SgnMul(R(*this), R(x), R(*this), fLength);
   return *this;
 }
 

@@ -84,8 +84,9 @@ TDenseQuorel& TDenseQuorel::Rotate(std::int32_t offset, std::int32_t index, std:
 
 TDenseQuorel& TDenseQuorel::Rotate(const TDenseQuorel& vec, std::int32_t offset) {
   if (Same(*this, vec)) return Rotate(offset);  // the in-place form reads from a copy
+  const detail::SafeSource src(*this, vec);      // a view over Self's storage
   Size(vec, vec.fComplex);
-  return Rotate(vec, offset, 0, 0, fLength);
+  return Rotate(*src, offset, 0, 0, fLength);
 }
 
 TDenseQuorel& TDenseQuorel::Rotate(const TDenseQuorel& vec, std::int32_t offset, std::int32_t vecIndex,

@@ -109,8 +109,9 @@ TDenseQuorel& TDenseQuorel::Copy(const TDenseQuorel& src) {
   fFFTStorageFormat = src.fFFTStorageFormat;
   fFFTScrambledOrder = src.fFFTScrambledOrder;
   fFFTOddLength = src.fFFTOddLength;
+  // memmove: src may be a sub-range view over Self's own storage.
   if (fLength > 0)
-    std::memcpy(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
+    std::memmove(fValues, src.fValues, static_cast<std::size_t>(DoublesFor(fLength)) * sizeof(double));
   return *this;
 }
 

@@ -44,12 +44,15 @@ void MoveBlock(TMtx& m, std::int32_t sr, std::int32_t sc, std::int32_t dr, std::
   });
 }
 
-// Writes len elements of vec from vecIndex to dst, stepping `stride` elements.
+// Writes len elements of vec from vecIndex to dst, stepping `stride` elements. A vec over dst's own
+// storage (a row of dst written into a column) is read from a copy.
 void Scatter(const TDenseQuorel& vec, std::int32_t vecIndex, TMtx& dst, std::int64_t start, std::int64_t stride,
              std::int32_t len) {
+  std::optional<TWorkVec> keep;
+  const TDenseQuorel& from = detail::SelfCopied(dst, vec, keep);
   OnKind(vec.Complex(), [&](auto t) {
     using T = decltype(t);
-    const T* x = Ptr<T>(vec, vecIndex);
+    const T* x = Ptr<T>(from, vecIndex);
     T* r = Ptr<T>(dst, start);
     if (stride == 1) {
       kern::Copy(x, r, len);

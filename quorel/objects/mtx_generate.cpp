@@ -73,9 +73,9 @@ TMtx& TMtx::LowerTriangle(const TMtx& mtx, bool zeroOther, bool diagonal) {
 // --- products ---------------------------------------------------------------------------------------
 
 TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
-  std::optional<TWorkMtx> keep;  // Self is resized before it is read
-  const TMtx& x = SelfCopied(*this, a, keep);
-  const TMtx& y = SelfCopied(*this, b, keep);
+  std::optional<TWorkMtx> keepA, keepB;  // Self is resized before it is read
+  const TMtx& x = SelfCopied(*this, a, keepA);
+  const TMtx& y = SelfCopied(*this, b, keepB);
   const bool complex = x.fComplex || y.fComplex;
   TWorkMtx wa, wb;
   const TDenseQuorel& pa = detail::Promoted(x, complex, wa);
@@ -98,9 +98,9 @@ TMtx& TMtx::Kron(const TMtx& a, const TMtx& b) {
 }
 
 TMtx& TMtx::TensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
-  std::optional<TWorkMtx> keep;  // Self is resized before it is read
-  const TDenseQuorel& x = SelfCopied(*this, vec1, keep);
-  const TDenseQuorel& y = SelfCopied(*this, vec2, keep);
+  std::optional<TWorkVec> keep1, keep2;  // Self is resized before it is read
+  const TDenseQuorel& x = SelfCopied(*this, vec1, keep1);
+  const TDenseQuorel& y = SelfCopied(*this, vec2, keep2);
   const bool complex = x.Complex() || y.Complex();
   Size(x.Length(), y.Length(), complex);
   SetZero();
@@ -111,9 +111,9 @@ TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
   Require(vec1.Length() == fRows, "Vec1.Length <> Rows");
   Require(vec2.Length() == fCols, "Vec2.Length <> Cols");
   Require(!(!fComplex && (vec1.Complex() || vec2.Complex())), "Complex <> Vec.Complex");
-  std::optional<TWorkMtx> keep;  // Self is overwritten row by row while it is read
-  const TDenseQuorel& x = SelfCopied(*this, vec1, keep);
-  const TDenseQuorel& y = SelfCopied(*this, vec2, keep);
+  std::optional<TWorkVec> keep1, keep2;  // Self is overwritten row by row while it is read
+  const TDenseQuorel& x = SelfCopied(*this, vec1, keep1);
+  const TDenseQuorel& y = SelfCopied(*this, vec2, keep2);
   TWorkVec w1, w2;
   const TDenseQuorel& p1 = detail::Promoted(x, fComplex, w1);
   const TDenseQuorel& p2 = detail::Promoted(y, fComplex, w2);
@@ -127,7 +127,7 @@ TMtx& TMtx::AddTensorProd(const TDenseQuorel& vec1, const TDenseQuorel& vec2) {
 // --- generated matrices ----------------------------------------------------------------------------
 
 TMtx& TMtx::VanderMonde(std::int32_t cols, const TDenseQuorel& vec) {
-  std::optional<TWorkMtx> keep;  // Self is resized before it is read
+  std::optional<TWorkVec> keep;  // Self is resized before it is read
   const TDenseQuorel& v = SelfCopied(*this, vec, keep);
   Size(v.Length(), cols, v.Complex());
   OnKind(fComplex, [&](auto t) {
@@ -157,9 +157,9 @@ TMtx& TMtx::Toeplitz(const TDenseQuorel& vec) { return Toeplitz(vec, vec); }
 
 TMtx& TMtx::Toeplitz(const TDenseQuorel& col, const TDenseQuorel& row) {
   Require(col.Complex() == row.Complex(), "Col.Complex <> Row.Complex");
-  std::optional<TWorkMtx> keep;  // Self is resized before it is read
-  const TDenseQuorel& c = SelfCopied(*this, col, keep);
-  const TDenseQuorel& rw = SelfCopied(*this, row, keep);
+  std::optional<TWorkVec> keepCol, keepRow;  // Self is resized before it is read
+  const TDenseQuorel& c = SelfCopied(*this, col, keepCol);
+  const TDenseQuorel& rw = SelfCopied(*this, row, keepRow);
   Size(c.Length(), rw.Length(), c.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);

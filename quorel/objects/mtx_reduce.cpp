@@ -19,28 +19,49 @@ using detail::Require;
 using detail::OnKind;
 using detail::Ptr;
 
+namespace {
+// Sizes dst to n elements of src's kind and runs fill(out) into it. A dst over src's own storage (a
+// row of the matrix) would be overwritten before it is read: the values are then made in a work
+// vector and copied over.
+template <class Fill>
+void Reduce(const TMtx& src, TVec& dst, std::int32_t n, Fill fill) {
+  dst.Size(n, src.Complex());
+  if (!detail::SharesStorage(src, dst)) [[likely]] {
+    fill(dst);
+    return;
+  }
+  TWorkVec work;
+  work->Size(n, src.Complex());
+  fill(*work);
+  dst.Copy(*work);
+}
+}  // namespace
+
 void TMtx::SumRows(TVec& dst) const {
-  dst.Size(fRows, fComplex);
-  OnKind(fComplex, [&](auto t) {
-    using T = decltype(t);
-    for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(dst, i) = kern::Sum(At<T>(*this, i, 0), fCols);
+  Reduce(*this, dst, fRows, [&](TVec& out) {
+    OnKind(fComplex, [&](auto t) {
+      using T = decltype(t);
+      for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(out, i) = kern::Sum(At<T>(*this, i, 0), fCols);
+    });
   });
 }
 
 void TMtx::MeanRows(TVec& dst) const {
-  dst.Size(fRows, fComplex);
-  OnKind(fComplex, [&](auto t) {
-    using T = decltype(t);
-    for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(dst, i) = kern::Mean(At<T>(*this, i, 0), fCols);
+  Reduce(*this, dst, fRows, [&](TVec& out) {
+    OnKind(fComplex, [&](auto t) {
+      using T = decltype(t);
+      for (std::int32_t i = 0; i < fRows; ++i) *Ptr<T>(out, i) = kern::Mean(At<T>(*this, i, 0), fCols);
+    });
   });
 }
 
 void TMtx::SumCols(TVec& dst) const {
-  dst.Size(fCols, fComplex);
-  dst.SetZero();
-  OnKind(fComplex, [&](auto t) {
-    using T = decltype(t);
-    for (std::int32_t i = 0; i < fRows; ++i) kern::Add(Ptr<T>(dst), At<T>(*this, i, 0), Ptr<T>(dst), fCols);
+  Reduce(*this, dst, fCols, [&](TVec& out) {
+    out.SetZero();
+    OnKind(fComplex, [&](auto t) {
+      using T = decltype(t);
+      for (std::int32_t i = 0; i < fRows; ++i) kern::Add(Ptr<T>(out), At<T>(*this, i, 0), Ptr<T>(out), fCols);
+    });
   });
 }
 

@@ -104,7 +104,8 @@ void WritePiece(const TVec& src, std::int32_t from, TVec& dst, std::int32_t len,
 template <class PieceLen>
 void WritePieces(TVec& self, std::span<TVec* const> dst, PieceLen pieceLen) {
   const TElemKind kind = KindOf(self);
-  const bool selfIn = std::find(dst.begin(), dst.end(), &self) != dst.end();
+  const bool selfIn =
+      std::any_of(dst.begin(), dst.end(), [&](const TVec* d) { return detail::SharesStorage(self, *d); });
   std::optional<TWorkVec> keep;
   const TVec& src = Readable(self, kind, selfIn, keep);
   std::int32_t pos = 0;
@@ -132,8 +133,8 @@ TVec& TVec::Copy(const TVec& vec1, const TVec& vec2) {
   const std::int32_t total = TotalLength(std::int64_t{n1} + n2);
   const TElemKind kind = std::max(KindOf(vec1), KindOf(vec2));
   std::optional<TWorkVec> keep1, keep2;
-  const TVec& a = Readable(vec1, KindOf(vec1), Is(vec1), keep1);
-  const TVec& b = Readable(vec2, KindOf(vec2), Is(vec2), keep2);
+  const TVec& a = Readable(vec1, KindOf(vec1), detail::SharesStorage(*this, vec1), keep1);
+  const TVec& b = Readable(vec2, KindOf(vec2), detail::SharesStorage(*this, vec2), keep2);
   SizeAs(*this, kind, total);
   CopyElements(a, 0, *this, 0, n1);
   CopyElements(b, 0, *this, n1, n2);

@@ -142,8 +142,8 @@ class TComparison {
         if (out.vec == &self) EInvalidArgumentRaise(out.isSelf);
     }
     const TElemKind kind = complex_ ? TElemKind::Cplx : TElemKind::Real;
-    a_ = &Readable(a, kind, &a == &self, keepA_);
-    if (b.vec != nullptr) b_ = &Readable(*b.vec, kind, b.vec == &self, keepB_);
+    a_ = &Readable(a, kind, detail::SharesStorage(a, self), keepA_);
+    if (b.vec != nullptr) b_ = &Readable(*b.vec, kind, detail::SharesStorage(*b.vec, self), keepB_);
     count_ = b.vec != nullptr ? std::min(a.Length(), b.vec->Length()) : a.Length();
   }
 
@@ -233,7 +233,9 @@ TVec& FindAndSplitOf(TVec& self, const TVec& a, std::string_view op, const TOper
   CheckSizable(maskVec, kind, hits);
   CheckSizable(notMaskVec, kind, n - hits);
   std::optional<TWorkVec> keep;
-  const TVec& src = Readable(a, kind, &a == &self || &a == &maskVec || &a == &notMaskVec, keep);
+  const bool written = detail::SharesStorage(a, self) || detail::SharesStorage(a, maskVec) ||
+                       detail::SharesStorage(a, notMaskVec);
+  const TVec& src = Readable(a, kind, written, keep);
   SizeAs(self, TElemKind::Int, n);
   CopyElements(*mask, 0, self, 0, n);
   maskVec.GatherByMask(src, mask.get());

@@ -87,7 +87,7 @@ TVec& TVec::GatherByIncr(const TVec& x, std::int32_t increment, std::int32_t off
   const std::int32_t n = offset < x.Length() ? (x.Length() - 1 - offset) / increment + 1 : 0;
   const TElemKind kind = KindOf(x);
   std::optional<TWorkVec> keep;
-  const TVec& src = Readable(x, kind, Is(x), keep);
+  const TVec& src = Readable(x, kind, detail::SharesStorage(*this, x), keep);
   SizeAs(*this, kind, n);
   MoveElements(kind, src, *this, n, SamePos{}, StridedPos{offset, increment});
   return *this;
@@ -104,7 +104,7 @@ TVec& TVec::ScatterByIncr(const TVec& src, std::int32_t increment, std::int32_t 
                                offset, increment, n, fLength));
   const TElemKind kind = KindOf(*this);
   std::optional<TWorkVec> keep;
-  const TVec& from = Readable(src, kind, Is(src), keep);
+  const TVec& from = Readable(src, kind, detail::SharesStorage(*this, src), keep);
   MoveElements(kind, from, *this, n, StridedPos{offset, increment}, SamePos{});
   return *this;
 }
@@ -118,10 +118,10 @@ TVec& TVec::GatherByIndex(const TVec& x, const TVec& indexes) {
     Require(indexes.IsInteger(), "TVec.GatherByIndex: Indexes is not integer");
   }
   std::optional<TWorkVec> keepIndex, keepX;
-  const TVec& index = Readable(indexes, TElemKind::Int, Is(indexes), keepIndex);
+  const TVec& index = Readable(indexes, TElemKind::Int, detail::SharesStorage(*this, indexes), keepIndex);
   CheckIndexValues(index, x.Length(), "GatherByIndex", "X.Length");
   const TElemKind kind = KindOf(x);
-  const TVec& src = Readable(x, kind, Is(x), keepX);
+  const TVec& src = Readable(x, kind, detail::SharesStorage(*this, x), keepX);
   SizeAs(*this, kind, index.Length());
   MoveElements(kind, src, *this, index.Length(), SamePos{}, IndexedPos{Ptr<std::int32_t>(index)});
   return *this;
@@ -135,14 +135,14 @@ TVec& TVec::ScatterByIndex(const TVec& src, const TVec& indexes) {
   }
   CheckScatterKind(*this, src, "ScatterByIndex");
   std::optional<TWorkVec> keepIndex, keepSrc;
-  const TVec& index = Readable(indexes, TElemKind::Int, Is(indexes), keepIndex);
+  const TVec& index = Readable(indexes, TElemKind::Int, detail::SharesStorage(*this, indexes), keepIndex);
   const std::int32_t n = index.Length();
   if (src.Length() < n)
     ERangeErrorRaise(
         FormatMsg("TVec.ScatterByIndex: Src.Length < Indexes.Length (%d < %d)", src.Length(), n));
   CheckIndexValues(index, fLength, "ScatterByIndex", "Length");
   const TElemKind kind = KindOf(*this);
-  const TVec& from = Readable(src, kind, Is(src), keepSrc);
+  const TVec& from = Readable(src, kind, detail::SharesStorage(*this, src), keepSrc);
   MoveElements(kind, from, *this, n, IndexedPos{Ptr<std::int32_t>(index)}, SamePos{});
   return *this;
 }
@@ -160,10 +160,10 @@ TVec& TVec::GatherByMask(const TVec& x, const TVec* mask) {
     Require(x.Length() >= mask->Length(), "X.Length < Mask.Length");
   }
   std::optional<TWorkVec> keepMask, keepX;
-  const TVec& m = Readable(*mask, TElemKind::Int, Is(*mask), keepMask);
+  const TVec& m = Readable(*mask, TElemKind::Int, detail::SharesStorage(*this, *mask), keepMask);
   const std::int32_t hits = CountNonZero(m, std::min(m.Length(), x.Length()));
   const TElemKind kind = KindOf(x);
-  const TVec& src = Readable(x, kind, Is(x), keepX);
+  const TVec& src = Readable(x, kind, detail::SharesStorage(*this, x), keepX);
   SizeAs(*this, kind, hits);
   MoveElements(kind, src, *this, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   return *this;
@@ -181,12 +181,12 @@ TVec& TVec::ScatterByMask(const TVec& src, const TVec* mask) {
   }
   CheckScatterKind(*this, src, "ScatterByMask");
   std::optional<TWorkVec> keepMask, keepSrc;
-  const TVec& m = Readable(*mask, TElemKind::Int, Is(*mask), keepMask);
+  const TVec& m = Readable(*mask, TElemKind::Int, detail::SharesStorage(*this, *mask), keepMask);
   const std::int32_t hits = CountNonZero(m, std::min(m.Length(), fLength));
   if (src.Length() < hits)
     ERangeErrorRaise(FormatMsg("TVec.ScatterByMask: Src.Length < true entries of Mask (%d < %d)", src.Length(), hits));
   const TElemKind kind = KindOf(*this);
-  const TVec& from = Readable(src, kind, Is(src), keepSrc);
+  const TVec& from = Readable(src, kind, detail::SharesStorage(*this, src), keepSrc);
   MoveElements(kind, from, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
   return *this;
 }
@@ -202,15 +202,15 @@ TVec& TVec::GatherSplit(const TVec& mask, const TVec& maskVec, const TVec& notMa
     Require(maskVec.Complex() == notMaskVec.Complex(), "MaskVec.Complex <> NotMaskVec.Complex");
   }
   std::optional<TWorkVec> keepMask, keepTrue, keepFalse;
-  const TVec& m = Readable(mask, TElemKind::Int, Is(mask), keepMask);
+  const TVec& m = Readable(mask, TElemKind::Int, detail::SharesStorage(*this, mask), keepMask);
   const std::int32_t n = m.Length();
   const std::int32_t hits = CountNonZero(m, n);
   if (maskVec.Length() < hits || notMaskVec.Length() < n - hits)
     ERangeErrorRaise(FormatMsg("GatherSplit: Mask needs %d + %d elements (MaskVec.Length: %d, NotMaskVec.Length: %d)",
                                hits, n - hits, maskVec.Length(), notMaskVec.Length()));
   const TElemKind kind = std::max(KindOf(maskVec), KindOf(notMaskVec));
-  const TVec& onTrue = Readable(maskVec, kind, Is(maskVec), keepTrue);
-  const TVec& onFalse = Readable(notMaskVec, kind, Is(notMaskVec), keepFalse);
+  const TVec& onTrue = Readable(maskVec, kind, detail::SharesStorage(*this, maskVec), keepTrue);
+  const TVec& onFalse = Readable(notMaskVec, kind, detail::SharesStorage(*this, notMaskVec), keepFalse);
   SizeAs(*this, kind, n);
   MoveElements(kind, onTrue, *this, hits, MaskPos<true>{Ptr<std::int32_t>(m)}, SamePos{});
   MoveElements(kind, onFalse, *this, n - hits, MaskPos<false>{Ptr<std::int32_t>(m)}, SamePos{});
@@ -225,14 +225,15 @@ TVec& TVec::SplitByMask(const TVec& mask, TVec& maskVec, TVec& notMaskVec) {
     Require(fLength >= mask.Length(), "TVec.SplitByMask: Self.Length < Mask.Length");
   }
   const TElemKind kind = KindOf(*this);
-  const bool maskWritten = &mask == &maskVec || &mask == &notMaskVec;
+  const bool maskWritten = detail::SharesStorage(mask, maskVec) || detail::SharesStorage(mask, notMaskVec);
   std::optional<TWorkVec> keepMask, keepSelf;
   const TVec& m = Readable(mask, TElemKind::Int, maskWritten, keepMask);
   const std::int32_t n = std::min(m.Length(), fLength);
   const std::int32_t hits = CountNonZero(m, n);
   CheckSizable(maskVec, kind, hits);
   CheckSizable(notMaskVec, kind, n - hits);
-  const TVec& src = Readable(*this, kind, Is(maskVec) || Is(notMaskVec), keepSelf);
+  const bool selfWritten = detail::SharesStorage(*this, maskVec) || detail::SharesStorage(*this, notMaskVec);
+  const TVec& src = Readable(*this, kind, selfWritten, keepSelf);
   SizeAs(maskVec, kind, hits);
   MoveElements(kind, src, maskVec, hits, SamePos{}, MaskPos<true>{Ptr<std::int32_t>(m)});
   SizeAs(notMaskVec, kind, n - hits);

@@ -106,10 +106,10 @@ TVec& TVec::Kron(const TDenseQuorel& a, const TDenseQuorel& b) {
   const std::int64_t len = std::int64_t{na} * nb;
   Require(len <= 0x7FFFFFFF, "Out of memory! Attempted to allocate over 2GB!");
   const bool complex = a.Complex() || b.Complex();
-  std::optional<TWorkVec> keep;  // Self is resized before it is read
+  std::optional<TWorkVec> keepA, keepB;  // Self is resized before it is read
   TWorkVec wa, wb;
-  const TDenseQuorel& pa = detail::Promoted(SelfCopied(*this, a, keep), complex, wa);
-  const TDenseQuorel& pb = detail::Promoted(SelfCopied(*this, b, keep), complex, wb);
+  const TDenseQuorel& pa = detail::Promoted(SelfCopied(*this, a, keepA), complex, wa);
+  const TDenseQuorel& pb = detail::Promoted(SelfCopied(*this, b, keepB), complex, wb);
   Size(static_cast<std::int32_t>(len), complex);
   OnKind(complex, [&](auto t) {
     using T = decltype(t);
@@ -202,9 +202,11 @@ TVec& TVec::TensorProd(const TMtx& mtx, const TDenseQuorel& vec, TMtxType mtxTyp
   TWorkMtx wm;
   TWorkVec wv;
   std::optional<TWorkVec> keep;  // Self is resized before it is read
-  const auto& pm = static_cast<const TMtx&>(detail::Promoted(mtx, complex, wm));
+  std::optional<TWorkMtx> keepMtx;
+  const TMtx& m = SelfCopied(*this, mtx, keepMtx);
+  const auto& pm = static_cast<const TMtx&>(detail::Promoted(m, complex, wm));
   const TDenseQuorel& pv = detail::Promoted(SelfCopied(*this, vec, keep), complex, wv);
-  if (&pm != &mtx) {
+  if (&pm != &m) {
     // The promoted copy carries the settings that steer the product.
     wm->SetTriangleForm(mtx.TriangleForm());
     wm->SetTriangleUnit(mtx.TriangleUnit());
@@ -223,11 +225,13 @@ TVec& TVec::TensorProdInt(const TMtx& mtx, const TDenseQuorel& vec) {
   Require(vec.Complex() == mtx.Complex(), "Complex <> Mtx.Complex");
   Require(vec.Length() == mtx.Cols(), "Length <> Mtx.Cols");
   std::optional<TWorkVec> keep;  // Self is resized before it is read
+  std::optional<TWorkMtx> keepMtx;
   const TDenseQuorel& x = SelfCopied(*this, vec, keep);
+  const TMtx& m = SelfCopied(*this, mtx, keepMtx);
   Size(mtx.Rows(), mtx.Complex());
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
-    MulTyped(mtx, mtGeneral, Ptr<T>(x), Ptr<T>(*this));
+    MulTyped(m, mtGeneral, Ptr<T>(x), Ptr<T>(*this));
   });
   return *this;
 }

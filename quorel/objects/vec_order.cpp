@@ -85,7 +85,7 @@ TVec& TVec::SliceIt(const TVec& src, std::int32_t step, std::int32_t offset, std
   const std::int32_t n = SliceLength("SliceIt", src.Length(), step, offset, len);
   const TElemKind kind = KindOf(src);
   std::optional<TWorkVec> keep;
-  const TVec& from = Readable(src, kind, Is(src), keep);
+  const TVec& from = Readable(src, kind, detail::SharesStorage(*this, src), keep);
   SizeAs(*this, kind, n);
   MoveElements(kind, from, *this, n, SamePos{}, [=](std::int32_t k) { return offset + std::int64_t{k} * step; });
   return *this;
@@ -95,7 +95,7 @@ TVec& TVec::SliceItc(const TVec& src, std::int32_t step, std::int32_t offset, st
   const auto pairs = static_cast<std::int32_t>(src.CValues().size());
   const std::int32_t n = SliceLength("SliceItc", pairs, step, offset, len);
   std::optional<TWorkVec> keep;
-  const TVec& from = Readable(src, KindOf(src), Is(src), keep);
+  const TVec& from = Readable(src, KindOf(src), detail::SharesStorage(*this, src), keep);
   SizeAs(*this, TElemKind::Cplx, n);
   MoveElements(TElemKind::Cplx, from, *this, n, SamePos{},
                [=](std::int32_t k) { return offset + std::int64_t{k} * step; });

@@ -205,6 +205,11 @@ TEST(SelfAsSource, GivesTheResultOfACopy) {
       {"Power(CValue, Self)", r, [](TVec& s, TVec& x) { s.Power(TCplx{2, 1}, x); }, false},
       {"PowerVec(Self, Exponent)", r, [&](TVec& s, TVec& x) { s.PowerVec(x, z); }, false},
       {"Expj(Self)", r, [](TVec& s, TVec& x) { s.Expj(x); }, false},
+      {"ConjMul(Self, Vec2) promoting", r, [&](TVec& s, TVec& x) { s.ConjMul(x, z); }, false},
+      {"AddScaled range", r, [](TVec& s, TVec& x) { s.AddScaled(x, 2.0, 0, 1, 3); }, false},
+      {"Normalize range", r, [](TVec& s, TVec& x) { s.Normalize(x, 1.0, 2.0, 0, 1, 3); }, false},
+      {"DivideBy(CValue, Self)", Real({3.7, 1.03, -7.77, 2.9}), [](TVec& s, TVec& x) { s.DivideBy(TCplx{1.5, 2}, x); },
+       true},
   };
   for (const SelfCase& c : cases) test::ExpectSelfReadAsCopy(c);
   // The identity messages that stay, with ConditionCheck on.
@@ -213,6 +218,41 @@ TEST(SelfAsSource, GivesTheResultOfACopy) {
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.ConjMul(s, o); }), "(Self = Vec1) or (Self = Vec2)");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { s.Power(2.0, s); }), "Self = Base");
   EXPECT_TRUE(s.IsEqual(r));
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
+  // The range form promotes a real Self with the same arithmetic as the whole form.
+  TVec whole = Real({3.7, 1.03, -7.77, 2.9}), range = whole;
+  whole.DivideBy(TCplx{1.5, 2});
+  range.DivideBy(TCplx{1.5, 2}, 0, -1);
+  test::ExpectSameBits(range, whole, "DivideBy(CValue, 0, -1)");
+}
+
+// A source that is a view over Self's storage (a different object over the same doubles) is read
+// as a copy would be, whether it shows exactly Self's elements or elements shifted by one.
+TEST(ViewOverSelf, GivesTheResultOfACopy) {
+  const TVec r = Real({1.5, -2, 0.25, 4, 3}), p = Real({0.5, 2, 1.25, 4, 3}),
+             z = Cplx({{1, 1}, {2, -1}, {0.5, 0.5}, {-3, 0}, {1, 2}});
+  const TVec o = Real({2, 0.5, -1, 3, 1}), zo = Cplx({{0, 1}, {1, 0}, {2, 2}, {1, -1}, {3, 1}});
+  const SelfCase cases[] = {
+      {"Sqr(X)", r, [](TVec& s, TVec& x) { s.Sqr(x); }, true},
+      {"IntPower(X, 3)", z, [](TVec& s, TVec& x) { s.IntPower(x, 3); }, true},
+      {"CumSum(X)", r, [](TVec& s, TVec& x) { s.CumSum(x); }, true},
+      {"Reverse(X)", z, [](TVec& s, TVec& x) { s.Reverse(x); }, true},
+      {"Sub(Vec)", r, [](TVec& s, TVec& x) { s.Sub(x); }, true},
+      {"Sub(Vec1, Vec2)", z, [&](TVec& s, TVec& x) { s.Sub(x, zo); }, true},
+      {"Mul(Vec, Value)", r, [](TVec& s, TVec& x) { s.Mul(x, 3.0); }, true},
+      {"Sgn(SgnSrc)", r, [](TVec& s, TVec& x) { s.Sgn(x); }, true},
+      {"Normalize(Vec, Sub, Div)", r, [](TVec& s, TVec& x) { s.Normalize(x, 1.0, 2.0); }, true},
+      {"AddProduct(Vec1, Vec2)", r, [&](TVec& s, TVec& x) { s.AddProduct(o, x); }, true},
+      {"Power(Value, X)", r, [](TVec& s, TVec& x) { s.Power(2.0, x); }, true},
+      {"Rotate(X, 2)", r, [](TVec& s, TVec& x) { s.Rotate(x, 2); }, true},
+      {"ConjMul(X, X)", z, [](TVec& s, TVec& x) { s.ConjMul(x, x); }, true},
+      {"ConjMul(X, Vec2)", z, [&](TVec& s, TVec& x) { s.ConjMul(x, zo); }, true},
+      {"Divide(Num, X, Threshold)", p, [&](TVec& s, TVec& x) { s.Divide(o, x, 0.1); }, true},
+      {"Divide(X, X, Threshold)", p, [](TVec& s, TVec& x) { s.Divide(x, x, 0.1); }, true},
+      {"AddScaled range", r, [](TVec& s, TVec& x) { s.AddScaled(x, 2.0, 0, 1, 3); }, true},
+  };
+  for (const SelfCase& c : cases)
+    for (const std::int32_t shift : {-1, 0, 1}) test::ExpectViewReadAsCopy(c, shift);
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 

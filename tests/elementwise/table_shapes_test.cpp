@@ -1,6 +1,7 @@
 // The two-output, two-source and parameter-after-source lines of the element-wise table: which
 // check runs first, which runs only under ConditionCheck, and that nothing is written on refusal.
 #include <cmath>
+#include <functional>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,24 @@ TEST(TableShapes, TwoOutputsCheckOrder) {
   z.CplxToReal(re, im, 1, 0, 1, 1);
   EXPECT_TRUE(re.IsEqual(Real({0, 2})));
   EXPECT_TRUE(im.IsEqual(Real({2, 0})));
+}
+
+TEST(TableShapes, TwoOutputsRefusedKeepTheFirstOutput) {
+  // The second output cannot change length: the call refuses before the first output is touched.
+  const TVec x = Real({0.25, 1.5, -2.75}), z = Cplx({{1, 2}, {3, 4}, {5, 6}});
+  const std::function<void(TVec&, TVec&)> calls[] = {
+      [&](TVec& a, TVec& b) { TVec(z).CplxToReal(a, b); },
+      [&](TVec& a, TVec& b) { TVec(z).CartToPolar(a, b); },
+      [&](TVec& a, TVec& b) { TVec(x).SinCos(a, b); },
+      [&](TVec& a, TVec& b) { TVec(x).TruncAndFrac(a, b); },
+  };
+  for (const auto& call : calls) {
+    TVec first = Real({11, 12}), store = Real({40, 40, 40, 40}), second;
+    second.SetSubRange(store, 0, 2);
+    EXPECT_EQ(MessageOf<EQuorelException>([&] { call(first, second); }), "IsSubRange = True!");
+    EXPECT_TRUE(first.Length() == 2 && first[0] == 11 && first[1] == 12);
+    EXPECT_TRUE(store.IsEqual(Real({40, 40, 40, 40})));
+  }
 }
 
 TEST(TableShapes, TwoOutputsLenToSelfsEnd) {

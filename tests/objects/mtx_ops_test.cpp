@@ -232,6 +232,52 @@ TEST(MtxOps, SelfAmongTheSources) {
     }
 }
 
+TEST(MtxOps, ViewsOfRowsAmongTheSources) {
+  // A vector over rows of Self (the pivot row of an elimination step) gives what a copy of those
+  // rows gives, including when Self grows and its old storage is released.
+  const TMtx square = RealMtx(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9}), wide = RealMtx(2, 3, {1, 2, 3, 4, -5, 6});
+  const TVec c = Real({1, -4, -7});
+  using Call = std::function<void(TMtx&, const TVec& row0, const TVec& row1)>;
+  struct Case {
+    const char* name;
+    const TMtx& init;
+    Call call;
+  };
+  const Case cases[] = {
+      {"AddTensorProd(c, row 0)", square, [&](TMtx& s, const TVec& r0, const TVec&) { s.AddTensorProd(c, r0); }},
+      {"AddTensorProd(row 1, row 0)", square, [](TMtx& s, const TVec& r0, const TVec& r1) { s.AddTensorProd(r1, r0); }},
+      {"TensorProd(row 0, row 1), growing", wide,
+       [](TMtx& s, const TVec& r0, const TVec& r1) { s.TensorProd(r0, r1); }},
+      {"SetCol(row 0, 2)", square, [](TMtx& s, const TVec& r0, const TVec&) { s.SetCol(&r0, 2); }},
+      {"TensorProd(row 0, row 1)", square, [](TMtx& s, const TVec& r0, const TVec& r1) { s.TensorProd(r0, r1); }},
+  };
+  for (const Case& t : cases) {
+    const std::int32_t n = t.init.Cols();
+    TMtx want(t.init), self(t.init);
+    TVec copy0, copy1, row0, row1;
+    copy0.Size(n, false);
+    copy1.Size(n, false);
+    copy0.CopyMtx(t.init, 0, 0, 0, n);
+    copy1.CopyMtx(t.init, 1, 0, 0, n);
+    t.call(want, copy0, copy1);
+    row0.SetSubRange(self, 0, n);
+    row1.SetSubRange(self, n, n);
+    t.call(self, row0, row1);
+    EXPECT_EQ(self.Rows(), want.Rows()) << t.name;
+    EXPECT_EQ(Doubles(self), Doubles(want)) << t.name;
+  }
+  // Reductions into a row of the matrix they read.
+  TMtx m(square);
+  TVec row;
+  row.SetSubRange(m, 0, 3);
+  m.MeanCols(row);
+  EXPECT_EQ(Doubles(m), V({4, 5, 6, 4, 5, 6, 7, 8, 9}));
+  m = square;
+  row.SetSubRange(m, 3, 3);
+  m.SumRows(row);
+  EXPECT_EQ(Doubles(m), V({1, 2, 3, 6, 15, 24, 7, 8, 9}));
+}
+
 TEST(MtxOps, ReductionsNormsAndSorting) {
   const TMtx a = RealMtx(2, 2, {1, -2, 3, 4});
   // Whole results, so a row walk swapped for a column walk shows.

@@ -15,8 +15,10 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
 #include "quorel/objects/detail/kind.h"
+#include "quorel/objects/detail/overlap.h"
 #include "quorel/objects/dense.h"
 #include "quorel/objects/vec.h"
+#include "quorel/platform/kernels/cplx.h"
 
 namespace quorel::detail {
 
@@ -65,13 +67,14 @@ inline void RequireSourceRange(const TDenseQuorel& self, const TDenseQuorel& x, 
   RequireSourceRange(self, x, x.Complex(), xIsSelf, mismatch);
 }
 
-/// A source as a kernel may read it while Self is written: the source itself or, when it is Self
-/// (allowed wherever no identity check forbids it, or with ConditionCheck off), a copy taken
-/// before Self is touched, in a cached work vector. The ordinary call pays one comparison. Size
-/// Self from the source itself, not from the copy, so a matrix keeps its shape.
+/// A source as a kernel may read it while Self is written: the source itself or, when its elements
+/// share memory with Self's (Self itself, where no identity check forbids it or with ConditionCheck
+/// off, or a sub-range view over Self's storage), a copy taken before Self is touched, in a cached
+/// work vector. The ordinary call pays one overlap test. Size Self from the source itself, not
+/// from the copy, so a matrix keeps its shape.
 class SafeSource {
  public:
-  SafeSource(const TDenseQuorel& self, const TDenseQuorel& x) : SafeSource(x, Same(self, x)) {}
+  SafeSource(const TDenseQuorel& self, const TDenseQuorel& x) : SafeSource(x, SharesStorage(self, x)) {}
   /// `x`, copied when `copy`.
   SafeSource(const TDenseQuorel& x, bool copy) : x_(&x) {
     if (!copy) [[likely]]
@@ -283,13 +286,16 @@ TDenseQuorel& Binary(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec) 
     if (op.msgs.selfIsVec) Require(!Same(self, vec), op.msgs.selfIsVec);
     Require(self.Length() == vec.Length(), op.msgs.lengthInPlace);
   }
+  // Vec as Self itself is read in step with the writes; only a view over other positions of
+  // Self's storage, or one that the promotion below would free, needs a copy.
+  const SafeSource src(vec, !Same(self, vec) && SharesStorage(self, vec));
   if (!self.Complex() && vec.Complex()) {
     Refill(self, true, [&](const TDenseQuorel& copy, TDenseQuorel& out) {
-      RunBinary(op, copy, 0, vec, 0, out, 0, out.Length());
+      RunBinary(op, copy, 0, *src, 0, out, 0, out.Length());
     });
     return self;
   }
-  RunBinary(op, self, 0, vec, 0, self, 0, self.Length());
+  RunBinary(op, self, 0, *src, 0, self, 0, self.Length());
   return self;
 }
 
@@ -361,7 +367,15 @@ template <class Op, class S>
 TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const S& v, Index index, Index len) {
   self.ValidateParams(index, len);
   if constexpr (!std::is_same_v<S, double>) {
-    if (!self.Complex()) ExtendToComplex(self, true);
+    if (!self.Complex()) {
+      // The range is computed from the real values, with the real-by-complex kernel the whole
+      // form uses, so both forms give the same bits.
+      Refill(self, true, [&](const TDenseQuorel& copy, TDenseQuorel& out) {
+        if (out.Length() > 0) kern::SampleUp2(R(copy), C(out), out.Length());
+        RunScalar(op, copy, index, v, out, index, len);
+      });
+      return self;
+    }
   }
   RunScalar(op, self, index, v, self, index, len);
   return self;
@@ -374,9 +388,10 @@ TDenseQuorel& Scalar(TDenseQuorel& self, const Op& op, const TDenseQuorel& vec, 
   // Self as its own source (Mul, SubFrom and DivideBy have no message against it) runs in place,
   // where a complex value promotes the data before it is read; sizing Self first would
   // reinterpret the source.
-  if (Same(self, vec)) return Scalar(self, op, v, 0, -1);
+  if (Same(self, vec)) return Scalar(self, op, v);
+  const SafeSource src(self, vec);
   self.Size(vec, vec.Complex() || !std::is_same_v<S, double>);
-  RunScalar(op, vec, 0, v, self, 0, vec.Length());
+  RunScalar(op, *src, 0, v, self, 0, vec.Length());
   return self;
 }
 
@@ -429,14 +444,20 @@ void RequireOutputsNotSelf(const TDenseQuorel& self, const Op& op, const TDenseQ
   if (op.msgs.bIsSelf) Require(!Same(self, b), op.msgs.bIsSelf);
 }
 
+/// Whether an output overlaps Self, so Self must be read from a copy.
+inline bool OutputsShare(const TDenseQuorel& self, const TDenseQuorel& a, const TDenseQuorel& b) {
+  return SharesStorage(self, a) || SharesStorage(self, b);
+}
+
 /// F(A, B): both outputs sized like Self. An output that is Self gets the values computed from
-/// Self's old values.
+/// Self's old values. Both outputs are checked before either is written.
 template <class Op>
 TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuorel& b) {
   RequireSplitSource(self, op);
   if (self.ConditionCheck()) RequireOutputsNotSelf(self, op, a, b);
+  b.RequireSizable(self, false);
   const Index n = self.Length();
-  const SafeSource src(self, Same(self, a) || Same(self, b));
+  const SafeSource src(self, OutputsShare(self, a, b));
   a.Size(self, false);
   b.Size(self, false);
   if (n > 0) op(In<typename Op::Source>(*src), R(a), R(b), n);
@@ -457,7 +478,7 @@ TDenseQuorel& Split(TDenseQuorel& self, const Op& op, TDenseQuorel& a, TDenseQuo
     Require(!a.Complex(), op.msgs.aKind);
     Require(!b.Complex(), op.msgs.bKind);
   }
-  const SafeSource src(self, Same(self, a) || Same(self, b));
+  const SafeSource src(self, OutputsShare(self, a, b));
   if (len > 0) op(In<typename Op::Source>(*src, index), R(a, ai), R(b, bi), len);
   return self;
 }

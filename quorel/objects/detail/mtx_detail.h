@@ -9,6 +9,7 @@
 #include "quorel/core/detail/checks.h"
 #include "quorel/objects/controller.h"
 #include "quorel/objects/detail/kind.h"
+#include "quorel/objects/detail/overlap.h"
 #include "quorel/objects/mtx.h"
 #include "quorel/objects/vec.h"
 
@@ -40,11 +41,26 @@ const Self& SelfOrCopy(const Self& self, bool aliased, std::optional<TWorkObject
   return **keep;
 }
 
-/// `src`, or a copy of Self in `keep` when `src` is Self; unaliased calls pay one compare.
-template <class Self, class Src>
-const Src& SelfCopied(const Self& self, const Src& src, std::optional<TWorkObject<Self>>& keep) {
-  if (static_cast<const void*>(&self) != static_cast<const void*>(&src)) return src;
-  return SelfOrCopy(self, true, keep);
+/// The work object that holds a copy of a source of static type Src: a matrix keeps its shape and
+/// settings, any other source is read as a run of elements.
+template <class Src>
+using WorkFor = TWorkObject<std::conditional_t<std::is_same_v<Src, TMtx>, TMtx, TVec>>;
+
+/// `src`, or a copy of it in `keep` when its elements share memory with Self's (Self itself, or a
+/// sub-range view over Self's storage): methods that size or overwrite Self before they have read
+/// every source read each source through this, with one `keep` per source. Unaliased calls pay
+/// one overlap test.
+template <class Src>
+const Src& SelfCopied(const TQuorel& self, const Src& src, std::optional<WorkFor<Src>>& keep) {
+  if (!SharesStorage(self, src)) [[likely]]
+    return src;
+  keep.emplace();
+  if constexpr (std::is_same_v<Src, TMtx>) {
+    (*keep)->Assign(src);
+  } else {
+    (*keep)->Copy(src);
+  }
+  return **keep;
 }
 
 /// a * b for any mix of double and TCplx.

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "quorel/objects/detail/kind.h"
+#include "quorel/objects/detail/overlap.h"
 #include "quorel/objects/vec.h"
 
 namespace quorel::detail {
