@@ -1,9 +1,12 @@
 // Vector FFTs and the range forms of TDenseQuorel, all through the descriptor cache.
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "quorel/core/detail/checks.h"
+#include "quorel/objects/controller.h"
 #include "quorel/objects/vec.h"
+#include "quorel/signal/detail/alias.h"
 #include "quorel/signal/detail/dfti.h"
 #include "quorel/signal/detail/fft_flags.h"
 
@@ -56,8 +59,13 @@ TVec& TVec::FFT(bool conjugateExtend) {
   return *this;
 }
 
-TVec& TVec::FFT(const TVec& vec, bool conjugateExtend) {
-  detail::RequireNotSelf(*this, vec, "TVec.FFT: Self = Vec");
+TVec& TVec::FFT(const TVec& in, bool conjugateExtend) {
+  detail::RequireNotSelf(*this, in, "TVec.FFT: Self = Vec");
+  if (!in.Complex() && !conjugateExtend) return FFTFromReal(in);
+  // A view over Self's doubles is read from a copy, taken before Self is sized: the transform
+  // would read values it has overwritten.
+  std::optional<TWorkVec> keep;
+  const TVec& vec = detail::Unaliased(*this, in, keep);
   const std::int32_t n = vec.Length();
   if (vec.Complex()) {
     Fit(*this, n, true);
@@ -65,7 +73,6 @@ TVec& TVec::FFT(const TVec& vec, bool conjugateExtend) {
       detail::DftiForward(DftiCache().GetDesc(n, WithOrder(*this, {cefUseScale})), C(vec), C(*this), "TVec.FFT: ");
     return *this;
   }
-  if (!conjugateExtend) return FFTFromReal(vec);
   Fit(*this, n, true);
   if (n > 0) {
     detail::DftiForward(DftiCache().GetDesc(n, {cefReal}), D(vec), C(*this), "TVec.FFT: ");
@@ -93,8 +100,10 @@ TVec& TVec::FFTFromReal() {
   return *this;
 }
 
-TVec& TVec::FFTFromReal(const TVec& vec) {
-  if (Is(vec)) return FFTFromReal();
+TVec& TVec::FFTFromReal(const TVec& in) {
+  if (Is(in)) return FFTFromReal();
+  std::optional<TWorkVec> keep;  // as in FFT(Vec)
+  const TVec& vec = detail::Unaliased(*this, in, keep);
   detail::RequireChecked(*this, !vec.Complex(), "FFTFromReal: Vec is Complex");
   const std::int32_t n = vec.Complex() ? 2 * vec.Length() : vec.Length();
   const bool ccs = fFFTStorageFormat == fsfCCS;
@@ -115,8 +124,10 @@ TVec& TVec::IFFT(bool noScale) {
   return *this;
 }
 
-TVec& TVec::IFFT(const TVec& vec, bool noScale) {
-  if (Is(vec)) return IFFT(noScale);
+TVec& TVec::IFFT(const TVec& in, bool noScale) {
+  if (Is(in)) return IFFT(noScale);
+  std::optional<TWorkVec> keep;  // as in FFT(Vec)
+  const TVec& vec = detail::Unaliased(*this, in, keep);
   detail::RequireChecked(*this, vec.Complex(), "TVec.IFFT: Vec is not Complex");
   const std::int32_t n = vec.Complex() ? vec.Length() : vec.Length() / 2;
   Fit(*this, n, true);
@@ -142,8 +153,10 @@ TVec& TVec::IFFTToReal(bool noScale) {
   return *this;
 }
 
-TVec& TVec::IFFTToReal(const TVec& vec, bool noScale) {
-  if (Is(vec)) return IFFTToReal(noScale);
+TVec& TVec::IFFTToReal(const TVec& in, bool noScale) {
+  if (Is(in)) return IFFTToReal(noScale);
+  std::optional<TWorkVec> keep;  // as in FFT(Vec)
+  const TVec& vec = detail::Unaliased(*this, in, keep);
   const TCacheEntryFlags flags = RealFlags(*this, Inverse({cefReal}, noScale));
   if (fFFTStorageFormat != fsfCCS) {
     detail::RequireChecked(*this, !vec.Complex(), "TVec.IFFTToReal: Vec is Complex");
@@ -169,11 +182,15 @@ TDenseQuorel& TDenseQuorel::FFT(const TDenseQuorel& vec, bool conjugateExtend, s
   ValidateParams(vec, vecIndex, index, len);
   detail::RequireChecked(*this, fComplex, "TDenseQuorel.FFT: Self is not Complex");
   if (len <= 0 || !fComplex) return *this;
+  // A source viewing Self's doubles is read from a copy of its range (FFTW's out-of-place
+  // transforms must not overlap).
+  std::optional<TWorkVec> keep;
+  const auto [src, from] = detail::UnaliasedRange(*this, vec, vecIndex, len, keep);
   if (vec.Complex()) {
-    detail::DftiForward(DftiCache().GetDesc(len, WithOrder(*this, {cefUseScale})), C(vec, vecIndex), C(*this, index),
+    detail::DftiForward(DftiCache().GetDesc(len, WithOrder(*this, {cefUseScale})), C(*src, from), C(*this, index),
                         "TDenseQuorel.FFT: ");
   } else {
-    detail::DftiForward(DftiCache().GetDesc(len, {cefReal}), D(vec, vecIndex), C(*this, index), "TDenseQuorel.FFT: ");
+    detail::DftiForward(DftiCache().GetDesc(len, {cefReal}), D(*src, from), C(*this, index), "TDenseQuorel.FFT: ");
     detail::ConjugateExtend(C(*this, index), len);
   }
   return *this;
@@ -185,7 +202,9 @@ TDenseQuorel& TDenseQuorel::IFFT(const TDenseQuorel& vec, std::int32_t vecIndex,
   detail::RequireChecked(*this, vec.Complex(), "TDenseQuorel.IFFT: Vec is not Complex");
   ValidateParams(vec, vecIndex, index, len);
   if (len <= 0 || !fComplex || !vec.Complex()) return *this;
-  detail::DftiBackward(DftiCache().GetDesc(len, WithOrder(*this, Inverse({}, noScale))), C(vec, vecIndex),
+  std::optional<TWorkVec> keep;  // as in FFT
+  const auto [src, from] = detail::UnaliasedRange(*this, vec, vecIndex, len, keep);
+  detail::DftiBackward(DftiCache().GetDesc(len, WithOrder(*this, Inverse({}, noScale))), C(*src, from),
                        C(*this, index), "TDenseQuorel.IFFT: ");
   return *this;
 }
@@ -221,8 +240,10 @@ TDenseQuorel& TDenseQuorel::FFTFromReal(const TDenseQuorel& vec, std::int32_t ve
   if (len == -1) len = vec.Length() - vecIndex;
   CheckRealRanges(*this, vec, vecIndex, len, index, HalfLen(len, ccs));
   if (len <= 0 || vec.Complex() || fComplex != ccs) return *this;
+  std::optional<TWorkVec> keep;  // as in FFT
+  const auto [src, from] = detail::UnaliasedRange(*this, vec, vecIndex, len, keep);
   if (ccs) fFFTOddLength = len & 1;
-  detail::DftiForward(DftiCache().GetDesc(len, RealFlags(*this, {cefReal, cefUseScale})), D(vec, vecIndex),
+  detail::DftiForward(DftiCache().GetDesc(len, RealFlags(*this, {cefReal, cefUseScale})), D(*src, from),
                       ccs ? static_cast<void*>(C(*this, index)) : D(*this, index), "TDenseQuorel.FFT: ");
   return *this;
 }
@@ -241,9 +262,12 @@ TDenseQuorel& TDenseQuorel::IFFTToReal(const TDenseQuorel& vec, std::int32_t vec
   if (len == -1) len = fLength - index;
   CheckRealRanges(*this, vec, vecIndex, HalfLen(len, ccs), index, len);
   if (len <= 0 || vec.Complex() != ccs || fComplex) return *this;
-  // Out of place, a CCS inverse writes the len reals alone.
+  // Out of place, a CCS inverse writes the len reals alone; a source at Self's own address would
+  // make it an in-place one, writing padding past the range (hence the copy, as in FFT).
+  std::optional<TWorkVec> keep;
+  const auto [src, from] = detail::UnaliasedRange(*this, vec, vecIndex, HalfLen(len, ccs), keep);
   detail::DftiBackward(DftiCache().GetDesc(len, RealFlags(*this, Inverse({cefReal}, noScale))),
-                       ccs ? static_cast<const void*>(C(vec, vecIndex)) : D(vec, vecIndex), D(*this, index),
+                       ccs ? static_cast<const void*>(C(*src, from)) : D(*src, from), D(*this, index),
                        "TDenseQuorel.IFFTToReal: ");
   return *this;
 }

@@ -228,6 +228,41 @@ TEST(RandomStream, GaussianCarryAndCopies) {
   EXPECT_EQ(x.RandomUniform(v, 0, 1), rngErrNullStream);
 }
 
+// A jump moves the stream: the partner left by an odd grmBoxMuller2 call belongs to the values
+// before it and must not open the draws after it.
+TEST(RandomStream, JumpsDropThePendingGaussianPartner) {
+  const auto gauss = [](TRngStream& s, int n) {
+    TVec v;
+    v.SetLength(n);
+    EXPECT_EQ(s.RandomGaussian(v, 0, 1, grmBoxMuller2), rngStatusOk);
+    return Snapshot(v);
+  };
+  const std::function<std::int32_t(TRngStream&)> jumps[] = {
+      [](TRngStream& s) { return s.SkipAheadStream(10); },
+      [](TRngStream& s) { return s.LeapfrogStream(1, 3); },
+  };
+  for (const auto& jump : jumps) {
+    TRngStream a, b;
+    a.NewStream(brgMCG31, 5);
+    b.NewStream(brgMCG31, 5);
+    gauss(a, 1);  // two uniforms used, the cosine partner kept
+    ASSERT_EQ(b.SkipAheadStream(2), rngStatusOk);
+    ASSERT_EQ(jump(a), rngStatusOk);
+    ASSERT_EQ(jump(b), rngStatusOk);
+    EXPECT_EQ(gauss(a, 3), gauss(b, 3));
+  }
+  // A jump of nothing, or one refused, leaves the stream and its partner as they were.
+  for (auto id : {brgMCG31, brgR250}) {
+    TRngStream a, b;
+    a.NewStream(id, 5);
+    b.NewStream(id, 5);
+    gauss(a, 1);
+    const auto partner = gauss(b, 2)[1];
+    a.SkipAheadStream(id == brgMCG31 ? 0 : 10);
+    EXPECT_EQ(gauss(a, 1)[0], partner) << id;
+  }
+}
+
 TEST(RandomGenerator, IndependenceSchemes) {
   TRngStream base;
   base.NewStream(brgMCG31, 42);

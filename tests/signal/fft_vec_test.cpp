@@ -1,4 +1,7 @@
 // Vector FFTs against the defining sum, storage formats, in-place and range forms, messages.
+#include <functional>
+#include <string>
+
 #include "quorel/signal/dfti_cache.h"
 #include "signal_util.h"
 
@@ -176,6 +179,72 @@ TEST(FftVec, RangeFormsWorkOnSubRangesOfAnyAlignment) {
     // The len reals alone: the padding of the half spectrum's transform stays out of Self.
     for (std::int32_t i : {off == 0 ? n : 0, n + 1}) EXPECT_EQ(rb[i], 7.0) << i;
   }
+}
+
+// A source viewing Self's own doubles, at Self's start or shifted either way, gives what a copy of
+// it gives: a transform must not read values it has already overwritten. Self and the source both
+// view one block (counts in doubles), so every call keeps Self's shape.
+TEST(FftVec, SourcesViewingSelfGiveTheResultOfACopy) {
+  struct Case {
+    const char* name;
+    TFFTStorageFormat format;
+    std::int32_t self, src;  // doubles viewed, for transforms of n values
+    bool selfComplex, srcComplex;
+    std::function<void(TVec&, const TVec&)> op;
+  };
+  for (const std::int32_t n : {8, 250}) {
+    const std::int32_t r = n - 2;  // the range forms' length
+    const std::vector<Case> cases = {
+        {"FFT(V)", fsfCCS, 2 * n, 2 * n, true, true, [](TVec& s, const TVec& v) { s.FFT(v); }},
+        {"FFT(V, true)", fsfCCS, 2 * n, n, true, false, [](TVec& s, const TVec& v) { s.FFT(v, true); }},
+        {"FFT(V) real", fsfCCS, n + 2, n, true, false, [](TVec& s, const TVec& v) { s.FFT(v); }},
+        {"FFTFromReal(V) Pack", fsfPack, n, n, false, false, [](TVec& s, const TVec& v) { s.FFTFromReal(v); }},
+        {"FFTFromReal(V) Perm", fsfPerm, n, n, false, false, [](TVec& s, const TVec& v) { s.FFTFromReal(v); }},
+        {"IFFT(V)", fsfCCS, 2 * n, 2 * n, true, true, [](TVec& s, const TVec& v) { s.IFFT(v); }},
+        {"IFFTToReal(V)", fsfCCS, n + 2, n + 2, false, true, [](TVec& s, const TVec& v) { s.IFFTToReal(v); }},
+        {"IFFTToReal(V) Pack", fsfPack, n, n, false, false, [](TVec& s, const TVec& v) { s.IFFTToReal(v); }},
+        {"FFT range", fsfCCS, 2 * n + 8, 2 * n, true, true,
+         [r](TVec& s, const TVec& v) { s.FFT(v, false, 1, 2, r); }},
+        {"FFT range real", fsfCCS, 2 * n + 8, n, true, false,
+         [r](TVec& s, const TVec& v) { s.FFT(v, true, 1, 2, r); }},
+        {"IFFT range", fsfCCS, 2 * n + 8, 2 * n, true, true,
+         [r](TVec& s, const TVec& v) { s.IFFT(v, 1, 2, r, false); }},
+        {"FFTFromReal range", fsfCCS, n + 4, n, true, false,
+         [r](TVec& s, const TVec& v) { s.FFTFromReal(v, 1, 2, r); }},
+        {"FFTFromReal range Perm", fsfPerm, n + 4, n, false, false,
+         [r](TVec& s, const TVec& v) { s.FFTFromReal(v, 1, 2, r); }},
+        {"IFFTToReal range", fsfCCS, n + 4, n + 2, false, true,
+         [r](TVec& s, const TVec& v) { s.IFFTToReal(v, 1, 2, r, false); }},
+        {"IFFTToReal range Pack", fsfPack, n + 4, n, false, false,
+         [r](TVec& s, const TVec& v) { s.IFFTToReal(v, 1, 2, r, false); }},
+    };
+    const TVec block = RealVec(Noise(6 * n, 12));
+    for (const auto& c : cases)
+      for (std::int32_t shift : {-n, -2, 0, 2, n}) {
+        SCOPED_TRACE(std::string(c.name) + " n " + std::to_string(n) + " shift " + std::to_string(shift));
+        TVec base(block), s, view, want, copy;
+        s.SetSubRange(base, 2 * n, c.self);
+        view.SetSubRange(base, 2 * n + shift, c.src);
+        s.set_Complex(c.selfComplex);
+        view.set_Complex(c.srcComplex);
+        for (TVec* v : {&s, &want}) v->SetFFTStorageFormat(c.format);
+        want.Copy(s);
+        copy.Copy(view);
+        c.op(want, copy);
+        c.op(s, view);
+        EXPECT_EQ(Doubles(s), Doubles(want));
+      }
+  }
+  // Self re-sized by the call: the source is read before Self lets its block go.
+  for (bool complex : {false, true}) {
+    TVec s = complex ? CplxVec(Noise(9, 13), Noise(9, 14)) : RealVec(Noise(9, 13)), view, want, copy;
+    view.SetSubRange(s, 1, 6);
+    copy.Copy(view);
+    want.FFT(copy, true);
+    s.FFT(view, true);
+    EXPECT_EQ(Doubles(s), Doubles(want)) << complex;
+  }
+  EXPECT_EQ(Controller->VecCacheUsed(), 0);
 }
 
 TEST(FftVec, Messages) {

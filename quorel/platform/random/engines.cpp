@@ -57,12 +57,12 @@ void TMcg31::Raw(std::uint32_t* r, std::ptrdiff_t n) {
   fX = x;
 }
 
-std::int32_t TMcg31::SkipAhead(std::uint64_t n) {
+std::int32_t TMcg31::DoSkipAhead(std::uint64_t n) {
   fX = fX * PowMod(fMul, n % (kM - 1), kM) % kM;
   return rngStatusOk;
 }
 
-std::int32_t TMcg31::Leapfrog(std::uint32_t k, std::uint32_t s) {
+std::int32_t TMcg31::DoLeapfrog(std::uint32_t k, std::uint32_t s) {
   if (s < 1 || k >= s) return rngErrBadLeapfrog;
   // The first new output is old output k: the state moves by mul^(k + 1 - s), the exponent taken
   // modulo the group order m - 1 (so a negative one is an inverse); the multiplier becomes mul^s.
@@ -86,12 +86,12 @@ void TMcg59::Raw(std::uint64_t* r, std::ptrdiff_t n) {
   fX = x;
 }
 
-std::int32_t TMcg59::SkipAhead(std::uint64_t n) {
+std::int32_t TMcg59::DoSkipAhead(std::uint64_t n) {
   fX = (fX * Pow59(fMul, n)) & kMask;
   return rngStatusOk;
 }
 
-std::int32_t TMcg59::Leapfrog(std::uint32_t k, std::uint32_t s) {
+std::int32_t TMcg59::DoLeapfrog(std::uint32_t k, std::uint32_t s) {
   if (s < 1 || k >= s) return rngErrBadLeapfrog;
   // As for MCG31; odd multipliers modulo 2^59 have order dividing 2^57.
   const std::uint64_t ord = std::uint64_t{1} << 57;
@@ -188,7 +188,7 @@ void TMrg32k3a::Raw(std::uint32_t* r, std::ptrdiff_t n) {
   fY[0] = y0, fY[1] = y1, fY[2] = y2;
 }
 
-std::int32_t TMrg32k3a::SkipAhead(std::uint64_t n) {
+std::int32_t TMrg32k3a::DoSkipAhead(std::uint64_t n) {
   // The two components are linear maps of their last three values.
   const std::uint64_t a1[3][3] = {{0, 1, 0}, {0, 0, 1}, {std::uint64_t(kM1 - kA13), std::uint64_t(kA12), 0}};
   const std::uint64_t a2[3][3] = {{0, 1, 0}, {0, 0, 1}, {std::uint64_t(kM2 - kA23), 0, std::uint64_t(kA21)}};
@@ -230,7 +230,7 @@ void TMt19937::Raw(std::uint32_t* r, std::ptrdiff_t n) {
   }
 }
 
-std::int32_t TMt19937::SkipAhead(std::uint64_t n) {
+std::int32_t TMt19937::DoSkipAhead(std::uint64_t n) {
   // The buffer holds the words w_S .. w_{S+623} and the next output is w_{S+fIndex}; moving the
   // buffer by n words moves the output position by n.
   if (n) detail::MtJump(fMt, n);
@@ -328,7 +328,7 @@ void TPhilox4x32::Raw(std::uint32_t* r, std::ptrdiff_t n) {
   }
 }
 
-std::int32_t TPhilox4x32::SkipAhead(std::uint64_t n) {
+std::int32_t TPhilox4x32::DoSkipAhead(std::uint64_t n) {
   const unsigned __int128 pos = static_cast<unsigned __int128>(fIdx) + n;
   fIdx = static_cast<int>(pos % 4);
   Advance(pos / 4);

@@ -28,16 +28,25 @@ class TEngine {
   virtual void Uniform(double* r, std::ptrdiff_t n, double offset) = 0;
   /// n raw 32-bit outputs.
   virtual void Bits(std::uint32_t* r, std::ptrdiff_t n) = 0;
-  /// Skips n outputs.
-  virtual std::int32_t SkipAhead(std::uint64_t n) { return rngErrNoSkipAhead; }
-  /// From now on yields outputs k, k + s, k + 2s, ... of the current sequence.
-  virtual std::int32_t Leapfrog(std::uint32_t k, std::uint32_t s) { return rngErrNoLeapfrog; }
+  /// Skips n outputs. A Gaussian partner kept from before the jump is dropped: it belongs to
+  /// outputs behind the new position.
+  std::int32_t SkipAhead(std::uint64_t n) { return Moved(DoSkipAhead(n), n > 0); }
+  /// From now on yields outputs k, k + s, k + 2s, ... of the current sequence (the Gaussian partner
+  /// dropped as by SkipAhead).
+  std::int32_t Leapfrog(std::uint32_t k, std::uint32_t s) { return Moved(DoLeapfrog(k, s), k != 0 || s != 1); }
 
   // Second value of the last two-value Gaussian pair, kept for the next call.
   double gaussCarry = 0;
   bool hasGaussCarry = false;
 
  private:
+  virtual std::int32_t DoSkipAhead(std::uint64_t) { return rngErrNoSkipAhead; }
+  virtual std::int32_t DoLeapfrog(std::uint32_t, std::uint32_t) { return rngErrNoLeapfrog; }
+  // A refused jump, or one that stays in place, keeps the partner.
+  std::int32_t Moved(std::int32_t status, bool moves) {
+    if (status == rngStatusOk && moves) hasGaussCarry = false;
+    return status;
+  }
   TBasicRandomGenerator fId;
 };
 
@@ -99,11 +108,11 @@ class TMcg31 final : public TEngineOf<TMcg31, std::uint32_t> {
   explicit TMcg31(std::uint32_t seed);
   void Raw(std::uint32_t* r, std::ptrdiff_t n);
   static double Mantissa(std::uint32_t x) { return static_cast<double>(static_cast<std::int32_t>(x)); }
-  std::int32_t SkipAhead(std::uint64_t n) override;
-  std::int32_t Leapfrog(std::uint32_t k, std::uint32_t s) override;
   std::uint32_t State() const { return fX; }
 
  private:
+  std::int32_t DoSkipAhead(std::uint64_t n) override;
+  std::int32_t DoLeapfrog(std::uint32_t k, std::uint32_t s) override;
   std::uint64_t fX, fMul = kA;
 };
 
@@ -121,10 +130,10 @@ class TMcg59 final : public TEngineOf<TMcg59, std::uint64_t> {
     return (static_cast<double>(static_cast<std::int64_t>(x >> 7)) + offset) * 0x1p-52;
   }
   static std::uint32_t Bits32(std::uint64_t x) { return static_cast<std::uint32_t>(x >> 27); }
-  std::int32_t SkipAhead(std::uint64_t n) override;
-  std::int32_t Leapfrog(std::uint32_t k, std::uint32_t s) override;
 
  private:
+  std::int32_t DoSkipAhead(std::uint64_t n) override;
+  std::int32_t DoLeapfrog(std::uint32_t k, std::uint32_t s) override;
   std::uint64_t fX, fMul = kA;
 };
 
@@ -149,9 +158,9 @@ class TMrg32k3a final : public TEngineOf<TMrg32k3a, std::uint32_t> {
   TMrg32k3a(const std::uint32_t x[3], const std::uint32_t y[3]);
   void Raw(std::uint32_t* r, std::ptrdiff_t n);
   static double Mantissa(std::uint32_t x) { return static_cast<double>(x); }
-  std::int32_t SkipAhead(std::uint64_t n) override;
 
  private:
+  std::int32_t DoSkipAhead(std::uint64_t n) override;
   std::int64_t fX[3], fY[3];
 };
 
@@ -162,9 +171,9 @@ class TMt19937 final : public TEngineOf<TMt19937, std::uint32_t> {
   explicit TMt19937(std::uint32_t seed);
   void Raw(std::uint32_t* r, std::ptrdiff_t n);
   static double Mantissa(std::uint32_t x) { return static_cast<double>(x); }
-  std::int32_t SkipAhead(std::uint64_t n) override;
 
  private:
+  std::int32_t DoSkipAhead(std::uint64_t n) override;
   void Regenerate();
   std::uint32_t fMt[kN];
   int fIndex = kN;
@@ -178,9 +187,9 @@ class TPhilox4x32 final : public TEngineOf<TPhilox4x32, std::uint32_t> {
   static void Block(const std::uint32_t ctr[4], const std::uint32_t key[2], std::uint32_t out[4]);
   void Raw(std::uint32_t* r, std::ptrdiff_t n);
   static double Mantissa(std::uint32_t x) { return static_cast<double>(x); }
-  std::int32_t SkipAhead(std::uint64_t n) override;
 
  private:
+  std::int32_t DoSkipAhead(std::uint64_t n) override;
   void Advance(unsigned __int128 blocks);
   std::uint32_t fCtr[4] = {0, 0, 0, 0}, fKey[2];
   std::uint32_t fOut[4];
