@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
@@ -85,10 +88,38 @@ std::int64_t CheckSources(const TVec& self, std::span<const TVec* const> src) {
   return total;
 }
 
-// Writes the sources one after another into dst from `index` on; `selfCopy` stands in for dst.
-void WriteSources(TVec& dst, std::int32_t index, std::span<const TVec* const> src, const TVec& selfCopy) {
+// The sources as they read while dst is written: a source whose elements overlap dst's (dst itself,
+// or a sub-range view over its storage) is read from a copy taken on construction, one per object.
+// The ordinary call takes no copy and allocates nothing.
+class TReadableSources {
+ public:
+  TReadableSources(const TVec& dst, std::span<const TVec* const> src) {
+    for (const TVec* s : src) {
+      if (!detail::SharesStorage(dst, *s) || Find(s)) continue;
+      auto copy = std::make_unique<TWorkVec>();
+      SizeAs(**copy, KindOf(*s), s->Length());
+      CopyElements(*s, 0, **copy, 0, s->Length());
+      copies_.emplace_back(s, std::move(copy));
+    }
+  }
+  const TVec& operator()(const TVec* s) const {
+    const TWorkVec* copy = Find(s);
+    return copy ? **copy : *s;
+  }
+
+ private:
+  const TWorkVec* Find(const TVec* s) const {
+    for (const auto& [from, copy] : copies_)
+      if (from == s) return copy.get();
+    return nullptr;
+  }
+  std::vector<std::pair<const TVec*, std::unique_ptr<TWorkVec>>> copies_;
+};
+
+// Writes the sources one after another into dst from `index` on.
+void WriteSources(TVec& dst, std::int32_t index, std::span<const TVec* const> src, const TReadableSources& read) {
   for (const TVec* s : src) {
-    const TVec& from = s == &dst ? selfCopy : *s;
+    const TVec& from = read(s);
     CopyElements(from, 0, dst, index, from.Length());
     index += from.Length();
   }
@@ -144,15 +175,10 @@ TVec& TVec::Copy(const TVec& vec1, const TVec& vec2) {
 TVec& TVec::Concat(std::span<const TVec* const> src) {
   const std::int32_t total = TotalLength(CheckSources(*this, src));
   TElemKind kind = src.empty() ? KindOf(*this) : KindOf(*src[0]);
-  bool selfIn = false;
-  for (const TVec* s : src) {
-    kind = std::max(kind, KindOf(*s));
-    selfIn = selfIn || Is(*s);
-  }
-  std::optional<TWorkVec> keep;
-  const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
+  for (const TVec* s : src) kind = std::max(kind, KindOf(*s));
+  const TReadableSources read(*this, src);
   SizeAs(*this, kind, total);
-  WriteSources(*this, 0, src, selfCopy);
+  WriteSources(*this, 0, src, read);
   return *this;
 }
 
@@ -165,10 +191,7 @@ TVec& TVec::Concat(std::int32_t index, std::span<const TVec* const> src) {
                                static_cast<int>(std::min<std::int64_t>(total, std::numeric_limits<int>::max())),
                                fLength));
   RequireInRange(index + total <= fLength, "(Index + Sum(Src[i].Length)) > Length");
-  const bool selfIn = std::find(src.begin(), src.end(), this) != src.end();
-  std::optional<TWorkVec> keep;
-  const TVec& selfCopy = Readable(*this, KindOf(*this), selfIn, keep);
-  WriteSources(*this, index, src, selfCopy);
+  WriteSources(*this, index, src, TReadableSources(*this, src));
   return *this;
 }
 

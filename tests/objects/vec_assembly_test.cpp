@@ -55,6 +55,11 @@ TEST(Assembly, ConcatAndSplitRoundTrip) {
   EXPECT_THAT(Doubles(v), ElementsAre(1, 2, 1, 2));
   const TVec x = Real({9, 8});
   EXPECT_THAT(Doubles(v.Concat(1, {&x})), ElementsAre(1, 9, 8, 2));
+  // A view over Self's own storage is read as it was before Self changed.
+  TVec w = Real({1, 2, 3, 4}), head;
+  head.SetSubRange(w, 0, 2);  // 1, 2: overwritten by x before it is read
+  EXPECT_THAT(Doubles(w.Concat(0, {&x, &head})), ElementsAre(9, 8, 1, 2));
+  head.SetFullRange();
 }
 
 TEST(Assembly, RefusalsKeepEverything) {
