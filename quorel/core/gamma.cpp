@@ -46,6 +46,47 @@ L StirlingLnGamma(L x) {
   return (x - 0.5L) * detail::LnL(x) - x + kLnSqrt2Pi + s * inv;
 }
 
+// ln Gamma(2 + e) = (1 - gamma) e + sum_{k>=2} (-1)^k (zeta(k) - 1) e^k / k. The coefficients of
+// e^1 .. e^5 in extended precision; from e^6 on the terms stay below 2^-11 of the result for
+// |e| <= 1/2, so double carries them (e^6 .. e^31; the rest is below 2^-65 of the result).
+constexpr L kLnGamma2Head[] = {
+    4.22784335098467139393488e-1L, 3.22467033424113218236208e-1L, -6.73523010531980951332461e-2L,
+    2.05808084277845478790009e-2L, -7.3855510286739852662731e-3L,
+};
+constexpr double kLnGamma2Tail[] = {
+    0.0028905103307415234, -0.001192753911703261, 0.0005096695247430425, -0.00022315475845357939,
+    9.945751278180853e-05, -4.492623673813314e-05, 2.050721277567069e-05, -9.439488275268397e-06,
+    4.374866789907488e-06, -2.039215753801366e-06, 9.55141213040742e-07, -4.492469198764566e-07,
+    2.1207184805554665e-07, -1.0043224823968099e-07, 4.7698101693639804e-08, -2.2711094608943164e-08,
+    1.0838659214896955e-08, -5.183475041970047e-09, 2.4836745438024785e-09, -1.1921401405860912e-09,
+    5.731367241678862e-10, -2.7595228851242334e-10, 1.330476437424449e-10, -6.4229645638381e-11,
+    3.1044247747322276e-11, -1.5021384080754142e-11,
+};
+
+// ln Gamma(2 + e) for |e| <= 1/2, to extended precision relative to the result even as e -> 0.
+L LnGammaNear2(double e) {
+  constexpr int n = std::size(kLnGamma2Tail);
+  static_assert(n % 2 == 0);
+  // Two chains in e^2 halve the latency of the long tail.
+  double e2 = e * e, even = 0, odd = 0;
+  for (int j = n - 2; j >= 0; j -= 2) {
+    even = even * e2 + kLnGamma2Tail[j];
+    odd = odd * e2 + kLnGamma2Tail[j + 1];
+  }
+  L s = even + e * odd;
+  for (int k = std::size(kLnGamma2Head) - 1; k >= 0; --k) s = s * e + kLnGamma2Head[k];
+  return s * e;
+}
+
+// ln Gamma(x) on [1/2, 5/2]. The shifted Stirling form subtracts two values near 17 there and
+// loses the relative accuracy of the small values around the zeros at 1 and 2.
+L LnGammaNearZeros(double x) {
+  if (x >= 1.5) return LnGammaNear2(x - 2);  // x - 2 and x - 1 are exact
+  double e = x - 1;  // ln Gamma(x) = ln Gamma(2 + e) - ln(1 + e)
+  L ln = std::fabs(e) < 0.25 ? detail::Fyl2xp1(e, detail::kLn2L) : detail::LnL(x);
+  return LnGammaNear2(e) - ln;
+}
+
 // x (x + 1) ... up to the first factor >= kStirlingFrom; shifted receives that factor.
 // Factors near zero are exact, so relative accuracy survives near the poles.
 L RisingProduct(L x, L& shifted) {
@@ -101,6 +142,7 @@ double LnGamma(double x) {
     for (int k = 2; k < x; ++k) f *= k;
     return static_cast<double>(detail::LnL(f));
   }
+  if (x >= 0.5 && x <= 2.5) return static_cast<double>(LnGammaNearZeros(x));
   if (x >= kReflectBelow) {
     L shifted;
     L p = RisingProduct(x, shifted);

@@ -13,9 +13,14 @@
 namespace quorel {
 namespace {
 
-// The AGM converges quadratically; in double it settles within a dozen steps (m = 1 halves c and
-// needs about 55 at Tol = 2^-52). A non-positive Tol may never be met: this bounds the loop.
+// The AGM converges quadratically; in double it settles within a dozen steps (m near 1 halves c
+// for a while first). Once a and b are an ulp or so apart, c stops shrinking and may cycle without
+// reaching a Tol below that (0, or negative): the loops below stop as soon as a step does not
+// shrink |c|, which is the fully converged sequence. This bound only guards against the unforeseen.
 constexpr int kMaxAgmSteps = 2048;
+
+// True when the step that produced c did not improve on cPrev: the sequence is converged.
+bool AgmSettled(double c, double cPrev) { return c == 0 || std::fabs(c) >= std::fabs(cPrev); }
 
 }  // namespace
 
@@ -26,8 +31,11 @@ double EllipComplete(double m, double Tol, double& E) {
     return std::numeric_limits<double>::infinity();
   }
   double a = 1, b = std::sqrt(1 - m), sum = m, power = 1, term = 1;
+  double cPrev = std::numeric_limits<double>::infinity();
   for (int step = 0; term > Tol && step < kMaxAgmSteps; ++step) {
     double an = (a + b) / 2, bn = std::sqrt(a * b), c = (a - b) / 2;
+    if (AgmSettled(c, cPrev)) break;
+    cPrev = c;
     power *= 2;
     term = c * c * power;
     sum += term;
@@ -57,6 +65,8 @@ void EllipJacoby(double u, double m, double Tol, double& Sn, double& Cn, double&
   c[0] = std::sqrt(m);
   int n = 0, last = 0;
   while (std::fabs(c[n]) > Tol && n < kMaxAgmSteps) {
+    double cNext = (a[n] - b[n]) / 2;
+    if (n > 0 && AgmSettled(cNext, c[n])) break;
     if (n + 1 == cap) {  // full: double, the new half zeroed
       cap *= 2;
       for (TVec* v : {va.get(), vb.get(), vc.get()}) v->Resize(cap, true);

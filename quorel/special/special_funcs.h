@@ -34,7 +34,11 @@ TCplx Biry(const TCplx& Z);
 double Biry(double x);
 
 /// Bessel functions of order nu. At Z = 0 (both parts exactly zero) J, Y and I give (-INF, -INF)
-/// and K gives (INF, INF). Negative orders are reflected from order -nu:
+/// and K gives (INF, INF). Large orders: near the turning point |Z| ~ |nu| the ball evaluation
+/// runs out of working precision from about |nu| = 4.5e4 for a real Z and 1.5e4 for a complex Z;
+/// there the result is (NaN, NaN), after a second or more. On the positive real axis, J values far
+/// below the double range (x well under nu) still give 0 and Y values far above it give -INF.
+/// The same limit holds for Besh. Negative orders are reflected from order -nu:
 /// J: cos(v pi) J_v - sin(v pi) Y_v; Y: cos(v pi) Y_v + sin(v pi) J_v; I: I_v + (2/pi) sin(v pi) K_v;
 /// K is even in its order.
 TCplx Besj(double nu, const TCplx& Z, bool Scaled);

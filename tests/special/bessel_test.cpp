@@ -222,6 +222,20 @@ TEST(SpecialBessel, NonFiniteAndExtremeInput) {
   EXPECT_TRUE(std::isnan(lost.Re) && std::isnan(lost.Im));
 }
 
+// Far below the turning point, large orders underflow (J) or overflow (Y) on the real axis even
+// where the ball series could never be certified; next to the ends of the double range the values
+// are still rounded correctly (mpmath values).
+TEST(SpecialBessel, LargeOrderUnderAndOverflowOnTheRealAxis) {
+  EXPECT_EQ(Besj(5e4, 4.5e4), (TCplx{0, 0}));
+  EXPECT_EQ(Besj(5e4, 4.5e4, true), (TCplx{0, 0}));
+  EXPECT_EQ(Besy(1e6, 1.0), (TCplx{-kInf, 0}));
+  EXPECT_EQ(Besy(3e5, 2e5), (TCplx{-kInf, 0}));
+  EXPECT_EQ(Besj(1000, 362.0).Re, 0);         // 4.1e-325
+  EXPECT_EQ(Besj(1000, 363.0).Re, 0x1p-1074);  // 5.4e-324
+  EXPECT_EQ(Besy(1000, 373.0).Re, -kInf);      // -6.7e308
+  EXPECT_EQ(test::UlpDistance(Besy(1000, 374.0).Re, -5.5963708919979917584e+307), 0u);
+}
+
 TEST(SpecialBessel, ValuesSurviveReleaseOfLibraryCaches) {
   TCplx before = Besy(2.5, TCplx{3, -1}, true);
   Controller->FreeMKLMemory();
