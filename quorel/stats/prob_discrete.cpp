@@ -19,12 +19,13 @@ namespace {
 inline bool InUnit(double p) { return p >= 0.0 && p <= 1.0; }
 inline bool Whole(double x) { return std::trunc(x) == x; }
 
-// The smallest whole k >= 0 with cdf(k) >= y, for an increasing cdf: doubling, then bisection.
-template <class Cdf>
-double SmallestWhole(Cdf cdf, double y) {
-  if (cdf(0.0) >= y) return 0.0;
+// The smallest whole k >= 0 where holds(k), for a predicate that once true stays true: doubling,
+// then bisection.
+template <class Pred>
+double SmallestWholeWhere(Pred holds) {
+  if (holds(0.0)) return 0.0;
   double lo = 0.0, hi = 1.0;
-  while (cdf(hi) < y) {
+  while (!holds(hi)) {
     lo = hi;
     hi *= 2.0;
     if (std::isinf(hi)) return INF;
@@ -32,9 +33,35 @@ double SmallestWhole(Cdf cdf, double y) {
   for (;;) {
     const double mid = std::floor(0.5 * (lo + hi));
     if (mid <= lo || mid >= hi) break;  // neighbours: one apart, or one ulp apart far out
-    (cdf(mid) < y ? lo : hi) = mid;
+    (holds(mid) ? hi : lo) = mid;
   }
   return hi;
+}
+
+// The smallest whole k >= 0 with cdf(k) >= y, for an increasing cdf (a NaN counts as reached).
+template <class Cdf>
+double SmallestWhole(Cdf cdf, double y) {
+  return SmallestWholeWhere([&](double k) { return !(cdf(k) < y); });
+}
+
+// The smallest whole k >= 0 with upper(k) = P(K > k) <= q, for a decreasing upper tail.
+template <class Upper>
+double SmallestWholeAbove(Upper upper, double q) {
+  return SmallestWholeWhere([&](double k) { return !(upper(k) > q); });
+}
+
+// The absolute rounding a summation walk gathers by k = mean + 40 sd + 100: each term comes from
+// logarithms near n ln n, and there are about n terms. Measured errors stay below half of it.
+double WalkRounding(double mean, double sd) {
+  const double n = mean + 40.0 * sd + 100.0;
+  return MACHEP * n * (std::log(n) + 1.0);
+}
+
+// A walk is trusted while 1 - p is this many times its rounding; closer to 1 the quantile is
+// searched on the upper tail, whose value keeps its relative accuracy however small it is.
+constexpr double kTailMargin = 1e6;
+inline bool InFarUpperTail(double p, double mean, double sd) {
+  return p > 0.5 && 1.0 - p < kTailMargin * WalkRounding(mean, sd);
 }
 
 }  // namespace
@@ -159,15 +186,28 @@ double NegBinomCDFInv(double y, std::int32_t r, double p) {
   if (y == 1.0) return INF;
   // with p = 0 there is no mass at any finite k: the walk would never end
   if (p == 0.0) return y > 0.0 ? INF : 0.0;
-  if (r * (1.0 - p) / p > 1e6) {
-    // a walk of millions of steps: search k with the distribution in closed form,
-    // P(K <= k) = I_p(r, k + 1), the same smallest k the walk would reach
-    return SmallestWhole([&](double k) { return BetaIncomplete(p, r, k + 1.0); }, y);
-  }
+  // the distribution in closed form: P(K <= k) = I_p(r, k + 1), P(K > k) = I_(1-p)(k + 1, r)
+  auto byLower = [&] { return SmallestWhole([&](double k) { return BetaIncomplete(p, r, k + 1.0); }, y); };
+  auto byUpper = [&] {
+    return SmallestWholeAbove([&](double k) { return BetaIncomplete(1.0 - p, k + 1.0, r); }, 1.0 - y);
+  };
+  auto byClosedForm = [&] { return y > 0.5 ? byUpper() : byLower(); };
+  const double mean = r * (1.0 - p) / p;
+  // close to 1 the sums and I_p near 1 no longer resolve 1 - y; the upper tail does, as long as
+  // the rounding of 1 - p, raised to a power near the mean, stays small
+  if (InFarUpperTail(y, mean, std::sqrt(r * (1.0 - p)) / p) && mean < 1e10) return byUpper();
+  // a walk of millions of steps: the same smallest k the walk would reach
+  if (mean > 1e6) return byLower();
+  // p^r below the normal range: the terms lose their digits while the coefficient overflows
+  if (std::pow(p, r) < MINNUM) return byClosedForm();
+  const double mode = mean + 1.0;
   double k = 0.0, sum = NegBinomPDF(0.0, r, p);
   while (sum < y) {
     k += 1.0;
-    sum += NegBinomPDF(k, r, p);
+    const double term = NegBinomPDF(k, r, p);
+    // an overflowing coefficient, or a sum that stopped growing short of y, would never end
+    if (!std::isfinite(term) || (sum + term == sum && k > mode)) return byClosedForm();
+    sum += term;
   }
   return k;
 }
@@ -177,8 +217,15 @@ double NegBinomCDFInv(double y, std::int32_t r, double p) {
 double PoissonPDF(std::int32_t x, double lambda) {
   if (!ParamsValid(lambda > 0.0)) return NaNResult();
   if (x == 0) return std::exp(-lambda);
+  if (lambda > 700.0) {
+    // e^-lambda leaves the normal range and the product overflows: the same mass in logarithms
+    // (a negative x counts as 1, as in the product)
+    const double k = x < 1 ? 1.0 : x;
+    return std::exp(k * std::log(lambda) - lambda - LnGamma(k + 1.0));
+  }
+  // past the mode the product only shrinks: once it is 0 it stays 0
   double t = lambda;
-  for (std::int32_t i = 2; i <= x; ++i) t = t * lambda / i;
+  for (std::int64_t i = 2; i <= x && t != 0.0; ++i) t = t * lambda / static_cast<double>(i);
   return std::exp(-lambda) * t;
 }
 
@@ -202,10 +249,14 @@ double PoissonCDF(double x, double lambda) {
 
 double PoissonCDFInv(double p, double lambda) {
   if (!ParamsValid(lambda > 0.0, p >= 0.0, p < 1.0)) return NaNResult();
+  // close to 1 neither the walk's sum nor Q(k + 1, lambda) resolves 1 - p: search the upper tail
+  // P(K > k) = P(k + 1, lambda) instead
+  auto byUpper = [&] { return SmallestWholeAbove([&](double k) { return IGamma(k + 1.0, lambda); }, 1.0 - p); };
+  if (InFarUpperTail(p, lambda, std::sqrt(lambda))) return byUpper();
   // a walk of millions of steps: the distribution in closed form, P(K <= k) = Q(k + 1, lambda)
   if (lambda > 1e6) return SmallestWhole([&](double k) { return JGamma(k + 1.0, lambda); }, p);
-  // terms in logarithms so a large lambda (e^-lambda = 0) still sums; beyond lambda + 40 sqrt
-  // (lambda) + 100 the remaining mass is below the rounding of the sum, so the walk stops there
+  // terms in logarithms so a large lambda (e^-lambda = 0) still sums; below the far upper tail
+  // the sum reaches p well before lambda + 40 sqrt(lambda) + 100, the cap being only a backstop
   const double lnLambda = std::log(lambda);
   const double last = lambda + 40.0 * std::sqrt(lambda) + 100.0;
   double k = 0.0, sum = std::exp(-lambda);
@@ -213,7 +264,7 @@ double PoissonCDFInv(double p, double lambda) {
     k += 1.0;
     sum += std::exp(-lambda + k * lnLambda - LnGamma(k + 1.0));
   }
-  return k;
+  return sum < p ? byUpper() : k;
 }
 
 // --- Discrete uniform --------------------------------------------------------------------------

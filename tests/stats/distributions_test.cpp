@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <string>
@@ -184,6 +185,45 @@ TEST(Distributions, ExtremeParametersEnd) {
         } catch (const EQuorelException&) {
         }
       }
+}
+
+// Close to p = 1 the running sums level off below p; the quantile must still be the smallest k
+// whose upper tail is at most 1 - p. The references are from mpmath (50 digits, the regularised
+// incomplete gamma and beta functions); SciPy's poisson.ppf and nbinom.ppf agree except where
+// marked, and the k coming from the geometric closed form is exact.
+TEST(Distributions, DiscreteInversesReachTheFarUpperTail) {
+  const double below1 = std::nextafter(1.0, 0.0);
+  CheckCases({
+      {"PoissonCDFInv(1 - 1e-15, 20)", PoissonCDFInv(1 - 1e-15, 20), 65},
+      {"PoissonCDFInv(1 - 1e-13, 1000)", PoissonCDFInv(1 - 1e-13, 1000), 1241},
+      {"PoissonCDFInv(1 - 1e-12, 3000)", PoissonCDFInv(1 - 1e-12, 3000), 3393},
+      {"PoissonCDFInv(1 - 1e-10, 1e5)", PoissonCDFInv(1 - 1e-10, 1e5), 102018},
+      {"PoissonCDFInv(1 - 1e-7, 1e5): tail 1.00012e-7 at 101648", PoissonCDFInv(1 - 1e-7, 1e5), 101649},
+      {"PoissonCDFInv(1 - 1e-9, 9e5)", PoissonCDFInv(1 - 1e-9, 9e5), 905696},
+      {"PoissonCDFInv(1 - 2^-53, 2e6) (SciPy: 2011620)", PoissonCDFInv(below1, 2e6), 2011621},
+      {"NegBinomCDFInv(1 - 5e-15, 2, 0.01) (SciPy: 3637)", NegBinomCDFInv(0.999999999999995, 2, 0.01), 3636},
+      {"NegBinomCDFInv(1 - 1e-15, 20, 0.35)", NegBinomCDFInv(0.999999999999999, 20, 0.35), 172},
+      {"NegBinomCDFInv(1 - 1e-13, 1, 1e-4) (SciPy: 299322)", NegBinomCDFInv(1 - 1e-13, 1, 1e-4), 299317},
+      {"NegBinomCDFInv(1 - 2^-53, 3, 0.3) (SciPy: 123)", NegBinomCDFInv(below1, 3, 0.3), 121},
+      // mean 1e7: I_p(r, k + 1) near 1 cannot tell 1 - 2^-53 apart; the geometric tail is (1 - p)^(k + 1)
+      {"NegBinomCDFInv(1 - 2^-53, 1, 1e-7)", NegBinomCDFInv(below1, 1, 1e-7),
+       std::ceil(std::log(std::ldexp(1.0, -53)) / std::log1p(-1e-7)) - 1, 1e-7 * 3.7e8},
+      // p^r = 2^-1000: the whole coefficients overflow long before the median
+      {"NegBinomCDFInv(0.3, 1000, 0.5)", NegBinomCDFInv(0.3, 1000, 0.5), 976},
+      {"NegBinomCDFInv(1e-6, 1000, 0.35)", NegBinomCDFInv(1e-6, 1000, 0.35), 1528},
+  });
+}
+
+// The product of the Poisson mass overflows once lambda passes about 710 and e^-lambda leaves
+// the normal range; far out the mass is 0 and must come at once (references: mpmath).
+TEST(Distributions, PoissonMassForLargeLambdaAndArguments) {
+  // the logarithms near x ln lambda ~ 7e3 and 1.4e7 round to these relative errors
+  const double kRel1000 = 1e-11, kRel1e6 = 1e-8;
+  EXPECT_LT(test::RelativeError(PoissonPDF(1000, 1000), 0.012614611348721500), kRel1000);
+  EXPECT_LT(test::RelativeError(PoissonPDF(1000000, 1e6), 3.9894224715624403e-4), kRel1e6);
+  EXPECT_LT(test::RelativeError(PoissonPDF(-5, 701), 2.5426477802317152e-302), kRel1000);  // lambda e^-lambda
+  EXPECT_EQ(PoissonPDF(std::numeric_limits<std::int32_t>::max(), 3), 0);
+  EXPECT_EQ(PoissonPDF(std::numeric_limits<std::int32_t>::max(), 1e9), 0);
 }
 
 TEST(Distributions, ZetaSpecialValues) {

@@ -208,6 +208,17 @@ TEST(VectorOverloads, PoissonPDFTakesWholeArguments) {
   TVec res;
   PoissonPDF(x, 3.5, res);
   for (int i = 0; i < x.Length(); ++i) ASSERT_EQ(res[i], PoissonPDF(static_cast<int>(x[i]), 3.5)) << x[i];
+  // arguments beyond the integers: the far tail, 0 at once (1000 against mpmath)
+  TVec far;
+  far.SetLength(3);
+  far[0] = 1000;
+  far[1] = 1e10;
+  far[2] = INF;
+  PoissonPDF(far, 1000, res);
+  const double kLogRoundingRel = 1e-11;  // logarithms near 7e3
+  EXPECT_LT(test::RelativeError(res[0], 0.012614611348721500), kLogRoundingRel);
+  EXPECT_EQ(res[1], 0);
+  EXPECT_EQ(res[2], 0);
 }
 
 TEST(VectorOverloads, ElementLoopsKeepTheNaNRules) {
