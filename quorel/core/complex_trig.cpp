@@ -7,6 +7,21 @@ namespace quorel {
 using detail::LCplx;
 
 namespace {
+// 1/w by Smith's quotient, written so that a zero part keeps its sign: 1.0L / w promotes 1 to
+// (1, +0), and its (0 * re - 1 * im) turns -0 into +0, putting both sides of a branch cut on one
+// side. Smith's form also rounds less than (re, -im) / |w|^2, which counts near the branch points,
+// where the inverse functions magnify every error of 1/w. Zero, infinite or NaN parts: the
+// library's division, which handles those.
+LCplx Recip(const LCplx& w) {
+  const long double re = w.real(), im = w.imag();
+  if (!std::isfinite(re) || !std::isfinite(im) || (re == 0 && im == 0)) return 1.0L / w;
+  if (std::fabs(re) >= std::fabs(im)) {
+    const long double ratio = im / re, denom = re + im * ratio;
+    return {1 / denom, -ratio / denom};
+  }
+  const long double ratio = re / im, denom = re * ratio + im;
+  return {ratio / denom, -1 / denom};
+}
 // f evaluated on the extended-precision value of z, rounded once.
 template <class F>
 TCplx Apply(const TCplx& z, F f) {
@@ -15,12 +30,12 @@ TCplx Apply(const TCplx& z, F f) {
 // f at 1/z: the reciprocal stays in extended precision.
 template <class F>
 TCplx ApplyInv(const TCplx& z, F f) {
-  return detail::Narrow(f(1.0L / detail::Widen(z)));
+  return detail::Narrow(f(Recip(detail::Widen(z))));
 }
 // 1/f(z).
 template <class F>
 TCplx ApplyRecip(const TCplx& z, F f) {
-  return detail::Narrow(1.0L / f(detail::Widen(z)));
+  return detail::Narrow(Recip(f(detail::Widen(z))));
 }
 }  // namespace
 

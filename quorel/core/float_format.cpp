@@ -276,11 +276,12 @@ void TSampleFormatter::AppendPattern(std::string& Out, const TPattern& Pattern, 
   const TSection& sec = Pattern.Sections[idx];
   const long exp10 = RoundForSection(sec, d);
 
-  // The integer digits: those before the point without leading zeros, padded to IntForced.
+  // The integer digits: those before the point without leading zeros, padded to IntForced. A
+  // mantissa always shows one, so that zero reads "0E0" and not "E0", which does not read back.
   long lead = 0;
   while (lead < d.Point && d.At(lead) == '0') ++lead;
   const long significant = d.Point > lead ? d.Point - lead : 0;
-  const long m = std::max<long>(significant, sec.IntForced);
+  const long m = std::max<long>(significant, sec.HasExponent ? std::max(1, sec.IntForced) : sec.IntForced);
   const long pad = m - significant;
   auto emitInt = [&](long from, long to) {  // integer digits [from, to]
     for (long t = std::max(0L, from); t <= to; ++t) {

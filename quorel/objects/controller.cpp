@@ -139,22 +139,43 @@ void TQuorelController::CreateItx(header_detail::TPool<T>& pool, T*& object) {
   object = e.Object;
 }
 
+namespace {
+// The pool entry of a pooled object that is handed out.
+template <class T>
+typename header_detail::TPool<T>::Entry& HandedOutEntry(header_detail::TPool<T>& pool, const T* object) {
+  auto& e = pool.Entries[static_cast<std::size_t>(object->CacheIndex())];
+  detail::RequireState(e.Used && e.Object == object, "FreeIt: object is not in use");
+  return e;
+}
+}  // namespace
+
 template <class T>
 void TQuorelController::FreeItx(header_detail::TPool<T>& pool, T*& object) {
   if (object == nullptr) return;
-  const std::int32_t index = object->CacheIndex();
-  if (index < 0) {
+  if (object->CacheIndex() < 0) {
     delete object;
     object = nullptr;
     return;
   }
-  auto& e = pool.Entries[static_cast<std::size_t>(index)];
-  detail::RequireState(e.Used && e.Object == object, "FreeIt: object is not in use");
+  HandedOutEntry(pool, object);
   object->Reset();
-  e.Used = false;
+  MarkFree(pool, object);
+}
+
+template <class T>
+void TQuorelController::MarkFree(header_detail::TPool<T>& pool, T*& object) {
+  const std::int32_t index = object->CacheIndex();
+  HandedOutEntry(pool, object).Used = false;
   if (index == pool.Next - 1) --pool.Next;
   --pool.Used;
   object = nullptr;
+}
+
+void TQuorelController::EndBlockProcessing(TQuorel& object) {
+  object.fBlockLevel = 0;
+  object.fBlockIndex = 0;
+  object.fBlockEnd = true;
+  object.SetFullRange();
 }
 
 template <class T>
@@ -270,8 +291,46 @@ void CreateAll(T*& first, R*&... rest) {
   (Controller->CreateItx(rest), ...);
 }
 
-// Gives the objects back in reverse argument order under the lock; after shut-down every object
-// is an ordinary one and is just destroyed.
+}  // namespace
+
+namespace header_detail {
+struct TCacheAccess {
+  // Only the pool bookkeeping runs under the lock. Reset (which calls the OnSetSize handler) and
+  // the destructor of an ordinary object run user code that may borrow a work object itself, and
+  // the lock is not re-entrant. A pooled object is still the caller's until its entry is free,
+  // and its slot (unlike its pool index, which recollection moves) never changes.
+  template <class T>
+  static void GiveBack(T*& object) {
+    if (object == nullptr) return;
+    if (object->CacheSlot() < 0) {
+      delete object;
+      object = nullptr;
+      return;
+    }
+    object->Reset();
+    const std::lock_guard<TCacheLock> hold(Controller->Lock());
+    Controller->MarkFree(object);
+  }
+
+  template <class T>
+  static void GiveBackWork(T*& object) noexcept {
+    try {
+      if (object != nullptr && object->BlockLevel() > 0) TQuorelController::EndBlockProcessing(*object);
+      FreeIt(object);
+    } catch (...) {
+      // A raising OnSetSize handler, or an object the caller already gave back: raising from a
+      // destructor would end the process. A handed-out object stays so and is counted at shut-down.
+    }
+  }
+};
+
+void GiveBackWork(TVec*& vec) noexcept { TCacheAccess::GiveBackWork(vec); }
+void GiveBackWork(TMtx*& mtx) noexcept { TCacheAccess::GiveBackWork(mtx); }
+}  // namespace header_detail
+
+namespace {
+// Gives the objects back in reverse argument order; after shut-down every object is an ordinary
+// one and is just destroyed.
 template <class T, class... R>
 void FreeAll(T*& first, R*&... rest) {
   std::array<T**, 1 + sizeof...(R)> objects{&first, &rest...};
@@ -283,8 +342,7 @@ void FreeAll(T*& first, R*&... rest) {
     }
     return;
   }
-  std::lock_guard<TCacheLock> hold(Controller->Lock());
-  for (auto it = objects.rbegin(); it != objects.rend(); ++it) Controller->FreeItx(**it);
+  for (auto it = objects.rbegin(); it != objects.rend(); ++it) header_detail::TCacheAccess::GiveBack(**it);
 }
 }  // namespace
 

@@ -40,6 +40,8 @@ struct TPool {
   bool Full = false;
   const char* Name;                // "VecCache" or "MtxCache", for the rebuild message
 };
+/// What the global CreateIt/FreeIt and the work-object guard reach inside the controller.
+struct TCacheAccess;
 }  // namespace header_detail
 
 /// The cache's process-wide lock: a test-and-set spin lock that yields its time slice while
@@ -80,7 +82,8 @@ class TQuorelController {
   /// Hands out one object (pooled, or an ordinary one when the pool is exhausted). Caller holds Lock().
   void CreateItx(TVec*& vec);
   void CreateItx(TMtx*& mtx);
-  /// Takes one object back and sets the variable to null. Caller holds Lock().
+  /// Takes one object back and sets the variable to null. Caller holds Lock(), so the object's
+  /// OnSetSize handler must not borrow; FreeIt resets the object before it takes the lock.
   void FreeItx(TVec*& vec);
   void FreeItx(TMtx*& mtx);
   /// Compacts the vector pool: used entries to the front, free ones to the back.
@@ -157,6 +160,12 @@ class TQuorelController {
   void CreateItx(header_detail::TPool<T>& pool, T*& object);
   template <class T>
   void FreeItx(header_detail::TPool<T>& pool, T*& object);
+  template <class T>
+  static void MarkFree(header_detail::TPool<T>& pool, T*& object);
+  void MarkFree(TVec*& vec) { MarkFree(vecs_, vec); }
+  void MarkFree(TMtx*& mtx) { MarkFree(mtxs_, mtx); }
+  static void EndBlockProcessing(TQuorel& object);
+  friend struct header_detail::TCacheAccess;
   template <class T>
   static void Recollect(header_detail::TPool<T>& pool);
   template <class T>
@@ -264,12 +273,20 @@ void DismissIt(O1& o1, A1& a1, O2& o2, A2& a2, Rest&... rest) {
   DismissIt(o2, a2, rest...);
 }
 
+namespace header_detail {
+/// Gives a scoped work object back without raising: block-wise processing still under way ends
+/// first, so leaving the scope early (an exception, a return from the block loop) is no error.
+void GiveBackWork(TVec*& vec) noexcept;
+/// The same for a work matrix.
+void GiveBackWork(TMtx*& mtx) noexcept;
+}  // namespace header_detail
+
 /// A work object from the cache, given back on every path (exceptions included).
 template <class T>
 class TWorkObject {
  public:
   TWorkObject() { CreateIt(object_); }
-  ~TWorkObject() { FreeIt(object_); }
+  ~TWorkObject() { header_detail::GiveBackWork(object_); }
   TWorkObject(const TWorkObject&) = delete;
   TWorkObject& operator=(const TWorkObject&) = delete;
   /// The work object.

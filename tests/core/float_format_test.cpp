@@ -62,6 +62,8 @@ TEST(PatternFormat, DigitsGroupingAndExponents) {
       {"0.00E+00", 0, "0.00E+00"}, {"0.0e-0", 12345, "1.2e4"}, {"0.0e-0", 0.012, "1.2e-2"},
       {"00.0E+0", 12345, "12.3E+3"}, {"##0.0E+0", 5, "5.0E+0"}, {"0.###E+000", 1e300, "1E+300"},
       {"0.0E+0", 1e25, "1.0E+25"}, {"0E", 5, "5E"}, {"0E+", 5, "5E+"},  // no digits: literal
+      // A mantissa shows one digit even for zero, so the text reads back.
+      {"#.###E-0", 0, "0E0"}, {"#.#E+00", -0.0, "0E+00"}, {".##E-0", 0, "0E0"}, {"#.###E-0", 0.1875, "1.875E-1"},
   });
 }
 

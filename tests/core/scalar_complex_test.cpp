@@ -1,6 +1,7 @@
 // Complex arithmetic, roots, powers and rounding; the elementary functions against reference values.
 #include <cmath>
 #include <map>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -117,6 +118,39 @@ TEST(ComplexFunctions, TrigonometricIdentities) {
   }
   ExpectNear(Pythag(TCplx{3, 0}, TCplx{0, 4}), TCplx{0, std::sqrt(7.0)});
   ExpectNear(Pythag(TCplx{3, 0}, TCplx{4, 0}), TCplx{5, 0});
+}
+
+// On a branch cut the sign of a zero part picks the side: (x, +0) gives the limit from above the
+// real axis, (x, -0) from below (for the imaginary axis: right and left). A real value stored in a
+// complex is the common case, and 1/z must not drop the sign on the way to the inverse function.
+TEST(ComplexFunctions, ReciprocalInversesTakeTheSideOfTheZerosSign) {
+  using F = TCplx (*)(const TCplx&);
+  const double acosh2 = std::acosh(2.0), acoth2 = 0.5 * std::log(3.0);
+  struct Case {
+    const char* name;
+    F f;
+    TCplx onCut;  // the zero part is +0
+    TCplx want;   // the limit from the +0 side
+  };
+  const Case cases[] = {
+      {"ArcSec", ArcSec, {0.5, 0.0}, {0, acosh2}},           {"ArcSec", ArcSec, {-0.5, 0.0}, {PI, acosh2}},
+      {"ArcCsc", ArcCsc, {0.5, 0.0}, {PIDIV2, -acosh2}},     {"ArcCoth", ArcCoth, {0.5, 0.0}, {acoth2, -PIDIV2}},
+      {"ArcSech", ArcSech, {2.0, 0.0}, {0, -PI / 3}},        {"ArcSech", ArcSech, {-0.5, 0.0}, {acosh2, -PI}},
+      {"ArcCot", ArcCot, {0.0, 0.5}, {PIDIV2, -acoth2}},     {"ArcCsch", ArcCsch, {0.0, 0.5}, {acosh2, -PIDIV2}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name + std::string("(") + std::to_string(c.onCut.Re) + ", " + std::to_string(c.onCut.Im) + ")");
+    const bool realAxis = c.onCut.Im == 0;
+    // The other side: the zero part negated. Real coefficients give the conjugate there on the
+    // real axis; on the imaginary axis ArcCot and ArcCsch are odd as well, so -conj.
+    const TCplx below = realAxis ? TCplx{c.onCut.Re, -0.0} : TCplx{-0.0, c.onCut.Im};
+    const TCplx wantBelow = realAxis ? Conj(c.want) : Neg(Conj(c.want));
+    ExpectNear(c.f(c.onCut), c.want);
+    ExpectNear(c.f(below), wantBelow);
+    // A tiny nonzero part approaches from the same side without any signed zero.
+    const TCplx above = realAxis ? TCplx{c.onCut.Re, 1e-300} : TCplx{1e-300, c.onCut.Im};
+    ExpectNear(c.f(above), c.want);
+  }
 }
 
 // Normwise: |got - want| / |want| in units of the double rounding error 2^-53.

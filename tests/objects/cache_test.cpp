@@ -1,6 +1,9 @@
 // The object cache, vector and matrix pools: hand-out order, holes and recollection, exhaustion,
 // resets on return, rebuilding, loans, the leak report and use from many threads.
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <future>
 #include <cstdint>
 #include <mutex>
 #include <random>
@@ -150,6 +153,87 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   EXPECT_EQ(Controller->VecCacheUsed(), 1);
   v->FreeToCache();
   EXPECT_EQ(Controller->VecCacheUsed(), 0);
+}
+
+// A guard left in the middle of block-wise processing (an exception, a break out of the block
+// loop) ends it and gives the object back; an explicit FreeIt there still raises.
+TEST(Cache, GuardsLeavingBlockProcessingGiveBack) {
+  const std::int32_t used = Controller->VecCacheUsed(), mtxUsed = Controller->MtxCacheUsed();
+  TVec* seen = nullptr;
+  EXPECT_THROW(
+      {
+        TWorkVec w;
+        seen = w.get();
+        w->Size(2000);
+        w->BlockInit();
+        while (!w->BlockEnd()) {
+          w->Sqrt(0, 5000);  // beyond the block: a range error
+          w->BlockNext();
+        }
+      },
+      EQuorelRangeError);
+  EXPECT_EQ(Controller->VecCacheUsed(), used);
+  EXPECT_EQ(seen->BlockLevel(), 0);
+  EXPECT_FALSE(seen->IsSubRange());
+  EXPECT_EQ(seen->Length(), 0);
+  [] {
+    TWorkMtx m;
+    m->Size(40, 40);
+    m->BlockInit();
+    m->BlockInit();  // nested: level 2
+    if (!m->BlockEnd()) return;
+    ADD_FAILURE() << "no block to leave";
+  }();
+  EXPECT_EQ(Controller->MtxCacheUsed(), mtxUsed);
+
+  TVec* v = CreateIt();
+  v->Size(2000);
+  v->BlockInit();
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { FreeIt(v); }), "BlockLevel > 0");
+  EXPECT_EQ(Controller->VecCacheUsed(), used + 1);  // still handed out, and still the caller's
+  while (!v->BlockEnd()) v->BlockNext();
+  FreeIt(v);
+  EXPECT_EQ(Controller->VecCacheUsed(), used);
+}
+
+// Giving back runs user code (the OnSetSize handler of a reset, an ordinary object's destructor)
+// that may borrow a work object itself; it must not find the cache locked by its own thread.
+TEST(Cache, HandlersThatBorrowWhileGivingBack) {
+  std::promise<int> done;
+  auto result = done.get_future();
+  std::thread([&done] {
+    int calls = 0;
+    const auto borrow = [&calls](TQuorel&) {
+      ++calls;
+      TWorkVec tmp;
+      tmp->Size(3);
+    };
+    TVec* pooled = CreateIt();
+    TVec* pooledAlias = pooled;
+    pooled->OnSetSize = borrow;
+    pooled->Size(10);
+    FreeIt(pooled);  // the reset changes the size
+    pooledAlias->OnSetSize = nullptr;  // the handler outlives no loan
+    TVec* ordinary = new TVec();
+    ordinary->Size(10);
+    ordinary->SetSubRange(0, 5);
+    ordinary->OnSetSize = borrow;
+    FreeIt(ordinary);  // destroyed: back to the full range first
+    TMtx* m = nullptr;
+    CreateIt(m);
+    TMtx* mAlias = m;
+    m->OnSetSize = borrow;
+    m->Size(2, 2);
+    FreeIt(m);
+    mAlias->OnSetSize = nullptr;
+    done.set_value(calls);
+  }).detach();
+  if (result.wait_for(std::chrono::seconds(20)) != std::future_status::ready) {
+    ADD_FAILURE() << "FreeIt deadlocked on the cache lock";
+    std::_Exit(1);  // the lock stays held: every later test would hang
+  }
+  EXPECT_GE(result.get(), 5);
+  EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);
 }
 
 TEST(Cache, LargeLoansReuseTheirBlock) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 #include "quorel/core/constants.h"
@@ -107,10 +108,17 @@ struct ThroughInt32 {
 using RoundK = ThroughInt32<rnRound>;
 using TruncK = ThroughInt32<rnTrunc>;
 
-/// 1/x; complex data by the textbook complex reciprocal.
+/// 1/x; complex data as CInv forms it, (Re, -Im) / |x|^2, which keeps the sign of a zero part
+/// (dividing C_ONE turns -0 into +0), so the inverse functions composed on it take the side of a
+/// branch cut that the zero's sign selects. Where |x|^2 is 0, infinite or NaN: the quotient.
 struct InvK {
   void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Inv(x, r, n); }
-  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { kern::DivideValue(x, C_ONE, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      const long double re = x[i].Re, im = x[i].Im, d = re * re + im * im;
+      r[i] = d > 0 && d <= std::numeric_limits<long double>::max() ? CInv(x[i]) : CDiv(C_ONE, x[i]);
+    }
+  }
 };
 /// Modulus (complex) or absolute value (real).
 struct AbsK {
