@@ -33,8 +33,14 @@ bool Threaded(std::ptrdiff_t n) {
   return n >= kThreadedDotFrom && n <= std::numeric_limits<detail::lapack::FInt>::max();
 }
 
+// A BLAS result that is INF or NaN goes to the kernel, which redoes a sum whose partial results
+// overflowed.
 double DotOf(const double* a, const double* b, std::ptrdiff_t n) {
-  return Threaded(n) ? detail::lapack::dot(static_cast<detail::lapack::FInt>(n), a, b) : kern::Dot(a, b, n);
+  if (Threaded(n)) {
+    const double d = detail::lapack::dot(static_cast<detail::lapack::FInt>(n), a, b);
+    if (d - d == 0.0) return d;
+  }
+  return kern::Dot(a, b, n);
 }
 
 // The plain BLAS sum of squares stands when no square can have overflowed or lost its value to
@@ -120,7 +126,10 @@ double TDenseQuorel::RMS(std::int32_t index, std::int32_t len) const {
   ValidateParams(index, len);
   if (len == 0) return NaN;
   const double norm = fComplex ? NormL2Of(C(*this, index), len) : NormL2Of(R(*this, index), len);
-  return norm / std::sqrt(static_cast<double>(len));
+  if (norm != INF) [[likely]]
+    return norm / std::sqrt(static_cast<double>(len));
+  // The norm may be beyond the range where the RMS is not.
+  return fComplex ? kern::RMS(C(*this, index), len) : kern::RMS(R(*this, index), len);
 }
 
 // --- extremes -----------------------------------------------------------------------------------------------

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <vector>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/complex_compare.h"
@@ -23,18 +22,11 @@ using detail::Require;
 
 double TDenseQuorel::Median() const { return Median(0, fLength); }
 
-double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
-  ValidateParams(index, len);
-  detail::RequireReal(*this);
-  if (len == 0) return NaN;
-  // The selection reorders a copy; a per-thread buffer keeps repeated medians allocation-free.
-  thread_local std::vector<double> scratch;
-  if (scratch.size() < static_cast<std::size_t>(len)) scratch.resize(static_cast<std::size_t>(len));
-  double* s = scratch.data();
-  // The ascending sort puts NaN last: the copy keeps the numbers in front and the NaNs behind
-  // them, so the selection below sees a strict ordering and the result does not depend on the
-  // input order.
-  const double* x = PValues1D(index);
+namespace {
+// Median of x[0, len) from the copy s: the ascending sort puts NaN last, so the copy keeps the
+// numbers in front and the NaNs behind them; the selection then sees a strict ordering and the
+// result does not depend on the input order.
+double MedianByCopy(const double* x, std::int32_t len, double* s) {
   std::int32_t numbers = 0;
   std::int32_t nans = len;
   for (std::int32_t i = 0; i < len; ++i) {
@@ -51,6 +43,25 @@ double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
   if (len % 2 == 1) return s[mid];
   const double below = *std::max_element(s, s + mid);
   return (below + s[mid]) * 0.5;
+}
+}  // namespace
+
+double TDenseQuorel::Median(std::int32_t index, std::int32_t len) const {
+  ValidateParams(index, len);
+  detail::RequireReal(*this);
+  if (len == 0) return NaN;
+  // Short ranges are copied to the stack, longer ones to a cached work vector, given back (a
+  // large block freed) on return. The loan costs about 50 ns: a third of the median of 100
+  // values, a few percent of that of 512.
+  constexpr std::int32_t kOnStack = 512;
+  const double* x = PValues1D(index);
+  if (len <= kOnStack) {
+    double local[kOnStack];
+    return MedianByCopy(x, len, local);
+  }
+  TWorkVec work;
+  work->Size(len, false);
+  return MedianByCopy(x, len, work->PValues(0));
 }
 
 namespace {

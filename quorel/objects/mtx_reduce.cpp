@@ -102,10 +102,18 @@ double TMtx::Norm1() const {
 }
 
 double TMtx::NormInf() const {
+  if (fRows == 0 || fCols == 0) return 0.0;
   double norm = 0.0;
   OnKind(fComplex, [&](auto t) {
     using T = decltype(t);
-    for (std::int32_t i = 0; i < fRows; ++i) norm = std::max(norm, kern::NormL1(At<T>(*this, i, 0), fCols));
+    for (std::int32_t i = 0; i < fRows; ++i) {
+      const double row = kern::NormL1(At<T>(*this, i, 0), fCols);
+      if (row != row) {  // std::max would drop it
+        norm = row;
+        return;
+      }
+      norm = std::max(norm, row);
+    }
   });
   return norm;
 }

@@ -164,5 +164,91 @@ TEST(KernelsReduce, DotProductsAndProducts) {
   }
 }
 
+// Lanes hold every 8th term: a repeating pattern of magnitudes puts the large ones in some lanes
+// and the small ones in others, which overflow and underflow although the result is in range.
+std::vector<D> Periodic(ptrdiff_t n, std::initializer_list<D> pattern) {
+  std::vector<D> x(n);
+  for (ptrdiff_t i = 0; i < n; ++i) x[i] = pattern.begin()[i % static_cast<ptrdiff_t>(pattern.size())];
+  return x;
+}
+std::vector<D> Alternating(ptrdiff_t n, D even, D odd) { return Periodic(n, {even, odd}); }
+
+TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
+  // Sums, means and dot products: cancelling extremes, a mean of values near the top, and a
+  // true overflow. An infinity decides the sum, whatever finite terms overflow beside it.
+  const std::vector<D> pm = Alternating(16, 1e308, -1e308), ones(16, 1.0);
+  EXPECT_TRUE(Same(Sum(pm.data(), 16), 0.0) && Same(Mean(pm.data(), 16), 0.0));
+  EXPECT_TRUE(Same(Dot(pm.data(), ones.data(), 16), 0.0));
+  const D top[] = {1.5e308, 1.5e308}, mixed[] = {1e308, 1.5e308, -1e308, 1.7e308};
+  EXPECT_EQ(Mean(top, 2), 1.5e308);
+  EXPECT_NEAR(Mean(mixed, 4), 8e307, 2 * kEps * 8e307);
+  EXPECT_EQ(Sum(top, 2), kInf);
+  EXPECT_EQ(Dot(top, top, 2), kInf);
+  std::vector<D> inf_first(16, -1e308);
+  inf_first[0] = kInf;
+  EXPECT_EQ(Sum(inf_first.data(), 16), kInf);
+  inf_first[5] = -kInf;
+  EXPECT_TRUE(std::isnan(Sum(inf_first.data(), 16)));
+  std::vector<D> with_nan = pm;
+  with_nan[3] = kNaN;
+  EXPECT_TRUE(std::isnan(Sum(with_nan.data(), 16)) && std::isnan(Dot(ones.data(), with_nan.data(), 16)));
+  std::vector<C> zpm(8);
+  for (ptrdiff_t i = 0; i < 8; ++i) zpm[i] = {pm[i], 1.5e308};
+  EXPECT_TRUE(Same(Sum(zpm.data(), 8), C{0.0, kInf}));
+  EXPECT_TRUE(Same(Mean(zpm.data(), 8), C{0.0, 1.5e308}));
+
+  // Products against long double, whose range holds every partial product: lanes that overflow
+  // against lanes that underflow (INF * 0), lanes that only underflow (0 with no zero factor),
+  // and long runs past the renormalisation of the running mantissa.
+  const auto product_ld = [](const std::vector<D>& x) {
+    LD p = 1;
+    for (D v : x) p *= v;
+    return p;
+  };
+  std::vector<std::vector<D>> cases = {Alternating(16, 1e300, 1e-300), Alternating(17, -1e300, 1e-300),
+                                       {1e300, 1e300, 1e-300, 1e-300}, Alternating(2000, 3e250, -3.3e-251),
+                                       Periodic(1032, {1e-310, 1e155, 1e155})};
+  std::vector<D> sparse_small(16, 1.0);
+  sparse_small[0] = sparse_small[8] = 1e-200;  // lane 0 underflows to 0
+  sparse_small[1] = sparse_small[9] = 1e150;
+  cases.push_back(sparse_small);
+  for (const std::vector<D>& x : cases) {
+    const LD want = product_ld(x);
+    const D got = Product(x.data(), static_cast<ptrdiff_t>(x.size()));
+    EXPECT_NEAR(got, static_cast<D>(want), x.size() * kEps * std::fabs(static_cast<D>(want))) << x.size();
+  }
+  // Out of range stays out of range; zeros and specials keep their IEEE meaning.
+  const D over[] = {1e300, 1e300, -1e300}, under[] = {1e-300, -1e-300, 1e-300}, zero[] = {1e300, 0.0, 1e300, 1e-300};
+  const D zero_inf[] = {1e300, 0.0, kInf, 1e-300};
+  EXPECT_EQ(Product(over, 3), -kInf);
+  EXPECT_TRUE(Same(Product(under, 3), -0.0));
+  EXPECT_TRUE(Same(Product(zero, 4), 0.0));
+  EXPECT_TRUE(std::isnan(Product(zero_inf, 4)));
+  // Complex: i^8 carried by alternating magnitudes.
+  std::vector<C> z(16);
+  for (ptrdiff_t i = 0; i < 16; ++i) z[i] = i % 2 ? C{0, 1e-300} : C{1e300, 0};
+  const C pz = Product(z.data(), 16);
+  EXPECT_NEAR(pz.Re, 1.0, 16 * kEps);
+  EXPECT_EQ(pz.Im, 0.0);
+}
+
+TEST(KernelsReduce, RootMeanSquare) {
+  // Equal to the norm over sqrt(n) where that is representable, and beyond the norm's range.
+  Values values(8);
+  for (ptrdiff_t n : {1, 3, 17, 1031}) {
+    const std::vector<D> x = values.Reals(n);
+    const std::vector<C> z = values.Cplxs(n);
+    const D rn = std::sqrt(static_cast<D>(n));
+    EXPECT_NEAR(RMS(x.data(), n), NormL2(x.data(), n) / rn, 2 * kEps * NormL2(x.data(), n) / rn) << n;
+    EXPECT_NEAR(RMS(z.data(), n), NormL2(z.data(), n) / rn, 2 * kEps * NormL2(z.data(), n) / rn) << n;
+  }
+  const D top[] = {1.5e308, -1.5e308}, with_inf[] = {1.0, kInf};
+  const C ztop[] = {{1.2e308, 0.9e308}};
+  EXPECT_EQ(RMS(top, 2), 1.5e308);
+  EXPECT_NEAR(RMS(ztop, 1), 1.5e308, 2 * kEps * 1.5e308);
+  EXPECT_EQ(RMS(with_inf, 2), kInf);
+  EXPECT_TRUE(std::isnan(RMS(top, 0)));
+}
+
 }  // namespace
 }  // namespace quorel::kern::test

@@ -96,20 +96,23 @@ QUOREL_KERNEL_INLINE double MaxOf(ptrdiff_t n, Term term) {
 // 2^e for a normal exponent e.
 double Pow2(int e) { return std::bit_cast<double>(static_cast<std::uint64_t>(e + 1023) << 52); }
 
-// sqrt of the sum of term^2, rescaled when the plain sum overflows or underflows.
+// 2^-e brings a magnitude `big` (finite, not 0) near 1; e stays in [-1021, 1022] so 2^-e and 2^e
+// are normal. Scaling by multiplication: ldexp could set errno when a result overflows.
+int ScaleExponent(double big) { return std::clamp(std::ilogb(big), -1021, 1022); }
+
+// sqrt of (the sum of term^2 / count), rescaled when the plain sum overflows or underflows.
+// Dividing before scaling back lets an RMS stand whose norm is beyond the range.
 template <class Term>
-QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term) {
+QUOREL_KERNEL_INLINE double L2Of(ptrdiff_t n, Term term, double count = 1.0) {
   if (n <= 0) return kNaN;
   const double ss = WideSumOf(n, [term](ptrdiff_t i) { const double t = term(i); return t * t; });
-  if (!(ss == kInf || ss < 0x1p-900)) return std::sqrt(ss);
+  if (!(ss == kInf || ss < 0x1p-900)) return std::sqrt(ss / count);
   const double big = MaxOf(n, [term](ptrdiff_t i) { return std::fabs(term(i)); });
   if (big == 0.0 || big == kInf) return big;
-  // 2^-e brings the largest magnitude near 1; e stays in [-1021, 1022] so 2^-e and 2^e are
-  // normal. Scaling by multiplication: ldexp could set errno when the norm overflows.
-  const int e = std::clamp(std::ilogb(big), -1021, 1022);
+  const int e = ScaleExponent(big);
   const double s = Pow2(-e);
   const double scaled = WideSumOf(n, [term, s](ptrdiff_t i) { const double t = term(i) * s; return t * t; });
-  return std::sqrt(scaled) * Pow2(e);
+  return std::sqrt(scaled / count) * Pow2(e);
 }
 
 QUOREL_KERNEL_INLINE double Modulus(TCplx z) { return std::sqrt(detail::CNorm(z)); }
@@ -163,19 +166,6 @@ QUOREL_KERNEL_INLINE TIndexedValue ExtremeIndex(const double* x, ptrdiff_t n, do
 
 }  // namespace
 
-QUOREL_KERNEL double Sum(const double* x, ptrdiff_t n) {
-  return SumOf(n, [x](ptrdiff_t i) { return x[i]; });
-}
-QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfParts(detail::Parts(x), n); }
-
-double Mean(const double* x, ptrdiff_t n) { return n > 0 ? Sum(x, n) / static_cast<double>(n) : 0.0; }
-TCplx Mean(const TCplx* x, ptrdiff_t n) {
-  if (n <= 0) return {0.0, 0.0};
-  const TCplx s = Sum(x, n);
-  const double dn = static_cast<double>(n);
-  return {s.Re / dn, s.Im / dn};
-}
-
 namespace {
 // r * 2^e for e in [-2044, 2044], in two normal steps.
 double ScaleByPow2(double r, int e) {
@@ -183,18 +173,80 @@ double ScaleByPow2(double r, int e) {
   return r * Pow2(half) * Pow2(e - half);
 }
 
+bool Finite(double v) { return v - v == 0.0; }
+
+// Sum of left(i) * right(i), divided by `divisor`, for sums whose lane evaluation came out INF or
+// NaN. Partial sums in lanes can overflow (or overflow with opposite signs and make NaN) where the
+// result is representable: finite data are summed again with each side scaled by a power of 2
+// from its largest magnitude. NaN in the data gives NaN; infinities give the IEEE sum of their
+// terms, which no finite term can change.
+template <class Left, class Right>
+[[gnu::noinline]] double RescaledDotOf(ptrdiff_t n, Left left, Right right, double divisor) {
+  const double bigL = MaxOf(n, [left](ptrdiff_t i) { return std::fabs(left(i)); });
+  const double bigR = MaxOf(n, [right](ptrdiff_t i) { return std::fabs(right(i)); });
+  if (bigL != bigL || bigR != bigR) return kNaN;
+  if (bigL == kInf || bigR == kInf) {
+    return SumOf(n, [left, right](ptrdiff_t i) {
+             const double l = left(i), r = right(i);
+             return std::isinf(l) || std::isinf(r) ? l * r : 0.0;
+           }) / divisor;
+  }
+  if (bigL == 0.0 || bigR == 0.0) return 0.0;
+  const int eL = ScaleExponent(bigL), eR = ScaleExponent(bigR);
+  const double sL = Pow2(-eL), sR = Pow2(-eR);
+  const double s = SumOf(n, [left, right, sL, sR](ptrdiff_t i) { return (left(i) * sL) * (right(i) * sR); });
+  return ScaleByPow2(s / divisor, eL + eR);
+}
+
+// The sum of x (or of one part of complex data, with stride 2), divided by `divisor`, rescaled.
+double RescaledSum(const double* x, ptrdiff_t n, ptrdiff_t stride, double divisor) {
+  return RescaledDotOf(n, [x, stride](ptrdiff_t i) { return x[i * stride]; }, [](ptrdiff_t) { return 1.0; },
+                       divisor);
+}
+
+// Complex sum over n values divided by `divisor`; a part whose lane sum is not finite is redone.
+QUOREL_KERNEL_INLINE TCplx SumOfCplx(const TCplx* x, ptrdiff_t n, double divisor) {
+  const double* d = detail::Parts(x);
+  const TCplx s = SumOfParts(d, n);
+  TCplx r{s.Re / divisor, s.Im / divisor};
+  if (!Finite(s.Re)) [[unlikely]]
+    r.Re = RescaledSum(d, n, 2, divisor);
+  if (!Finite(s.Im)) [[unlikely]]
+    r.Im = RescaledSum(d + 1, n, 2, divisor);
+  return r;
+}
+}  // namespace
+
+QUOREL_KERNEL double Sum(const double* x, ptrdiff_t n) {
+  const double s = SumOf(n, [x](ptrdiff_t i) { return x[i]; });
+  return Finite(s) ? s : RescaledSum(x, n, 1, 1.0);
+}
+QUOREL_KERNEL TCplx Sum(const TCplx* x, ptrdiff_t n) { return SumOfCplx(x, n, 1.0); }
+
+QUOREL_KERNEL double Mean(const double* x, ptrdiff_t n) {
+  if (n <= 0) return 0.0;
+  const double dn = static_cast<double>(n);
+  const double s = SumOf(n, [x](ptrdiff_t i) { return x[i]; });
+  return Finite(s) ? s / dn : RescaledSum(x, n, 1, dn);
+}
+QUOREL_KERNEL TCplx Mean(const TCplx* x, ptrdiff_t n) {
+  if (n <= 0) return {0.0, 0.0};
+  return SumOfCplx(x, n, static_cast<double>(n));
+}
+
+namespace {
 // StdDev for data whose mean or squared deviations overflow or underflow. The data are brought
 // near 1 for the mean and the deviations near 1 for their squares, both by powers of 2, so where
 // nothing overflows or underflows the result equals the plain one. NaN stays NaN.
 [[gnu::noinline]] double StdDevRescaled(const double* x, ptrdiff_t n, double plain) {
   const double big = MaxOf(n, [x](ptrdiff_t i) { return std::fabs(x[i]); });
   if (!(big > 0.0 && big < kInf)) return big == 0.0 ? 0.0 : plain;
-  const int e1 = std::clamp(std::ilogb(big), -1021, 1022);
+  const int e1 = ScaleExponent(big);
   const double s1 = Pow2(-e1);
   const double mean = SumOf(n, [x, s1](ptrdiff_t i) { return x[i] * s1; }) / static_cast<double>(n);
   const double dev = MaxOf(n, [x, s1, mean](ptrdiff_t i) { return std::fabs(x[i] * s1 - mean); });
   if (dev == 0.0) return 0.0;
-  const int e2 = std::clamp(std::ilogb(dev), -1021, 1022);
+  const int e2 = ScaleExponent(dev);
   const double s2 = Pow2(-e2);
   const double ss = SumOf(n, [x, s1, s2, mean](ptrdiff_t i) {
     const double d = (x[i] * s1 - mean) * s2;
@@ -247,6 +299,13 @@ QUOREL_KERNEL double NormL2(const double* x, ptrdiff_t n) {
   return L2Of(n, [x](ptrdiff_t i) { return x[i]; });
 }
 double NormL2(const TCplx* x, ptrdiff_t n) { return NormL2(detail::Parts(x), 2 * n); }
+double RMS(const double* x, ptrdiff_t n) {
+  return L2Of(n, [x](ptrdiff_t i) { return x[i]; }, static_cast<double>(n));
+}
+double RMS(const TCplx* x, ptrdiff_t n) {
+  const double* d = detail::Parts(x);
+  return L2Of(2 * n, [d](ptrdiff_t i) { return d[i]; }, static_cast<double>(n));
+}
 QUOREL_KERNEL double NormInf(const double* x, ptrdiff_t n) {
   return n > 0 ? MaxOf(n, [x](ptrdiff_t i) { return std::fabs(x[i]); }) : kNaN;
 }
@@ -276,7 +335,10 @@ QUOREL_KERNEL double NormDiffInf(const TCplx* a, const TCplx* b, ptrdiff_t n) {
 }
 
 QUOREL_KERNEL double Dot(const double* a, const double* b, ptrdiff_t n) {
-  return SumOf(n, [a, b](ptrdiff_t i) { return a[i] * b[i]; });
+  const double s = SumOf(n, [a, b](ptrdiff_t i) { return a[i] * b[i]; });
+  if (Finite(s)) [[likely]]
+    return s;
+  return RescaledDotOf(n, [a](ptrdiff_t i) { return a[i]; }, [b](ptrdiff_t i) { return b[i]; }, 1.0);
 }
 QUOREL_KERNEL TCplx Dot(const TCplx* a, const TCplx* b, ptrdiff_t n) {
   return SumOfC(n, [a, b](ptrdiff_t i) { return CMul(a[i], b[i]); });
@@ -288,18 +350,95 @@ QUOREL_KERNEL TCplx DotConj(const TCplx* a, const TCplx* b, ptrdiff_t n) {
   return SumOfC(n, [a, b](ptrdiff_t i) { return CMul(TCplx{a[i].Re, -a[i].Im}, b[i]); });
 }
 
+namespace {
+bool IsZero(double v) { return v == 0.0; }
+bool IsZero(TCplx z) { return z.Re == 0.0 && z.Im == 0.0; }
+bool Finite(TCplx z) { return Finite(z.Re) && Finite(z.Im); }
+
+// m * 2^e rounded once, for |m| in [2^-513, 1] (or 0) and any e.
+double ScaleWide(double m, std::int64_t e) {
+  if (e >= 0) {
+    const auto a = static_cast<int>(std::min<std::int64_t>(e, 1000));
+    return m * Pow2(a) * Pow2(static_cast<int>(std::min<std::int64_t>(e - a, 1023)));
+  }
+  const auto a = static_cast<int>(std::max<std::int64_t>(e, -500));
+  return m * Pow2(a) * Pow2(static_cast<int>(std::max<std::int64_t>(e - a, -1022)));
+}
+
+// Products whose lanes overflowed or underflowed (1e300 and 1e-300 in alternate lanes give
+// INF * 0): the factors in order, as mantissa and separate exponent, so no partial product leaves
+// the range. Each finite factor brings a mantissa in [0.5, 1); renormalising the running one every
+// 512 factors keeps it above 2^-512. Zeros, infinities and NaN multiply in as themselves.
+[[gnu::noinline]] double ScaledProduct(const double* x, ptrdiff_t n) {
+  double m = 1.0;
+  std::int64_t e = 0;
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    int k = 0;
+    m *= Finite(x[i]) ? std::frexp(x[i], &k) : x[i];
+    e += k;
+    if ((i & 511) == 511 && Finite(m)) {
+      m = std::frexp(m, &k);
+      e += k;
+    }
+  }
+  return Finite(m) ? ScaleWide(m, e) : m;
+}
+
+// z scaled by a power of 2 so that its larger part lies in [0.5, 1); the power goes to e.
+void Normalize(TCplx& z, std::int64_t& e) {
+  const double big = std::max(std::fabs(z.Re), std::fabs(z.Im));
+  if (!(big > 0.0 && big < kInf)) return;
+  int k = 0;
+  std::frexp(big, &k);
+  z = {ScaleByPow2(z.Re, -k), ScaleByPow2(z.Im, -k)};
+  e += k;
+}
+
+// The complex form of ScaledProduct.
+[[gnu::noinline]] TCplx ScaledProduct(const TCplx* x, ptrdiff_t n) {
+  TCplx m{1.0, 0.0};
+  std::int64_t e = 0;
+  for (ptrdiff_t i = 0; i < n; ++i) {
+    TCplx f = x[i];
+    Normalize(f, e);
+    m = CMul(m, f);
+    Normalize(m, e);
+  }
+  if (!Finite(m)) return m;
+  return {ScaleWide(m.Re, e), ScaleWide(m.Im, e)};
+}
+
+// A lane product that came out INF, NaN or 0: 0 stands when a factor is 0, anything else is
+// done again in order.
+template <class T>
+[[gnu::noinline]] T ProductRedone(T p, const T* x, ptrdiff_t n) {
+  if (Finite(p)) {
+    bool zero = false;
+    for (ptrdiff_t i = 0; i < n; ++i) zero |= IsZero(x[i]);
+    if (zero) return p;
+  }
+  return ScaledProduct(x, n);
+}
+}  // namespace
+
 QUOREL_KERNEL double Product(const double* x, ptrdiff_t n) {
   double acc[kLanes];
   for (double& a : acc) a = 1.0;
   const auto times = [](double a, double b) { return a * b; };
   FoldLanes(acc, n, [x](ptrdiff_t i) { return x[i]; }, times);
-  return Combine(acc, times);
+  const double p = Combine(acc, times);
+  if (Finite(p) && p != 0.0) [[likely]]
+    return p;
+  return ProductRedone(p, x, n);
 }
 QUOREL_KERNEL TCplx Product(const TCplx* x, ptrdiff_t n) {
   TCplx acc[kLanes];
   for (TCplx& a : acc) a = {1.0, 0.0};
   FoldLanes(acc, n, [x](ptrdiff_t i) { return x[i]; }, CMul);
-  return Combine(acc, CMul);
+  const TCplx p = Combine(acc, CMul);
+  if (Finite(p) && !IsZero(p)) [[likely]]
+    return p;
+  return ProductRedone(p, x, n);
 }
 
 }  // namespace quorel::kern

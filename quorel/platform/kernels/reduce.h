@@ -3,8 +3,11 @@
 //
 // Sums, norms and dot products keep several partial results and combine them at the end, so
 // the order of additions (and the last bits) differs from a left-to-right loop; a sum is as
-// accurate or better. Empty input: sums, means and dot products give 0, products 1, the
-// standard deviation (n < 2), extremes and norms NaN with index -1.
+// accurate or better. Where the partial results leave the double range although the result need
+// not (INF or NaN from finite data, or a product that came out 0 with no zero factor), the
+// reduction is done again with scaled values; that path costs the ordinary call nothing.
+// Empty input: sums, means and dot products give 0, products 1, the standard deviation (n < 2),
+// extremes, norms and RMS NaN with index -1.
 
 #include <cstddef>
 
@@ -50,6 +53,9 @@ double NormL1(const double* x, std::ptrdiff_t n);
 double NormL1(const TCplx* x, std::ptrdiff_t n);
 double NormL2(const double* x, std::ptrdiff_t n);
 double NormL2(const TCplx* x, std::ptrdiff_t n);
+/// sqrt(sum of |x|^2 / n), rescaled as NormL2, so it overflows only when the result does.
+double RMS(const double* x, std::ptrdiff_t n);
+double RMS(const TCplx* x, std::ptrdiff_t n);
 double NormInf(const double* x, std::ptrdiff_t n);
 double NormInf(const TCplx* x, std::ptrdiff_t n);
 
@@ -68,7 +74,8 @@ TCplx Dot(const double* a, const TCplx* b, std::ptrdiff_t n);
 /// Sum of conj(a[i]) * b[i].
 TCplx DotConj(const TCplx* a, const TCplx* b, std::ptrdiff_t n);
 
-/// Product of all elements.
+/// Product of all elements; partial products that leave the range do not spoil a result that
+/// lies in it.
 double Product(const double* x, std::ptrdiff_t n);
 TCplx Product(const TCplx* x, std::ptrdiff_t n);
 
