@@ -159,6 +159,7 @@ void TQuorelController::FreeItx(header_detail::TPool<T>& pool, T*& object) {
   }
   HandedOutEntry(pool, object);
   object->Reset();
+  object->OnSetSize = nullptr;  // the borrower's handler must not fire for the next one
   MarkFree(pool, object);
 }
 
@@ -308,6 +309,8 @@ struct TCacheAccess {
       return;
     }
     object->Reset();
+    // The borrower's handler (and what it captured) must not fire for the next borrower.
+    object->OnSetSize = nullptr;
     const std::lock_guard<TCacheLock> hold(Controller->Lock());
     Controller->MarkFree(object);
   }

@@ -110,7 +110,11 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   v->SetConditionCheck(false);
   v->SetFFTStorageFormat(fsfPack);
   v->SetFFTOddLength(true);
+  int calls = 0;
+  v->OnSetSize = [&calls](TQuorel&) { ++calls; };  // captures a local of this borrower
   FreeIt(v);
+  EXPECT_GT(calls, 0);  // the give-back's resizing is the handler's last event
+  EXPECT_FALSE(alias->OnSetSize);
   EXPECT_EQ(alias->Length(), 0);
   EXPECT_EQ(alias->FFTStorageFormat(), fsfCCS);
   EXPECT_FALSE(alias->FFTOddLength());
@@ -126,7 +130,9 @@ TEST(Cache, ReturnResetsAndSecondReturnIsRefused) {
   m->SetAutoMtxType(true);
   m->SetSubDiag(2);
   m->SetFFTScrambledOrder(true);
+  m->OnSetSize = [&calls](TQuorel&) { ++calls; };
   FreeIt(m);
+  EXPECT_FALSE(mAlias->OnSetSize);
   EXPECT_FALSE(mAlias->FFTScrambledOrder());
   EXPECT_EQ(mAlias->Rows(), 0);
   EXPECT_FALSE(mAlias->Complex());
