@@ -210,10 +210,15 @@ TDenseQuorel& TDenseQuorel::AddScaled(const TDenseQuorel& vec, const TCplx& fact
 namespace {
 // Self[index..] *= r, where r is the clamped reciprocal of den[denIndex..]. Mixed kinds multiply
 // double by double over the interleaved data, deliberately: a real side is first spread into both
-// parts, so a real a and a complex r give (a Re r, a Im r).
+// parts, so a real a and a complex r give (a Re r, a Im r). Only the range is spread; the rest of
+// a promoted Self is (a, 0).
 void MultiplyByClampedReciprocal(TDenseQuorel& self, const TDenseQuorel& den, double threshold,
                                  std::int32_t denIndex, std::int32_t index, std::int32_t len) {
-  if (!self.Complex() && den.Complex()) detail::ExtendToComplex(self, false);
+  if (!self.Complex() && den.Complex()) {
+    detail::ExtendToComplex(self, true);
+    TCplx* z = C(self, index);
+    for (std::int32_t k = 0; k < len; ++k) z[k].Im = z[k].Re;
+  }
   if (len <= 0) return;
   TWorkVec r;
   r->Size(len, true);

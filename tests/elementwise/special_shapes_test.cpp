@@ -173,6 +173,10 @@ TEST(GuardedDivision, ClampedReciprocal) {
   TVec c = Cplx({{2, 4}});
   c.Divide(Real({2}), 1e-3);
   EXPECT_TRUE(c.IsEqual(Cplx({{1, 2}})));
+  // The range form promoting a real Self: elements outside the range become (a, 0).
+  TVec d = Real({1, 2, 3, 4});
+  d.Divide(Cplx({{0, 1}, {2, 0}}), 1e-10, 0, 1, 2);
+  EXPECT_TRUE(d.IsEqual(Cplx({{1, 0}, {0, -2}, {1.5, 0}, {4, 0}})));
   // The range form with a real numerator and a complex denominator: 2/i and 4/(1+i).
   TVec s = Cplx({{7, 7}, {7, 7}});
   s.Divide(Real({2, 4}), Cplx({{0, 1}, {1, 1}}), 1e-10, 0, 0, 0, 2);
