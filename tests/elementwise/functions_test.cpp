@@ -1,12 +1,16 @@
 // Elementary functions on vectors: the complex formulas, rounding through 32-bit integers,
 // thresholds and the members with parameters.
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <complex>
 
 #include <gtest/gtest.h>
 
 #include "quorel/core/errors.h"
+#include "quorel/core/scalar_complex.h"
 #include "quorel/core/scalar_real.h"
+#include "quorel/core/scalar_util.h"
 #include "support/support.h"
 
 namespace quorel {
@@ -164,6 +168,62 @@ TEST(Thresholds, LevelsAndMessages) {
   TVec c = Cplx({{3, 4}, {0.3, 0.4}});
   c.ThreshTop(1);  // modulus limited, phase kept
   EXPECT_TRUE(c.IsEqual(Cplx({{0.6, 0.8}, {0.3, 0.4}}), 1e-15, cmpAbsolute));
+}
+
+// Re^2 + Im^2 over- or underflows a double here; ordinary lanes share the vector.
+TEST(ComplexFunctions, SqrtOfHugeAndTinyModuli) {
+  const TVec src = Cplx({{1e-310, 0}, {3e-170, 4e-170}, {1e200, 0}, {1e300, 1e300}, {-1e300, 0}, {4, 0}, {0, 0}});
+  TVec r;
+  r.Sqrt(src);
+  for (int i = 0; i < src.Length(); ++i) {
+    EXPECT_EQ(r.CValues()[i].Re, CSqrt(src.CValues()[i]).Re) << i;
+    EXPECT_EQ(r.CValues()[i].Im, CSqrt(src.CValues()[i]).Im) << i;
+  }
+  TVec in = src;
+  in.Sqrt();  // in place
+  EXPECT_TRUE(in.IsEqual(r));
+}
+
+TEST(Thresholds, ComplexModulusBeyondTheSquaredRange) {
+  TVec a = Cplx({{INF, 0}, {1e155, 0}, {-1e155, 1e155}, {1e200, 0}});
+  a.ThreshTop(1);
+  EXPECT_TRUE(a.IsEqual(Cplx({{1, 0}, {1, 0}, {-std::sqrt(0.5), std::sqrt(0.5)}, {1, 0}}), 1e-15, cmpAbsolute));
+  TVec b = Cplx({{1e200, 0}});
+  b.ThreshTop(1e250);  // inside the level: unchanged
+  EXPECT_EQ(b.CValues()[0].Re, 1e200);
+  b.ThresholdGT(Cplx({{1e200, 0}}), 1e250, TCplx{7, 7});
+  EXPECT_EQ(b.CValues()[0].Re, 1e200);
+  TVec c = Cplx({{1e-170, 1e-170}});
+  c.ThreshBottom(1e-200);
+  EXPECT_EQ(c.CValues()[0].Re, 1e-170);
+  c.ThresholdLT(Cplx({{1e-170, 0}}), 1e-200, TCplx{7, 7});
+  EXPECT_EQ(c.CValues()[0].Re, 1e-170);
+  c = Cplx({{1e-170, 0}});
+  c.ThreshBottom(1e-160);  // moved up to the level, phase kept
+  EXPECT_DOUBLE_EQ(c.CValues()[0].Re, 1e-160);
+}
+
+// The double quotient rounds across an integer, or the product y * q loses digits: the vector
+// must give what the scalar Rem gives.
+TEST(Angles, RemAgreesWithScalarForLargeAndRoundedQuotients) {
+  const TVec x = Real({7.0833855344904298e+19, -3.1992011121398316e+31, 1.2364513982280354e+32, 1, -1, 1e20, 7.5, -0.0});
+  for (double y : {2.5, -0.1, 0.1, 3.0, INF}) {
+    TVec r;
+    r.Rem(x, y);
+    for (int i = 0; i < x.Length(); ++i) {
+      const double want = Rem(x[i], y);
+      if (std::isnan(want)) EXPECT_TRUE(std::isnan(r[i])) << i;
+      else EXPECT_EQ(std::bit_cast<std::uint64_t>(r[i]), std::bit_cast<std::uint64_t>(want)) << x[i] << " " << y;
+    }
+    TVec yv = x, r2;
+    for (int i = 0; i < x.Length(); ++i) yv[i] = y;
+    r2.Rem(x, yv);
+    for (int i = 0; i < x.Length(); ++i)
+      EXPECT_EQ(std::bit_cast<std::uint64_t>(r2[i]), std::bit_cast<std::uint64_t>(r[i])) << i;
+  }
+  TVec a = Real({3e16});
+  a.FixAngle();
+  EXPECT_EQ(a[0], Rem(3e16, TWOPI));
 }
 
 TEST(Parameters, PowerLogNSinCos) {

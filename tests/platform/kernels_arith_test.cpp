@@ -19,11 +19,28 @@ C RefInv(C b) {
   const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
   return {b.Re * s, -b.Im * s};
 }
-double Modulus(C z) { return std::sqrt(z.Re * z.Re + z.Im * z.Im); }
-// z moved to modulus level along its own direction; 0 goes to (level, 0).
+// Whether Re^2 + Im^2 stays a normal double (or is an exact 0): elsewhere the modulus is taken
+// without the squares, and moving z onto a circle divides by it.
+bool NormInRange(C z) {
+  const double m = z.Re * z.Re + z.Im * z.Im;
+  return (m >= 0x1p-1022 || (z.Re == 0.0 && z.Im == 0.0)) && m <= 0x1.fffffffffffffp+1023;
+}
+double Modulus(C z) { return NormInRange(z) ? std::sqrt(z.Re * z.Re + z.Im * z.Im) : std::hypot(z.Re, z.Im); }
+// z moved to modulus level along its own direction; 0 goes to (level, 0), infinities by angle.
 C OnCircle(C z, double level) {
   const double m = Modulus(z);
-  return m == 0.0 ? C{level, 0.0} : C{z.Re * (level / m), z.Im * (level / m)};
+  if (m == 0.0) return {level, 0.0};
+  if (NormInRange(z)) return {z.Re * (level / m), z.Im * (level / m)};
+  if (std::isinf(m)) return {level * std::cos(std::atan2(z.Im, z.Re)), level * std::sin(std::atan2(z.Im, z.Re))};
+  return {z.Re / m * level, z.Im / m * level};
+}
+// The clamped reciprocal of z; beyond the squares' range 1/z is w / |w|^2 without forming |w|^2.
+C ClampedInv(C z, double level) {
+  const double m = Modulus(z);
+  const C w = m < level ? OnCircle(z, level) : z;
+  if (NormInRange(z)) return RefInv(w);
+  const double mw = m < level ? level : m;
+  return {w.Re / mw / mw, -w.Im / mw / mw};
 }
 
 TEST(KernelsArith, ArrayWithArrayInAllFourForms) {
@@ -119,7 +136,7 @@ TEST(KernelsArith, ClampedReciprocalKeepsSignAndPhase) {
   LTInv(x, 2.0, r, 8);
   for (int i = 0; i < 8; ++i) EXPECT_TRUE(Same(r[i], want[i])) << i << " got " << r[i];
   CheckUnary<C, C>("LTInv c", WithValue<C, D, C>(LTInv, 3.0),
-                   [](C a) { return RefInv(Modulus(a) < 3.0 ? OnCircle(a, 3.0) : a); });
+                   [](C a) { return ClampedInv(a, 3.0); });
 }
 
 TEST(KernelsArith, NormalizeInThreeForms) {

@@ -30,8 +30,13 @@ TEST(KernelsRound, CeilFloorFracAndTruncAndFrac) {
 }
 
 TEST(KernelsRound, RemainderKeepsTheSignOfX) {
-  CheckBinary<D, D, D>("Rem", Pick<D, D, D>(Rem), [](D x, D y) { return x - y * std::trunc(x / y); });
-  CheckUnary<D, D>("Rem value", WithValue<D, D, D>(Rem, 2.5), [](D x) { return x - 2.5 * std::trunc(x / 2.5); });
+  // The scalar function's rule: quotient and product in extended precision.
+  const auto ref = [](D x, D y) {
+    const long double q = std::trunc(static_cast<long double>(x) / y);
+    return static_cast<D>(x - y * q);
+  };
+  CheckBinary<D, D, D>("Rem", Pick<D, D, D>(Rem), ref);
+  CheckUnary<D, D>("Rem value", WithValue<D, D, D>(Rem, 2.5), [ref](D x) { return ref(x, 2.5); });
 }
 
 TEST(KernelsRound, SignMultiplyInFourForms) {

@@ -63,7 +63,18 @@ struct ScaleBy {
 inline constexpr double kMinusOne = -1.0;
 
 QUOREL_KERNEL(SqrK, kern::Sqr)
-QUOREL_KERNEL(SqrtK, kern::Sqrt)
+/// Square root. Complex lanes whose Re^2 + Im^2 over- or underflows a double go through the
+/// scalar CSqrt, whose extended range holds it; one vectorised scan keeps the rest on the kernel.
+struct SqrtK {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { kern::Sqrt(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    if (kern::NormsInRange(x, n)) return kern::Sqrt(x, r, n);
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      if (kern::NormsInRange(x + i, 1)) kern::Sqrt(x + i, r + i, 1);
+      else r[i] = quorel::CSqrt(x[i]);
+    }
+  }
+};
 QUOREL_KERNEL(ExpK, kern::Exp)
 QUOREL_KERNEL(CbrtK, kern::Cbrt)
 QUOREL_KERNEL(InvCbrtK, kern::InvCbrt)

@@ -255,6 +255,12 @@ QUOREL_KERNEL void Sqrt(const TCplx* x, TCplx* r, ptrdiff_t n) {
   });
 }
 
+QUOREL_KERNEL bool NormsInRange(const TCplx* x, ptrdiff_t n) {
+  bool all = true;
+  for (ptrdiff_t i = 0; i < n; ++i) all &= detail::NormInRange(x[i]);
+  return all;
+}
+
 QUOREL_KERNEL void Inv(const double* x, double* r, ptrdiff_t n) {
   Map(x, r, n, [](double a) { return 1.0 / a; });
 }
@@ -262,10 +268,19 @@ QUOREL_KERNEL void LTInv(const double* x, double level, double* r, ptrdiff_t n) 
   Map(x, r, n, [level](double a) { return 1.0 / (std::fabs(a) < level ? std::copysign(level, a) : a); });
 }
 QUOREL_KERNEL void LTInv(const TCplx* x, double level, TCplx* r, ptrdiff_t n) {
-  Map(x, r, n, [level](TCplx z) {
-    const double m = std::sqrt(CNorm(z));
-    return CInv(detail::ToModulus(z, m, level, m < level));
-  });
+  detail::MapUnlessRare(
+      x, r, n, detail::NormInRange,
+      [level](TCplx z) {
+        const double m = std::sqrt(CNorm(z));
+        return CInv(detail::ToModulus(z, m, level, m < level));
+      },
+      [level](TCplx z) {
+        // Here 1/z is formed through the modulus, whose square is out of range.
+        const double m = std::hypot(z.Re, z.Im);
+        const TCplx w = detail::ToModulusWide(z, m, level, m < level);
+        const double mw = m < level ? level : m;
+        return TCplx{w.Re / mw / mw, -w.Im / mw / mw};
+      });
 }
 
 QUOREL_KERNEL void Abs(const double* x, double* r, ptrdiff_t n) {

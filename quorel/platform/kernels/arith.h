@@ -90,6 +90,9 @@ void Sqrt(const double* x, double* r, std::ptrdiff_t n);
 /// Principal complex root: t = sqrt((|z| + |Re|)/2); Re >= 0 gives (t, Im/(2t)), Re < 0 gives
 /// (|Im|/(2t), +-t) with the sign of Im (-0 counts as positive); t = 0 gives (0, 0).
 void Sqrt(const TCplx* x, TCplx* r, std::ptrdiff_t n);
+/// Whether Re^2 + Im^2 of every value is a normal double or an exact 0 (the kernels' squared
+/// modulus neither overflows nor underflows).
+bool NormsInRange(const TCplx* x, std::ptrdiff_t n);
 
 /// r = 1 / x.
 void Inv(const double* x, double* r, std::ptrdiff_t n);

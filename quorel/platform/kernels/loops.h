@@ -4,6 +4,7 @@
 // per clone of the enclosing kernel.
 
 #include <cstddef>
+#include <cmath>
 #include <cstring>
 
 #include "quorel/core/types.h"
@@ -83,6 +84,25 @@ QUOREL_KERNEL_INLINE TCplx CInv(TCplx b) {
 
 QUOREL_KERNEL_INLINE double CNorm(TCplx z) { return z.Re * z.Re + z.Im * z.Im; }
 
+/// Whether CNorm(z) neither overflows nor underflows (0 itself is exact).
+QUOREL_KERNEL_INLINE bool NormInRange(TCplx z) {
+  const double m = CNorm(z);
+  return (m >= 2.2250738585072014e-308 || (z.Re == 0.0 && z.Im == 0.0)) && m <= 1.7976931348623157e308;
+}
+
+/// r[i] = fast(x[i]) where ok(x[i]), else slow(x[i]). One vectorised scan of x first, so the
+/// common call with every lane ok runs the fast loop unchanged; safe in place.
+template <class X, class R, class Ok, class Fast, class Slow>
+QUOREL_KERNEL_INLINE void MapUnlessRare(const X* x, R* r, std::ptrdiff_t n, Ok ok, Fast fast, Slow slow) {
+  bool all = true;
+  for (std::ptrdiff_t i = 0; i < n; ++i) all &= ok(x[i]);
+  if (all) {
+    Map(x, r, n, fast);
+    return;
+  }
+  for (std::ptrdiff_t i = 0; i < n; ++i) r[i] = ok(x[i]) ? fast(x[i]) : slow(x[i]);
+}
+
 /// z with its modulus m moved to level when move is set, keeping the phase; 0 becomes
 /// (level, 0). Parts are selected one by one: a select on the whole record keeps loops scalar.
 QUOREL_KERNEL_INLINE TCplx ToModulus(TCplx z, double m, double level, bool move) {
@@ -90,6 +110,18 @@ QUOREL_KERNEL_INLINE TCplx ToModulus(TCplx z, double m, double level, bool move)
   const double re = move ? (m == 0.0 ? level : z.Re * s) : z.Re;
   const double im = move ? (m == 0.0 ? 0.0 : z.Im * s) : z.Im;
   return {re, im};
+}
+
+/// ToModulus for any finite or infinite z, with m its modulus taken without over- or underflow:
+/// an infinite z keeps its phase by angle.
+QUOREL_KERNEL_INLINE TCplx ToModulusWide(TCplx z, double m, double level, bool move) {
+  if (!move) return z;
+  if (m == 0.0) return {level, 0.0};
+  if (m > 1.7976931348623157e308) {
+    const double a = std::atan2(z.Im, z.Re);
+    return {level * std::cos(a), level * std::sin(a)};
+  }
+  return {z.Re / m * level, z.Im / m * level};
 }
 
 }  // namespace quorel::kern::detail
