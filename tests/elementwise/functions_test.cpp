@@ -3,10 +3,12 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <string>
 #include <complex>
 
 #include <gtest/gtest.h>
 
+#include "quorel/core/complex_trig.h"
 #include "quorel/core/errors.h"
 #include "quorel/core/scalar_complex.h"
 #include "quorel/core/scalar_real.h"
@@ -61,6 +63,33 @@ TEST(ComplexFunctions, TangentsOfLargePartsReachTheirLimits) {
   EXPECT_EQ(r.CValues()[1], (TCplx{0, -1}));
   r.Cot(Cplx({{1, 800}}));
   EXPECT_EQ(r.CValues()[0], (TCplx{0, -1}));
+}
+
+// A zero part whose partner overflows: the product with sin(+-0) is that signed zero, not
+// inf * 0 = NaN, as the scalar functions give.
+TEST(ComplexFunctions, OverflowBesideAZeroPartKeepsTheZero) {
+  using F = TCplx (*)(const TCplx&);
+  using Member = TVec& (TVec::*)(const TDenseQuorel&);
+  struct Case {
+    const char* name;
+    Member vec;
+    F scalar;
+    TCplx z;
+  };
+  const Case cases[] = {
+      {"Exp", &TVec::Exp, Exp, {1000, 0}},     {"Exp", &TVec::Exp, Exp, {1000, -0.0}},
+      {"Sinh", &TVec::Sinh, Sinh, {1000, 0}},  {"Sinh", &TVec::Sinh, Sinh, {-1000, -0.0}},
+      {"Cosh", &TVec::Cosh, Cosh, {1000, 0}},  {"Cosh", &TVec::Cosh, Cosh, {-1000, 0}},
+      {"Sin", &TVec::Sin, Sin, {0, 1000}},     {"Cos", &TVec::Cos, Cos, {-0.0, 1000}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.name) + " " + std::to_string(c.z.Re) + (std::signbit(c.z.Im) ? " -0" : ""));
+    TVec r;
+    (r.*c.vec)(Cplx({c.z}));
+    const TCplx want = c.scalar(c.z), got = r.CValues()[0];
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(got.Re), std::bit_cast<std::uint64_t>(want.Re)) << got.Re << " " << want.Re;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(got.Im), std::bit_cast<std::uint64_t>(want.Im)) << got.Im << " " << want.Im;
+  }
 }
 
 TEST(HyperbolicReciprocals, ReachTheSubnormalRange) {

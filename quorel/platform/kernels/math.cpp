@@ -445,16 +445,28 @@ struct ComplexOp {
   }
 };
 
+// f * s, s the sine of `arg`: where arg is a zero, s is that signed zero and the product is a
+// signed zero even when f has overflowed (inf * 0 would be NaN).
+template <int W>
+QUOREL_KERNEL_INLINE Vec<W> TimesSine(Vec<W> f, Vec<W> s, Vec<W> arg) {
+  const Vec<W> big = Splat<W>(0x1.fffffffffffffp+1023);
+  const Vec<W> finite = f > big ? big : (f < -big ? -big : f);
+  return arg == 0.0 ? finite * s : f * s;
+}
+
 // sin, cos (kHyp false: of x + iy from the sine and cosine of x and the sinh and cosh of y) and
 // sinh, cosh (kHyp true: the roles of x and y swapped).
 template <bool kHyp, bool kCos>
 struct CTrigF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
-    const auto sc = Simd<W>::SinCos(kHyp ? y : x);
+    const Vec<W> t = kHyp ? y : x;
+    const auto sc = Simd<W>::SinCos(t);
     const SinhCoshV<W> h = SinhCoshOf<W>(kHyp ? x : y);
-    if constexpr (kHyp) return kCos ? CVec<W>{h.ch * sc.y, h.sh * sc.x} : CVec<W>{h.sh * sc.y, h.ch * sc.x};
-    return kCos ? CVec<W>{sc.y * h.ch, -(sc.x * h.sh)} : CVec<W>{sc.x * h.ch, sc.y * h.sh};
+    if constexpr (kHyp) {
+      return kCos ? CVec<W>{h.ch * sc.y, TimesSine<W>(h.sh, sc.x, t)} : CVec<W>{h.sh * sc.y, TimesSine<W>(h.ch, sc.x, t)};
+    }
+    return kCos ? CVec<W>{sc.y * h.ch, -TimesSine<W>(h.sh, sc.x, t)} : CVec<W>{TimesSine<W>(h.ch, sc.x, t), sc.y * h.sh};
   }
 };
 using CSinF = CTrigF<false, false>;
@@ -506,7 +518,7 @@ struct CExpF {
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
     const auto sc = Simd<W>::SinCos(y);
     const Vec<W> e = Simd<W>::kFn1[kExp](x);
-    return {e * sc.y, e * sc.x};
+    return {e * sc.y, TimesSine<W>(e, sc.x, y)};
   }
 };
 
