@@ -122,21 +122,29 @@ TEST(ComplexFunctions, TrigonometricIdentities) {
 
 // On a branch cut the sign of a zero part picks the side: (x, +0) gives the limit from above the
 // real axis, (x, -0) from below (for the imaginary axis: right and left). A real value stored in a
-// complex is the common case, and 1/z must not drop the sign on the way to the inverse function.
+// complex is the common case, and 1/z must not drop the sign on the way to the inverse function,
+// in the scalar functions and in the vector methods alike.
 TEST(ComplexFunctions, ReciprocalInversesTakeTheSideOfTheZerosSign) {
   using F = TCplx (*)(const TCplx&);
+  using Member = TVec& (TVec::*)(const TDenseQuorel&);
   const double acosh2 = std::acosh(2.0), acoth2 = 0.5 * std::log(3.0);
   struct Case {
     const char* name;
     F f;
+    Member vec;
     TCplx onCut;  // the zero part is +0
     TCplx want;   // the limit from the +0 side
   };
   const Case cases[] = {
-      {"ArcSec", ArcSec, {0.5, 0.0}, {0, acosh2}},           {"ArcSec", ArcSec, {-0.5, 0.0}, {PI, acosh2}},
-      {"ArcCsc", ArcCsc, {0.5, 0.0}, {PIDIV2, -acosh2}},     {"ArcCoth", ArcCoth, {0.5, 0.0}, {acoth2, -PIDIV2}},
-      {"ArcSech", ArcSech, {2.0, 0.0}, {0, -PI / 3}},        {"ArcSech", ArcSech, {-0.5, 0.0}, {acosh2, -PI}},
-      {"ArcCot", ArcCot, {0.0, 0.5}, {PIDIV2, -acoth2}},     {"ArcCsch", ArcCsch, {0.0, 0.5}, {acosh2, -PIDIV2}},
+      {"ArcSec", ArcSec, &TVec::ArcSec, {0.5, 0.0}, {0, acosh2}},
+      {"ArcSec", ArcSec, &TVec::ArcSec, {-0.5, 0.0}, {PI, acosh2}},
+      {"ArcCsc", ArcCsc, &TVec::ArcCsc, {0.5, 0.0}, {PIDIV2, -acosh2}},
+      {"ArcCsc", ArcCsc, &TVec::ArcCsc, {-0.5, 0.0}, {-PIDIV2, -acosh2}},
+      {"ArcCoth", ArcCoth, &TVec::ArcCoth, {0.5, 0.0}, {acoth2, -PIDIV2}},
+      {"ArcSech", ArcSech, &TVec::ArcSech, {2.0, 0.0}, {0, -PI / 3}},
+      {"ArcSech", ArcSech, &TVec::ArcSech, {-0.5, 0.0}, {acosh2, -PI}},
+      {"ArcCot", ArcCot, &TVec::ArcCot, {0.0, 0.5}, {PIDIV2, -acoth2}},
+      {"ArcCsch", ArcCsch, &TVec::ArcCsch, {0.0, 0.5}, {acosh2, -PIDIV2}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name + std::string("(") + std::to_string(c.onCut.Re) + ", " + std::to_string(c.onCut.Im) + ")");
@@ -150,6 +158,10 @@ TEST(ComplexFunctions, ReciprocalInversesTakeTheSideOfTheZerosSign) {
     // A tiny nonzero part approaches from the same side without any signed zero.
     const TCplx above = realAxis ? TCplx{c.onCut.Re, 1e-300} : TCplx{1e-300, c.onCut.Im};
     ExpectNear(c.f(above), c.want);
+    TVec r;
+    (r.*c.vec)(test::Cplx({c.onCut, below}));
+    ExpectNear(r.CValues()[0], c.want);
+    ExpectNear(r.CValues()[1], wantBelow);
   }
 }
 
