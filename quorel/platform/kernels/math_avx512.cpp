@@ -32,6 +32,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 
 #ifndef __AVX512F__
 #define __AVX512F__ 1
@@ -402,34 +403,35 @@ QUOREL_AVX512_INLINE V SinOrCos(V x) {
   return Trig<kCos ? 1 : 0, !kCos>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
 }
 
-// tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh with the
-// large part of de carried exactly, as for cosine (1 - w is exact, and the second fused step
-// recovers the first one's rounding to about 2^-106):
-//   nu = rh + rh z P(z),  de = w + (we + z^2 Q(z)),  w + we = 1 - qr rh
-// (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). One quotient t of
-// the two sums, its residual rho brought back by a fused step, and rl by the derivative 1 + t^2
-// (of tan, and of -cot), all added to t in one rounding.
+// tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh:
+//   nu = rh + rh z P(z),  de = 1 - z/4 + z^2 Q(z)
+// (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). de is carried
+// as K + dt with the constant K = 7/8 near its low end (0.82 at |r| = pi/4, where the errors
+// count most): 1 - K - rh^2/4 is then small and its fused step nearly exact, and dt has few
+// bits to round. One quotient t of the two sums, its residual rho brought back by a fused step,
+// all added to t in one rounding. Q is split in two halves (Estrin) to shorten the chain.
 QUOREL_AVX512_INLINE V TanOf(V x) {
   const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
+    constexpr double kDenHi = 0.875;
     const V z = q.rh * q.rh;
+    const V z2 = z * z;
     // rl enters as nu += rl de, de -= rl nu (either way round): that moves the quotient by
     // rl (1 + t^2), the derivative of tan and of -cot alike. Both are taken to first order, as
-    // nu += rl and de -= rl rh, the latter folded into the carry through qr = rh/4 + rl. That
-    // saves two products; what it leaves out (rl z/4, and qr's rounding) is bounded by about
-    // 0.2 ulp and moved the worst case found in random sweeps from 0.78 to 0.85 ulp.
-    const V qr = Fma(q.rh, Set(0.25), q.rl);
-    // fnmadd spelled out: with -qr the compiler spends an instruction on the negation.
-    const V w = _mm512_fnmadd_pd(qr, q.rh, Set(1.0));
-    const V we = _mm512_fnmadd_pd(qr, q.rh, Set(1.0) - w);
+    // nu += rl and de -= rl rh.
     const V nt = Fma(q.rh * z, Horner(z, kTanNum), q.rl);
-    const V dt = Fma(z * z, Horner(z, kTanDen), we);
+    static_assert(std::size(kTanDen) == 4, "Q is evaluated as two halves of two terms");
+    const V qa = Fma(z, Set(kTanDen[1]), Set(kTanDen[0])), qb = Fma(z, Set(kTanDen[3]), Set(kTanDen[2]));
+    const V carry = _mm512_fnmadd_pd(q.rl, q.rh, _mm512_fnmadd_pd(q.rh * 0.25, q.rh, Set(1.0 - kDenHi)));
+    const V dt = Fma(z2, Fma(z2, qb, qa), carry);
     const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
     const V zero = _mm512_setzero_pd();
-    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, w), _mm512_mask_blend_pd(odd, nt, dt)};
-    const Pair den = {_mm512_mask_sub_pd(w, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
+    const V k = Set(kDenHi);
+    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, k), _mm512_mask_blend_pd(odd, nt, dt)};
+    const Pair den = {_mm512_mask_sub_pd(k, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
     const V d = den.hi + den.lo;
     const V t = (num.hi + num.lo) / d;
-    const V rho = _mm512_fnmadd_pd(t, den.lo, _mm512_fnmadd_pd(t, den.hi, num.hi) + num.lo);
+    // Two independent residuals, summed: the chain after the quotient is one step shorter.
+    const V rho = _mm512_fnmadd_pd(t, den.hi, num.hi) + _mm512_fnmadd_pd(t, den.lo, num.lo);
     return Fma(rho, _mm512_rcp14_pd(d), t);
   };
   return Trig<0, true>(x, f, [](V v) { return Sleef_tand8_u10(v); });
