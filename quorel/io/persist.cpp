@@ -181,12 +181,15 @@ void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& c
     return;
   }
   const bool direct = Aligned(in, codec);
+  // Unstaged decoders reading in place take the block whole, as the encoders do: a call per
+  // chunk costs the narrowest types a third of their time.
+  const ptrdiff_t chunk = codec.staged || !direct ? kChunk : count;
   ForEachChunk(count, stores, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const uint8_t* at = in + i * codec.bytes;
     if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));
     codec.decode(direct ? at : s.bytes, dst + i, n, s);
     return true;
-  });
+  }, chunk);
 }
 
 }  // namespace

@@ -78,29 +78,47 @@ QUOREL_KERNEL_INLINE void ToIntViaSingle(const double* x, I* r, ptrdiff_t n, TRo
   }
 }
 
-// Widened results are stored around the caches straight from the conversion, 16 bytes at a time
-// (the baseline's widest non-temporal store; wider ones would need code per instruction set).
+// 8 values widened to doubles and stored around the caches, 16 bytes at a time (the baseline's
+// widest non-temporal store; wider ones would need code per instruction set). Narrow integers
+// widen to int32 first, which the vector units convert directly.
+template <class S>
+QUOREL_KERNEL_INLINE void StreamLine(const S (&in)[8], double* r) {
+  typedef double D8 __attribute__((vector_size(64)));
+  typedef S S8 __attribute__((vector_size(8 * sizeof(S))));
+  typedef std::int32_t I8 __attribute__((vector_size(32)));
+  S8 v;
+  std::memcpy(&v, in, sizeof v);
+  D8 line;
+  if constexpr (sizeof(S) < 4) {
+    line = __builtin_convertvector(__builtin_convertvector(v, I8), D8);
+  } else {
+    line = __builtin_convertvector(v, D8);
+  }
+  for (int k = 0; k < 8; k += 2) _mm_stream_pd(r + k, __m128d{line[k], line[k + 1]});
+}
+
 template <class S>
 QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n, TStores stores) {
   const auto widen = [](S a) { return static_cast<double>(a); };
   const bool around = stores == TStores::Around || StoresFor(n * 8) == TStores::Around;
   if (!around || reinterpret_cast<std::uintptr_t>(r) % 8 != 0) return Map(x, r, n, widen);
-  typedef double D8 __attribute__((vector_size(64)));
-  typedef S S8 __attribute__((vector_size(8 * sizeof(S))));
-  typedef std::int32_t I8 __attribute__((vector_size(32)));
   ptrdiff_t i = 0;
   for (; i < n && reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = widen(x[i]);
-  for (; i + 8 <= n; i += 8) {
-    S8 in;
-    std::memcpy(&in, x + i, sizeof in);
-    // Narrow integers widen to int32 first, which the vector units convert directly.
-    D8 line;
-    if constexpr (sizeof(S) < 4) {
-      line = __builtin_convertvector(__builtin_convertvector(in, I8), D8);
-    } else {
-      line = __builtin_convertvector(in, D8);
+  if constexpr (sizeof(S) == 1) {
+    // Eight bytes in a vector are widened one by one; sixteen go to 16-bit lanes in one step.
+    typedef S S16 __attribute__((vector_size(16)));
+    typedef std::int16_t H16 __attribute__((vector_size(32)));
+    for (; i + 16 <= n; i += 16) {
+      S16 in;
+      std::memcpy(&in, x + i, sizeof in);
+      const H16 h = __builtin_convertvector(in, H16);
+      std::int16_t half[2][8];
+      std::memcpy(half, &h, sizeof h);
+      StreamLine(half[0], r + i);
+      StreamLine(half[1], r + i + 8);
     }
-    for (int k = 0; k < 8; k += 2) _mm_stream_pd(r + i + k, __m128d{line[k], line[k + 1]});
+  } else {
+    for (; i + 8 <= n; i += 8) StreamLine(*reinterpret_cast<const S(*)[8]>(x + i), r + i);
   }
   // A fence per piece would drain the write-combining buffers every few kilobytes.
   if (stores == TStores::Auto) _mm_sfence();
