@@ -83,8 +83,11 @@ void CheckToInt(const char* name) {
 }
 
 TEST(KernelsConvert, DoubleToIntegersSaturatesAndRounds) {
-  CheckToInt<std::int32_t>("int32");
-  CheckToInt<std::uint32_t>("uint32");
+  // The 32-bit types have their own kernel on the AVX-512 path.
+  ForEachIsa([](const std::string& path) {
+    CheckToInt<std::int32_t>(("int32" + path).c_str());
+    CheckToInt<std::uint32_t>(("uint32" + path).c_str());
+  });
   CheckToInt<std::int16_t>("int16");
   CheckToInt<std::uint16_t>("uint16");
   CheckToInt<std::int8_t>("int8");
@@ -92,16 +95,19 @@ TEST(KernelsConvert, DoubleToIntegersSaturatesAndRounds) {
   const D x[] = {3e9, -3e9, 2.5, 3.5, -2.5, -0.5, 1.5, -1.7, kNaN, kInf, -kInf, 2147483647.6, -2147483648.9};
   const std::int32_t round[] = {INT_MAX, INT_MIN, 2, 4, -2, 0, 2, -2, 0, INT_MAX, INT_MIN, INT_MAX, INT_MIN};
   const std::int32_t trunc[] = {INT_MAX, INT_MIN, 2, 3, -2, 0, 1, -1, 0, INT_MAX, INT_MIN, INT_MAX, INT_MIN};
-  std::int32_t r[13], t[13];
-  Convert(x, r, 13, rnRound);
-  Convert(x, t, 13, rnTrunc);
-  for (int i = 0; i < 13; ++i) EXPECT_TRUE(r[i] == round[i] && t[i] == trunc[i]) << x[i] << ": " << r[i] << " " << t[i];
-  // Ties go to even whatever the processor's rounding mode.
-  const int mode = std::fegetround();
-  std::fesetround(FE_UPWARD);
-  Convert(x + 2, r, 3, rnRound);
-  std::fesetround(mode);
-  EXPECT_TRUE(r[0] == 2 && r[1] == 4 && r[2] == -2) << r[0] << " " << r[1] << " " << r[2];
+  ForEachIsa([&](const std::string& path) {
+    std::int32_t r[13], t[13];
+    Convert(x, r, 13, rnRound);
+    Convert(x, t, 13, rnTrunc);
+    for (int i = 0; i < 13; ++i)
+      EXPECT_TRUE(r[i] == round[i] && t[i] == trunc[i]) << path << " " << x[i] << ": " << r[i] << " " << t[i];
+    // Ties go to even whatever the processor's rounding mode.
+    const int mode = std::fegetround();
+    std::fesetround(FE_UPWARD);
+    Convert(x + 2, r, 3, rnRound);
+    std::fesetround(mode);
+    EXPECT_TRUE(r[0] == 2 && r[1] == 4 && r[2] == -2) << path << " " << r[0] << " " << r[1] << " " << r[2];
+  });
 }
 
 TEST(KernelsConvert, SingleSaturatesFiniteValuesAndWidensExactly) {
@@ -132,6 +138,10 @@ TEST(KernelsConvert, LongResultsMatchShortOnes) {
   ExpectLongSameAsPieces<float>([](const D* x, float* r, ptrdiff_t n) { Convert(x, r, n); });
   ExpectLongSameAsPieces<std::int16_t>([](const D* x, std::int16_t* r, ptrdiff_t n) { Convert(x, r, n, rnRound); });
   ExpectLongSameAsPieces<std::uint16_t>([](const D* x, std::uint16_t* r, ptrdiff_t n) { ConvertViaSingle(x, r, n, rnTrunc); });
+  ForEachIsa([](const std::string&) {
+    ExpectLongSameAsPieces<std::int32_t>([](const D* x, std::int32_t* r, ptrdiff_t n) { Convert(x, r, n, rnRound); });
+    ExpectLongSameAsPieces<std::uint32_t>([](const D* x, std::uint32_t* r, ptrdiff_t n) { Convert(x, r, n, rnTrunc); });
+  });
 }
 
 }  // namespace

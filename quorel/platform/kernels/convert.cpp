@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include "quorel/platform/kernels/detail/convert_avx512.h"
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"
+#include "quorel/platform/kernels/math.h"
 
 namespace quorel::kern {
 
@@ -52,6 +54,9 @@ QUOREL_KERNEL_INLINE void MapStored(const S* x, R* r, ptrdiff_t n, F f) {
 
 template <class I>
 QUOREL_KERNEL_INLINE void ToInt(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
+  if constexpr (sizeof(I) == 4) {
+    if (KernelIsa() == TKernelIsa::Avx512) return detail::ToInt32Avx512(x, r, n, rounding);
+  }
   if (rounding == rnRound) {
     const NearestRounding nearest;
     MapStored(x, r, n, [](double a) { return ToIntOrZero<I>(RoundEven(Clamp<I>(a))); });
