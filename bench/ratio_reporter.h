@@ -2,6 +2,8 @@
 // A console reporter that, after the runs, prints the time of the "quorel" variant of each
 // operation divided by the time of each other variant (median of the repetitions, or the single
 // run). Benchmarks are named "Operation/variant"; the arguments of a run join the operation key.
+// A benchmark named "Group.*/variant" is that variant of every operation "Group.<name>" that has
+// none of its own.
 // Optionally one user counter of the quorel variant (for example allocations per call) is listed.
 // When QUOREL_PEERS names a JSON file {"<Operation>/<args>": {"<peer>": ns_per_call, ...}} (written
 // by bench/peers/<name>_peers.py), each peer becomes one more column, quorel time / peer time.
@@ -52,11 +54,18 @@ class RatioReporter : public benchmark::ConsoleReporter {
     if (!counter_.empty()) std::printf(" %11s", counter_.c_str());
     std::printf("\n");
     for (const auto& [key, t] : times_) {
+      if (key.ends_with('*')) continue;
+      const auto shared = times_.find(key.substr(0, key.find('.') + 1) + "*");
       std::printf("%-28s", key.c_str());
       const auto q = t.find("quorel");
       for (const auto& o : others_) {
-        const auto it = t.find(o);
-        std::printf(" %10.2fx", q != t.end() && it != t.end() ? q->second / it->second : NAN);
+        double other = NAN;
+        if (const auto it = t.find(o); it != t.end()) {
+          other = it->second;
+        } else if (shared != times_.end() && shared->second.count(o)) {
+          other = shared->second.at(o);
+        }
+        std::printf(" %10.2fx", q != t.end() ? q->second / other : NAN);
       }
       const auto peer = peers_.find(key);
       for (const auto& p : peerNames_) {
