@@ -22,7 +22,8 @@ TEST(RealFunctions, DomainErrorsLimitsAndSignsOfZeros) {
       {Ln(0), -INF},        {Ln1(-1), -INF},           {ArcTanh(1), INF},        {Exp(710), INF},
       {Exp(-INF), 0},       {IntPower(0, -1), INF},    {IntPower(NaN, 0), 1},    {Log2(1), 0},
       {Log2X(1), 0},        {TanhX(-1000), -1},        {ArcCot(0.0), PIDIV2},    {ArcCot(-0.0), -PIDIV2},
-      {ArcSec(-1.0), PI},   {ArcSec(INF), PIDIV2},     {ArcTan2(0.0, -1.0), PI}, {ArcTan2(-0.0, -1.0), -PI}};
+      {ArcSec(-1.0), PI},   {ArcSec(INF), PIDIV2},     {ArcTan2(0.0, -1.0), PI}, {ArcTan2(-0.0, -1.0), -PI},
+      {Csc(-0.0), -INF},    {Cot(-0.0), -INF},         {Csc(0.0), INF},          {Cot(0.0), INF}};
   for (const auto& e : exact) EXPECT_EQ(e[0], e[1]) << "entry " << &e - exact;
   EXPECT_TRUE(std::signbit(ArcSin(-0.0)) && std::signbit(TanhX(-0.0)));
 }

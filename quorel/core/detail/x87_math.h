@@ -433,6 +433,11 @@ inline constexpr double kTrigReduceLimit = 2.1e8;
 /// sin x and cos x by reduction to |r| <= pi/64 and the table at j pi/32; the C library's
 /// full reduction beyond kTrigReduceLimit, for infinities and NaN.
 inline void SinCosL(L x, L& s, L& c) {
+  if (x == 0) {  // the table sum below would turn sin(-0) into +0
+    s = x;
+    c = 1;
+    return;
+  }
   if (!(std::fabs(x) < kTrigReduceLimit)) {
     ::sincosl(x, &s, &c);
     return;
