@@ -1,6 +1,7 @@
 // Elementary functions on vectors: the complex formulas, rounding through 32-bit integers,
 // thresholds and the members with parameters.
 #include <bit>
+#include <cfloat>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -89,6 +90,27 @@ TEST(ComplexFunctions, OverflowBesideAZeroPartKeepsTheZero) {
     const TCplx want = c.scalar(c.z), got = r.CValues()[0];
     EXPECT_EQ(std::bit_cast<std::uint64_t>(got.Re), std::bit_cast<std::uint64_t>(want.Re)) << got.Re << " " << want.Re;
     EXPECT_EQ(std::bit_cast<std::uint64_t>(got.Im), std::bit_cast<std::uint64_t>(want.Im)) << got.Im << " " << want.Im;
+  }
+}
+
+// e^x overflows from x = 709.78, yet e^x cos y and e^x sin y may each stay finite: every part
+// is finite where its true value is, and infinite with its sign where not.
+TEST(ComplexFunctions, ExponentialOverflowsPartByPart) {
+  const TCplx z[] = {{710, 1}, {710, 3}, {710.5, 1.5707963267948966}, {711, -2}, {1000, 0.5}, {709.5, 1}};
+  TVec r;
+  r.Exp(Cplx({z[0], z[1], z[2], z[3], z[4], z[5]}));
+  for (int i = 0; i < 6; ++i) {
+    const auto ref = std::exp(std::complex<long double>(z[i].Re, z[i].Im));
+    const double got[] = {r.CValues()[i].Re, r.CValues()[i].Im};
+    const long double want[] = {ref.real(), ref.imag()};
+    for (int k = 0; k < 2; ++k) {
+      SCOPED_TRACE(std::to_string(z[i].Re) + " " + std::to_string(z[i].Im) + (k ? " Im" : " Re"));
+      if (std::fabs(want[k]) > DBL_MAX) {
+        EXPECT_TRUE(std::isinf(got[k]) && std::signbit(got[k]) == std::signbit(want[k])) << got[k];
+      } else {
+        EXPECT_LE(std::fabs((got[k] - want[k]) / want[k]), 4 * MACHEP) << got[k] << " " << static_cast<double>(want[k]);
+      }
+    }
   }
 }
 

@@ -513,12 +513,24 @@ struct CTanhF {
     return t;
   }
 };
+// e^x beyond this overflows, though e^x cos y or e^x sin y may not.
+inline constexpr double kExpOverflow = 0x1.62e42fefa39efp+9;
+
 struct CExpF {
   template <int W>
   QUOREL_KERNEL_INLINE static CVec<W> Of(Vec<W> x, Vec<W> y) {
     const auto sc = Simd<W>::SinCos(y);
     const Vec<W> e = Simd<W>::kFn1[kExp](x);
-    return {e * sc.y, TimesSine<W>(e, sc.x, y)};
+    CVec<W> r{e * sc.y, TimesSine<W>(e, sc.x, y)};
+    const auto over = x > kExpOverflow;
+    if (AnyLane<W>(over)) {
+      // e^(x/2) f e^(x/2): finite where the product is (about an ulp more rounding); a zero y
+      // is its own imaginary part.
+      const Vec<W> h = Simd<W>::kFn1[kExp](0.5 * x);
+      r.re = over ? (h * sc.y) * h : r.re;
+      r.im = over ? (y == 0.0 ? y : (h * sc.x) * h) : r.im;
+    }
+    return r;
   }
 };
 
