@@ -110,7 +110,8 @@ QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n, TStores s
   ptrdiff_t i = 0;
   for (; i < n && reinterpret_cast<std::uintptr_t>(r + i) % 64 != 0; ++i) r[i] = widen(x[i]);
   if constexpr (sizeof(S) == 1) {
-    // Eight bytes in a vector are widened one by one; sixteen go to 16-bit lanes in one step.
+    // The compiler widens a vector of eight bytes one byte at a time; sixteen go to 16-bit lanes
+    // in one step.
     typedef S S16 __attribute__((vector_size(16)));
     typedef std::int16_t H16 __attribute__((vector_size(32)));
     for (; i + 16 <= n; i += 16) {
