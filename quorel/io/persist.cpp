@@ -59,7 +59,9 @@ struct TCodec {
   std::int32_t align;  // of the encoded type: encoders write it, decoders read it in place
   TEncoder encode;
   TDecoder decode;
-  bool staged;  // the encoder passes through the scratch, so it takes a chunk at a time
+  // The coder passes through the scratch, so it takes a chunk at a time.
+  bool stagedEncoder;
+  bool stagedDecoder;
 };
 
 void EncodeDouble(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
@@ -86,10 +88,9 @@ void EncodeIntViaSingle(const double* x, uint8_t* out, ptrdiff_t n, TRounding ro
   kern::ConvertViaSingle(x, reinterpret_cast<I*>(out), n, rounding);
 }
 
-template <void (*Compand)(const float*, uint8_t*, ptrdiff_t)>
-void EncodeCompanded(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch& s) {
-  kern::Convert(x, s.singles, n);
-  Compand(s.singles, out, n);
+template <void (*Compand)(const double*, uint8_t*, ptrdiff_t)>
+void EncodeCompanded(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
+  Compand(x, out, n);
 }
 
 void EncodeInt24(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch&) {
@@ -111,17 +112,17 @@ void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { k
 
 // In TPrecision order.
 constexpr TCodec kCodecs[] = {
-    {8, 8, EncodeDouble, DecodeDouble, false},
-    {4, 4, EncodeSingle, DecodeWidened<float>, false},
-    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>, false},
-    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>, false},
-    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>, false},
-    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>, false},
-    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>, false},
-    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>, false},
-    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>, true},
-    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>, true},
-    {3, 1, EncodeInt24, DecodeInt24, true},
+    {8, 8, EncodeDouble, DecodeDouble, false, false},
+    {4, 4, EncodeSingle, DecodeWidened<float>, false, false},
+    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>, false, false},
+    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>, false, false},
+    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>, false, false},
+    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>, false, false},
+    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>, false, false},
+    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>, false, false},
+    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>, false, true},
+    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>, false, true},
+    {3, 1, EncodeInt24, DecodeInt24, true, true},
 };
 constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
 static_assert(kPrecisionCount == prInt24 + 1);
@@ -167,7 +168,7 @@ void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& 
   }
   // Unstaged encoders written in place take the block whole: a long one then goes around the
   // caches (the kernels store results of 8 MB and more that way).
-  const ptrdiff_t chunk = codec.staged || !Aligned(out, codec) ? kChunk : count;
+  const ptrdiff_t chunk = codec.stagedEncoder || !Aligned(out, codec) ? kChunk : count;
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     EncodeChunk(out + i * codec.bytes, src + i, n, codec, rounding, s);
     return true;
@@ -183,7 +184,7 @@ void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& c
   const bool direct = Aligned(in, codec);
   // Unstaged decoders reading in place take the block whole, as the encoders do: a call per
   // chunk costs the narrowest types a third of their time.
-  const ptrdiff_t chunk = codec.staged || !direct ? kChunk : count;
+  const ptrdiff_t chunk = codec.stagedDecoder || !direct ? kChunk : count;
   ForEachChunk(count, stores, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const uint8_t* at = in + i * codec.bytes;
     if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));

@@ -1,15 +1,22 @@
 // G.711 companding against the standard's segment tables: codes at and around every segment
 // boundary, reconstruction levels, and the coder's consistency over all codes.
 #include <cstdint>
+#include <iterator>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "quorel/platform/kernels/g711.h"
+#include "platform/kernel_test_support.h"
 
 namespace quorel::kern {
 namespace {
+
+using test::ForEachIsa;
+using test::kInf;
+using test::kNaN;
 
 // (16-bit sample, code). Mu-law segments end at 31, 95, 223, 479, 991, 2015, 4063, 8159 in
 // 14-bit units (x 4 here); A-law segments at 32, 64, ..., 4096 in 13-bit units (x 8 here).
@@ -50,32 +57,39 @@ TEST(G711, TableValuesBothWaysAndEveryCodeIsAFixedPoint) {
   }
 }
 
-// The array coders round singles to the nearest sample and saturate to 16 bits.
-TEST(G711, ArrayFormsRoundAndSaturate) {
-  const float in[] = {123.4f, 123.6f, 40000.0f, -1e9f};
-  std::uint8_t mu[4], a[4];
-  LinToMuLaw(in, mu, 4);
-  LinToALaw(in, a, 4);
-  EXPECT_EQ(std::vector<int>(mu, mu + 4), (std::vector<int>{0xF0, 0xEF, 0x80, 0x00}));
-  EXPECT_EQ(std::vector<int>(a, a + 4), (std::vector<int>{0xD2, 0xD2, 0xAA, 0x2A}));
+// The array coders round a value to single and then to the nearest sample, and saturate, on
+// every code path. 123.4999999 is the single 123.5, a tie that goes to 124 (a new mu-law segment).
+TEST(G711, ArrayFormsRoundViaSingleAndSaturate) {
+  const double in[] = {123.4, 123.6, 123.4999999, 40000.0, -1e300, kInf, -kInf, kNaN, 15.5};
+  constexpr std::ptrdiff_t n = std::size(in);
+  ForEachIsa([&](const std::string& isa) {
+    std::uint8_t mu[n], a[n];
+    LinToMuLaw(in, mu, n);
+    LinToALaw(in, a, n);
+    EXPECT_EQ(std::vector<int>(mu, mu + n), (std::vector<int>{0xF0, 0xEF, 0xEF, 0x80, 0x00, 0x80, 0x00, 0xFF, 0xFD})) << isa;
+    EXPECT_EQ(std::vector<int>(a, a + n), (std::vector<int>{0xD2, 0xD2, 0xD2, 0xAA, 0x2A, 0xAA, 0x2A, 0xD5, 0xD4})) << isa;
+  });
 }
 
-// The array coders (vectorised) agree with the one-sample coders on every 16-bit sample, with
-// ties between samples going to the even one.
+// The array coders agree with the one-sample coders on every 16-bit sample, with ties between
+// samples going to the even one, on every code path (a length that leaves a partial vector).
 TEST(G711, ArrayFormsMatchTheSampleCodersEverywhere) {
-  std::vector<float> in;
-  for (int x = -32768; x <= 32767; ++x) in.push_back(static_cast<float>(x));
-  for (int x = -32768; x < 32767; x += 7) in.push_back(static_cast<float>(x) + 0.5f);
-  std::vector<std::uint8_t> mu(in.size()), a(in.size());
-  LinToMuLaw(in.data(), mu.data(), static_cast<std::ptrdiff_t>(in.size()));
-  LinToALaw(in.data(), a.data(), static_cast<std::ptrdiff_t>(in.size()));
-  for (std::size_t i = 0; i < in.size(); ++i) {
-    const int x = static_cast<int>(in[i]);  // toward zero
-    const int even = in[i] == static_cast<float>(x) || x % 2 == 0 ? x : x + (in[i] > 0 ? 1 : -1);
-    const auto s = static_cast<std::int16_t>(even);
-    ASSERT_EQ(mu[i], LinearToMuLaw(s)) << in[i];
-    ASSERT_EQ(a[i], LinearToALaw(s)) << in[i];
-  }
+  std::vector<double> in;
+  for (int x = -32768; x <= 32767; ++x) in.push_back(x);
+  for (int x = -32768; x < 32767; x += 7) in.push_back(x + 0.5);
+  const auto n = static_cast<std::ptrdiff_t>(in.size());
+  ForEachIsa([&](const std::string& isa) {
+    std::vector<std::uint8_t> mu(in.size()), a(in.size());
+    LinToMuLaw(in.data(), mu.data(), n);
+    LinToALaw(in.data(), a.data(), n);
+    for (std::size_t i = 0; i < in.size(); ++i) {
+      const auto x = static_cast<int>(in[i]);  // toward zero
+      const int even = in[i] == x || x % 2 == 0 ? x : x + (in[i] > 0 ? 1 : -1);
+      const auto s = static_cast<std::int16_t>(even);
+      ASSERT_EQ(mu[i], LinearToMuLaw(s)) << in[i] << isa;
+      ASSERT_EQ(a[i], LinearToALaw(s)) << in[i] << isa;
+    }
+  });
 }
 
 }  // namespace

@@ -4,8 +4,10 @@
 #include <array>
 #include <utility>
 
+#include "quorel/platform/kernels/detail/g711_avx512.h"
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"
+#include "quorel/platform/kernels/math.h"
 
 namespace quorel::kern {
 
@@ -47,9 +49,11 @@ QUOREL_KERNEL_INLINE std::uint8_t ALawCode(int x) {
   return static_cast<std::uint8_t>(code ^ (0xD5 ^ (neg & 0x80)));
 }
 
-// Under NearestRounding.
-QUOREL_KERNEL_INLINE int ToPcm16(float x) {
-  return detail::ToIntOrZero<int>(detail::RoundEven(detail::ClampTo(x, -32768.0f, 32767.0f)));
+// Under NearestRounding. The bounds are singles, so clamping before the rounding to single
+// changes nothing.
+QUOREL_KERNEL_INLINE int ToPcm16(double x) {
+  const auto single = static_cast<float>(detail::ClampTo(x, -32768.0, 32767.0));
+  return detail::ToIntOrZero<int>(detail::RoundEven(single));
 }
 
 constexpr std::int16_t MuLawLevel(std::uint8_t code) {
@@ -89,14 +93,16 @@ std::uint8_t LinearToALaw(std::int16_t x) { return ALawCode(x); }
 std::int16_t MuLawToLinear(std::uint8_t code) { return kMuLawLevels[code]; }
 std::int16_t ALawToLinear(std::uint8_t code) { return kALawLevels[code]; }
 
-QUOREL_KERNEL void LinToMuLaw(const float* x, std::uint8_t* r, ptrdiff_t n) {
+QUOREL_KERNEL void LinToMuLaw(const double* x, std::uint8_t* r, ptrdiff_t n) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::DoublesToMuLawAvx512(x, r, n);
   const detail::NearestRounding nearest;
-  Map(x, r, n, [](float a) { return MuLawCode(ToPcm16(a)); });
+  Map(x, r, n, [](double a) { return MuLawCode(ToPcm16(a)); });
 }
 
-QUOREL_KERNEL void LinToALaw(const float* x, std::uint8_t* r, ptrdiff_t n) {
+QUOREL_KERNEL void LinToALaw(const double* x, std::uint8_t* r, ptrdiff_t n) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::DoublesToALawAvx512(x, r, n);
   const detail::NearestRounding nearest;
-  Map(x, r, n, [](float a) { return ALawCode(ToPcm16(a)); });
+  Map(x, r, n, [](double a) { return ALawCode(ToPcm16(a)); });
 }
 
 void MuLawToLin(const std::uint8_t* x, float* r, ptrdiff_t n) {

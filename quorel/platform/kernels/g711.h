@@ -1,8 +1,9 @@
 #pragma once
 // G.711 companding (mu-law and A-law) of linear samples on the 16-bit PCM scale.
 //
-// Encoders take singles: a value is rounded to nearest (ties to even), saturated to
-// [-32768, 32767] (NaN becomes 0) and coded by the G.711 segment rule. Decoders return the
+// Encoders take doubles: a value is rounded to single and then to the nearest integer (ties to
+// even, whatever the rounding mode), saturated to [-32768, 32767] (NaN becomes 0) and coded by
+// the G.711 segment rule. Decoders return the
 // reconstruction level of a code on the same scale: mu-law within +-32124, A-law within +-32256.
 // The 256-entry decode tables are built at compile time from the standard's segment formula.
 
@@ -21,8 +22,8 @@ std::int16_t MuLawToLinear(std::uint8_t code);
 std::int16_t ALawToLinear(std::uint8_t code);
 
 /// Array forms of the above.
-void LinToMuLaw(const float* x, std::uint8_t* r, std::ptrdiff_t n);
-void LinToALaw(const float* x, std::uint8_t* r, std::ptrdiff_t n);
+void LinToMuLaw(const double* x, std::uint8_t* r, std::ptrdiff_t n);
+void LinToALaw(const double* x, std::uint8_t* r, std::ptrdiff_t n);
 void MuLawToLin(const std::uint8_t* x, float* r, std::ptrdiff_t n);
 void ALawToLin(const std::uint8_t* x, float* r, std::ptrdiff_t n);
 

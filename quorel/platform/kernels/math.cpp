@@ -228,8 +228,11 @@ using Out2 = std::array<double*, 2>;
 TKernelIsa DetectIsa() {
   __builtin_cpu_init();
   const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
-  if (avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq"))
-    return TKernelIsa::Avx512;
+  // Every processor with DQ has the other three; the coders of the narrow formats use them all.
+  const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw") &&
+                      __builtin_cpu_supports("avx512cd");
+  if (avx2 && avx512) return TKernelIsa::Avx512;
   return avx2 ? TKernelIsa::Avx2Fma : TKernelIsa::Sse2;
 }
 // Set while the library loads; a kernel called before that runs the SSE2 path.
