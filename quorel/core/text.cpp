@@ -27,7 +27,10 @@ constexpr long long kExpLimit = 400;
 constexpr long long kExpSaturate = 100'000'000'000'000'000;
 
 [[noreturn]] void NotAFloat(std::string_view S) {
-  EConvertErrorRaise("'" + std::string(S) + "' is not a valid floating point value");
+  // Appended, not concatenated: GCC 12 warns of an overlap in operator+ that cannot happen.
+  std::string message = "'";
+  message.append(S).append("' is not a valid floating point value");
+  EConvertErrorRaise(message);
 }
 
 // The strict grammar of TryStrToFloat. With anySeparator "," and "." also count as the separator:

@@ -2,7 +2,9 @@
 // and the step bits by a variable shift. The portable loop finds the segment by eight compares
 // and packs their masks, which made it compute-bound at twice the cost of reading the doubles.
 #pragma GCC target("avx512f,avx512cd,avx512bw,avx512dq,avx512vl,avx2")
-// The compiler's conversion intrinsics leave a deliberately undefined source operand it then warns about.
+// Vectors cross no boundary to baseline code here; the compiler's conversion intrinsics leave a
+// deliberately undefined source operand it then warns about.
+#pragma GCC diagnostic ignored "-Wpsabi"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
 #include "quorel/platform/kernels/detail/g711_avx512.h"
