@@ -77,44 +77,28 @@ TEST(PatternFormat, LiteralsFallbacksAndSpecials) {
   });
 }
 
+// Appends each value and then sep to out with the one formatter.
+template <class T>
+std::string Appended(const TSampleFormatter& f, std::string out, std::initializer_list<T> values, char sep) {
+  for (const T& x : values) {
+    f.Append(out, x);
+    out += sep;
+  }
+  return out;
+}
+
 // One formatter writes value after value, each appended to what the string holds: nothing of
 // one value (section, rounding carry, exponent) leaks into the next.
 TEST(SampleFormatter, OneFormatterAppendsValueAfterValue) {
   const TSampleFormatter pattern("#,##0.00;(0.00);'zero'", "+0.0'i';-0.0'i'");
-  std::string out = "[";
-  for (double x : {999.995, -1.5, 0.001, 1234567.0, -0.004, NaN, 1e18, 2.675}) {
-    pattern.Append(out, x);
-    out += '|';
-  }
-  EXPECT_EQ(out, "[1,000.00|(1.50)|zero|1,234,567.00|zero|NAN|1E+18|2.68|");
-  out.clear();
-  for (const TCplx& z : {TCplx{1, -2}, TCplx{0, 0.25}, TCplx{-3, 0}, TCplx{0, 0}}) {
-    pattern.Append(out, z);
-    out += '|';
-  }
-  EXPECT_EQ(out, "1.00-2.0i|+0.3i|(3.00)|zero|");
-
+  EXPECT_EQ(Appended<double>(pattern, "[", {999.995, -1.5, 0.001, 1234567.0, -0.004, NaN, 1e18, 2.675}, '|'),
+            "[1,000.00|(1.50)|zero|1,234,567.00|zero|NAN|1E+18|2.68|");
+  EXPECT_EQ(Appended<TCplx>(pattern, "", {{1, -2}, {0, 0.25}, {-3, 0}, {0, 0}}, '|'), "1.00-2.0i|+0.3i|(3.00)|zero|");
   const TSampleFormatter general(4, 2);
-  out = ">";
-  for (double x : {99999.5, 0.1, -1e-7, 12345.0}) {
-    general.Append(out, x);
-    out += ' ';
-  }
-  EXPECT_EQ(out, ">1E+05 0.1 -1E-07 1.235E+04 ");
-  out.clear();
-  for (const TCplx& z : {TCplx{1, -1}, TCplx{0, 1}, TCplx{2.5, 1e-9}, TCplx{0, 0}}) {
-    general.Append(out, z);
-    out += ' ';
-  }
-  EXPECT_EQ(out, "1-i i 2.5+1E-09i 0 ");
-
-  const TSampleFormatter shortest = TSampleFormatter::Shortest();
-  out.clear();
-  for (double x : {0.1, 1.0 / 3.0, 5e-324, -1.7976931348623157e308}) {
-    shortest.Append(out, x);
-    out += ' ';
-  }
-  EXPECT_EQ(out, "0.1 0.3333333333333333 5E-324 -1.7976931348623157E+308 ");
+  EXPECT_EQ(Appended<double>(general, ">", {99999.5, 0.1, -1e-7, 12345.0}, ' '), ">1E+05 0.1 -1E-07 1.235E+04 ");
+  EXPECT_EQ(Appended<TCplx>(general, "", {{1, -1}, {0, 1}, {2.5, 1e-9}, {0, 0}}, ' '), "1-i i 2.5+1E-09i 0 ");
+  EXPECT_EQ(Appended<double>(TSampleFormatter::Shortest(), "", {0.1, 1.0 / 3.0, 5e-324, -1.7976931348623157e308}, ' '),
+            "0.1 0.3333333333333333 5E-324 -1.7976931348623157E+308 ");
 }
 
 }  // namespace

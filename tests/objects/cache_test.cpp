@@ -246,26 +246,24 @@ TEST(Cache, LargeLoansReuseTheirBlock) {
   if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
   // A work object larger than its cache memory keeps its block in the pool: the next loans of the
   // same or a smaller size allocate nothing; a larger one allocates once more.
-  const auto loan = [](std::int32_t vecLen, std::int32_t rows) {
-    TWorkVec v;
-    TWorkMtx m;
-    v->Size(vecLen, true);
-    m->Size(rows, rows, false);
-    v->SetZero();
-    m->SetZero();
+  const auto allocationsOfLoan = [](std::int32_t vecLen, std::int32_t rows) {
+    const long before = test::AllocationCount();
+    {
+      TWorkVec v;
+      TWorkMtx m;
+      v->Size(vecLen, true);
+      m->Size(rows, rows, false);
+      v->SetZero();
+      m->SetZero();
+    }
+    return test::AllocationCount() - before;
   };
-  loan(50000, 100);
-  long before = test::AllocationCount();
-  for (int k = 0; k < 5; ++k) loan(50000 - 1000 * k, 100 - k);
-  EXPECT_EQ(test::AllocationCount() - before, 0);
-  before = test::AllocationCount();
-  loan(60000, 120);
-  EXPECT_EQ(test::AllocationCount() - before, 2);
+  allocationsOfLoan(50000, 100);
+  for (int k = 0; k < 5; ++k) EXPECT_EQ(allocationsOfLoan(50000 - 1000 * k, 100 - k), 0) << k;
+  EXPECT_EQ(allocationsOfLoan(60000, 120), 2);
   // Releasing the back-end memory frees the spares; the next large loan allocates again.
   Controller->FreeMKLMemory();
-  before = test::AllocationCount();
-  loan(60000, 120);
-  EXPECT_EQ(test::AllocationCount() - before, 2);
+  EXPECT_EQ(allocationsOfLoan(60000, 120), 2);
 }
 
 TEST(Cache, DefaultConditionCheckReachesPooledAndNewMatrices) {

@@ -21,7 +21,6 @@ using test::RealMtx;
 using V = std::vector<double>;
 
 TEST(MtxOps, TranspAndAdjungOfRaggedTiles) {
-  // Sizes that are not multiples of either tile edge, real and complex.
   for (bool complex : {false, true}) {
     const TMtx a = Numbered(37, 71, complex);  // odd both ways: every tile edge case
     TMtx t, h;
@@ -255,10 +254,8 @@ TEST(MtxOps, ViewsOfRowsAmongTheSources) {
     const std::int32_t n = t.init.Cols();
     TMtx want(t.init), self(t.init);
     TVec copy0, copy1, row0, row1;
-    copy0.Size(n, false);
-    copy1.Size(n, false);
-    copy0.CopyMtx(t.init, 0, 0, 0, n);
-    copy1.CopyMtx(t.init, 1, 0, 0, n);
+    copy0.GetRow(t.init, 0);
+    copy1.GetRow(t.init, 1);
     t.call(want, copy0, copy1);
     row0.SetSubRange(self, 0, n);
     row1.SetSubRange(self, n, n);
