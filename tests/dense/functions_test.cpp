@@ -72,6 +72,22 @@ TEST(MtxFunction, PowersAndSquareRootsThroughTheEigenDecomposition) {
             "not Src.Quadratic");
 }
 
+// A projection and a rank-one matrix: A^0 = I; A^(1/2) of diag(4, 0) is diag(2, 0). Zero
+// eigenvalues give the limits, not NaN.
+TEST(MtxPower, ZeroEigenvaluesGiveTheLimitsNotNaN) {
+  TMtx r;
+  for (TMtxType type : {mtSymmetric, mtGeneral}) {
+    for (auto [a, tol] : {std::pair{RealMtx(2, 2, {1, 0, 0, 0}), 1e-15}, std::pair{RealMtx(2, 2, {1, 1, 1, 1}), 1e-14}}) {
+      r.MtxPower(a, 0.0, type);
+      for (int i = 0; i < 2; ++i)
+        for (int j = 0; j < 2; ++j) EXPECT_LT(std::abs(Get(r, i, j) - C(i == j)), tol) << type << i << j;
+    }
+    r.MtxSqrt(RealMtx(2, 2, {4, 0, 0, 0}), type);
+    EXPECT_LT(std::abs(Get(r, 0, 0) - C(2)), 1e-15);
+    EXPECT_EQ(Get(r, 1, 1), C(0));
+  }
+}
+
 TEST(Sylvester, TriangularOperandsEveryOperationAndSign) {
   for (bool cplx : {false, true})
     for (TMtx::TSign sign : {TMtx::siPlus, TMtx::siMinus})
@@ -111,15 +127,10 @@ TEST(Toeplitz, SolvesGeneralSystemsRealAndComplex) {
       EXPECT_LT(Residual(DenseToeplitz(row, col), Column(x), Column(b)), kResidualTol) << cplx << n;
     }
   // A zero leading element is a singular first minor although the matrix is regular.
-  TVec row, col, b, x;
-  row.SetIt(false, {0, 1});
-  col.SetIt(false, {1});
-  b.SetIt(false, {1, 1});
+  TVec row = Real({0, 1}), col = Real({1}), b = Real({1, 1}), x;
   EXPECT_EQ(MessageOf<EQuorelException>([&] { ToeplitzSolve(row, col, b, x); }),
             "ToeplitzSolve: singular leading minor of order 1");
-  TVec b3, z;
-  b3.SetIt(false, {1, 2, 3});
-  z.SetCplx({{1, 0}, {0, 1}});
+  TVec b3 = Real({1, 2, 3}), z = Cplx({{1, 0}, {0, 1}});
   ExpectMessages<Exception>({
       {[&] { ToeplitzSolve(row, col, b3, x); }, "(FirstCol.Length+1) <> B.Length"},
       {[&] { ToeplitzSolve(b3, col, b, x); }, "FirstRow.Length <> (FirstCol.Length+1)"},
@@ -128,15 +139,12 @@ TEST(Toeplitz, SolvesGeneralSystemsRealAndComplex) {
 }
 
 TEST(Levinson, PredictionCoefficients) {
-  TVec r, a;
-  r.SetIt(false, {1, 0.5});
+  TVec r = Real({1, 0.5}), a;
   Levinson(r, a);
   EXPECT_EQ(Doubles(a), (std::vector<double>{1, -0.5}));
   for (bool cplx : {false, true}) {
     // Autocorrelation of a stable AR(2)-like sequence; compare with a dense Hermitian solve.
-    TVec rr;
-    if (cplx) rr.SetCplx({{2, 0}, {0.8, 0.3}, {0.3, -0.2}, {0.1, 0.05}});
-    else rr.SetIt(false, {2, 0.8, 0.3, 0.1});
+    const TVec rr = cplx ? Cplx({{2, 0}, {0.8, 0.3}, {0.3, -0.2}, {0.1, 0.05}}) : Real({2, 0.8, 0.3, 0.1});
     Levinson(rr, a);
     ASSERT_EQ(a.Length(), 4);
     TMtx t(3, 3, cplx), rhs(3, 1, cplx);

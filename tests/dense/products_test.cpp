@@ -1,4 +1,6 @@
 // Matrix products and type detection.
+#include <array>
+
 #include "dense/dense_util.h"
 
 namespace quorel::test {
@@ -64,8 +66,7 @@ TEST(Mul, StructuredOperandsUseOnlyTheirTriangle) {
 TEST(Mul, EmptyInnerDimensionGivesZeros) {
   TMtx a(3, 0, false), b(0, 2, false), c;
   c.Mul(a, b, opNone, opNone);
-  ASSERT_EQ(c.Rows(), 3);
-  ASSERT_EQ(c.Cols(), 2);
+  ASSERT_EQ((std::array{c.Rows(), c.Cols()}), (std::array{3, 2}));
   EXPECT_EQ(MaxAbs(c), 0);
 }
 

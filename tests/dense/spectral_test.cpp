@@ -149,36 +149,38 @@ TEST(SVD, ValuesFactorsAndEconomySizes) {
         a.SVD(s2);  // the values alone agree
         for (int i = 0; i < k; ++i) EXPECT_NEAR(*s2.PValues(i), *s.PValues(i), 30 * kEps);
       }
-  TMtx a = Random(2, 2, false, 1);
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.SVD(&a, s, nullptr, true); }), "U = Self");
-  TMtx u;
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { a.SVD(&u, s, &a, true); }), "V = Self");
+  TMtx a = Random(2, 2, false, 1), u;
+  ExpectMessages<EQuorelInvalidArgument>({
+      {[&] { a.SVD(&a, s, nullptr, true); }, "U = Self"},
+      {[&] { a.SVD(&u, s, &a, true); }, "V = Self"},
+  });
 }
 
 TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
   // y = 2 + 3 t exactly on five points: the fit recovers the coefficients.
-  TMtx a(5, 2, false);
-  TVec y, x, s;
-  y.Size(5, false);
-  for (int i = 0; i < 5; ++i) a.Values(i, 0) = 1, a.Values(i, 1) = i, *y.PValues(i) = 2 + 3 * i;
+  TMtx a = RealMtx(5, 2, {1, 0, 1, 1, 1, 2, 1, 3, 1, 4});
+  TVec y = Real({2, 5, 8, 11, 14}), x, s;
   EXPECT_EQ(a.SVDSolve(y, x, s, 1e-12), 2);
   EXPECT_NEAR(*x.PValues(0), 2, 1e-13);
   EXPECT_NEAR(*x.PValues(1), 3, 1e-13);
   EXPECT_EQ(s.Length(), 2);
   // Two equal columns: rank 1 and the minimum-norm solution splits the weight evenly.
-  TMtx dup = RealMtx(3, 2, {1, 1, 2, 2, 3, 3});
-  TVec b;
-  b.SetIt(false, {2, 4, 6});
+  TMtx dup = RealMtx(3, 2, {1, 1, 2, 2, 3, 3}), xm;
+  TVec b = Real({2, 4, 6});
   EXPECT_EQ(dup.SVDSolve(b, x, s, 1e-10), 1);
   EXPECT_NEAR(*x.PValues(0), 1, 1e-13);
   EXPECT_NEAR(*x.PValues(1), 1, 1e-13);
+  // No right-hand side: an empty solution, and still the rank and the singular values.
+  EXPECT_EQ(dup.SVDSolve(TMtx(3, 0), xm, s, 1e-10), 1);
+  EXPECT_EQ((std::array{xm.Rows(), xm.Cols()}), (std::array{2, 0}));
+  ASSERT_EQ(s.Length(), 2);
+  EXPECT_NEAR(s[0], std::sqrt(28.0), 1e-13);
   for (bool cplx : {false, true}) {
-    TMtx g = Random(6, 4, cplx, 95), bm = Random(6, 2, cplx, 96), xm;
+    TMtx g = Random(6, 4, cplx, 95), bm = Random(6, 2, cplx, 96);
     EXPECT_EQ(g.SVDSolve(bm, xm, s, 1e-12), 4);
     // The residual is orthogonal to the columns: A^H (A x - b) = 0.
     EXPECT_LT(MaxAbs(NaiveMul(Op(g, opHerm), Minus(NaiveMul(g, xm), bm))), 1e-13);
   }
-  TMtx xm;
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { a.SVDSolve(b, x, s, 0); }, "B.Lenght <> Rows"},
       {[&] { a.SVDSolve(a, a, s, 0); }, "(B = Self) or (X = Self)"},
@@ -255,6 +257,43 @@ TEST(NonFinite, DriversReturnWithNaNResultsOrTheirFailureMessage) {
   EXPECT_NE(MessageOf<EQuorelException>([&] { a.Eig(d, mtGeneral); }), "<no exception>");
   a.SVD(d);
   EXPECT_TRUE(std::isnan(*d.PValues(0)));
+}
+
+// An output that cannot be resized (a sub-range view of the wrong length) makes the call fail
+// before any other output is written.
+TEST(SeveralOutputs, ARefusedOutputLeavesTheOthersAsTheyWere) {
+  const TMtx sym = RealMtx(3, 3, {4, 1, 0, 1, 3, 1, 0, 1, 2});
+  using E = EQuorelException;
+  {
+    TMtx lu = RealMtx(1, 1, {13});
+    TVec p(8);
+    p.SetSubRange(0, 1);
+    EXPECT_EQ(MessageOf<E>([&] { lu.LU(sym, p, mtGeneral); }), "IsSubRange = True!");
+    EXPECT_EQ(Doubles(lu), std::vector<double>{13});
+  }
+  for (TMtxType type : {mtGeneral, mtSymmetric}) {
+    TMtx vl = RealMtx(1, 1, {13}), vr(4, 4);
+    TVec d = Real({11, 12});
+    vr.SetSubRange(0, 1);
+    EXPECT_EQ(MessageOf<E>([&] { TMtx(sym).Eig(&vl, d, &vr, type, vfEig); }), "IsSubRange = True!");
+    EXPECT_EQ(Doubles(vl), std::vector<double>{13});
+    EXPECT_EQ(Doubles(d), (std::vector<double>{11, 12}));
+  }
+  {
+    TMtx v = RealMtx(1, 1, {13}), bm = RealMtx(3, 3, {2, 0, 0, 0, 2, 0, 0, 0, 2});
+    TVec d(8);
+    d.SetSubRange(0, 1);
+    EXPECT_EQ(MessageOf<E>([&] { TMtx(sym).EigGen(bm, v, d, etAzBz); }), "IsSubRange = True!");
+    EXPECT_EQ(Doubles(v), std::vector<double>{13});
+  }
+  {
+    TMtx u = RealMtx(1, 1, {13}), v(4, 4);
+    TVec s = Real({11, 12});
+    v.SetSubRange(0, 1);
+    EXPECT_EQ(MessageOf<E>([&] { RealMtx(3, 2, {1, 2, 3, 4, 5, 6}).SVD(&u, s, &v, false); }), "IsSubRange = True!");
+    EXPECT_EQ(Doubles(u), std::vector<double>{13});
+    EXPECT_EQ(Doubles(s), (std::vector<double>{11, 12}));
+  }
 }
 
 }  // namespace

@@ -51,7 +51,6 @@ TEST(SparseElementwise, ComplexToRealKeepsThePattern) {
   EXPECT_EQ(a.GetValue(0, 0), 5.0);
   EXPECT_EQ(a.GetValue(1, 1), 2.0);
 
-  // A complex scalar turns a real matrix complex, pattern unchanged.
   a.Mul(TCplx{0, 1});
   EXPECT_TRUE(a.Complex());
   EXPECT_TRUE(Near(a.GetMtxCValue(1, 1), {0, 2}, 0));

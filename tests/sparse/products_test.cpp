@@ -106,8 +106,7 @@ TEST(SparseProducts, DenseOperands) {
     TSparseMtx a;
     RandomPattern(a, 6, 4, 0.5, complex, 41);
     const Dn da = Dense(a);
-    TVec x;
-    x.Size(4, complex);
+    TVec x(4, complex);
     for (std::size_t k = 0; k < x.Values().size(); ++k) x.Values()[k] = 0.5 * k - 1;
     const Dn y = DenseMul(da, AsDn(x));
     a.MulRight(x);
@@ -117,8 +116,7 @@ TEST(SparseProducts, DenseOperands) {
     a.MulLeft(x);
     ExpectNear(AsDn(x, true), z);
 
-    TMtx m, mt;
-    m.Size(4, 3, complex);
+    TMtx m(4, 3, complex), mt;
     for (std::size_t k = 0; k < m.Values().size(); ++k) m.Values()[k] = std::sin(k + 1.0);
     const Dn am = DenseMul(da, AsDn(m));
     a.MulRight(m);
@@ -129,8 +127,7 @@ TEST(SparseProducts, DenseOperands) {
     a.MulLeft(mt);
     ExpectNear(AsDn(mt), ma);
 
-    TMtx d;
-    d.Size(6, 4, complex);
+    TMtx d(6, 4, complex);
     std::fill(d.Values().begin(), d.Values().end(), 1.0);
     a.Add(d);
     Dn plus = da;
@@ -138,14 +135,12 @@ TEST(SparseProducts, DenseOperands) {
       for (auto& v : row) v = {v.Re + 1, v.Im + (complex ? 1 : 0)};
     ExpectNear(AsDn(d), plus);
 
-    TVec wrong;
-    wrong.Size(5, complex);
+    TVec wrong(5, complex);
     EXPECT_RAISES(a.MulRight(wrong), "x.Length <> FCols");
     EXPECT_RAISES(a.MulLeft(wrong), "X.Length <> FRows");
     wrong.Size(4, !complex);
     EXPECT_RAISES(a.MulRight(wrong), "X.Complex <> Complex");
-    TMtx wm;
-    wm.Size(5, 2, complex);
+    TMtx wm(5, 2, complex);
     EXPECT_RAISES(a.MulRight(wm), "Cols <> X.Rows");
     EXPECT_RAISES(a.Add(wm), "fRows <> Y.Rows");
   }

@@ -65,8 +65,7 @@ TEST_F(SolveBackEnds, IterativeArgumentsRaise) {
   EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef),
                 "Iterative solve: Symmetric matrix must contain only lower triangle!");
   EXPECT_EQ(x[0], 42);
-  TVec c;
-  c.Size(64, true);
+  TVec c(64, true);
   EXPECT_RAISES(poisson.Solve(c, c, mtGeneral), "B.Complex or X.Complex");
   TMtx bm, xm;
   KnownRhs(poisson, bm, xm);
@@ -137,8 +136,7 @@ TEST_F(SolveBackEnds, PardisoMessagesAndIndefiniteFailure) {
   TVec b, x;
   b.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> Rows");
-  TMtx bm, xm;
-  bm.Size(63, 2);
+  TMtx bm(63, 2), xm;
   EXPECT_RAISES(poisson.Solve(bm, xm, mtGeneral), "B.Rows <> Rows");
   b.Size(64);
   EXPECT_RAISES(poisson.Solve(b, x, mtHermPosDef), "Not supported");
@@ -155,7 +153,6 @@ TEST_F(SolveBackEnds, PardisoMessagesAndIndefiniteFailure) {
   EXPECT_EQ(x[0], 42);
   ASSERT_FALSE(neg.Report().empty());
   EXPECT_EQ(neg.Report().back(), "zero pivot, numerical factorization problem\n");
-  // A later good solve clears the text.
   neg.Solve(b, x, mtSymmetric);
   EXPECT_EQ(neg.ErrorText(), "");
   EXPECT_LT(RelativeResidual(neg, b, x), 1e-14);
@@ -168,8 +165,7 @@ TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
   EXPECT_RAISES(poisson.Solve(b, x, mtSymmPosDef), "Symmetric matrix must contain only lower triangle!");
   EXPECT_RAISES(poisson.Solve(b, x, mtSymmetric),
                 "Taucs does not support symmetric matrices which are not positive definite!");
-  TVec c;
-  c.Size(64, true);
+  TVec c(64, true);
   EXPECT_RAISES(poisson.Solve(c, x, mtGeneral), "B.Complex <> Complex");
   b.Size(63);
   EXPECT_RAISES(poisson.Solve(b, x, mtGeneral), "B.Length <> Rows");
@@ -204,7 +200,6 @@ TEST_F(SolveBackEnds, TaucsMessagesAndFailures) {
     EXPECT_NO_THROW(singular.Solve(bm, xm, type));
     EXPECT_EQ(xm.Values(0, 1), 42);
   }
-  // A good solve clears both texts.
   singular.TripletsToSparse(2, 2, TIntegerArray{0, 1}, TIntegerArray{0, 1}, TDoubleArray{1, 2});
   KnownRhs(singular, b, x);
   singular.Solve(b, x, mtGeneral);

@@ -15,7 +15,7 @@
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/sparse.h"
 #include "support/allocations.h"
-
+#include "support/values.h"
 
 namespace quorel::test {
 
@@ -45,20 +45,17 @@ inline void RandomPattern(TSparseMtx& a, std::int32_t rows, std::int32_t cols, d
   std::uniform_real_distribution<double> u(-1, 1), p(0, 1);
   TIntegerArray r, c;
   TCplxArray v;
+  TDoubleArray re;
   for (std::int32_t i = 0; i < rows; ++i)
     for (std::int32_t j = 0; j < cols; ++j)
       if (p(g) < density || (i == 0 && j == 0)) {
         r.push_back(i);
         c.push_back(j);
         v.push_back({u(g), complex ? u(g) : 0.0});
+        re.push_back(v.back().Re);
       }
-  if (complex) {
-    a.TripletsToSparse(rows, cols, r, c, std::span<const TCplx>(v));
-  } else {
-    TDoubleArray re;
-    for (auto& z : v) re.push_back(z.Re);
-    a.TripletsToSparse(rows, cols, r, c, std::span<const double>(re));
-  }
+  if (complex) a.TripletsToSparse(rows, cols, r, c, std::span<const TCplx>(v));
+  else a.TripletsToSparse(rows, cols, r, c, std::span<const double>(re));
 }
 
 /// 5-point stencil on an m x m grid (n = m^2 unknowns): diagonal, west, east, south, north.

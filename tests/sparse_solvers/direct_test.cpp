@@ -175,38 +175,6 @@ TEST_F(DirectBackEnds, OutOfCoreUsesTheFileNamesFolder) {
   fs::remove_all(dir);
 }
 
-// Each matrix type on a matrix of its kind (symmetric ones as lower triangles), both orderings.
-TEST_F(DirectBackEnds, EveryPardisoTypeSolves) {
-  TSparseMtx ind, indLower, hermInd, hermIndLower, csym, csymLower, swapped, cuns, convection;
-  indLower.LowerTriangle(Shifted(ind, poisson, 2.0));
-  hermIndLower.LowerTriangle(Hermitian(hermInd, poisson, 2.0));
-  Mapped(csym, poisson, [](int i, int j, double v) { return TCplx{i == j ? v - 2 : v, i == j ? 1.0 : 0.0}; });
-  csymLower.LowerTriangle(csym);
-  Stencil2D(convection, 12, 4, -1.4, -0.6, -1, -1);
-  swapped.Copy(convection);
-  SwapRowPairs(swapped);
-  Mapped(cuns, convection, [](int i, int j, double v) { return TCplx{v, 0.2 * (i - j)}; });
-  const std::tuple<TSparseMtx*, TSparseMtx*, TMtxType> cases[] = {
-      {&lower, &poisson, mtSymmPosDef},     {&indLower, &ind, mtSymmetric},       {&swapped, &swapped, mtGeneral},
-      {&hermLower, &herm, mtHermPosDef},    {&hermIndLower, &hermInd, mtHermitian}, {&csymLower, &csym, mtSymmetric},
-      {&cuns, &cuns, mtGeneral}};
-  for (TPardisoReordering r : {prMETIS, prMinimumDegree})
-    for (auto [tri, full, type] : cases) {
-      tri->SparseSolver = ssPardiso;
-      tri->Pardiso().Reordering = r;
-      EXPECT_EQ(SolveChecked(*tri, *full, type, 1e-14), "") << int(type);
-      EXPECT_GT(tri->Pardiso().Iparm[17], 0);
-      ASSERT_GE(tri->Report().size(), 6u);
-      EXPECT_EQ(tri->Report()[4], "Number of nonzeros on the factors: " + std::to_string(tri->Pardiso().Iparm[17]));
-    }
-  // Symmetric types read only the lower triangle; refinement steps are reported.
-  ind.SparseSolver = ssPardiso;
-  ind.Pardiso().IterativeStep = piCG;
-  EXPECT_EQ(SolveChecked(ind, ind, mtSymmetric, 1e-14), "");
-  ASSERT_EQ(ind.Report().size(), 7u);
-  EXPECT_EQ(ind.Report()[6].rfind("Number of CG/CGS iteration's executed: ", 0), 0u);
-}
-
 /// Each off-diagonal pair of `full` stored once, below or above the diagonal by the parity of i + j.
 TSparseMtx& OneOfEachPair(TSparseMtx& out, const TSparseMtx& full) {
   TIntegerArray r, c;
@@ -225,32 +193,52 @@ TSparseMtx& OneOfEachPair(TSparseMtx& out, const TSparseMtx& full) {
   return out.TripletsToSparse(full.Rows(), full.Cols(), r, c, std::span<const double>(re));
 }
 
-// A symmetric or Hermitian type stored above the diagonal, wholly or in part: an entry whose
-// mirror is not stored stands for it (conjugated when Hermitian), so every storage solves the
-// whole matrix.
-TEST_F(DirectBackEnds, PardisoSymmetricTypesReadEntriesAboveTheDiagonal) {
-  TSparseMtx ind, hermInd, csym;
+// Each matrix type on a matrix of its kind, both orderings. A symmetric or Hermitian type is
+// also stored as either triangle or as one entry of each pair: an entry whose mirror is not
+// stored stands for it (conjugated when Hermitian), so every storage solves the whole matrix.
+TEST_F(DirectBackEnds, EveryPardisoTypeAndStorageSolves) {
+  TSparseMtx ind, hermInd, csym, swapped, cuns, convection;
   Shifted(ind, poisson, 2.0);
   Hermitian(hermInd, poisson, 2.0);
   Mapped(csym, poisson, [](int i, int j, double v) { return TCplx{i == j ? v - 2 : v, i == j ? 1.0 : 0.2}; });
+  Stencil2D(convection, 12, 4, -1.4, -0.6, -1, -1);
+  swapped.Copy(convection);
+  SwapRowPairs(swapped);
+  Mapped(cuns, convection, [](int i, int j, double v) { return TCplx{v, 0.2 * (i - j)}; });
   const std::tuple<TSparseMtx*, TMtxType> cases[] = {{&poisson, mtSymmPosDef}, {&ind, mtSymmetric},
                                                      {&herm, mtHermPosDef},    {&hermInd, mtHermitian},
-                                                     {&csym, mtSymmetric}};
+                                                     {&csym, mtSymmetric},     {&swapped, mtGeneral},
+                                                     {&cuns, mtGeneral}};
   for (auto [full, type] : cases) {
-    TSparseMtx upper, mixed;
-    upper.UpperTriangle(*full);
-    OneOfEachPair(mixed, *full);
-    for (TSparseMtx* stored : {&upper, &mixed, full}) {
-      stored->SparseSolver = ssPardiso;
-      EXPECT_EQ(SolveChecked(*stored, *full, type, 1e-14), "") << int(type) << " " << stored->NonZeros();
-      // New values in the same pattern: the kept analysis sees the same entries.
-      TSparseMtx twice;
-      twice.Copy(*full).Scale(2.0);
-      stored->Scale(2.0);
-      EXPECT_EQ(SolveChecked(*stored, twice, type, 1e-14), "") << int(type);
-      stored->Scale(0.5);
+    TSparseMtx lower, upper, mixed;
+    std::vector<TSparseMtx*> storages{full};
+    if (type != mtGeneral) {
+      lower.LowerTriangle(*full);
+      upper.UpperTriangle(*full);
+      OneOfEachPair(mixed, *full);
+      storages = {&lower, &upper, &mixed, full};
     }
+    for (TSparseMtx* stored : storages)
+      for (TPardisoReordering r : {prMETIS, prMinimumDegree}) {
+        SCOPED_TRACE(::testing::Message() << "type " << type << " stored " << stored->NonZeros() << " ordering " << r);
+        stored->SparseSolver = ssPardiso;
+        stored->Pardiso().Reordering = r;
+        EXPECT_EQ(SolveChecked(*stored, *full, type, 1e-14), "");
+        EXPECT_GT(stored->Pardiso().Iparm[17], 0);
+        ASSERT_GE(stored->Report().size(), 6u);
+        EXPECT_EQ(stored->Report()[4], "Number of nonzeros on the factors: " + std::to_string(stored->Pardiso().Iparm[17]));
+        // New values in the same pattern: the kept analysis sees the same entries.
+        TSparseMtx twice;
+        twice.Copy(*full).Scale(2.0);
+        stored->Scale(2.0);
+        EXPECT_EQ(SolveChecked(*stored, twice, type, 1e-14), "");
+        stored->Scale(0.5);
+      }
   }
+  ind.Pardiso().IterativeStep = piCG;
+  EXPECT_EQ(SolveChecked(ind, ind, mtSymmetric, 1e-14), "");
+  ASSERT_EQ(ind.Report().size(), 7u);
+  EXPECT_EQ(ind.Report()[6].rfind("Number of CG/CGS iteration's executed: ", 0), 0u);
 }
 
 TEST(SparsePardiso, FailuresAndMessages) {

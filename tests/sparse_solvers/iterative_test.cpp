@@ -137,10 +137,8 @@ TEST(SparseIterative, ZeroRightHandSide) {
   TSparseMtx a;
   Poisson2D(a, 6);
   a.IterativeMethod = itmLUGMRES;
-  TVec b, x;
-  Zeros(b, 36);
-  x.Size(36);
-  for (int i = 0; i < 36; ++i) x[i] = 1.0;
+  TVec b(36), x(36);
+  std::fill(x.Values().begin(), x.Values().end(), 1.0);
   a.Solve(b, x, mtGeneral);
   EXPECT_EQ(a.ErrorText(), "");
   EXPECT_LT(Norm2(x), 1e-9);
