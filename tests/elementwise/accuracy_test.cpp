@@ -64,7 +64,6 @@ TEST(Accuracy, RealMembersWithinOneUlp) {
     (v.*c.member)();
     EXPECT_LE(WorstUlp(v, rows, c.column), kRealUlps) << c.file << " column " << c.column;
   }
-  // Two arguments.
   const Rows pow = ReadRows("kernels_pow.txt"), atan2 = ReadRows("kernels_atan2.txt");
   ASSERT_FALSE(pow.empty() || atan2.empty());
   TVec r;

@@ -40,9 +40,7 @@ TEST(Median, NanSortsLastInEveryOrder) {
   std::mt19937 rng(5);
   for (int trial = 0; trial < 20; ++trial) {
     std::shuffle(x.begin(), x.end(), rng);
-    TVec v;
-    v.SetDouble(x);
-    EXPECT_EQ(v.Median(), 7);
+    EXPECT_EQ(TVec().SetDouble(x).Median(), 7);
   }
 }
 

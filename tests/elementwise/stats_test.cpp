@@ -51,10 +51,7 @@ TEST(Reductions, SumsMeansDeviations) {
 // Squares of the deviations overflow or underflow although the deviation is representable.
 // References: mpmath at 300 bits, sqrt(sum((x - mean)^2) / (n - 1)) of the exact doubles.
 TEST(Reductions, StdDevOfHugeAndTinyData) {
-  const struct {
-    TVec x;
-    double want;
-  } cases[] = {
+  const struct { TVec x; double want; } cases[] = {
       {Real({1e200, -1e200, 3e200, 2e200}), 1.707825127659933e+200},
       {Real({1e-200, -1e-200, 3e-200, 2e-200}), 1.707825127659933e-200},
       {Real({1e-310, -2e-310, 3e-310, 5e-310}), 2.9860788111948e-310},     // subnormal data
@@ -79,18 +76,16 @@ TEST(Reductions, StdDevOfHugeAndTinyData) {
 
 TEST(Reductions, Extremes) {
   TVec a = Real({1, 5, 5, -2});
-  double v;
-  std::int32_t i;
+  double v, mn;
+  std::int32_t i, imn;
   a.Max(v, i);
   EXPECT_EQ(v, 5);
   EXPECT_EQ(i, 1);  // the first of equal values
   a.Min(v, i);
   EXPECT_EQ(i, 3);
-  double mx, mn;
-  std::int32_t imx, imn;
-  a.MaxMin(mx, imx, mn, imn);
-  EXPECT_EQ(mx, 5);
-  EXPECT_EQ(imx, 1);
+  a.MaxMin(v, i, mn, imn);
+  EXPECT_EQ(v, 5);
+  EXPECT_EQ(i, 1);
   EXPECT_EQ(mn, -2);
   EXPECT_EQ(Real({3, 9, 1}).Max(1, 2), 9);
   EXPECT_TRUE(std::isnan(Real({}).Max()));
@@ -116,8 +111,7 @@ TEST(Reductions, NormsAndDifferences) {
   TVec b = Real({1});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormL1(b, false); }), "Self = Quorel");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormL2(b, false); }), "Self = Vec");
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormC(Cplx({{1, 1}}), false); }),
-            "Self.Complex <> Vec.Complex");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { b.NormC(Cplx({{1, 1}}), false); }), "Self.Complex <> Vec.Complex");
   // Large values do not overflow the L2 norm.
   EXPECT_DOUBLE_EQ(Real({3e200, 4e200}).NormL2(), 5e200);
 }
@@ -129,14 +123,14 @@ TEST(Reductions, LongNormsAndDots) {
   TVec x, y;
   x.SetLength(n);
   y.SetLength(n);
+  double dot = 0;
   for (std::int32_t i = 0; i < n; ++i) {
     x[i] = (i % 2 ? 3.0 : -4.0);
     y[i] = 1.0 + (i % 7);
+    dot += x[i] * y[i];
   }
   // n/2 each of 9 and 16: the sums are exact.
   EXPECT_EQ(x.NormL2(), std::sqrt(25.0 * n / 2));
-  double dot = 0;
-  for (std::int32_t i = 0; i < n; ++i) dot += x[i] * y[i];
   EXPECT_EQ(x.DotProd(y), dot);  // small whole numbers: exact in any order
   EXPECT_EQ(x.NormL2(1, n - 2), std::sqrt(25.0 * (n - 2) / 2));
   EXPECT_DOUBLE_EQ(x.RMS(), std::sqrt(12.5));
@@ -169,8 +163,7 @@ TEST(Reductions, ProductsAndDots) {
             "DotProd: Vec.Length <> Self.Length");
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProd(Cplx({{1, 1}})); }),
             "Vec.Complex or Self.Complex");
-  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProdc(Real({1})); }),
-            "not (fComplex or Vec.Complex)");
+  EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([] { Real({1}).DotProdc(Real({1})); }), "not (fComplex or Vec.Complex)");
 }
 
 }  // namespace

@@ -49,10 +49,8 @@ TEST(TableShapes, TwoOutputsRefusedKeepTheFirstOutput) {
   // The second output cannot change length: the call refuses before the first output is touched.
   const TVec x = Real({0.25, 1.5, -2.75}), z = Cplx({{1, 2}, {3, 4}, {5, 6}});
   const std::function<void(TVec&, TVec&)> calls[] = {
-      [&](TVec& a, TVec& b) { TVec(z).CplxToReal(a, b); },
-      [&](TVec& a, TVec& b) { TVec(z).CartToPolar(a, b); },
-      [&](TVec& a, TVec& b) { TVec(x).SinCos(a, b); },
-      [&](TVec& a, TVec& b) { TVec(x).TruncAndFrac(a, b); },
+      [&](TVec& a, TVec& b) { TVec(z).CplxToReal(a, b); }, [&](TVec& a, TVec& b) { TVec(z).CartToPolar(a, b); },
+      [&](TVec& a, TVec& b) { TVec(x).SinCos(a, b); }, [&](TVec& a, TVec& b) { TVec(x).TruncAndFrac(a, b); },
   };
   for (const auto& call : calls) {
     TVec first = Real({11, 12}), store = Real({40, 40, 40, 40}), second;
@@ -89,10 +87,8 @@ TEST(TableShapes, TwoRealSourcesToComplex) {
   EXPECT_EQ(MessageOf<E>([&] { r.RealToCplx(r, i); }), "(Self = ReVec) or (Self = ImVec)");
   TVec realOut = Real({0, 0});
   EXPECT_EQ(MessageOf<E>([&] { realOut.PolarToCart(r, i, 0, 0, 0, 2); }), "Complex = False");
-  out.RealToCplx(r, i, 1, 0, 2, 1);
-  EXPECT_TRUE(out.IsEqual(Cplx({{9, 9}, {9, 9}, {2, 3}})));
-  out.PolarToCart(Real({2}), Real({0}));
-  EXPECT_TRUE(out.IsEqual(Cplx({{2, 0}})));
+  EXPECT_TRUE(out.RealToCplx(r, i, 1, 0, 2, 1).IsEqual(Cplx({{9, 9}, {9, 9}, {2, 3}})));
+  EXPECT_TRUE(out.PolarToCart(Real({2}), Real({0})).IsEqual(Cplx({{2, 0}})));
 }
 
 TEST(TableShapes, ParameterAfterSource) {
@@ -108,8 +104,7 @@ TEST(TableShapes, ParameterAfterSource) {
   EXPECT_EQ(MessageOf<E>([&] { c.ThresholdGT(c, 1.0, TCplx{0, 1}); }), "TQuorel.ThresholdGT: Vec = Self");
   EXPECT_EQ(MessageOf<E>([&] { a.ThresholdLT(1.0, TCplx{0, 1}); }), "TQuorel.ThresholdLT: Self is not Complex");
   EXPECT_EQ(MessageOf<E>([&] { c.ThresholdLT(a, 1.0, TCplx{0, 1}); }), "TQuorel.ThresholdLT: Vec is not Complex");
-  c.ThresholdGT(1.0, TCplx{0, 1});
-  EXPECT_TRUE(c.IsEqual(Cplx({{0, 1}})));
+  EXPECT_TRUE(c.ThresholdGT(1.0, TCplx{0, 1}).IsEqual(Cplx({{0, 1}})));
   // The ranges are validated before the level order.
   EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { a.ThresholdGT_LT(1, 0, 0, 0, 5, 5); }),
             "Self params out of range: Index: 5, Len: 5, Length: 3");

@@ -123,11 +123,7 @@ TEST(SpecialBessel, SeriesPathMatchesBallEvaluation) {
 // Tiny arguments and large orders: (z/2)^nu near 1e-160, whose squared modulus (in 1 / (z/2)^nu)
 // falls below the normal range. The values near 1e158 once came out a few ulps off.
 TEST(SpecialBessel, LargeOrderNextToTheOrigin) {
-  struct Case {
-    bool k;
-    double nu;
-    TCplx z;
-  };
+  struct Case { bool k; double nu; TCplx z; };
   for (const Case& c : {Case{true, 9.3816620002808584, {-4.3170685139430069e-17, 7.1201402685524675e-17}},
                         Case{false, 11.256361622151797, {4.2427244017007898e-14, -4.1790538104311543e-15}},
                         Case{true, 9.5783207560575114, {-6.8911416194450842e-17, 1.5160675419403773e-16}}}) {

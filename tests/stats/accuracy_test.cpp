@@ -181,16 +181,14 @@ TEST(Accuracy, ExponentialTails) {
   EXPECT_EQ(wr[0], 0);
   check("WeibullCDF", wr[1], 0.0198013266932447, 2);
 
-  const double laplaceX[] = {-1500, -500, -80, -30, 0, 0.999, 1, 1.001, 3, 30};
+  const TVec lx = test::Real({-1500, -500, -80, -30, 0, 0.999, 1, 1.001, 3, 30});
   const double laplaceCdf[] = {0.0, 8.094728511653782e-110, 1.2883785545774905e-18, 9.276956813079892e-08,
                                0.3032653298563167, 0.49975006248958465, 0.5, 0.5002499375104154,
                                0.8160602794142788, 0.9999997478261687};
-  TVec lx, lr;
-  lx.SetLength(10);
-  for (int i = 0; i < 10; ++i) lx[i] = laplaceX[i];
+  TVec lr;
   LaplaceCDF(lx, 1, 2, lr);
   for (int i = 0; i < 10; ++i) {
-    check("LaplaceCDF", LaplaceCDF(laplaceX[i], 1, 2), laplaceCdf[i], 1);
+    check("LaplaceCDF", LaplaceCDF(lx[i], 1, 2), laplaceCdf[i], 1);
     check("LaplaceCDF block", lr[i], laplaceCdf[i], 1);
   }
   EXPECT_TRUE(std::isnan(LaplaceCDF(INF, INF, 2)));

@@ -88,13 +88,12 @@ TEST(ErfPaths, NormalQuantileSpecialValuesRaggedLengthsAndInPlace) {
   });
 }
 
-// Within the scalar route's own error: a few hundred ulps in the lower tail (see vector_test).
+// Within the scalar route's own error: a few hundred ulps in the lower tail, from the rounding of
+// z^2 inside the incomplete gamma function (the accuracy test holds both forms to the references).
 TEST(ErfPaths, NormalCdfMatchesScalarOnEveryPath) {
   std::vector<double> x;
   for (int i = 0; i <= 40000; ++i) x.push_back(-38.0 + 47.0 * i / 40000);  // both erf branches
-  x.push_back(NAN);
-  x.push_back(-INF);
-  x.push_back(INF);
+  x.insert(x.end(), {NAN, -INF, INF});
   const std::int32_t n = static_cast<std::int32_t>(x.size());
   test::OnEachBlockPath([&] {
     for (std::int32_t s = 0; s < n; s += detail::kErfBlock) {

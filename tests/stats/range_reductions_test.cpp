@@ -63,14 +63,11 @@ TEST(Reductions, PartialResultsBeyondTheRange) {
   // Short (one kernel) and long (the threaded dot product) forms.
   for (std::int32_t n : {16, 40000}) {
     const TVec pm = Alternating(n, 1e308, -1e308);
-    TVec ones;
-    ones.SetLength(n);
-    ones.SetVal(1.0);
+    const TVec ones = Alternating(n, 1, 1);
     EXPECT_EQ(pm.Sum(), 0.0) << n;
     EXPECT_EQ(pm.Mean(), 0.0) << n;
     EXPECT_EQ(pm.DotProd(ones), 0.0) << n;
-    TMtx row;
-    row.Size(1, n);
+    TMtx row(1, n);
     for (std::int32_t j = 0; j < n; ++j) row.Values(0, j) = pm[j];
     TVec sums;
     row.SumRows(sums);
