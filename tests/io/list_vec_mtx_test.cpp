@@ -1,6 +1,8 @@
 // Vector and matrix lists: ownership and counts, the stream layout of a list, and the bridge
 // between vector lists and matrices.
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include <gtest/gtest.h>
 
@@ -31,12 +33,9 @@ TEST(VecList, ItemsAreKeptAndCopied) {
 
 TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   TVecList empty, three;
-  TQuorelMemoryStream e;
-  empty.SaveToStream(e);
-  EXPECT_EQ(BytesOf(e), (TBytes{0, 0, 0, 0}));
+  EXPECT_EQ(Saved(empty), (TBytes{0, 0, 0, 0}));
   three.SetCount(3);
-  e.Seek(0, soBeginning);
-  three.LoadFromStream(e);
+  SaveAndLoad(empty, three);
   EXPECT_EQ(three.Count(), 0);
 
   // The list is its count followed by each item as saved alone, in the item's own encoding.
@@ -45,21 +44,15 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   list.SetItems(0, Real({1.5, -2}));
   list.SetItems(1, Cplx({{3, 4}}));
   list[1].SetPrecision(prSmallInt);
-  TQuorelMemoryStream s, a, b;
-  list.SaveToStream(s);
-  list[0].SaveToStream(a);
-  list[1].SaveToStream(b);
   TBytes expected;
   Put<std::int32_t>(expected, {2});
-  expected.insert(expected.end(), a.Bytes().begin(), a.Bytes().end());
-  expected.insert(expected.end(), b.Bytes().begin(), b.Bytes().end());
-  EXPECT_EQ(BytesOf(s), expected);
+  for (int i : {0, 1}) std::ranges::copy(Saved(list[i]), std::back_inserter(expected));
+  EXPECT_EQ(Saved(list), expected);
 
   TVecList target;
   target.SetCount(1);
   TVec* kept = &target[0];
-  s.Seek(0, soBeginning);
-  target.LoadFromStream(s);
+  SaveAndLoad(list, target);
   EXPECT_EQ(&target[0], kept);
   EXPECT_EQ(Doubles(target[0]), (std::vector<double>{1.5, -2}));
   EXPECT_TRUE(target[1].Complex() && Doubles(target[1]) == (std::vector<double>{3, 4}));
@@ -69,12 +62,9 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   matrices.SetCount(2);
   matrices[1].Size(1, 2, true);
   matrices[1].CValues(0, 1) = {-7, 8};
-  TQuorelMemoryStream m;
-  matrices.SaveToStream(m);
-  EXPECT_EQ(m.Size(), 4 + (104 + 4) + (104 + 4 + 32));
+  EXPECT_EQ(Saved(matrices).size(), 4u + (104 + 4) + (104 + 4 + 32));
   loaded.SetCount(3);
-  m.Seek(0, soBeginning);
-  loaded.LoadFromStream(m);
+  SaveAndLoad(matrices, loaded);
   ASSERT_EQ(loaded.Count(), 2);
   EXPECT_EQ(loaded[1].CValues(0, 1), (TCplx{-7, 8}));
 }

@@ -12,12 +12,6 @@
 namespace quorel::test {
 namespace {
 
-TBytes Saved(const TMtx& m) {
-  TQuorelMemoryStream s;
-  m.SaveToStream(s);
-  return BytesOf(s);
-}
-
 TEST(MtxFormat, RealWithSettingsAndComplexRowMajorBytes) {
   TMtx m = RealMtx(2, 3, {1, 2, 3, -4, 5.5, 6});
   m.SetAutoMtxType(true);

@@ -28,38 +28,17 @@ TEST(PersistStream, MemoryStreamGapsAndShortReads) {
   EXPECT_EQ(MessageOf<EReadError>([&] { s.ReadBuffer(buf, 1); }), "Stream read error");
 }
 
+// A save starts the file over unless it appends, which needs the file; a file load reads the first
+// object.
 TEST(PersistStream, FilesCreateAppendAndLoadTheFirstObject) {
   const std::string name = ::testing::TempDir() + "quorel_append_" + std::to_string(::getpid()) + ".bin";
-  TVec a = Real({1, 2});
-  TVec b = Cplx({{3, 4}});
-  b.SetPrecision(prSingle);
+  TVec a = Real({1, 2}), first;
   a.SaveToFile(name);
-  b.SaveToFile(name, true);
-  {
-    TQuorelFileStream f(name, fmOpenRead);
-    EXPECT_EQ(f.Size(), (44 + 4 + 16) + (44 + 4 + 8));
-    TVec r;
-    r.LoadFromStream(f);
-    r.LoadFromStream(f);
-    EXPECT_EQ(r.CValues()[0], (TCplx{3, 4}));
-  }
-  TVec first;
+  Cplx({{3, 4}}).SaveToFile(name, true);
   first.LoadFromFile(name);
-  EXPECT_EQ(first.Length(), 2);
+  EXPECT_EQ(Doubles(first), Doubles(a));
   a.SaveToFile(name);  // without append the file starts over
-  {
-    TQuorelFileStream f(name, fmOpenReadWrite);
-    EXPECT_EQ(f.Size(), 44 + 4 + 16);
-    const std::uint8_t put[2] = {0xAA, 0xBB};
-    std::uint8_t got[4];
-    f.Seek(44, soBeginning);
-    f.Write(put, 2);
-    EXPECT_EQ(f.Read(got, 4), 4);  // a read straight after a write continues from there
-    EXPECT_EQ(f.Position(), 50);
-    f.Seek(44, soBeginning);
-    f.Read(got, 2);
-    EXPECT_EQ(got[1], 0xBB);
-  }
+  EXPECT_EQ(TQuorelFileStream(name, fmOpenRead).Size(), 44 + 4 + 16);
   std::remove(name.c_str());
   EXPECT_THROW(first.LoadFromFile(name), EFOpenError);
   EXPECT_THROW(first.SaveToFile(name, true), EFOpenError);  // append needs an existing file

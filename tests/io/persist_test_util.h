@@ -35,4 +35,21 @@ inline TBytes& PutCaption(TBytes& out, const std::string& text) {
 
 inline TBytes BytesOf(const TQuorelMemoryStream& s) { return {s.Bytes().begin(), s.Bytes().end()}; }
 
+/// The bytes an object or a list saves.
+template <class T>
+TBytes Saved(const T& q) {
+  TQuorelMemoryStream s;
+  q.SaveToStream(s);
+  return BytesOf(s);
+}
+
+/// Loads into `to` what `from` saves.
+template <class T, class U>
+void SaveAndLoad(const T& from, U& to) {
+  TQuorelMemoryStream s;
+  from.SaveToStream(s);
+  s.Seek(0, soBeginning);
+  to.LoadFromStream(s);
+}
+
 }  // namespace quorel::test

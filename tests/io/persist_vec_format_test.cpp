@@ -17,24 +17,18 @@
 namespace quorel::test {
 namespace {
 
-/// The 11 header singles as the layout table lists them, and an empty caption when asked.
-TBytes VecHeader(float complex, float length, float condCheck, float precision, float tag) {
+/// The 11 header singles as the layout table lists them, and the caption block.
+TBytes VecHeader(float complex, float length, float condCheck, float precision, float tag, const char* caption = "") {
   TBytes b;
-  return Put<float>(b, {complex, length, 0, condCheck, precision, 200, 8, tag, 64019, 0, 0});
-}
-
-TBytes Saved(const TVec& v) {
-  TQuorelMemoryStream s;
-  v.SaveToStream(s);
-  return BytesOf(s);
+  Put<float>(b, {complex, length, 0, condCheck, precision, 200, 8, tag, 64019, 0, 0});
+  return PutCaption(b, caption);
 }
 
 TEST(VecFormat, HeaderCaptionAndComplexValues) {
   TVec v = Real({1, -2.5, 3});
   v.SetCaption("ab");
   v.SetTag(7);
-  TBytes expected = VecHeader(0, 3, 1, 0, 7);
-  PutCaption(expected, "ab");
+  TBytes expected = VecHeader(0, 3, 1, 0, 7, "ab");
   Put<double>(expected, {1, -2.5, 3});
   EXPECT_EQ(Saved(v), expected);
 
@@ -43,7 +37,6 @@ TEST(VecFormat, HeaderCaptionAndComplexValues) {
   c.SetRounding(rnRound);
   c.SetConditionCheck(false);
   expected = VecHeader(1, 2, 0, prSmallInt, 0);
-  PutCaption(expected, "");
   Put<std::int16_t>(expected, {1, -3, 32767, 7});  // interleaved (re, im), 8 bytes
   EXPECT_EQ(Saved(c), expected);
 }
@@ -69,23 +62,18 @@ TEST(VecFormat, ValuesBlockOfEveryPrecision) {
   for (int p = prDouble; p <= prInt24; ++p) {
     v.SetPrecision(static_cast<TPrecision>(p));
     TBytes expected = VecHeader(0, 4, 1, static_cast<float>(p), 0);
-    PutCaption(expected, "");
     expected.insert(expected.end(), blocks[p].begin(), blocks[p].end());
     EXPECT_EQ(Saved(v), expected) << "precision " << p;
   }
 }
 
 TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
-  TVec v = Cplx({{1, 2}, {3, 4}, {5, 6}});
+  TVec v = Cplx({{1, 2}, {3, 4}, {5, 6}}), r = Real({9});
   v.SetCaption("caption");
   v.SetTag(-12);
   v.SetPrecision(prInteger);
   v.SetConditionCheck(false);
-  TQuorelMemoryStream s;
-  v.SaveToStream(s);
-  s.Seek(0, soBeginning);
-  TVec r = Real({9});
-  r.LoadFromStream(s);
+  SaveAndLoad(v, r);
   EXPECT_EQ(Doubles(r), Doubles(v));
   EXPECT_TRUE(r.Length() == 3 && r.Caption() == "caption" && r.Tag() == -12 && r.Precision() == prInteger);
   EXPECT_FALSE(r.ConditionCheck());
@@ -106,27 +94,21 @@ TEST(VecFormat, ReadingRestoresFieldsAndOldVersionsHaveNoCaption) {
 TEST(VecFormat, IntegerDataIsWrittenAsItsValues) {
   TVec ints = IndexList({1, 2, -3, 70000});
   TBytes expected = VecHeader(0, 4, 1, 0, 0);
-  PutCaption(expected, "");
   Put<double>(expected, {1, 2, -3, 70000});
   EXPECT_EQ(Saved(ints), expected);
   ints.SetPrecision(prSmallInt);
   expected = VecHeader(0, 4, 1, prSmallInt, 0);
-  PutCaption(expected, "");
   Put<std::int16_t>(expected, {1, 2, -3, 32767});
   EXPECT_EQ(Saved(ints), expected);
 
   // Longer than the stretch the writer widens at a time.
-  TVec many;
+  TVec many, r = IndexList({9});
   many.Size(5000, false);
   many.SetIsInteger(true);
   std::vector<double> values(5000);
   for (int i = 0; i < 5000; ++i) values[i] = many.IValues()[i] = 3 * i - 7000;
   many.SetPrecision(prInteger);
-  TQuorelMemoryStream s;
-  many.SaveToStream(s);
-  s.Seek(0, soBeginning);
-  TVec r = IndexList({9});
-  r.LoadFromStream(s);
+  SaveAndLoad(many, r);
   EXPECT_FALSE(r.IsInteger());
   EXPECT_EQ(Doubles(r), values);
 
@@ -135,10 +117,7 @@ TEST(VecFormat, IntegerDataIsWrittenAsItsValues) {
   m.IValues()[0] = 5;
   m.IValues()[1] = -6;
   back.SetIsInteger(true);
-  TQuorelMemoryStream ms;
-  m.SaveToStream(ms);
-  ms.Seek(0, soBeginning);
-  back.LoadFromStream(ms);
+  SaveAndLoad(m, back);
   EXPECT_FALSE(back.IsInteger());
   EXPECT_EQ(Doubles(back), (std::vector<double>{5, -6}));
 }
@@ -206,12 +185,7 @@ TEST(VecFormat, ShortBlockLeavesTheRestOfTheDestination) {
 TEST(VecFormat, ShortValuesBlockOfALoad) {
   auto shortBlock = [](TPrecision p) {
     TBytes b = VecHeader(0, 300, 1, p, 0);
-    PutCaption(b, "");
-    if (p == prDouble) {
-      Put<double>(b, {11, 22});
-    } else {
-      Put<std::int32_t>(b, {11, 22});
-    }
+    p == prDouble ? Put<double>(b, {11, 22}) : Put<std::int32_t>(b, {11, 22});
     b.push_back(0x7F);  // a partial third value
     return b;
   };
@@ -240,7 +214,6 @@ TEST(VecFormat, ShortValuesBlockOfALoad) {
   }
   // A precision the reader does not know supplies nothing.
   TBytes unknown = VecHeader(0, 3, 1, 42, 0);
-  PutCaption(unknown, "");
   Put<double>(unknown, {1, 2, 3});
   TVec same = Real({4, 5, 6}), grown = Real({4});
   TQuorelMemoryStream u1(unknown), u2(unknown);
@@ -265,7 +238,6 @@ long StatusKb(const std::string& key) {
 TEST(VecFormat, HugeLengthWithNoValuesCostsNothing) {
   if (StatusKb("VmRSS") < 0 || StatusKb("VmPTE") < 0) GTEST_SKIP() << "no memory figures on this system";
   TBytes b = VecHeader(1, 25'000'000, 1, prDouble, 0);  // 400 MB of complex values
-  PutCaption(b, "");
   Put<double>(b, {1, 2});
   TQuorelMemoryStream s(b);
   TVec v;
@@ -281,7 +253,6 @@ TEST(VecFormat, HugeLengthWithNoValuesCostsNothing) {
   for (int i = 0; i < kItems; ++i) {
     const TBytes item = VecHeader(0, 1 << 25, 0, 11, 0);  // 256 MB each, no values
     items.insert(items.end(), item.begin(), item.end());
-    PutCaption(items, "");
   }
   TQuorelMemoryStream t(items);
   TVecList list;
@@ -302,7 +273,6 @@ TEST(VecFormat, ShortBlockIntoReusedHeapStorageIsZeroed) {
       garbage.SetVal(-1);
     }
     TBytes b = VecHeader(0, kLength + round, 1, prInteger, 0);
-    PutCaption(b, "");
     Put<std::int32_t>(b, {11, 22});
     TQuorelMemoryStream s(b);
     TVec r = Real({5});
@@ -329,15 +299,11 @@ TEST(VecFormat, SubclassHeaderDataRoundTrips) {
   v.SetDouble(std::vector<double>{1.5, -2});
   v.SetCaption("c");
   v.unit = "volt";
-  TQuorelMemoryStream s;
-  v.SaveToStream(s);
-  TBytes expected = VecHeader(0, 2, v.ConditionCheck() ? 1 : 0, prDouble, 0);
-  PutCaption(expected, "c");
+  TBytes expected = VecHeader(0, 2, v.ConditionCheck() ? 1 : 0, prDouble, 0, "c");
   PutCaption(expected, "volt");
   Put<double>(expected, {1.5, -2});
-  EXPECT_EQ(BytesOf(s), expected);
-
-  s.Seek(0, soBeginning);
+  EXPECT_EQ(Saved(v), expected);
+  TQuorelMemoryStream s(expected);
   TUnitVec r;
   r.LoadFromStream(s);
   EXPECT_EQ(r.unit, "volt");

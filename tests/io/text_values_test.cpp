@@ -1,4 +1,5 @@
 // Values of vectors and matrices as text lines and back, and column counting.
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -141,24 +142,23 @@ TEST(TextValues, RandomValuesThroughEveryFormat) {
     *cx.PCValues(k) = {RandomDouble(rng), k % 5 == 0 ? 0.0 : RandomDouble(rng)};
   }
   TMtx m(n / 10, 10), mc(n / 10, 10, true);
-  for (int k = 0; k < n; ++k) {
-    m.Values(k / 10, k % 10) = re[k];
-    mc.CValues(k / 10, k % 10) = *cx.PCValues(k);
-  }
+  std::ranges::copy(re.Values(), m.PValues1D(0));
+  std::ranges::copy(cx.Values(), mc.PValues1D(0));
   // Exact texts are those of the general format at 17 digits and read back to the same bits.
+  const auto expectSame = [](const TQuorel& back, const TQuorel& want, const TStringList& lines) {
+    const auto got = test::Doubles(back), values = test::Doubles(want);
+    ASSERT_EQ(got.size(), values.size());
+    const std::size_t perLine = values.size() / lines.size();
+    for (std::size_t i = 0; i < values.size(); ++i) ASSERT_TRUE(SameDouble(got[i], values[i])) << lines[i / perLine];
+  };
   for (const TVec* v : {&re, &cx}) {
     TStringList lines;
     ValuesToStrings(*v, lines);
     TVec back;
     back.Size(0, v->Complex());
     StringsToValues(back, lines);
-    ASSERT_EQ(back.Length(), n);
-    for (int k = 0; k < n; ++k) {
-      const TCplx z = v->Complex() ? *v->PCValues(k) : TCplx{(*v)[k], 0.0};
-      const TCplx got = v->Complex() ? *back.PCValues(k) : TCplx{back[k], 0.0};
-      if (!v->Complex()) ASSERT_EQ(lines[k], SampleToStr(z.Re, 17, 0));
-      ASSERT_TRUE(SameDouble(got.Re, z.Re) && SameDouble(got.Im, z.Im)) << lines[k];
-    }
+    expectSame(back, *v, lines);
+    for (int k = 0; k < n && !v->Complex(); ++k) ASSERT_EQ(lines[k], SampleToStr(re[k], 17, 0));
   }
   for (const TMtx* a : {&m, &mc}) {
     TStringList lines;
@@ -167,11 +167,7 @@ TEST(TextValues, RandomValuesThroughEveryFormat) {
     back.Size(0, 0, a->Complex());
     StringsToValues(back, lines, "; ");
     ASSERT_TRUE(back.Rows() == a->Rows() && back.Cols() == 10);
-    for (int k = 0; k < n; ++k) {
-      const TCplx z = a->Complex() ? a->CValues(k / 10, k % 10) : TCplx{a->Values(k / 10, k % 10), 0.0};
-      const TCplx got = a->Complex() ? back.CValues(k / 10, k % 10) : TCplx{back.Values(k / 10, k % 10), 0.0};
-      ASSERT_TRUE(SameDouble(got.Re, z.Re) && SameDouble(got.Im, z.Im)) << lines[k / 10];
-    }
+    expectSame(back, *a, lines);
   }
   // Patterns: every line is the one-value formatter's text, byte for byte, and reads back as the
   // C library reads it.
@@ -220,7 +216,7 @@ TEST(TextValues, ConversionsAllocateOnlyTheTextsTheyKeep) {
   c.Size(n, true);
   for (int k = 0; k < n; ++k) *c.PCValues(k) = {std::sin(0.37 * k), std::cos(1.1 * k)};
   TMtx m(n / 10, 10);
-  for (int k = 0; k < n; ++k) m.Values(k / 10, k % 10) = v[k];
+  std::ranges::copy(v.Values(), m.PValues1D(0));
   TStringList lines;
   lines.reserve(n);
   // Short texts live in the strings themselves: nothing is allocated at all.

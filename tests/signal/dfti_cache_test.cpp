@@ -87,8 +87,7 @@ TEST_F(DftiCacheTest, PlanningFailuresAreReportedByTheirCaller) {
   // Each shape is committed for one direction only.
   TVec x = CplxVec(Noise(12, 1), Noise(12, 2)), y, a = CplxVec(Noise(10, 1), Noise(10, 2)), b;
   TVec r = RealVec(Noise(12, 3)), s, back, spectrum = CplxVec(Noise(7, 4), Noise(7, 5)), signal = RealVec(Noise(12, 6));
-  TMtx m, out;
-  m.Size(3, 4, true);
+  TMtx m(3, 4, true), out;
   TWorkVec half;
   half->Size(8, true);
   TVec sink;

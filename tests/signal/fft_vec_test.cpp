@@ -120,21 +120,18 @@ TEST(FftVec, LargeTransformsKeepTheirProperties) {
 }
 
 TEST(FftVec, NonFiniteValuesFlowThrough) {
-  TVec x = RealVec({1, 2, std::numeric_limits<double>::quiet_NaN(), 4});
   TVec y;
-  y.FFT(x, true);
+  y.FFT(RealVec({1, 2, std::numeric_limits<double>::quiet_NaN(), 4}), true);
   for (auto c : y.CValues()) EXPECT_TRUE(std::isnan(c.Re) || std::isnan(c.Im));
-  TVec e, fe;
-  fe.FFT(e);
-  EXPECT_EQ(fe.Length(), 0);
 }
 
 TEST(FftVec, EmptyRealVectorsBecomeEmptyHalfSpectraInPlaceAsOutOfPlace) {
-  TVec src;
-  TVec out, inplace, viaFft;
+  TVec src, out, inplace, viaFft, full;
   out.FFTFromReal(src);
   inplace.FFTFromReal();
   viaFft.FFT();
+  full.FFT(src);
+  EXPECT_EQ(full.Length(), 0);
   for (TVec* v : {&out, &inplace, &viaFft}) {
     EXPECT_TRUE(v->Complex());
     EXPECT_EQ(v->Length(), 0);
@@ -278,13 +275,12 @@ TEST(FftVec, Messages) {
   pc.SetFFTStorageFormat(fsfPack);
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { pc.FFTFromReal(r, 0, 0, 4); }),
             "TDenseQuorel.FFTToReal: Self is Complex");
-  const std::vector<double> before = Doubles(p);
   ExpectMessages<EQuorelRangeError>({
       {[&] { p.FFTFromReal(r, 1, 0, 4); }, "Vec params out of range: VecIndex: 1, SrcLen: 4, Vec.Length: 4"},
       {[&] { p.FFTFromReal(r, 0, 1, 4); }, "Self params out of range: Index: 1, DstLen: 4, Length: 4"},
       {[&] { c.FFTFromReal(r, 0, 0, 4); }, "Self params out of range: Index: 0, DstLen: 3, Length: 2"},
   });
-  EXPECT_EQ(Doubles(p), before);  // refused calls change nothing
+  EXPECT_EQ(Doubles(p), (std::vector<double>{1, 2, 3, 4}));  // refused calls change nothing
 }
 
 }  // namespace
