@@ -54,10 +54,7 @@ TEST(FaceStream, LargeObjectsShowTheirEdges) {
   small.Ramp();
   EXPECT_EQ(Print(v), "[   0    1    2 ...  998  999 1000]");
   EXPECT_EQ(Print(small).size(), 1000 * 4 + 1u);  // every element: width 3 and a separator
-  TMtx m(40, 30);
-  for (std::int32_t i = 0; i < 40; ++i)
-    for (std::int32_t j = 0; j < 30; ++j) m(i, j) = 100 * i + j;
-  EXPECT_EQ(Print(m),
+  EXPECT_EQ(Print(test::Numbered(40, 30, false)),
             "[[   0    1    2 ...   27   28   29]\n"
             " [ 100  101  102 ...  127  128  129]\n"
             " [ 200  201  202 ...  227  228  229]\n"

@@ -23,21 +23,29 @@ void ExpResiduals(std::span<const double> b, std::span<const double> xs, std::sp
   for (std::size_t i = 0; i < xs.size(); ++i) r[i] = 2 * std::exp(-0.5 * xs[i]) - b[0] * std::exp(b[1] * xs[i]);
 }
 
-}  // namespace
+// [J | b] column-major, from J in row order, after LeastSquaresQR.
+std::vector<double> Factored(const std::vector<double>& j, const std::vector<double>& b, std::size_t n) {
+  const std::size_t m = b.size();
+  std::vector<double> a((n + 1) * m), tau(n + 1);
+  for (std::size_t i = 0; i < m; ++i) {
+    for (std::size_t k = 0; k < n; ++k) a[k * m + i] = j[i * n + k];
+    a[n * m + i] = b[i];
+  }
+  detail::LeastSquaresQR(a, m, n, tau);
+  return a;
+}
 
 // The damped step of J p ~ b through LeastSquaresQR of the column-major [J | b].
 std::vector<double> DampedStep(const std::vector<double>& jRowMajor, const std::vector<double>& b, std::size_t n,
                                const std::vector<double>& d, double lambda, bool& ok) {
-  const std::size_t m = b.size();
-  std::vector<double> a((n + 1) * m), tau(n + 1), work(2 * n * (n + 1) + n + 1), p(n);
-  for (std::size_t i = 0; i < m; ++i) {
-    for (std::size_t j = 0; j < n; ++j) a[j * m + i] = jRowMajor[i * n + j];
-    a[n * m + i] = b[i];
-  }
-  detail::LeastSquaresQR(a, m, n, tau);
-  ok = detail::DampedLeastSquaresStep(a, m, std::span<const double>(a).subspan(n * m, n), d, lambda, n, work, p);
+  const std::vector<double> a = Factored(jRowMajor, b, n);
+  std::vector<double> work(2 * n * (n + 1) + n + 1), p(n);
+  ok = detail::DampedLeastSquaresStep(a, b.size(), std::span<const double>(a).subspan(n * b.size(), n), d, lambda, n,
+                                      work, p);
   return p;
 }
+
+}  // namespace
 
 TEST(DampedSolve, QRStepMatchesNormalEquations) {
   // J (4 x 2), b; the damped step solves (J'J + lambda D^2) p = J'b.
@@ -79,12 +87,8 @@ TEST(DampedSolve, TrustRegionStepFitsTheRadius) {
   // Columns of very different scales, as in the NIST exponential fits.
   const std::vector<double> j{1, 100, 0.01, 2, -50, 0.02, 3, 10, -0.01, 0.5, 70, 0.03, -1, 20, 0.05};
   const std::vector<double> b{1, -2, 0.5, 3, -1}, d{3.9, 130, 0.06};
-  std::vector<double> a((n + 1) * m), tau(n + 1), work(2 * n * (n + 1) + 2 * n + 1), p(n);
-  for (std::size_t i = 0; i < m; ++i) {
-    for (std::size_t k = 0; k < n; ++k) a[k * m + i] = j[i * n + k];
-    a[n * m + i] = b[i];
-  }
-  detail::LeastSquaresQR(a, m, n, tau);
+  const std::vector<double> a = Factored(j, b, n);
+  std::vector<double> work(2 * n * (n + 1) + 2 * n + 1), p(n);
   const std::span<const double> c = std::span<const double>(a).subspan(n * m, n);
   const auto scaled = [&] { return std::hypot(d[0] * p[0], d[1] * p[1], d[2] * p[2]); };
   double lambda = 0.5;
@@ -105,10 +109,7 @@ TEST(DampedSolve, TrustRegionStepFitsTheRadius) {
     lastLambda = lambda;
   }
   // Equal columns: no Gauss-Newton step, yet a damped one inside the region.
-  const std::vector<double> rank1{1, 1, 2, 2, 3, 3}, b1{1, 2, 4}, d1{1, 1};
-  std::vector<double> a1(3 * 3);
-  for (std::size_t i = 0; i < 3; ++i) a1[i] = a1[3 + i] = rank1[2 * i], a1[6 + i] = b1[i];
-  detail::LeastSquaresQR(a1, 3, 2, tau);
+  const std::vector<double> a1 = Factored({1, 1, 2, 2, 3, 3}, {1, 2, 4}, 2), d1{1, 1};
   lambda = 0;
   ASSERT_TRUE(detail::TrustRegionStep(a1, 3, std::span<const double>(a1).subspan(6, 2), d1, 0.1, lambda, 2, work, p));
   EXPECT_GT(lambda, 0);
@@ -125,35 +126,32 @@ TEST(NewMarquardt, ClassicResidualProblems) {
     std::int32_t m;
     TResiduals fun;
     std::vector<double> start;
-    double fMax;      // the sum of squares reached, below this
-    double fLocal;    // or at this local minimum (negative: none)
+    double fLocal;  // a local minimum it may also end at (negative: none)
   };
   const TCase cases[] = {
-      {"Rosenbrock", 2, [](auto x, auto r) { r[0] = 10 * (x[1] - x[0] * x[0]), r[1] = 1 - x[0]; }, {-1.2, 1}, 1e-20, -1},
+      {"Rosenbrock", 2, [](auto x, auto r) { r[0] = 10 * (x[1] - x[0] * x[0]), r[1] = 1 - x[0]; }, {-1.2, 1}, -1},
       {"Powell singular", 4,
        [](auto x, auto r) {
          r[0] = x[0] + 10 * x[1], r[1] = std::sqrt(5) * (x[2] - x[3]);
          r[2] = (x[1] - 2 * x[2]) * (x[1] - 2 * x[2]), r[3] = std::sqrt(10) * (x[0] - x[3]) * (x[0] - x[3]);
        },
-       {3, -1, 0, 1}, 1e-20, -1},
+       {3, -1, 0, 1}, -1},
       {"Freudenstein-Roth", 2,
        [](auto x, auto r) {
          r[0] = -13 + x[0] + ((5 - x[1]) * x[1] - 2) * x[1], r[1] = -29 + x[0] + ((x[1] + 1) * x[1] - 14) * x[1];
        },
-       {0.5, -2}, 1e-20, 48.98425367924},
-      {"circle (m < n)", 1, [](auto x, auto r) { r[0] = x[0] * x[0] + x[1] * x[1] + x[2] * x[2] - 1; }, {2, 1, 0.5}, 1e-20, -1},
+       {0.5, -2}, 48.98425367924},
+      {"circle (m < n)", 1, [](auto x, auto r) { r[0] = x[0] * x[0] + x[1] * x[1] + x[2] * x[2] - 1; }, {2, 1, 0.5}, -1},
   };
   for (const TCase& t : cases) {
     std::vector<double> x = t.start;
     double fmin;
     TOptStopReason reason;
-    std::int32_t evals = 0;
     const auto fun = [&](std::span<const double> p, std::span<const double>, std::span<TQuorel* const>, std::span<double> r) {
       t.fun(p, r);
     };
-    const std::int32_t iters = NewMarquardt(fun, t.m, x, {}, {}, fmin, reason, 500, 1e-12, nullptr, &evals);
-    std::printf("NewMarquardt %-18s %4d iterations %5d evaluations f = %.3g reason %d\n", t.name, iters, evals, fmin, reason);
-    EXPECT_TRUE(fmin < t.fMax || std::abs(fmin - t.fLocal) < 1e-8) << t.name << " " << fmin;
+    NewMarquardt(fun, t.m, x, {}, {}, fmin, reason, 500, 1e-12, nullptr);
+    EXPECT_TRUE(fmin < 1e-20 || std::abs(fmin - t.fLocal) < 1e-8) << t.name << " " << fmin;
     // Not the iteration limit: Powell's singular Jacobian converges only linearly, but well within it.
     EXPECT_TRUE(reason == OptResConverged || reason == OptResSmallGrad || reason == OptResSmallStep) << t.name << " " << reason;
   }
@@ -165,9 +163,7 @@ TEST(Marquardt, ExactFitLogAndStops) {
   double fmin;
   TOptStopReason reason;
   TStringList log;
-  std::int32_t evals = 0;
-  const std::int32_t iters = NewMarquardt(ExpResiduals, 8, b, xs, {}, fmin, reason, 100, 1e-10, &log, &evals);
-  std::printf("NewMarquardt exact exponential fit: %d iterations, %d evaluations\n", iters, evals);
+  const std::int32_t iters = NewMarquardt(ExpResiduals, 8, b, xs, {}, fmin, reason, 100, 1e-10, &log);
   EXPECT_NEAR(b[0], 2, 1e-9);
   EXPECT_NEAR(b[1], -0.5, 1e-9);
   EXPECT_LT(fmin, 1e-20);

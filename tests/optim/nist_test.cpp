@@ -40,7 +40,6 @@ double SumOfSquares(std::span<const double> b, std::span<const double>, std::spa
 }  // namespace
 
 TEST(NistNonlinear, BothMarquardtsReachCertifiedValues) {
-  std::printf("%-9s %-6s %-13s %5s %6s %s\n", "dataset", "start", "method", "iters", "evals", "digits (worst parameter)");
   for (const std::string& name : NistNames()) {
     const TNistProblem prob = ReadNist(QUOREL_TEST_DATA_DIR "/nist", name);
     ASSERT_EQ(prob.X.size(), prob.Y.size());
@@ -53,27 +52,19 @@ TEST(NistNonlinear, BothMarquardtsReachCertifiedValues) {
                                std::span<double> r) {
       for (std::size_t i = 0; i < prob.X.size(); ++i) r[i] = prob.Y[i] - prob.Model(b.data(), prob.X[i]);
     };
-    long calls = 0;
-    const TRealFunction ssr = Counted(
-        [&](std::span<const double> b, std::span<const double> c, std::span<TQuorel* const> o) {
-          return SumOfSquares(b, c, o, prob.Model);
-        },
-        calls);
+    const auto ssr = [&](std::span<const double> b, std::span<const double> c, std::span<TQuorel* const> o) {
+      return SumOfSquares(b, c, o, prob.Model);
+    };
     for (int start = 1; start <= 2; ++start) {
       for (bool general : {false, true}) {
         const char* method = general ? "Marquardt" : "NewMarquardt";
         std::vector<double> b = start == 1 ? prob.Start1 : prob.Start2;
         double fmin;
         TOptStopReason reason;
-        std::int32_t evals = 0;
-        calls = 0;
-        const std::int32_t iters =
-            general ? Marquardt(ssr, nullptr, b, {}, data, fmin, reason, 1000, 1e-12, 0, nullptr)
-                    : NewMarquardt(residuals, static_cast<std::int32_t>(prob.X.size()), b, {}, {}, fmin, reason, 1000,
-                                   1e-12, nullptr, &evals);
+        if (general) Marquardt(ssr, nullptr, b, {}, data, fmin, reason, 1000, 1e-12, 0, nullptr);
+        else NewMarquardt(residuals, static_cast<std::int32_t>(prob.X.size()), b, {}, {}, fmin, reason, 1000, 1e-12, nullptr);
         const double digits = WorstDigits(b, prob.Certified);
-        std::printf("%-9s %-6d %-13s %5d %6ld %5.1f  reason %d  SSR digits %.1f\n", name.c_str(), start, method, iters,
-                    general ? calls : long{evals}, digits, reason, SignificantDigits(fmin, prob.CertifiedSSR));
+        std::printf("%-9s start %d %-13s %5.1f digits (worst parameter)\n", name.c_str(), start, method, digits);
         EXPECT_GE(digits, kCertifiedDigits) << name << " start " << start << " " << method;
       }
     }

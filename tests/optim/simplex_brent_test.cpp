@@ -92,7 +92,7 @@ TEST(Simplex, StartVerticesLogAndExpansionRule) {
   EXPECT_DOUBLE_EQ(rec2.Points[4][0], 0.975);
 }
 
-TEST(Simplex, StopRulesAndEdgeCases) {
+TEST(Simplex, StopRulesEdgeCasesAndExceptions) {
   double fmin = 0;
   TOptStopReason reason;
   // MaxIter 0 still performs one iteration, and the limit wins over convergence on that step.
@@ -132,15 +132,11 @@ TEST(Simplex, StopRulesAndEdgeCases) {
   EXPECT_EQ(reason, OptResConverged);
   EXPECT_NEAR(p[0], 1, 1e-6);
   EXPECT_NEAR(p[1], 0, 1e-6);
-}
 
-TEST(Simplex, PassesExceptionsThrough) {
   // The objective's exception reaches the caller; Pars is untouched and no work object is kept.
   const std::int32_t vecs = Controller->VecCacheUsed(), mtxs = Controller->MtxCacheUsed();
-  long calls = 0;
-  std::vector<double> p{3, 4};
-  double fmin = -1;
-  TOptStopReason reason;
+  calls = 0;
+  p = {3, 4};
   const auto throwing = [&](std::span<const double> x, std::span<const double>, std::span<TQuorel* const>) -> double {
     if (++calls == 6) throw std::runtime_error("objective failed");
     return x[0] * x[0] + x[1];
@@ -159,7 +155,6 @@ TEST(MinBrent, FindsMinimaAndReportsStops) {
   TStringList log;
   const auto f = Counted(Of([](auto x) { return std::cos(x[0]) + x[1]; }), calls);
   const std::int32_t iters = MinBrent(f, 4, 2, p, {}, {}, fmin, reason, 100, 1e-10, &log);
-  std::printf("MinBrent cos on [2, 4]: %d iterations, %ld evaluations\n", iters, calls);
   EXPECT_EQ(reason, OptResConverged);
   EXPECT_NEAR(p[0], std::numbers::pi, 1e-7);
   EXPECT_EQ(p[1], 5);

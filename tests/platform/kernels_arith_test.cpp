@@ -15,9 +15,10 @@ C RefDiv(C a, C b) {
   const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
   return {(a.Re * b.Re + a.Im * b.Im) * s, (a.Im * b.Re - a.Re * b.Im) * s};
 }
-C RefInv(C b) {
+// a / b for a real a the same way (a = 1: the reciprocal).
+C RefRealDiv(D a, C b) {
   const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
-  return {b.Re * s, -b.Im * s};
+  return {a * b.Re * s, -(a * b.Im) * s};
 }
 // Whether Re^2 + Im^2 stays a normal double (or is an exact 0): elsewhere the modulus is taken
 // without the squares, and moving z onto a circle divides by it.
@@ -38,7 +39,7 @@ C OnCircle(C z, double level) {
 C ClampedInv(C z, double level) {
   const double m = Modulus(z);
   const C w = m < level ? OnCircle(z, level) : z;
-  if (NormInRange(z)) return RefInv(w);
+  if (NormInRange(z)) return RefRealDiv(1.0, w);
   const double mw = m < level ? level : m;
   return {w.Re / mw / mw, -w.Im / mw / mw};
 }
@@ -59,10 +60,7 @@ TEST(KernelsArith, ArrayWithArrayInAllFourForms) {
   CheckBinary<D, D, D>("Div dd", Pick<D, D, D>(Div), [](D a, D b) { return a / b; });
   CheckBinary<C, C, C>("Div cc", Pick<C, C, C>(Div), RefDiv);
   CheckBinary<C, D, C>("Div cd", Pick<C, D, C>(Div), [](C a, D b) { return C{a.Re / b, a.Im / b}; });
-  CheckBinary<D, C, C>("Div dc", Pick<D, C, C>(Div), [](D a, C b) {
-    const double s = 1.0 / (b.Re * b.Re + b.Im * b.Im);
-    return C{a * b.Re * s, -(a * b.Im) * s};
-  });
+  CheckBinary<D, C, C>("Div dc", Pick<D, C, C>(Div), RefRealDiv);
 }
 
 TEST(KernelsArith, ArrayWithScalarInAllFourForms) {
@@ -82,10 +80,7 @@ TEST(KernelsArith, ArrayWithScalarInAllFourForms) {
   CheckUnary<C, C>("ScaleByValue c", WithValue<C, C, C>(ScaleByValue, w), [w](C a) { return RefMul(a, w); });
   CheckUnary<D, C>("ScaleByValue dc", WithValue<D, C, C>(ScaleByValue, w), [w](D a) { return C{a * w.Re, a * w.Im}; });
   CheckUnary<D, D>("DivideValue d", WithValue<D, D, D>(DivideValue, v), [v](D a) { return v / a; });
-  CheckUnary<C, C>("DivideValue cd", WithValue<C, D, C>(DivideValue, v), [v](C a) {
-    const double s = 1.0 / (a.Re * a.Re + a.Im * a.Im);
-    return C{v * a.Re * s, -(v * a.Im) * s};
-  });
+  CheckUnary<C, C>("DivideValue cd", WithValue<C, D, C>(DivideValue, v), [v](C a) { return RefRealDiv(v, a); });
   CheckUnary<C, C>("DivideValue c", WithValue<C, C, C>(DivideValue, w), [w](C a) { return RefDiv(w, a); });
   CheckUnary<D, C>("DivideValue dc", WithValue<D, C, C>(DivideValue, w), [w](D a) { return C{w.Re / a, w.Im / a}; });
 }

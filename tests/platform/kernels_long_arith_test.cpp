@@ -1,6 +1,5 @@
 // Arithmetic and widening on arrays past the caches, where results are stored around them: every
 // element, at every start offset of the destination within a cache line, in place too.
-#include <algorithm>
 #include <vector>
 
 #include "kernel_test_support.h"
@@ -61,32 +60,6 @@ TEST(KernelsLongArith, ComplexProductsAndWideningAtEveryDestinationOffset) {
   std::vector<std::int16_t> x(m);
   for (ptrdiff_t i = 0; i < m; ++i) x[i] = static_cast<std::int16_t>(i * 7919);
   AtEveryOffset<D>(m, {0, 1, 5}, [&](D* r) { Convert(x.data(), r, m); }, [&](ptrdiff_t i) { return D(x[i]); });
-}
-
-// Narrowing past the caches (streamed) gives what the same conversion gives in short pieces.
-TEST(KernelsLongArith, NarrowingMatchesShortPieces) {
-  constexpr ptrdiff_t n = (ptrdiff_t{1} << 22) + 37;
-  std::vector<D> x(n);
-  std::mt19937_64 rng(8);
-  std::uniform_real_distribution<D> u(-40000, 40000);
-  for (D& v : x) v = u(rng);
-  x[3] = kNaN;
-  std::vector<std::int16_t> got(n + 1), want(n);
-  std::vector<float> gotF(n), wantF(n);
-  for (ptrdiff_t offset : {0, 1}) {
-    const ptrdiff_t outside = offset ? 0 : n;
-    got[outside] = 123;
-    Convert(x.data(), got.data() + offset, n, rnRound);
-    ASSERT_EQ(got[outside], 123);
-    for (ptrdiff_t i = 0; i < n; i += 1000) Convert(x.data() + i, want.data() + i, std::min<ptrdiff_t>(1000, n - i), rnRound);
-    ASSERT_TRUE(std::equal(want.begin(), want.end(), got.begin() + offset)) << "offset " << offset;
-  }
-  ConvertViaSingle(x.data(), got.data(), n, rnTrunc);
-  for (ptrdiff_t i = 0; i < n; i += 1000) ConvertViaSingle(x.data() + i, want.data() + i, std::min<ptrdiff_t>(1000, n - i), rnTrunc);
-  ASSERT_TRUE(std::equal(want.begin(), want.end(), got.begin()));
-  Convert(x.data(), gotF.data(), n);
-  for (ptrdiff_t i = 0; i < n; i += 1000) Convert(x.data() + i, wantF.data() + i, std::min<ptrdiff_t>(1000, n - i));
-  for (ptrdiff_t i = 0; i < n; ++i) ASSERT_TRUE(Same(gotF[i], wantF[i])) << i;
 }
 
 }  // namespace

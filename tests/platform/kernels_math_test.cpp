@@ -4,10 +4,8 @@
 #include <cerrno>
 #include <cfloat>
 #include <complex>
-#include <fstream>
 #include <functional>
 #include <random>
-#include <sstream>
 
 #include "kernel_test_support.h"
 
@@ -96,14 +94,8 @@ const Case kCases[] = {
          Powx(in[0] + from, in[1][from], r + from, to - from);
        }
      }},
-    {"sincos sin", "sincos", 1, [](const In& in, D* r, ptrdiff_t n) {
-       std::vector<D> c(n);
-       SinCos(in[0], r, c.data(), n);
-     }},
-    {"sincos cos", "sincos", 2, [](const In& in, D* r, ptrdiff_t n) {
-       std::vector<D> s(n);
-       SinCos(in[0], s.data(), r, n);
-     }},
+    {"sincos sin", "sincos", 1, [](const In& in, D* r, ptrdiff_t n) { std::vector<D> c(n); SinCos(in[0], r, c.data(), n); }},
+    {"sincos cos", "sincos", 2, [](const In& in, D* r, ptrdiff_t n) { std::vector<D> s(n); SinCos(in[0], s.data(), r, n); }},
     {"phase", "atan2", 2, [](const In& in, D* r, ptrdiff_t n) {  // of x + iy, with the modulus
        std::vector<C> z(n);
        std::vector<D> mag(n);

@@ -14,28 +14,65 @@ double SumTolerance(ptrdiff_t n, LD sum_of_magnitudes) {
   return static_cast<double>((n / 8.0 + 8.0) * kEps * sum_of_magnitudes);
 }
 
-TEST(KernelsReduce, SumsMeansAndSquaresAgainstLongDouble) {
+// Sums, means, norms and dot products against long double over the same values; the norms of
+// a - b are those of the differences formed in double.
+TEST(KernelsReduce, SumsNormsAndDotProductsAgainstLongDouble) {
   Values values(1);
   for (ptrdiff_t n : kLengths) {
-    const std::vector<D> x = values.Reals(n);
-    const std::vector<C> z = values.Cplxs(n);
-    LD s = 0, a = 0, q = 0, sr = 0, si = 0, za = 0, zq = 0;
-    for (D v : x) s += v, a += std::fabs(v), q += static_cast<LD>(v) * v;
-    for (C v : z) {
-      sr += v.Re, si += v.Im, za += std::fabs(v.Re) + std::fabs(v.Im);
-      zq += static_cast<LD>(v.Re) * v.Re + static_cast<LD>(v.Im) * v.Im;
+    const std::vector<D> x = values.Reals(n), y = values.Reals(n);
+    const std::vector<C> z = values.Cplxs(n), w = values.Cplxs(n);
+    std::vector<D> dx(n);
+    std::vector<C> dz(n);
+    // Of x: sum, sum of magnitudes, of squares, largest magnitude; x.y and its sum of magnitudes.
+    LD s = 0, a = 0, q = 0, top = 0, d = 0, da = 0;
+    // Of z: sums of the parts, of their magnitudes, of squares, of moduli, the largest modulus; the
+    // products z.w, conj(z).w and x.w, and a bound of the magnitudes of their terms.
+    LD sr = 0, si = 0, za = 0, zq = 0, zm = 0, ztop = 0, cr = 0, ci = 0, hr = 0, hi = 0, mr = 0, mi = 0, ca = 0;
+    for (ptrdiff_t i = 0; i < n; ++i) {
+      const LD v = x[i], ur = z[i].Re, ui = z[i].Im, vr = w[i].Re, vi = w[i].Im, m = std::hypot(ur, ui);
+      s += v, a += std::fabs(v), q += v * v, top = std::max(top, std::fabs(v));
+      d += v * y[i], da += std::fabs(v * y[i]);
+      sr += ur, si += ui, za += std::fabs(ur) + std::fabs(ui), zq += ur * ur + ui * ui;
+      zm += m, ztop = std::max(ztop, m);
+      cr += ur * vr - ui * vi, ci += ur * vi + ui * vr, hr += ur * vr + ui * vi, hi += ur * vi - ui * vr;
+      mr += v * vr, mi += v * vi, ca += (std::fabs(ur) + std::fabs(ui)) * (std::fabs(vr) + std::fabs(vi));
+      dx[i] = x[i] - y[i], dz[i] = {z[i].Re - w[i].Re, z[i].Im - w[i].Im};
     }
-    const C cs = Sum(z.data(), n);
-    EXPECT_NEAR(Sum(x.data(), n), s, SumTolerance(n, a)) << n;
-    EXPECT_NEAR(SumOfSquares(x.data(), n), q, SumTolerance(n, q)) << n;
-    EXPECT_NEAR(cs.Re, sr, SumTolerance(n, za)) << n;
-    EXPECT_NEAR(cs.Im, si, SumTolerance(n, za)) << n;
-    EXPECT_NEAR(SumOfSquares(z.data(), n), zq, SumTolerance(2 * n, zq)) << n;
-    if (n == 0) continue;
-    const C m = Mean(z.data(), n);
-    EXPECT_NEAR(Mean(x.data(), n), s / n, SumTolerance(n, a) / n) << n;
-    EXPECT_NEAR(m.Re, sr / n, SumTolerance(n, za) / n) << n;
-    EXPECT_NEAR(m.Im, si / n, SumTolerance(n, za) / n) << n;
+    const D *px = x.data(), *py = y.data(), *pdx = dx.data();
+    const C *pz = z.data(), *pw = w.data(), *pdz = dz.data();
+    const C zs = Sum(pz, n), zw = Dot(pz, pw, n), hw = DotConj(pz, pw, n), xw = Dot(px, pw, n);
+    const double dots = 2 * SumTolerance(n, ca);
+    const struct {
+      const char* what;
+      D got;
+      LD want;
+      double tol;
+    } sums[] = {
+        {"sum", Sum(px, n), s, SumTolerance(n, a)},     {"squares", SumOfSquares(px, n), q, SumTolerance(n, q)},
+        {"sum re", zs.Re, sr, SumTolerance(n, za)},     {"sum im", zs.Im, si, SumTolerance(n, za)},
+        {"squares c", SumOfSquares(pz, n), zq, SumTolerance(2 * n, zq)},
+        {"dot", Dot(px, py, n), d, SumTolerance(n, da)},
+        {"dot re", zw.Re, cr, dots},   {"dot im", zw.Im, ci, dots},   {"conj re", hw.Re, hr, dots},
+        {"conj im", hw.Im, hi, dots},  {"mixed re", xw.Re, mr, dots}, {"mixed im", xw.Im, mi, dots},
+    };
+    for (const auto& c : sums) EXPECT_NEAR(c.got, c.want, c.tol) << c.what << " n=" << n;
+    const D pairs[][2] = {{NormDiffL1(px, py, n), NormL1(pdx, n)},   {NormDiffL2(px, py, n), NormL2(pdx, n)},
+                          {NormDiffInf(px, py, n), NormInf(pdx, n)}, {NormDiffL1(pz, pw, n), NormL1(pdz, n)},
+                          {NormDiffL2(pz, pw, n), NormL2(pdz, n)},   {NormDiffInf(pz, pw, n), NormInf(pdz, n)}};
+    for (const auto& p : pairs) EXPECT_TRUE(Same(p[0], p[1])) << "n=" << n << " " << p[0] << " " << p[1];
+    const D norms[] = {NormL1(px, n), NormL2(px, n), NormInf(px, n), NormL1(pz, n), NormL2(pz, n), NormInf(pz, n)};
+    if (n == 0) {
+      for (D g : norms) EXPECT_TRUE(std::isnan(g));
+      continue;
+    }
+    const LD want[] = {a, std::sqrt(q), top, zm, std::sqrt(zq), ztop};
+    const double tol[] = {SumTolerance(n, a),      SumTolerance(n, std::sqrt(q)),      0,
+                          2 * SumTolerance(n, zm), SumTolerance(2 * n, std::sqrt(zq)), 2 * kEps * static_cast<D>(ztop)};
+    for (int k = 0; k < 6; ++k) EXPECT_NEAR(norms[k], want[k], tol[k]) << "norm " << k << " n=" << n;
+    const C zmean = Mean(pz, n);
+    EXPECT_NEAR(Mean(px, n), s / n, SumTolerance(n, a) / n) << n;
+    EXPECT_NEAR(zmean.Re, sr / n, SumTolerance(n, za) / n) << n;
+    EXPECT_NEAR(zmean.Im, si / n, SumTolerance(n, za) / n) << n;
   }
   EXPECT_EQ(Mean(static_cast<const D*>(nullptr), 0), 0.0);
   EXPECT_TRUE(Same(Mean(static_cast<const C*>(nullptr), 0), C{0, 0}));
@@ -46,6 +83,30 @@ TEST(KernelsReduce, SumsMeansAndSquaresAgainstLongDouble) {
   EXPECT_EQ(StdDev(x, 9), 2.0);
   EXPECT_EQ(StdDev(shifted, 3), 1.0);
   EXPECT_TRUE(std::isnan(StdDev(x, 1)) && std::isnan(StdDev(x, 0)));
+  // Scaled L2: no overflow or underflow where the norm itself is representable.
+  const D big[] = {3e200, -4e200}, tiny[] = {3e-200, 4e-200}, sub[] = {3e-310, 4e-310}, top[] = {1.5e308, 1.5e308};
+  EXPECT_NEAR(NormL2(big, 2), 5e200, 2 * kEps * 5e200);
+  EXPECT_NEAR(NormL2(tiny, 2), 5e-200, 2 * kEps * 5e-200);
+  EXPECT_NEAR(NormL2(sub, 2), 5e-310, 1e-323);
+  errno = 0;
+  EXPECT_EQ(NormL2(top, 2), kInf);  // 2.1e308 is beyond the double range
+  EXPECT_EQ(errno, 0);
+  // NaN wins over everything, infinity over finite values.
+  const D with_nan[] = {1, kNaN, 2}, with_inf[] = {1, -kInf, kNaN};
+  EXPECT_TRUE(std::isnan(NormL2(with_nan, 3)) && std::isnan(NormInf(with_nan, 3)) && std::isnan(NormL1(with_nan, 3)));
+  EXPECT_TRUE(std::isnan(NormInf(with_inf, 3)));
+  EXPECT_TRUE(NormInf(with_inf, 2) == kInf && NormL2(with_inf, 2) == kInf);
+  // Products: n! for every length up to 20 is exact; i^n cycles.
+  const C powers[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
+  for (ptrdiff_t n = 0; n <= 20; ++n) {
+    std::vector<D> f(n);
+    std::vector<C> i(n, C{0, 1});
+    D want = 1;
+    for (ptrdiff_t k = 0; k < n; ++k) f[k] = k + 1.0, want *= k + 1.0;
+    const C p = Product(i.data(), n);
+    EXPECT_EQ(Product(f.data(), n), want) << n;
+    EXPECT_TRUE(p.Re == powers[n % 4].Re && p.Im == powers[n % 4].Im) << n;
+  }
 }
 
 // First index of the largest (smallest) non-NaN value; all NaN gives (NaN, 0).
@@ -82,86 +143,6 @@ TEST(KernelsReduce, ExtremesWithFirstIndex) {
   const TMinMax empty = MinMaxIndex(zeros, 0);
   EXPECT_TRUE(MaxIndex(zeros, 0).Index == -1 && std::isnan(MinIndex(zeros, 0).Value));
   EXPECT_TRUE(empty.Min.Index == -1 && empty.Max.Index == -1);
-}
-
-TEST(KernelsReduce, NormsAgainstLongDouble) {
-  Values values(4);
-  for (ptrdiff_t n : kLengths) {
-    const std::vector<D> a = values.Reals(n), b = values.Reals(n);
-    const std::vector<C> za = values.Cplxs(n), zb = values.Cplxs(n);
-    std::vector<D> d(n);
-    std::vector<C> zd(n);
-    for (ptrdiff_t i = 0; i < n; ++i) d[i] = a[i] - b[i], zd[i] = {za[i].Re - zb[i].Re, za[i].Im - zb[i].Im};
-    const D *pa = a.data(), *pb = b.data(), *pd = d.data();
-    const C *qa = za.data(), *qb = zb.data(), *qd = zd.data();
-    // The norms of a - b are those of the differences formed in double.
-    const D pairs[][2] = {{NormDiffL1(pa, pb, n), NormL1(pd, n)},   {NormDiffL2(pa, pb, n), NormL2(pd, n)},
-                          {NormDiffInf(pa, pb, n), NormInf(pd, n)}, {NormDiffL1(qa, qb, n), NormL1(qd, n)},
-                          {NormDiffL2(qa, qb, n), NormL2(qd, n)},   {NormDiffInf(qa, qb, n), NormInf(qd, n)}};
-    for (const auto& p : pairs) EXPECT_TRUE(Same(p[0], p[1])) << "n=" << n << " " << p[0] << " " << p[1];
-    const D got[] = {NormL1(pa, n), NormL2(pa, n), NormInf(pa, n), NormL1(qa, n), NormL2(qa, n), NormInf(qa, n)};
-    if (n == 0) {
-      for (D g : got) EXPECT_TRUE(std::isnan(g));
-      continue;
-    }
-    LD l1 = 0, l2 = 0, inf = 0, cl1 = 0, cl2 = 0, cinf = 0;
-    for (D v : a) l1 += std::fabs(v), l2 += static_cast<LD>(v) * v, inf = std::max<LD>(inf, std::fabs(v));
-    for (C v : za) {
-      const LD m = std::hypot(static_cast<LD>(v.Re), static_cast<LD>(v.Im));
-      cl1 += m, cl2 += m * m, cinf = std::max(cinf, m);
-    }
-    const LD want[] = {l1, std::sqrt(l2), inf, cl1, std::sqrt(cl2), cinf};
-    const double tol[] = {SumTolerance(n, l1),      SumTolerance(n, std::sqrt(l2)),      0,
-                          2 * SumTolerance(n, cl1), SumTolerance(2 * n, std::sqrt(cl2)),
-                          2 * kEps * static_cast<D>(cinf)};
-    for (int k = 0; k < 6; ++k) EXPECT_NEAR(got[k], want[k], tol[k]) << "norm " << k << " n=" << n;
-  }
-  // Scaled L2: no overflow or underflow where the norm itself is representable.
-  const D big[] = {3e200, -4e200}, tiny[] = {3e-200, 4e-200}, sub[] = {3e-310, 4e-310}, top[] = {1.5e308, 1.5e308};
-  EXPECT_NEAR(NormL2(big, 2), 5e200, 2 * kEps * 5e200);
-  EXPECT_NEAR(NormL2(tiny, 2), 5e-200, 2 * kEps * 5e-200);
-  EXPECT_NEAR(NormL2(sub, 2), 5e-310, 1e-323);
-  errno = 0;
-  EXPECT_EQ(NormL2(top, 2), kInf);  // 2.1e308 is beyond the double range
-  EXPECT_EQ(errno, 0);
-  // NaN wins over everything, infinity over finite values.
-  const D with_nan[] = {1, kNaN, 2}, with_inf[] = {1, -kInf, kNaN};
-  EXPECT_TRUE(std::isnan(NormL2(with_nan, 3)) && std::isnan(NormInf(with_nan, 3)) && std::isnan(NormL1(with_nan, 3)));
-  EXPECT_TRUE(std::isnan(NormInf(with_inf, 3)));
-  EXPECT_TRUE(NormInf(with_inf, 2) == kInf && NormL2(with_inf, 2) == kInf);
-}
-
-TEST(KernelsReduce, DotProductsAndProducts) {
-  Values values(6);
-  for (ptrdiff_t n : kLengths) {
-    const std::vector<D> x = values.Reals(n), y = values.Reals(n);
-    const std::vector<C> u = values.Cplxs(n), v = values.Cplxs(n);
-    LD d = 0, da = 0, cr = 0, ci = 0, hr = 0, hi = 0, mr = 0, mi = 0, ca = 0;
-    for (ptrdiff_t i = 0; i < n; ++i) {
-      d += static_cast<LD>(x[i]) * y[i], da += std::fabs(static_cast<LD>(x[i]) * y[i]);
-      const LD ur = u[i].Re, ui = u[i].Im, vr = v[i].Re, vi = v[i].Im;
-      cr += ur * vr - ui * vi, ci += ur * vi + ui * vr;
-      hr += ur * vr + ui * vi, hi += ur * vi - ui * vr;
-      mr += x[i] * vr, mi += x[i] * vi;
-      ca += (std::fabs(ur) + std::fabs(ui)) * (std::fabs(vr) + std::fabs(vi));
-    }
-    EXPECT_NEAR(Dot(x.data(), y.data(), n), d, SumTolerance(n, da)) << n;
-    const C c = Dot(u.data(), v.data(), n), h = DotConj(u.data(), v.data(), n), m = Dot(x.data(), v.data(), n);
-    const LD want[] = {cr, ci, hr, hi, mr, mi};
-    const D got[] = {c.Re, c.Im, h.Re, h.Im, m.Re, m.Im};
-    for (int k = 0; k < 6; ++k) EXPECT_NEAR(got[k], want[k], 2 * SumTolerance(n, ca)) << k << " n=" << n;
-  }
-  // Products: n! for every length up to 20 is exact; i^n cycles.
-  const C powers[] = {{1, 0}, {0, 1}, {-1, 0}, {0, -1}};
-  for (ptrdiff_t n = 0; n <= 20; ++n) {
-    std::vector<D> x(n);
-    std::vector<C> z(n, C{0, 1});
-    D want = 1;
-    for (ptrdiff_t i = 0; i < n; ++i) x[i] = i + 1.0, want *= i + 1.0;
-    const C p = Product(z.data(), n);
-    EXPECT_EQ(Product(x.data(), n), want) << n;
-    EXPECT_TRUE(p.Re == powers[n % 4].Re && p.Im == powers[n % 4].Im) << n;
-  }
 }
 
 // Lanes hold every 8th term: a repeating pattern of magnitudes puts the large ones in some lanes
@@ -205,13 +186,10 @@ TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
     for (D v : x) p *= v;
     return p;
   };
-  std::vector<std::vector<D>> cases = {Alternating(16, 1e300, 1e-300), Alternating(17, -1e300, 1e-300),
-                                       {1e300, 1e300, 1e-300, 1e-300}, Alternating(2000, 3e250, -3.3e-251),
-                                       Periodic(1032, {1e-310, 1e155, 1e155})};
-  std::vector<D> sparse_small(16, 1.0);
-  sparse_small[0] = sparse_small[8] = 1e-200;  // lane 0 underflows to 0
-  sparse_small[1] = sparse_small[9] = 1e150;
-  cases.push_back(sparse_small);
+  const std::vector<D> cases[] = {Alternating(16, 1e300, 1e-300), Alternating(17, -1e300, 1e-300),
+                                  {1e300, 1e300, 1e-300, 1e-300}, Alternating(2000, 3e250, -3.3e-251),
+                                  Periodic(1032, {1e-310, 1e155, 1e155}),
+                                  Periodic(16, {1e-200, 1e150, 1, 1, 1, 1, 1, 1})};  // lane 0 underflows to 0
   for (const std::vector<D>& x : cases) {
     const LD want = product_ld(x);
     const D got = Product(x.data(), static_cast<ptrdiff_t>(x.size()));

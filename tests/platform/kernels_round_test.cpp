@@ -55,8 +55,6 @@ I ToIntRef(double x, TRounding rounding) {
   return static_cast<I>(r <= lo ? lo : r >= hi ? hi : r);
 }
 
-// The sweep's values scaled to 2.5 times the type's range (its specials included), both
-// roundings; then random integers back to double.
 // Widening to double, kept in the caches and stored around them (every offset of the result,
 // so the lines' heads and tails are covered).
 template <class S>
@@ -69,6 +67,8 @@ void CheckWiden(const char* name) {
   }, widen);
 }
 
+// The sweep's values scaled to 2.5 times the type's range (its specials included), both
+// roundings; then random integers back to double.
 template <class I>
 void CheckToInt(const char* name) {
   const double scale = 0.25 * static_cast<double>(std::numeric_limits<I>::max());
@@ -122,21 +122,26 @@ TEST(KernelsConvert, SingleSaturatesFiniteValuesAndWidensExactly) {
 }
 
 // Results of 8 MB and more are stored around the caches in blocks; they must match the short
-// path exactly, with a head before the first whole line and a tail after the last block.
+// path exactly, with a head before the first whole line and a tail after the last block, and
+// leave the elements on either side alone.
 template <class R, class F>
 void ExpectLongSameAsPieces(F convert) {
   const ptrdiff_t n = kStreamBytes / static_cast<ptrdiff_t>(sizeof(R)) + 777;
   std::vector<D> x(n);
   for (ptrdiff_t i = 0; i < n; ++i) x[i] = 40000.0 * std::sin(0.37 * static_cast<D>(i)) + (i % 5 == 0 ? 0.5 : 0.0);
-  std::vector<R> whole(n + 1), pieces(n + 1);
-  convert(x.data(), whole.data() + 1, n);
-  for (ptrdiff_t i = 0; i < n; i += 4096) convert(x.data() + i, pieces.data() + 1 + i, std::min<ptrdiff_t>(4096, n - i));
-  ASSERT_TRUE(whole == pieces);
+  x[3] = kNaN;
+  for (ptrdiff_t offset : {0, 1}) {
+    std::vector<R> whole(n + 2, R{123}), pieces(n + 2, R{123});
+    convert(x.data(), whole.data() + offset, n);
+    for (ptrdiff_t i = 0; i < n; i += 4096) convert(x.data() + i, pieces.data() + offset + i, std::min<ptrdiff_t>(4096, n - i));
+    ASSERT_EQ(std::memcmp(whole.data(), pieces.data(), whole.size() * sizeof(R)), 0) << "offset " << offset;  // NaN too
+  }
 }
 
 TEST(KernelsConvert, LongResultsMatchShortOnes) {
   ExpectLongSameAsPieces<float>([](const D* x, float* r, ptrdiff_t n) { Convert(x, r, n); });
   ExpectLongSameAsPieces<std::int16_t>([](const D* x, std::int16_t* r, ptrdiff_t n) { Convert(x, r, n, rnRound); });
+  ExpectLongSameAsPieces<std::int16_t>([](const D* x, std::int16_t* r, ptrdiff_t n) { ConvertViaSingle(x, r, n, rnTrunc); });
   ExpectLongSameAsPieces<std::uint16_t>([](const D* x, std::uint16_t* r, ptrdiff_t n) { ConvertViaSingle(x, r, n, rnTrunc); });
   ForEachIsa([](const std::string&) {
     ExpectLongSameAsPieces<std::int32_t>([](const D* x, std::int32_t* r, ptrdiff_t n) { Convert(x, r, n, rnRound); });

@@ -23,12 +23,8 @@ TEST(PolyFit, NistLinearDatasetsReachCertifiedValues) {
   struct Case { const char* file; double minDigits; };
   for (const Case& c : {Case{"Norris", 12}, Case{"Wampler1", 8.5}, Case{"Wampler4", 8.5}, Case{"Filip", 12}}) {
     const optim_test::TNistProblem d = optim_test::ReadNist(QUOREL_TEST_DATA_DIR "/nist", c.file);
-    TVec x, y, coeff;
-    x.Size(static_cast<int>(d.X.size()), false);
-    y.Size(static_cast<int>(d.Y.size()), false);
-    std::copy(d.X.begin(), d.X.end(), x.Values().begin());
-    std::copy(d.Y.begin(), d.Y.end(), y.Values().begin());
-    PolyFit(x, y, static_cast<int>(d.Certified.size()) - 1, coeff);
+    TVec coeff;
+    PolyFit(FromStd(d.X), FromStd(d.Y), static_cast<int>(d.Certified.size()) - 1, coeff);
     ASSERT_EQ(coeff.Length(), static_cast<int>(d.Certified.size()));
     const double digits = Digits(coeff, d.Certified);
     std::printf("  %-13s %.1f significant digits\n", c.file, digits);

@@ -17,11 +17,23 @@ inline C At(const TVec& v, std::int32_t i) {
   return *v.PValues(i);
 }
 
+/// The elements in order, as complex numbers.
+inline std::vector<C> Values(const TVec& v) {
+  std::vector<C> r;
+  for (int i = 0; i < v.Length(); ++i) r.push_back(At(v, i));
+  return r;
+}
+
+inline TVec FromStd(const std::vector<double>& v) {
+  TVec r;
+  r.SetDouble(v);
+  return r;
+}
+
 /// The elements sorted by real part, then imaginary part (real parts within 1e-9 count as equal,
 /// so rounding does not reorder a conjugate pair).
 inline std::vector<C> Sorted(const TVec& v) {
-  std::vector<C> r;
-  for (int i = 0; i < v.Length(); ++i) r.push_back(At(v, i));
+  std::vector<C> r = Values(v);
   std::sort(r.begin(), r.end(), [](C a, C b) { return std::fabs(a.real() - b.real()) > 1e-9 ? a.real() < b.real() : a.imag() < b.imag(); });
   return r;
 }

@@ -7,19 +7,6 @@
 namespace quorel::test {
 namespace {
 
-std::vector<C> Values(const TVec& v) {
-  std::vector<C> r;
-  for (int i = 0; i < v.Length(); ++i) r.push_back(At(v, i));
-  return r;
-}
-
-TVec FromStd(const std::vector<double>& v) {
-  TVec r;
-  r.Size(static_cast<int>(v.size()), false);
-  for (std::size_t i = 0; i < v.size(); ++i) *r.PValues(int(i)) = v[i];
-  return r;
-}
-
 TEST(DeConv, QuotientAndRemainder) {
   TVec q, r;
   DeConv(Real({1, 0, 0, -1}), Real({1, -1}), q, r);  // (x^3 - 1) / (x - 1)

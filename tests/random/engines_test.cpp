@@ -100,45 +100,36 @@ TEST(RandomEngines, OpenIntervalAtTheLargestMcg59State) {
 }
 
 TEST(RandomEngines, SkipAheadEqualsDrawing) {
+  const std::uint64_t far = std::uint64_t{1} << 40;
   for (auto id : kSkippers) {
-    // From a position inside a block, so that buffered words and counters are exercised.
-    auto a = NewEngine(id, 2024), b = NewEngine(id, 2024);
-    Draw(*a, 5);
-    Draw(*b, 5);
-    Draw(*a, 1000000);
-    ASSERT_EQ(b->SkipAhead(1000000), rngStatusOk);
-    EXPECT_EQ(Draw(*a, 700), Draw(*b, 700)) << id;  // 700 crosses a regeneration of MT19937
-  }
-  // Short skips, including those inside one block.
-  for (auto id : kSkippers)
-    for (std::uint64_t n : {1u, 3u, 623u, 625u}) {
-      auto a = NewEngine(id, 5), b = NewEngine(id, 5);
-      Draw(*a, n);
-      b->SkipAhead(n);
-      EXPECT_EQ(Draw(*a, 4), Draw(*b, 4)) << id << " " << n;
+    // (drawn first, skipped): fresh; within one block; to either side of MT19937's regeneration at
+    // 624; and long from inside a block (buffered words and counters), the 700 values after it
+    // crossing a regeneration.
+    for (auto [first, n] : {std::pair<std::uint64_t, std::uint64_t>{0, 1}, {0, 3}, {0, 623}, {0, 625}, {5, 1000000}}) {
+      auto a = NewEngine(id, 2024), b = NewEngine(id, 2024);
+      Draw(*a, first + n);
+      Draw(*b, first);
+      ASSERT_EQ(b->SkipAhead(n), rngStatusOk);
+      EXPECT_EQ(Draw(*a, 700), Draw(*b, 700)) << id << " " << n;
     }
-}
-
-TEST(RandomEngines, SkipAheadFar) {
-  const std::uint64_t n = std::uint64_t{1} << 40;
-  for (auto id : kSkippers) {
+    // Far: one jump against two of half the length.
     auto a = NewEngine(id, 12345), b = NewEngine(id, 12345);
     Draw(*a, 3);
     Draw(*b, 3);
-    a->SkipAhead(n);
-    b->SkipAhead(n / 2);
-    b->SkipAhead(n / 2);
+    a->SkipAhead(far);
+    b->SkipAhead(far / 2);
+    b->SkipAhead(far / 2);
     EXPECT_EQ(Draw(*a, 4), Draw(*b, 4)) << id;
   }
-  // Direct formulas: x0 a^(n+1) modulo the modulus, and Philox block n/4 of key (seed, 0).
+  // Direct formulas: x0 a^(far+1) modulo the modulus, and Philox block far/4 of key (seed, 0).
   TMcg31 m31(12345);
-  m31.SkipAhead(n);
+  m31.SkipAhead(far);
   EXPECT_EQ(Draw(m31, 1)[0], 1747392276u);
   TMcg59 m59(12345);
-  m59.SkipAhead(n);
+  m59.SkipAhead(far);
   EXPECT_EQ(Draw(m59, 1)[0], 1657982952u);
   TPhilox4x32 ph(7);
-  ph.SkipAhead(n + 2);
+  ph.SkipAhead(far + 2);
   const std::uint32_t ctr[4] = {0, 0x40, 0, 0}, key[2] = {7, 0};  // block 2^38
   std::uint32_t blk[4];
   TPhilox4x32::Block(ctr, key, blk);

@@ -14,8 +14,7 @@ namespace {
 std::uint64_t Next(std::uint64_t x) { return x * 1132489760u % 2147483647u; }
 
 TEST(QuickFills, UniformFollowsTheRecurrenceAndContinuesAcrossCalls) {
-  TVec v;
-  v.SetLength(3);
+  TVec v(3);
   v.RandUniform(12345u, 2.0, 4.0);
   std::uint64_t x = 12345;
   for (int i = 0; i < 3; ++i) {
@@ -35,15 +34,12 @@ TEST(QuickFills, UniformFollowsTheRecurrenceAndContinuesAcrossCalls) {
 }
 
 TEST(QuickFills, GaussianSplitCallsEqualOneCallAndComplexDrawsBothParts) {
-  TVec whole, part, cplx;
-  whole.SetLength(8);
+  TVec whole(8), part(4), cplx(4, true);
   whole.RandGauss(7u, 1.0, 2.0);
-  part.SetLength(4);
   part.RandGauss(7u, 1.0, 2.0);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(part[i], whole[i]);
   part.RandGauss(1.0, 2.0);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(part[i], whole[4 + i]);
-  cplx.Size(4, true);
   cplx.RandGauss(7u, 1.0, 2.0);
   for (int i = 0; i < 4; ++i) {
     EXPECT_EQ(cplx.PCValues(i)->Re, whole[2 * i]);
@@ -52,8 +48,7 @@ TEST(QuickFills, GaussianSplitCallsEqualOneCallAndComplexDrawsBothParts) {
 }
 
 TEST(QuickFills, GaussianMomentsAndSeedRules) {
-  TVec v;
-  v.SetLength(100000);
+  TVec v(100000);
   v.RandGauss(99u, 3.0, 0.5);
   double sum = 0, sq = 0;
   for (int i = 0; i < v.Length(); ++i) sum += v[i];
@@ -63,9 +58,7 @@ TEST(QuickFills, GaussianMomentsAndSeedRules) {
   EXPECT_NEAR(mean, 3.0, 5 * 0.5 / std::sqrt(100000.0));
   EXPECT_NEAR(std::sqrt(sq / (v.Length() - 1)), 0.5, 5 * 0.5 / std::sqrt(2 * 100000.0));
 
-  TVec w;
-  w.SetLength(2);
-  w.SetVal(5.0);
+  TVec w{5.0, 5.0};
   try {
     w.RandGauss(0u, 0.0, 1.0);
     FAIL() << "no exception";

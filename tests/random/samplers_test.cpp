@@ -32,16 +32,11 @@ double Phi(double z) { return 0.5 * std::erfc(-z / std::numbers::sqrt2); }
 class RandomSamplers : public ::testing::TestWithParam<TBasicRandomGenerator> {
  protected:
   void SetUp() override { ASSERT_EQ(s.NewStream(GetParam(), 20240611), rngStatusOk); }
-  TVec Real(int n = kN) {
-    TVec v;
-    v.SetLength(n);
-    return v;
-  }
   TRngStream s;
 };
 
 TEST_P(RandomSamplers, ContinuousLaws) {
-  TVec v = Real();
+  TVec v(kN);
   ASSERT_EQ(s.RandomUniform(v, -2, 3), rngStatusOk);
   EXPECT_FIT(gof::KS(D(v), [](double x) { return (x + 2) / 5; }));
   for (auto m : {grmBoxMuller, grmBoxMuller2}) {
@@ -72,8 +67,7 @@ TEST(RandomSamplersAtTheEdge, LogarithmicLawsStayFiniteAtTheLargestOutput) {
   // MCG59 seeded 3 and skipped by k is at the state 2^59 - 1 (see engines_test.cpp).
   constexpr std::int64_t k = 121703763459319166;
   TRngStream s;
-  TVec v;
-  v.SetLength(1);
+  TVec v(1);
   for (int law = 0; law < 3; ++law) {
     ASSERT_EQ(s.NewStream(brgMCG59, 3), rngStatusOk);
     ASSERT_EQ(s.SkipAheadStream(k), rngStatusOk);
@@ -92,7 +86,7 @@ double BinomialPmf(double n, double p, double k) {
 }
 
 TEST_P(RandomDiscrete, DiscreteLaws) {
-  TVec v = Real(2 * kN);
+  TVec v(2 * kN);
   ASSERT_EQ(s.RandomBernoulli(v, 0.3), rngStatusOk);
   EXPECT_FIT(gof::ChiSquare(I(v), [](double k) { return k == 0 ? 0.7 : k == 1 ? 0.3 : 0; }));
   ASSERT_EQ(s.RandomGeometric(v, 0.2), rngStatusOk);
@@ -121,7 +115,7 @@ TEST_P(RandomDiscrete, DiscreteLaws) {
 }
 
 TEST_P(RandomDiscrete, PoissonRegimes) {
-  TVec v = Real(2 * kN);
+  TVec v(2 * kN);
   // Inversion below 27, PTPE from 27 on.
   for (double l : {0.05, 3.0, 26.9, 27.0, 35.5, 400.0, 250000.0}) {
     ASSERT_EQ(s.RandomPoisson(v, l), rngStatusOk);
@@ -142,8 +136,7 @@ TEST_P(RandomDiscrete, PoissonRegimes) {
     EXPECT_NEAR(q / l, 1, 0.05) << l;
   }
   // One draw per mean, means on both sides of the switch.
-  TVec lam;
-  lam.SetLength(2 * kN);
+  TVec lam(2 * kN);
   for (int i = 0; i < 2 * kN; ++i) lam.Values()[i] = i % 2 ? 60 : 4;
   ASSERT_EQ(s.RandomPoisson(v, lam), rngStatusOk);
   std::vector<std::int32_t> odd, even;

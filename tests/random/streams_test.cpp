@@ -20,8 +20,7 @@ using quorel::test::MessageOf;
 namespace {
 
 std::vector<double> Uniforms(TRngStream& s, int n) {
-  TVec v;
-  v.SetLength(n);
+  TVec v(n);
   EXPECT_EQ(s.RandomUniform(v, 0, 1), rngStatusOk);
   return {v.Values().begin(), v.Values().end()};
 }
@@ -32,8 +31,7 @@ std::vector<double> Snapshot(const TVec& v) { return {v.Values().begin(), v.Valu
 std::vector<std::uint32_t> RawOutputs(TBasicRandomGenerator id, std::uint32_t seed, int n) {
   TRngStream s;
   s.NewStream(id, seed);
-  TVec v;
-  v.SetLength(n);
+  TVec v(n);
   s.RandomUniformbitsI(v);
   std::vector<std::uint32_t> r(n);
   for (int i = 0; i < n; ++i) r[i] = static_cast<std::uint32_t>(v.IValues()[i]);
@@ -42,15 +40,13 @@ std::vector<std::uint32_t> RawOutputs(TBasicRandomGenerator id, std::uint32_t se
 
 // Where a stream stands: the index in `base` of its next raw output (base.size() if absent).
 std::ptrdiff_t Position(TRngStream& s, const std::vector<std::uint32_t>& base) {
-  TVec v;
-  v.SetLength(1);
+  TVec v(1);
   s.RandomUniformbitsI(v);
   return std::find(base.begin(), base.end(), static_cast<std::uint32_t>(v.IValues()[0])) - base.begin();
 }
 
 TEST(RandomStream, StatusesLeaveTheDestinationAlone) {
-  TVec v;
-  v.SetCplx({{1, 2}, {3, 4}});
+  TVec v{TCplx(1, 2), TCplx(3, 4)};
   const auto before = Snapshot(v);
   TRngStream none;
   EXPECT_EQ(none.RandomUniform(v, 0, 1), rngErrNullStream);
@@ -74,22 +70,18 @@ TEST(RandomStream, StatusesLeaveTheDestinationAlone) {
   for (std::int32_t st : bad) EXPECT_EQ(st, rngErrBadParameter);
   EXPECT_EQ(s.RandomGaussian(v, 0, 1, static_cast<TGaussRandMethod>(2)), rngErrBadMethod);
   EXPECT_EQ(s.RandomPoisson(v, 3.0, static_cast<TPoissonRandMethod>(-1)), rngErrBadMethod);
-  TVec shortLam;
-  shortLam.SetDouble(std::vector<double>{1.0});
-  EXPECT_EQ(s.RandomPoisson(v, shortLam), rngErrBadParameter);  // fewer means than draws
+  EXPECT_EQ(s.RandomPoisson(v, TVec{1.0}), rngErrBadParameter);  // fewer means than draws
   EXPECT_TRUE(v.Complex());
   EXPECT_EQ(Snapshot(v), before);
 
-  TVec clam;
-  clam.SetCplx({{1, 0}, {2, 0}});
-  EXPECT_EQ(MessageOf<EQuorelException>([&] { s.RandomPoisson(v, clam); }), "Lamda.Complex = True!");
+  EXPECT_EQ(MessageOf<EQuorelException>([&] { s.RandomPoisson(v, TVec{TCplx(1, 0), TCplx(2, 0)}); }),
+            "Lamda.Complex = True!");
 }
 
 TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
   TRngStream s;
   s.NewStream(brgMCG59, 7);
-  TVec v;
-  v.Size(5, true);
+  TVec v(5, true);
   ASSERT_EQ(s.RandomPoisson(v, 4.0), rngStatusOk);
   EXPECT_FALSE(v.Complex());
   EXPECT_TRUE(v.IsInteger());
@@ -101,23 +93,17 @@ TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
   EXPECT_FALSE(v.IsInteger());
 
   // Raw bits through the integer view: the first Mersenne Twister output for seed 5489.
-  TRngStream mt;
-  mt.NewStream(brgMT19937, 5489);
-  v.SetLength(1);
-  mt.RandomUniformbitsI(v);
-  EXPECT_EQ(static_cast<std::uint32_t>(v.IValues()[0]), 3499211612u);
+  EXPECT_EQ(RawOutputs(brgMT19937, 5489, 1)[0], 3499211612u);
 
   // Means drawn into the vector that holds them.
-  TVec lam;
-  lam.SetDouble(std::vector<double>{2, 2000, 0.1});
+  TVec lam{2, 2000, 0.1};
   ASSERT_EQ(s.RandomPoisson(lam, lam), rngStatusOk);
   EXPECT_TRUE(lam.IsInteger());
   EXPECT_NEAR(lam.IValues()[1], 2000, 300);
 
   // A deliberately empty entry.
   TMtx m(2, 2);
-  TVec a, b;
-  a.SetDouble(std::vector<double>{1, 2});
+  TVec a{1, 2}, b;
   EXPECT_EQ(s.RandomGaussianMV(m, a, b), rngStatusOk);
   EXPECT_EQ(m.Rows(), 2);
   EXPECT_EQ(Snapshot(a), (std::vector<double>{1, 2}));
@@ -126,8 +112,7 @@ TEST(RandomStream, DestinationsKeepLengthAndTakeIntegers) {
 TEST(RandomStream, UniformStaysBelowItsUpperEnd) {
   TRngStream s;
   s.NewStream(brgMT19937, 5);
-  TVec v;
-  v.SetLength(100000);
+  TVec v(100000);
   // Doubles near 2^40 are 2^-12 apart: a + (b - a) u rounds to b for u above 1 - 2^-13.
   const double a = 0x1p40, b = a + 1;
   ASSERT_EQ(s.RandomUniform(v, a, b), rngStatusOk);
@@ -145,8 +130,18 @@ TEST(RandomStream, UniformStaysBelowItsUpperEnd) {
 TEST(RandomStream, DiscreteDrawsTakeOnlyTheValuesTheyUse) {
   const auto base = RawOutputs(brgMT19937, 42, 4096);
   using Draw = std::function<std::int32_t(TRngStream&, TVec&)>;
-  TVec lam;
-  lam.SetDouble(std::vector<double>{4, 60, 0.5, 300, 2, 7});
+  const TVec lam{4, 60, 0.5, 300, 2, 7};
+  // Where the stream stands after draws of the given sizes from a fresh one.
+  const auto position = [&](const Draw& draw, std::initializer_list<int> sizes) {
+    TRngStream s;
+    s.NewStream(brgMT19937, 42);
+    TVec v;
+    for (int n : sizes) {
+      v.SetLength(n);
+      EXPECT_EQ(draw(s, v), rngStatusOk);
+    }
+    return Position(s, base);
+  };
   // Inversion and the search from the mode spend one uniform per draw.
   const Draw oneEach[] = {
       [](TRngStream& s, TVec& v) { return s.RandomPoisson(v, 10.0); },
@@ -155,16 +150,7 @@ TEST(RandomStream, DiscreteDrawsTakeOnlyTheValuesTheyUse) {
       [](TRngStream& s, TVec& v) { return s.RandomBinomial(v, 40, 0.9); },
       [](TRngStream& s, TVec& v) { return s.RandomHypergeometric(v, 100, 30, 40); },
   };
-  for (std::size_t c = 0; c < std::size(oneEach); ++c) {
-    TRngStream s;
-    s.NewStream(brgMT19937, 42);
-    TVec v;
-    for (int n : {1, 1, 5}) {
-      v.SetLength(n);
-      ASSERT_EQ(oneEach[c](s, v), rngStatusOk);
-    }
-    EXPECT_EQ(Position(s, base), 7) << c;
-  }
+  for (std::size_t c = 0; c < std::size(oneEach); ++c) EXPECT_EQ(position(oneEach[c], {1, 1, 5}), 7) << c;
   // Acceptance-rejection and mixtures take a varying number, one per draw at least: the nine
   // draws stay far below the 512 values a block held.
   const Draw some[] = {
@@ -175,16 +161,8 @@ TEST(RandomStream, DiscreteDrawsTakeOnlyTheValuesTheyUse) {
       [&](TRngStream& s, TVec& v) { return s.RandomPoisson(v, lam); },
   };
   for (std::size_t c = 0; c < std::size(some); ++c) {
-    TRngStream s;
-    s.NewStream(brgMT19937, 42);
-    TVec v;
-    for (int n : {1, 1, 1, 6}) {
-      v.SetLength(n);
-      ASSERT_EQ(some[c](s, v), rngStatusOk);
-    }
-    const std::ptrdiff_t at = Position(s, base);
-    EXPECT_GE(at, 9) << c;
-    EXPECT_LT(at, 100) << c;
+    const std::ptrdiff_t at = position(some[c], {1, 1, 1, 6});
+    EXPECT_TRUE(at >= 9 && at < 100) << c << " at " << at;
   }
 }
 
@@ -193,10 +171,7 @@ TEST(RandomStream, GaussianCarryAndCopies) {
     TRngStream a, b;
     a.NewStream(brgPhilox4x32x10, 3);
     b.NewStream(brgPhilox4x32x10, 3);
-    TVec whole, p1, p2;
-    whole.SetLength(1001);
-    p1.SetLength(999);
-    p2.SetLength(2);
+    TVec whole(1001), p1(999), p2(2);
     a.RandomGaussian(whole, 2, 3, method);
     b.RandomGaussian(p1, 2, 3, method);
     // Splitting one call in two odd parts gives the same values: the second sine/cosine partner
@@ -208,8 +183,7 @@ TEST(RandomStream, GaussianCarryAndCopies) {
     EXPECT_EQ(whole.Values()[999], p2.Values()[0]) << method;
     EXPECT_EQ(whole.Values()[1000], p2.Values()[1]) << method;
     // A copy carries the position and the pending partner.
-    TVec p3;
-    p3.SetLength(2);
+    TVec p3(2);
     c.RandomGaussian(p3, 2, 3, method);
     EXPECT_EQ(Snapshot(p3), Snapshot(p2));
   }
@@ -232,8 +206,7 @@ TEST(RandomStream, GaussianCarryAndCopies) {
 // before it and must not open the draws after it.
 TEST(RandomStream, JumpsDropThePendingGaussianPartner) {
   const auto gauss = [](TRngStream& s, int n) {
-    TVec v;
-    v.SetLength(n);
+    TVec v(n);
     EXPECT_EQ(s.RandomGaussian(v, 0, 1, grmBoxMuller2), rngStatusOk);
     return Snapshot(v);
   };
@@ -304,8 +277,7 @@ TEST(RandomGenerator, IndependenceSchemes) {
   const auto raw = RawOutputs(brgMCG31, 42, 2200);
   g.SetBlockStep(1024);
   g.SetStreamCount(2);
-  TVec one;
-  one.SetLength(1);
+  TVec one(1);
   for (int i = 0; i < 100; ++i) {
     ASSERT_EQ(g.Streams(0).RandomPoisson(one, 10.0), rngStatusOk);
     ASSERT_EQ(g.Streams(1).RandomBinomial(one, 30, 0.2), rngStatusOk);
