@@ -122,7 +122,7 @@ constexpr TCodec kCodecs[] = {
     {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>, false, false},
     {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>, false, true},
     {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>, false, true},
-    {3, 1, EncodeInt24, DecodeInt24, true, true},
+    {3, 1, EncodeInt24, DecodeInt24, false, true},
 };
 constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
 static_assert(kPrecisionCount == prInt24 + 1);

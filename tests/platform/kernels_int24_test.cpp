@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "kernel_test_support.h"
@@ -24,19 +25,21 @@ TEST(KernelsInt24, EncodesThreeLittleEndianBytesPerValueAndStopsAtTheEnd) {
     std::vector<double> x(n);
     for (ptrdiff_t i = 0; i < n; ++i) x[i] = i % 5 == 0 ? std::round(u(rng)) + 0.5 : u(rng);
     x[0] = n > 1 ? kNaN : -2.5;
-    for (TRounding rounding : {rnRound, rnTrunc}) {
-      std::vector<std::uint8_t> bytes(3 * n + 4, 0xA5);
-      FloatTo24Bit(x.data(), bytes.data(), n, rounding);
-      for (ptrdiff_t i = 0; i < n; ++i) {
-        const auto want = static_cast<std::uint32_t>(Ref24(x[i], rounding)) & 0xFFFFFF;
-        const std::uint32_t got = bytes[3 * i] | (bytes[3 * i + 1] << 8) | (std::uint32_t{bytes[3 * i + 2]} << 16);
-        ASSERT_EQ(got, want) << "n " << n << " i " << i << " x " << x[i];
+    ForEachIsa([&](const std::string& isa) {
+      for (TRounding rounding : {rnRound, rnTrunc}) {
+        std::vector<std::uint8_t> bytes(3 * n + 4, 0xA5);
+        FloatTo24Bit(x.data(), bytes.data(), n, rounding);
+        for (ptrdiff_t i = 0; i < n; ++i) {
+          const auto want = static_cast<std::uint32_t>(Ref24(x[i], rounding)) & 0xFFFFFF;
+          const std::uint32_t got = bytes[3 * i] | (bytes[3 * i + 1] << 8) | (std::uint32_t{bytes[3 * i + 2]} << 16);
+          ASSERT_EQ(got, want) << "n " << n << " i " << i << " x " << x[i] << isa;
+        }
+        for (ptrdiff_t k = 3 * n; k < 3 * n + 4; ++k) ASSERT_EQ(bytes[k], 0xA5) << "written past the end, n " << n << isa;
+        std::vector<double> back(n);
+        Bit24ToFloat(bytes.data(), back.data(), n);
+        for (ptrdiff_t i = 0; i < n; ++i) ASSERT_EQ(back[i], Ref24(x[i], rounding)) << i;
       }
-      for (ptrdiff_t k = 3 * n; k < 3 * n + 4; ++k) ASSERT_EQ(bytes[k], 0xA5) << "written past the end, n " << n;
-      std::vector<double> back(n);
-      Bit24ToFloat(bytes.data(), back.data(), n);
-      for (ptrdiff_t i = 0; i < n; ++i) ASSERT_EQ(back[i], Ref24(x[i], rounding)) << i;
-    }
+    });
   }
 }
 

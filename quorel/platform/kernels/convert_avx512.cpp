@@ -1,7 +1,7 @@
-// Doubles to 32-bit integers with AVX-512: the conversions round by an embedded mode and
-// the unsigned one exists, so a block is a clamp, one conversion and a NaN mask. The portable
+// Doubles to 32-bit and 24-bit integers with AVX-512: the conversions round by an embedded mode
+// and the unsigned one exists, so a block is a clamp, one conversion and a NaN mask. The portable
 // loop's compares and mask logic cost three times as much.
-#pragma GCC target("avx512f,avx512dq,avx512vl,avx2")
+#pragma GCC target("avx512f,avx512bw,avx512dq,avx512vl,avx2")
 // The compiler's conversion intrinsics leave a deliberately undefined source operand it then warns about.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
@@ -19,10 +19,10 @@ namespace {
 
 using std::ptrdiff_t;
 
-template <class I, bool kNearest>
+template <class I, bool kNearest, double kLo = (static_cast<I>(-1) > 0 ? 0.0 : -2147483648.0),
+          double kHi = (static_cast<I>(-1) > 0 ? 4294967295.0 : 2147483647.0)>
 [[gnu::always_inline]] inline __m256i Block(__m512d v) {
   constexpr bool kUnsigned = static_cast<I>(-1) > 0;
-  constexpr double kLo = kUnsigned ? 0.0 : -2147483648.0, kHi = kUnsigned ? 4294967295.0 : 2147483647.0;
   // max and min return their second operand when either is NaN: NaN stays NaN here. The bounds
   // are integers, so clamping before rounding gives what rounding first would.
   const __m512d t = _mm512_min_pd(_mm512_set1_pd(kHi), _mm512_max_pd(_mm512_set1_pd(kLo), v));
@@ -65,7 +65,40 @@ void Dispatch(const double* x, I* r, ptrdiff_t n, TRounding rounding) {
   }
 }
 
+// Sixteen values to 24-bit samples, packed into the low 48 bytes: each 128-bit lane drops the
+// top byte of its four words, then the lanes' twelve bytes are joined.
+template <bool kNearest>
+[[gnu::always_inline]] inline __m512i Int24Block(__m512d lo, __m512d hi) {
+  constexpr double kMax = 8388607.0;
+  const __m512i words = _mm512_inserti64x4(_mm512_castsi256_si512(Block<std::int32_t, kNearest, -kMax, kMax>(lo)),
+                                           Block<std::int32_t, kNearest, -kMax, kMax>(hi), 1);
+  const __m512i lanes = _mm512_shuffle_epi8(
+      words, _mm512_broadcast_i32x4(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1)));
+  return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 3, 7, 11, 15), lanes);
+}
+
+template <bool kNearest>
+void RunInt24(const double* x, std::uint8_t* r, ptrdiff_t n) {
+  ptrdiff_t i = 0;
+  for (; i + 16 <= n; i += 16)
+    _mm512_mask_storeu_epi32(r + 3 * i, 0x0FFF, Int24Block<kNearest>(_mm512_loadu_pd(x + i), _mm512_loadu_pd(x + i + 8)));
+  if (i < n) {
+    const auto m = static_cast<__mmask16>((1u << (n - i)) - 1);
+    const __m512i v = Int24Block<kNearest>(_mm512_maskz_loadu_pd(static_cast<__mmask8>(m), x + i),
+                                           _mm512_maskz_loadu_pd(static_cast<__mmask8>(m >> 8), x + i + 8));
+    _mm512_mask_storeu_epi8(r + 3 * i, (__mmask64{1} << (3 * (n - i))) - 1, v);
+  }
+}
+
 }  // namespace
+
+void ToInt24Avx512(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
+  if (rounding == rnRound) {
+    RunInt24<true>(x, r, n);
+  } else {
+    RunInt24<false>(x, r, n);
+  }
+}
 
 void ToInt32Avx512(const double* x, std::int32_t* r, ptrdiff_t n, TRounding rounding) { Dispatch(x, r, n, rounding); }
 void ToInt32Avx512(const double* x, std::uint32_t* r, ptrdiff_t n, TRounding rounding) { Dispatch(x, r, n, rounding); }

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "quorel/platform/kernels/detail/convert_avx512.h"
 #include "quorel/platform/kernels/detail/int_rounding.h"
 #include "quorel/platform/kernels/loops.h"
+#include "quorel/platform/kernels/math.h"
 
 namespace quorel::kern {
 
@@ -38,6 +40,7 @@ QUOREL_KERNEL_INLINE void Encode(const double* x, std::uint8_t* r, ptrdiff_t n, 
 }  // namespace
 
 QUOREL_KERNEL_WIDE void FloatTo24Bit(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::ToInt24Avx512(x, r, n, rounding);
   if (rounding == rnRound) {
     const detail::NearestRounding nearest;
     Encode(x, r, n, [](double a) { return detail::RoundEven(a); });
