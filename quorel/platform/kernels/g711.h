@@ -3,9 +3,9 @@
 //
 // Encoders take doubles: a value is rounded to single and then to the nearest integer (ties to
 // even, whatever the rounding mode), saturated to [-32768, 32767] (NaN becomes 0) and coded by
-// the G.711 segment rule. Decoders return the
-// reconstruction level of a code on the same scale: mu-law within +-32124, A-law within +-32256.
-// The 256-entry decode tables are built at compile time from the standard's segment formula.
+// the G.711 segment rule. Decoders return the reconstruction level of a code on the same scale:
+// mu-law within +-32124, A-law within +-32256. The 256-entry decode tables are built at compile
+// time from the standard's segment formula.
 
 #include <cstddef>
 #include <cstdint>
