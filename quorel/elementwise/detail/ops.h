@@ -267,33 +267,54 @@ QUOREL_KERNEL(RealToCplxK, kern::RealToCplx)
 QUOREL_KERNEL(PolarToCartK, kern::PolarToCart)
 
 // Kernels of the functions whose composition needs a name of its own in the operation table.
-using SecK = Then<CosK, InvK>;
-using CscK = Then<SinK, InvK>;
-using CotK = Then<TanK, InvK>;
-using ArcSecK = Then<InvK, ArcCosF>;
-using ArcCscK = Then<InvK, ArcSinF>;
-using ArcCotK = Then<InvK, ArcTanF>;
+/// r[i] = f(x[i]) where rare(x[i]), after a kernel has filled r. The scan is one vectorised
+/// compare; the ordinary call pays nothing more.
+template <class T, class F, class P>
+void RedoRareLanes(const T* x, T* r, std::ptrdiff_t n, F f, P rare) {
+  bool any = false;
+  for (std::ptrdiff_t i = 0; i < n; ++i) any |= rare(x[i]);
+  if (!any) return;
+  for (std::ptrdiff_t i = 0; i < n; ++i)
+    if (rare(x[i])) r[i] = f(x[i]);
+}
 /// K, then for real data the scalar F in the rare lanes where K's chain of two kernels overflows in
-/// its middle value although the result is a double. The scan is one vectorised compare.
+/// its middle value although the result is a double.
 template <class K, double (*F)(double), bool (*Rare)(double)>
 struct RareLanesScalar {
   void operator()(const double* x, double* r, ptrdiff_t n) const {
     K{}(x, r, n);
-    bool any = false;
-    for (ptrdiff_t i = 0; i < n; ++i) any |= Rare(x[i]);
-    if (!any) return;
-    for (ptrdiff_t i = 0; i < n; ++i)
-      if (Rare(x[i])) r[i] = F(x[i]);
+    RedoRareLanes(x, r, n, F, Rare);
   }
   void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const { K{}(x, r, n); }
 };
+/// The same for complex data: K, then the scalar F where Rare holds.
+template <class K, TCplx (*F)(const TCplx&), bool (*Rare)(const TCplx&)>
+struct RareCplxLanesScalar {
+  void operator()(const double* x, double* r, ptrdiff_t n) const { K{}(x, r, n); }
+  void operator()(const TCplx* x, TCplx* r, ptrdiff_t n) const {
+    K{}(x, r, n);
+    RedoRareLanes(x, r, n, F, Rare);
+  }
+};
 // cosh and sinh overflow from |x| = 709.78, while sech and csch stay (subnormal) doubles to 745.
 constexpr bool BeyondCoshRange(double x) { return x > 709.0 || x < -709.0; }
+// Complex cosh and sinh (and cos and sin of the swapped parts) overflow likewise, while their
+// reciprocals go to zero.
+constexpr bool ReBeyondCoshRange(const TCplx& z) { return BeyondCoshRange(z.Re); }
+constexpr bool ImBeyondCoshRange(const TCplx& z) { return BeyondCoshRange(z.Im); }
 // 1/x overflows for subnormal x, while arcsech and arccsch are still near ln(2/|x|).
 constexpr bool NonzeroSubnormal(double x) { return x != 0.0 && x < 2.2250738585072014e-308 && x > -2.2250738585072014e-308; }
 
-using SechK = RareLanesScalar<Then<CoshK, InvK>, &quorel::Sech, &BeyondCoshRange>;
-using CschK = RareLanesScalar<Then<SinhK, InvK>, &quorel::Csch, &BeyondCoshRange>;
+using SecK = RareCplxLanesScalar<Then<CosK, InvK>, &quorel::Sec, &ImBeyondCoshRange>;
+using CscK = RareCplxLanesScalar<Then<SinK, InvK>, &quorel::Csc, &ImBeyondCoshRange>;
+using CotK = Then<TanK, InvK>;
+using ArcSecK = Then<InvK, ArcCosF>;
+using ArcCscK = Then<InvK, ArcSinF>;
+using ArcCotK = Then<InvK, ArcTanF>;
+using SechK = RareCplxLanesScalar<RareLanesScalar<Then<CoshK, InvK>, &quorel::Sech, &BeyondCoshRange>, &quorel::Sech,
+                                  &ReBeyondCoshRange>;
+using CschK = RareCplxLanesScalar<RareLanesScalar<Then<SinhK, InvK>, &quorel::Csch, &BeyondCoshRange>, &quorel::Csch,
+                                  &ReBeyondCoshRange>;
 using CothK = Then<TanhK, InvK>;
 using ArcSechK = RareLanesScalar<Then<InvK, ArcCoshF>, &quorel::ArcSech, &NonzeroSubnormal>;
 using ArcCschK = RareLanesScalar<Then<InvK, ArcSinhF>, &quorel::ArcCsch, &NonzeroSubnormal>;
