@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 
 #include "quorel/core/complex_compare.h"
 #include "quorel/core/errors.h"
@@ -35,6 +36,39 @@ void Reduce(const TMtx& src, TVec& dst, std::int32_t n, Fill fill) {
   fill(*work);
   dst.Copy(*work);
 }
+
+bool IsFiniteValue(double v) { return std::isfinite(v); }
+bool IsFiniteValue(const TCplx& v) { return std::isfinite(v.Re) && std::isfinite(v.Im); }
+
+// Columns accumulated row by row whose result left the range (1e308 + 1e308 - 1e308) are reduced
+// again by the kernel, which rescales where its partial results overflow; finite results, the
+// ordinary case, cost one scan.
+template <class T, class Reduction>
+void RedoColumnsOutOfRange(const TMtx& src, T* out, Reduction reduce) {
+  const std::int32_t rows = src.Rows(), cols = src.Cols();
+  std::optional<TWorkVec> column;
+  for (std::int32_t j = 0; j < cols; ++j) {
+    if (IsFiniteValue(out[j])) [[likely]] continue;
+    if (!column) {
+      column.emplace();
+      (*column)->Size(rows, src.Complex());
+    }
+    T* c = Ptr<T>(**column);
+    for (std::int32_t i = 0; i < rows; ++i) c[i] = *At<T>(src, i, j);
+    out[j] = reduce(c, rows);
+  }
+}
+
+// Sums (or means) of the columns into out: rows added whole, a vectorised pass each.
+void ColumnSums(const TMtx& src, TVec& out, bool mean) {
+  out.SetZero();
+  OnKind(src.Complex(), [&](auto t) {
+    using T = decltype(t);
+    for (std::int32_t i = 0; i < src.Rows(); ++i) kern::Add(Ptr<T>(out), At<T>(src, i, 0), Ptr<T>(out), src.Cols());
+    if (mean && src.Rows() > 0) kern::ScaleByValue(Ptr<T>(out), 1.0 / src.Rows(), Ptr<T>(out), src.Cols());
+    RedoColumnsOutOfRange(src, Ptr<T>(out), [mean](const T* c, std::ptrdiff_t n) { return mean ? kern::Mean(c, n) : kern::Sum(c, n); });
+  });
+}
 }  // namespace
 
 void TMtx::SumRows(TVec& dst) const {
@@ -56,32 +90,38 @@ void TMtx::MeanRows(TVec& dst) const {
 }
 
 void TMtx::SumCols(TVec& dst) const {
-  Reduce(*this, dst, fCols, [&](TVec& out) {
-    out.SetZero();
-    OnKind(fComplex, [&](auto t) {
-      using T = decltype(t);
-      for (std::int32_t i = 0; i < fRows; ++i) kern::Add(Ptr<T>(out), At<T>(*this, i, 0), Ptr<T>(out), fCols);
-    });
-  });
+  Reduce(*this, dst, fCols, [&](TVec& out) { ColumnSums(*this, out, false); });
 }
 
 void TMtx::MeanCols(TVec& dst) const {
-  SumCols(dst);
-  if (fRows > 0) dst.Scale(1.0 / fRows);
+  Reduce(*this, dst, fCols, [&](TVec& out) { ColumnSums(*this, out, true); });
 }
+
+namespace {
+// Sum of the diagonal. In order while it stays finite; else by the kernel over a copy of the
+// diagonal, which rescales where the running sum overflows although the trace need not.
+template <class T>
+T DiagonalSum(const TMtx& m) {
+  const std::int32_t n = std::min(m.Rows(), m.Cols());
+  T sum{};
+  for (std::int32_t i = 0; i < n; ++i) sum = detail::Add(sum, *At<T>(m, i, i));
+  if (IsFiniteValue(sum)) [[likely]] return sum;
+  TWorkVec diagonal;
+  diagonal->Size(n, m.Complex());
+  T* d = Ptr<T>(*diagonal);
+  for (std::int32_t i = 0; i < n; ++i) d[i] = *At<T>(m, i, i);
+  return kern::Sum(d, n);
+}
+}  // namespace
 
 double TMtx::Trace() const {
   Require(!fComplex, "Complex = True");
-  double sum = 0.0;
-  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum += Values(i, i);
-  return sum;
+  return DiagonalSum<double>(*this);
 }
 
 TCplx TMtx::Tracec() const {
   Require(fComplex, "Complex = False");
-  TCplx sum{0.0, 0.0};
-  for (std::int32_t i = 0, n = std::min(fRows, fCols); i < n; ++i) sum = detail::Add(sum, CValues(i, i));
-  return sum;
+  return DiagonalSum<TCplx>(*this);
 }
 
 double TMtx::Norm1() const {

@@ -11,6 +11,7 @@
 
 namespace quorel {
 namespace {
+using ::testing::DoubleNear;
 using ::testing::ElementsAre;
 using ::testing::IsNan;
 using test::CplxMtx;
@@ -292,6 +293,14 @@ TEST(MtxOps, ReductionsNormsAndSorting) {
   EXPECT_EQ(Norm1(c), 6);
   EXPECT_EQ(NormInf(c), 5);
   EXPECT_EQ(c.Tracec(), (TCplx{3, 5}));
+  // A running sum that overflows although the result is a double.
+  const TMtx big = RealMtx(3, 3, {1e308, 1e308, 1, 1e308, 1e308, 2, -1e308, 1e308, -1e308});
+  TVec means;
+  big.MeanCols(means);
+  EXPECT_THAT(Doubles(means), ElementsAre(DoubleNear(1e308 / 3, 1e293), DoubleNear(1e308, 1e293), DoubleNear(-1e308 / 3, 1e293)));
+  big.SumCols(means);
+  EXPECT_THAT(Doubles(means), ElementsAre(DoubleNear(1e308, 1e293), INF, DoubleNear(-1e308, 1e293)));
+  EXPECT_NEAR(Trace(big), 1e308, 1e293);
   TMtx s = RealMtx(3, 2, {3, 1, 1, NaN, 2, 0});
   // Each column on its own, NaN last either way.
   EXPECT_THAT(Doubles(s.SortAscend()), ElementsAre(1, 0, 2, 1, 3, IsNan()));
