@@ -5,7 +5,10 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "quorel/core/detail/checks.h"
 #include "quorel/core/errors.h"
@@ -205,20 +208,27 @@ std::vector<const void*>& DestroyedWhileHandedOut() {
 }  // namespace
 
 template <class T>
-void TQuorelController::DetachPool(header_detail::TPool<T>& pool) {
+void TQuorelController::DetachPool(header_detail::TPool<T>& pool, header_detail::TPool<T>& into) {
   // Every pooled object goes with its pool, handed out or not: a leaked work object is reported
   // once, as a CreateIt without FreeIt, and never again among the live ordinary objects.
-  for (auto& e : pool.Entries) {
+  for (auto& e : pool.Entries)
     if (e.Used) DestroyedWhileHandedOut().push_back(e.Object);
-    delete e.Object;
-  }
+  into.Entries = std::move(pool.Entries);
+  into.Memory = std::exchange(pool.Memory, nullptr);
   pool.Entries.clear();
   pool.Scratch.clear();
   pool.Pointers.clear();
-  GlobalFreeUnmanaged(pool.Memory);
-  pool.Memory = nullptr;
   pool.Next = pool.Used = 0;
 }
+
+namespace {
+// The objects of a detached pool, then the block holding their slots.
+template <class T>
+void DestroyDetached(header_detail::TPool<T>& pool) {
+  for (auto& e : pool.Entries) delete e.Object;
+  GlobalFreeUnmanaged(pool.Memory);
+}
+}  // namespace
 
 void TQuorelController::SetVecCacheSize(std::int32_t count, std::int32_t elements) {
   detail::Require(count >= 0 && elements >= 0, "SetVecCacheSize: negative argument");
@@ -252,21 +262,30 @@ void TQuorelController::DestroyQuorelCache() {
   // its work vectors must be gone before live objects are counted. Outside the lock, because a
   // release may hand objects back to the pools.
   detail::RunReleaseHooks();
-  std::lock_guard<TCacheLock> hold(lock_);
-  if (vecs_.Used > 0)
-    Report(kLeakPrefix + std::to_string(vecs_.Used) +
-           " calls to CreateIt(TVec) without a matching call to FreeIt.");
-  if (mtxs_.Used > 0)
-    Report(kLeakPrefix + std::to_string(mtxs_.Used) +
-           " calls to CreateIt(TMtx) without a matching call to TVec.Free.");
-  DetachPool(mtxs_);
-  DetachPool(vecs_);
+  std::vector<std::string> leaks;
+  header_detail::TPool<TVec> vecs{"VecCache"};
+  header_detail::TPool<TMtx> mtxs{"MtxCache"};
+  {
+    std::lock_guard<TCacheLock> hold(lock_);
+    if (vecs_.Used > 0)
+      leaks.push_back(kLeakPrefix + std::to_string(vecs_.Used) + " calls to CreateIt(TVec) without a matching call to FreeIt.");
+    if (mtxs_.Used > 0)
+      leaks.push_back(kLeakPrefix + std::to_string(mtxs_.Used) +
+                      " calls to CreateIt(TMtx) without a matching call to TVec.Free.");
+    DetachPool(mtxs_, mtxs);
+    DetachPool(vecs_, vecs);
+  }
+  // The objects go and the reports are made without the lock, which is not re-entrant: a leaked
+  // object's OnSetSize handler and the report handler are the user's code and may borrow.
+  DestroyDetached(mtxs);
+  DestroyDetached(vecs);
   const std::int32_t liveVecs = header_detail::vec_count.load();
   if (liveVecs > 0)
-    Report(kLeakPrefix + std::to_string(liveVecs) + " calls to TVec.Create without a matching call to TVec.Free.");
+    leaks.push_back(kLeakPrefix + std::to_string(liveVecs) + " calls to TVec.Create without a matching call to TVec.Free.");
   const std::int32_t liveMtx = header_detail::mtx_count.load();
   if (liveMtx > 0)
-    Report(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
+    leaks.push_back(kLeakPrefix + std::to_string(liveMtx) + " calls to TMtx.Create without a matching call to TMtx.Free.");
+  for (const std::string& text : leaks) Report(text);
 }
 
 void TQuorelController::FreeMKLMemory() {

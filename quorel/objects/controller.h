@@ -171,7 +171,7 @@ class TQuorelController {
   template <class T>
   static void FreePool(header_detail::TPool<T>& pool);
   template <class T>
-  static void DetachPool(header_detail::TPool<T>& pool);
+  static void DetachPool(header_detail::TPool<T>& pool, header_detail::TPool<T>& into);
   void Report(const std::string& text);
 
   TCacheLock lock_;

@@ -349,7 +349,17 @@ TEST(Cache, LeakReportTexts) {
   Controller->FreeMKLMemory();
   const std::int32_t vecsBefore = Controller->VecCount(), mtxBefore = Controller->MtxCount();
   TQuorelController ctl;
-  ctl.SetReportHandler([&](const std::string& t) { texts.push_back(t); });
+  // Handlers run the user's code, which may borrow: the lock must be free while they run.
+  int lockedInHandler = 0;
+  const auto lockIsFree = [&] {
+    if (!ctl.Lock().try_lock()) return ++lockedInHandler, false;
+    ctl.Lock().unlock();
+    return true;
+  };
+  ctl.SetReportHandler([&](const std::string& t) {
+    lockIsFree();
+    texts.push_back(t);
+  });
   ctl.SetVecCacheSize(2, 8);
   ctl.SetMtxCacheSize(2, 8);
   TVec* keptVec = nullptr;
@@ -360,6 +370,14 @@ TEST(Cache, LeakReportTexts) {
     ctl.CreateItx(kept);
   }
   kept->Size(2, 2);
+  // Left in a sub-range, it notifies its handler as it is destroyed.
+  keptVec->Size(4);
+  keptVec->SetSubRange(0, 2);
+  bool notified = false;
+  keptVec->OnSetSize = [&](TQuorel&) {
+    notified = true;
+    lockIsFree();
+  };
   spectrum.FFTFromReal(signal);
   ASSERT_NE(header_detail::dfti_cache, nullptr);
   ctl.DestroyQuorelCache();
@@ -372,6 +390,8 @@ TEST(Cache, LeakReportTexts) {
   EXPECT_EQ(texts[2], leak + std::to_string(vecsBefore) + " calls to TVec.Create without a matching call to TVec.Free.");
   EXPECT_EQ(texts[3], leak + std::to_string(mtxBefore) + " calls to TMtx.Create without a matching call to TMtx.Free.");
   EXPECT_EQ(Controller->VecCount(), vecsBefore);
+  EXPECT_TRUE(notified);
+  EXPECT_EQ(lockedInHandler, 0);
 }
 
 TEST(Cache, EightThreadsMixedArity) {
