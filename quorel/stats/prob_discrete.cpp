@@ -2,6 +2,7 @@
 // walk k = 0, 1, 2, ... summing the mass function.
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 #include "quorel/core/constants.h"
@@ -161,8 +162,12 @@ double NegBinomPDF(double x, std::int32_t r, double p) {
   if (!ParamsValid(InUnit(p), r >= 1, !std::isnan(x))) return NaNResult();
   if (!(x >= 0.0 && Whole(x))) return 0.0;
   // the coefficient is rounded to a whole number
-  const double coeff = std::nearbyint(std::exp(LnGamma(r + x) - LnGamma(x + 1.0) - LnGamma(r)));
-  return coeff * std::pow(p, r) * std::pow(1.0 - p, x);
+  const double lnCoeff = LnGamma(r + x) - LnGamma(x + 1.0) - LnGamma(r);
+  const double coeff = std::nearbyint(std::exp(lnCoeff)), pr = std::pow(p, r), qx = std::pow(1.0 - p, x);
+  if (coeff < 0x1p53 || (coeff <= DBL_MAX && pr >= DBL_MIN && qx >= DBL_MIN)) return coeff * pr * qx;
+  // From 2^53 on every double is whole, so the rounding is void; a factor out of range (r = 2000,
+  // p = 0.5: INF times 0) would spoil a finite product, which the logarithms keep in range.
+  return std::exp(lnCoeff + r * std::log(p) + x * std::log1p(-p));
 }
 
 double NegBinomCDF(double x, std::int32_t r, double p) {

@@ -135,6 +135,11 @@ TEST(Distributions, ExtremeParametersEnd) {
       {"NegBinomCDFInv(0.5, 1, 1e-10): geometric median", NegBinomCDFInv(0.5, 1, p),
        std::ceil(std::log(0.5) / std::log1p(-p)) - 1, 1e-5 * 7e9},  // LnGamma differences of b ~ 7e9 cancel
       {"NegBinomCDF(1e12, 1, 1e-10)", NegBinomCDF(1e12, 1, p), 1 - std::exp((1e12 + 1) * std::log1p(-p)), 1e-14},
+      // The whole coefficient overflows and p^r underflows; the product is a double (mpmath; to
+      // 1e-11 relative, what differences of LnGamma near 3e4 leave).
+      {"NegBinomPDF(2000, 2000, 0.5)", NegBinomPDF(2000, 2000, 0.5), 0.00630743707791766723, 6e-14},
+      {"NegBinomPDF(1500, 2000, 0.7)", NegBinomPDF(1500, 2000, 0.7), 6.46473834277226565e-59, 6e-70},
+      {"NegBinomCDF(2000, 2000, 0.5)", NegBinomCDF(2000, 2000, 0.5), 0.50630743707791766723, 1e-11},
       {"PoissonCDFInv(0.5, 1e8): the median", PoissonCDFInv(0.5, 1e8), 1e8},
       {"PoissonCDF(1e9 + 0.5, 3)", PoissonCDF(1e9 + 0.5, 3), 1},
   });
