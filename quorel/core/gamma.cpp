@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "quorel/core/constants.h"
+#include "quorel/core/detail/stirling.h"
 #include "quorel/core/detail/x87.h"
 #include "quorel/core/detail/x87_math.h"
 
@@ -40,11 +41,7 @@ constexpr L kStirling[] = {
 };
 
 // ln Gamma(x) for x >= kStirlingFrom.
-L StirlingLnGamma(L x) {
-  L inv = 1 / x, inv2 = inv * inv, s = 0;
-  for (int k = std::size(kStirling) - 1; k >= 0; --k) s = s * inv2 + kStirling[k];
-  return (x - 0.5L) * detail::LnL(x) - x + kLnSqrt2Pi + s * inv;
-}
+L StirlingLnGamma(L x) { return (x - 0.5L) * detail::LnL(x) - x + kLnSqrt2Pi + detail::StirlingTail(x); }
 
 // ln Gamma(2 + e) = (1 - gamma) e + sum_{k>=2} (-1)^k (zeta(k) - 1) e^k / k. The coefficients of
 // e^1 .. e^5 in extended precision; from e^6 on the terms stay below 2^-11 of the result for
@@ -165,6 +162,12 @@ double Fact(std::int32_t n) {
   if (n > MAXFAC) return INF;
   if (n <= MaxFactTable) return kFactTable[n];
   return Gamma(n + 1.0);
+}
+
+long double detail::StirlingTail(long double x) {
+  L inv = 1 / x, inv2 = inv * inv, s = 0;
+  for (int k = std::size(kStirling) - 1; k >= 0; --k) s = s * inv2 + kStirling[k];
+  return s * inv;
 }
 
 }  // namespace quorel

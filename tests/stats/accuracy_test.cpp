@@ -93,7 +93,7 @@ TEST(Accuracy, IncompleteGammaAndErrorFunction) {
 
 TEST(Accuracy, IncompleteBeta) {
   CheckFamily("beta", {
-      {"BetaIncomplete", {[](const Args& a) { return BetaIncomplete(a[0], a[1], a[2]); }, 400}},
+      {"BetaIncomplete", {[](const Args& a) { return BetaIncomplete(a[0], a[1], a[2]); }, 64}},
       // Newton stops once a step is below sqrt(eps) absolutely: small quantiles are only
       // good to about 1e-9 absolutely, so this one is measured absolutely
       {"BetaCDFInv", {[](const Args& a) { return BetaCDFInv(a[0], a[1], a[2]); }, 1e7, 1.0}},

@@ -132,6 +132,11 @@ TEST(Distributions, ExtremeParametersEnd) {
        0.8413447460685429, 1e-15},
       {"BetaIncomplete(0.5, 1e300, 1e300)", BetaIncomplete(0.5, 1e300, 1e300), 0.5, 1e-12},
       {"BetaIncomplete(1e-300, 1, 1e300) = 1 - 1/e", BetaIncomplete(1e-300, 1, 1e300), 1 - std::exp(-1.0), 1e-15},
+      // Large but not huge shapes: the power terms must not come from differences of LnGamma.
+      {"BetaIncomplete(0.5, 1e6, 1e6) = 1/2", BetaIncomplete(0.5, 1e6, 1e6), 0.5, 1e-12},
+      {"BetaIncomplete(0.5, 1e13, 1e13) = 1/2", BetaIncomplete(0.5, 1e13, 1e13), 0.5, 1e-9},
+      {"BetaIncomplete(1/2 + sd, 1e13, 1e13) = Phi(1)", BetaIncomplete(0.5 + std::sqrt(0.25 / (2e13 + 1)), 1e13, 1e13),
+       0.8413447460685429, 1e-9},
       {"NegBinomCDFInv(0.5, 1, 1e-10): geometric median", NegBinomCDFInv(0.5, 1, p),
        std::ceil(std::log(0.5) / std::log1p(-p)) - 1, 1e-5 * 7e9},  // LnGamma differences of b ~ 7e9 cancel
       {"NegBinomCDF(1e12, 1, 1e-10)", NegBinomCDF(1e12, 1, p), 1 - std::exp((1e12 + 1) * std::log1p(-p)), 1e-14},
