@@ -29,8 +29,19 @@ constexpr double kMaxDouble = std::numeric_limits<double>::max();
 inline double Floor0(double v) { return std::fabs(v) < MINNUM ? MINNUM : v; }
 inline TCplx Floor0(const TCplx& v) { return CAbs(v) < MINNUM ? TCplx{MINNUM, 0.0} : v; }
 
-// exp(a ln x - x - LnGamma(a)): the common prefactor of both gamma forms (the real one is shared
-// with the block forms).
+using L = long double;
+
+// ln(1 + t) - t for t >= -1 without the cancellation near 0: with w = t / (2 + t),
+// ln(1 + t) = 2 (w + w^3/3 + w^5/5 + ...) and 2 w - t = -t w.
+L Log1pMinusX(L t) {
+  if (std::fabs(t) > 0.5L) return std::log1p(t) - t;
+  const L w = t / (2 + t), w2 = w * w;
+  L sum = 0, power = w * w2;
+  for (int k = 3; power != 0 && std::fabs(power) > 1e-21L * std::fabs(t * w); k += 2, power *= w2) sum += power / k;
+  return 2 * sum - t * w;
+}
+
+// The common prefactor of both gamma forms (the real one is shared with the block forms).
 using detail::GammaPrefactor;
 inline TCplx GammaPrefactor(double a, const TCplx& x, double lga) { return Exp(CSub(CSub(CMul(a, Ln(x)), x), lga)); }
 
@@ -183,6 +194,15 @@ TCplx BetaSeries(const TCplx& s) {
 
 // --- incomplete gamma ---------------------------------------------------------------------------
 
+// From differences of ln x, x and LnGamma(a) the prefactor loses about max(x, |LnGamma(a)|) ulps;
+// for a >= 10 Stirling's form keeps it to a few: x^a e^-x / Gamma(a) =
+// sqrt(a / (2 pi)) e^(a (ln(1 + t) - t) - mu(a)), t = (x - a) / a, mu the series' tail.
+double detail::GammaPrefactor(double a, double x, double lga) {
+  if (!(a >= 10.0) || !(x > 0.0)) return std::exp(a * std::log(x) - x - lga);
+  const L e = a * Log1pMinusX((L(x) - a) / a) - detail::StirlingTail(a);
+  return static_cast<double>(std::sqrt(a / (2 * L(PI))) * std::exp(e));
+}
+
 double GammaSer(double a, double x) {
   if (!detail::NoNaN(a, x) || !std::isfinite(x)) return detail::NaNResult();
   return SeriesP(a, x, LnGamma(a));
@@ -256,18 +276,6 @@ TCplx JGamma(double a, const TCplx& x) {
 double detail::LnInvBeta(double a, double b) { return LnGamma(a + b) - LnGamma(a) - LnGamma(b); }
 
 namespace {
-using L = long double;
-
-// ln(1 + t) - t for t >= -1 without the cancellation near 0: with w = t / (2 + t),
-// ln(1 + t) = 2 (w + w^3/3 + w^5/5 + ...) and 2 w - t = -t w.
-L Log1pMinusX(L t) {
-  if (std::fabs(t) > 0.5L) return std::log1p(t) - t;
-  const L w = t / (2 + t), w2 = w * w;
-  L sum = 0, power = w * w2;
-  for (int k = 3; power != 0 && std::fabs(power) > 1e-21L * std::fabs(t * w); k += 2, power *= w2) sum += power / k;
-  return 2 * sum - t * w;
-}
-
 // Where both shapes are at least this, the power terms come from the Stirling form below.
 constexpr double kPowerTermsStirlingFrom = 10;
 

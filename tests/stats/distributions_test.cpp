@@ -135,6 +135,7 @@ TEST(Distributions, ExtremeParametersEnd) {
       // Large but not huge shapes: the power terms must not come from differences of LnGamma.
       {"BetaIncomplete(0.5, 1e6, 1e6) = 1/2", BetaIncomplete(0.5, 1e6, 1e6), 0.5, 1e-12},
       {"BetaIncomplete(0.5, 1e13, 1e13) = 1/2", BetaIncomplete(0.5, 1e13, 1e13), 0.5, 1e-9},
+      {"ChiSquareCDFInv(0.01, 200000) (mpmath)", ChiSquareCDFInv(0.01, 200000), 198531.630326922694, 1e-9},
       {"BetaIncomplete(1/2 + sd, 1e13, 1e13) = Phi(1)", BetaIncomplete(0.5 + std::sqrt(0.25 / (2e13 + 1)), 1e13, 1e13),
        0.8413447460685429, 1e-9},
       {"NegBinomCDFInv(0.5, 1, 1e-10): geometric median", NegBinomCDFInv(0.5, 1, p),

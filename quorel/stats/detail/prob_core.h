@@ -8,9 +8,9 @@
 
 namespace quorel::detail {
 
-/// exp(a ln x - x - lga): the prefactor of both forms of the incomplete gamma function, shared
-/// so that the block forms compute it with the very same operations.
-inline double GammaPrefactor(double a, double x, double lga) { return std::exp(a * std::log(x) - x - lga); }
+/// x^a e^-x / Gamma(a), lga = LnGamma(a): the prefactor of both forms of the incomplete gamma
+/// function, shared so that the block forms compute it with the very same operations.
+double GammaPrefactor(double a, double x, double lga);
 /// LnGamma(0.5), the lga of the error function.
 double LnGammaHalf();
 /// min(1, v) with NaN kept: the cap of the distribution functions.
