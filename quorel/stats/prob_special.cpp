@@ -31,10 +31,11 @@ inline TCplx Floor0(const TCplx& v) { return CAbs(v) < MINNUM ? TCplx{MINNUM, 0.
 
 using L = long double;
 
-// ln(1 + t) - t for t >= -1 without the cancellation near 0: with w = t / (2 + t),
+// ln(ratio) - t with ratio = 1 + t, t >= -1, given both (the ratio formed directly: 1 + t would
+// lose x in x / a for x far below a). Near 0 without the cancellation: with w = t / (2 + t),
 // ln(1 + t) = 2 (w + w^3/3 + w^5/5 + ...) and 2 w - t = -t w.
-L Log1pMinusX(L t) {
-  if (std::fabs(t) > 0.5L) return std::log1p(t) - t;
+L LogMinusX(L ratio, L t) {
+  if (std::fabs(t) > 0.5L) return std::log(ratio) - t;
   const L w = t / (2 + t), w2 = w * w;
   L sum = 0, power = w * w2;
   for (int k = 3; power != 0 && std::fabs(power) > 1e-21L * std::fabs(t * w); k += 2, power *= w2) sum += power / k;
@@ -199,7 +200,7 @@ TCplx BetaSeries(const TCplx& s) {
 // sqrt(a / (2 pi)) e^(a (ln(1 + t) - t) - mu(a)), t = (x - a) / a, mu the series' tail.
 double detail::GammaPrefactor(double a, double x, double lga) {
   if (!(a >= 10.0) || !(x > 0.0)) return std::exp(a * std::log(x) - x - lga);
-  const L e = a * Log1pMinusX((L(x) - a) / a) - detail::StirlingTail(a);
+  const L e = a * LogMinusX(x / L(a), (L(x) - a) / a) - detail::StirlingTail(a);
   return static_cast<double>(std::sqrt(a / (2 * L(PI))) * std::exp(e));
 }
 
@@ -293,8 +294,8 @@ double PowerTerms(double x, double a, double b, double lnB) {
   const L s = L(a) + b;
   const L x0 = a >= b ? a / s : 1 - b / s, y0 = 1 - x0;
   const L d = x - x0;
-  const L e = a * Log1pMinusX(d / x0) + b * Log1pMinusX(-d / y0) + detail::StirlingTail(s) - detail::StirlingTail(a) -
-              detail::StirlingTail(b);
+  const L e = a * LogMinusX(x / x0, d / x0) + b * LogMinusX((1 - L(x)) / y0, -d / y0) + detail::StirlingTail(s) -
+              detail::StirlingTail(a) - detail::StirlingTail(b);
   return static_cast<double>(std::sqrt(x0 * b / (2 * PI)) * std::exp(e));
 }
 }  // namespace

@@ -135,6 +135,10 @@ TEST(Distributions, ExtremeParametersEnd) {
       // Large but not huge shapes: the power terms must not come from differences of LnGamma.
       {"BetaIncomplete(0.5, 1e6, 1e6) = 1/2", BetaIncomplete(0.5, 1e6, 1e6), 0.5, 1e-12},
       {"BetaIncomplete(0.5, 1e13, 1e13) = 1/2", BetaIncomplete(0.5, 1e13, 1e13), 0.5, 1e-9},
+      // ... nor lose x where it is far below the shape (mpmath).
+      {"IGamma(10, 1e-30)", IGamma(10, 1e-30), 2.7557319223985890652e-307, 1e-320},
+      {"IGamma(20, 1e-14)", IGamma(20, 1e-14), 4.1103176233121257126e-299, 1e-312},
+      {"BetaIncomplete(1e-30, 10, 20)", BetaIncomplete(1e-30, 10, 20), 2.003001e-293, 1e-306},
       {"ChiSquareCDFInv(0.01, 200000) (mpmath)", ChiSquareCDFInv(0.01, 200000), 198531.630326922694, 1e-9},
       {"BetaIncomplete(1/2 + sd, 1e13, 1e13) = Phi(1)", BetaIncomplete(0.5 + std::sqrt(0.25 / (2e13 + 1)), 1e13, 1e13),
        0.8413447460685429, 1e-9},
