@@ -37,9 +37,6 @@ void Reduce(const TMtx& src, TVec& dst, std::int32_t n, Fill fill) {
   dst.Copy(*work);
 }
 
-bool IsFiniteValue(double v) { return std::isfinite(v); }
-bool IsFiniteValue(const TCplx& v) { return std::isfinite(v.Re) && std::isfinite(v.Im); }
-
 // Columns accumulated row by row whose result left the range (1e308 + 1e308 - 1e308) are reduced
 // again by the kernel, which rescales where its partial results overflow; finite results, the
 // ordinary case, cost one scan.
@@ -48,7 +45,7 @@ void RedoColumnsOutOfRange(const TMtx& src, T* out, Reduction reduce) {
   const std::int32_t rows = src.Rows(), cols = src.Cols();
   std::optional<TWorkVec> column;
   for (std::int32_t j = 0; j < cols; ++j) {
-    if (IsFiniteValue(out[j])) [[likely]] continue;
+    if (!IsNanInf(out[j])) [[likely]] continue;
     if (!column) {
       column.emplace();
       (*column)->Size(rows, src.Complex());
@@ -105,7 +102,7 @@ T DiagonalSum(const TMtx& m) {
   const std::int32_t n = std::min(m.Rows(), m.Cols());
   T sum{};
   for (std::int32_t i = 0; i < n; ++i) sum = detail::Add(sum, *At<T>(m, i, i));
-  if (IsFiniteValue(sum)) [[likely]] return sum;
+  if (!IsNanInf(sum)) [[likely]] return sum;
   TWorkVec diagonal;
   diagonal->Size(n, m.Complex());
   T* d = Ptr<T>(*diagonal);

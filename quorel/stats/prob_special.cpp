@@ -42,6 +42,10 @@ L LogMinusX(L ratio, L t) {
   return 2 * sum - t * w;
 }
 
+// Where the shapes are at least this, the gamma prefactor and the beta power terms come from
+// Stirling's form (its series' tail is then accurate to extended precision).
+constexpr double kStirlingFrom = 10;
+
 // The common prefactor of both gamma forms (the real one is shared with the block forms).
 using detail::GammaPrefactor;
 inline TCplx GammaPrefactor(double a, const TCplx& x, double lga) { return Exp(CSub(CSub(CMul(a, Ln(x)), x), lga)); }
@@ -199,7 +203,7 @@ TCplx BetaSeries(const TCplx& s) {
 // for a >= 10 Stirling's form keeps it to a few: x^a e^-x / Gamma(a) =
 // sqrt(a / (2 pi)) e^(a (ln(1 + t) - t) - mu(a)), t = (x - a) / a, mu the series' tail.
 double detail::GammaPrefactor(double a, double x, double lga) {
-  if (!(a >= 10.0) || !(x > 0.0)) return std::exp(a * std::log(x) - x - lga);
+  if (!(a >= kStirlingFrom) || !(x > 0.0)) return std::exp(a * std::log(x) - x - lga);
   const L e = a * LogMinusX(x / L(a), (L(x) - a) / a) - detail::StirlingTail(a);
   return static_cast<double>(std::sqrt(a / (2 * L(PI))) * std::exp(e));
 }
@@ -277,9 +281,6 @@ TCplx JGamma(double a, const TCplx& x) {
 double detail::LnInvBeta(double a, double b) { return LnGamma(a + b) - LnGamma(a) - LnGamma(b); }
 
 namespace {
-// Where both shapes are at least this, the power terms come from the Stirling form below.
-constexpr double kPowerTermsStirlingFrom = 10;
-
 // x^a (1 - x)^b / B(a, b). Formed from ln Gamma differences this loses about |ln Gamma(a + b)|
 // ulps (a third of the digits at a = b = 1e5, all of them by 1e15); for large shapes Stirling's
 // form keeps it to a few ulps:
@@ -289,7 +290,7 @@ constexpr double kPowerTermsStirlingFrom = 10;
 // ln(1 + t) - t are summed. x0 + y0 = 1 exactly (the larger one is the quotient, the other its
 // complement), which keeps that cancellation exact although x0 is rounded.
 double PowerTerms(double x, double a, double b, double lnB) {
-  if (!(a >= kPowerTermsStirlingFrom && b >= kPowerTermsStirlingFrom))
+  if (!(a >= kStirlingFrom && b >= kStirlingFrom))
     return std::exp(lnB + a * std::log(x) + b * std::log1p(-x));
   const L s = L(a) + b;
   const L x0 = a >= b ? a / s : 1 - b / s, y0 = 1 - x0;
