@@ -177,6 +177,19 @@ TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
   for (ptrdiff_t i = 0; i < 8; ++i) zpm[i] = {pm[i], 1.5e308};
   EXPECT_TRUE(Same(Sum(zpm.data(), 8), C{0.0, kInf}));
   EXPECT_TRUE(Same(Mean(zpm.data(), 8), C{0.0, 1.5e308}));
+  // Complex dot products whose products overflow and cancel, in one part or in lanes.
+  const C big[] = {{1e200, 1e200}}, bigc[] = {{1e200, -1e200}};
+  EXPECT_TRUE(Same(Dot(big, big, 1), C{0.0, kInf}));
+  EXPECT_TRUE(Same(Dot(big, bigc, 1), C{kInf, 0.0}));
+  EXPECT_TRUE(Same(DotConj(big, big, 1), C{kInf, 0.0}));
+  EXPECT_TRUE(Same(DotConj(big, bigc, 1), C{0.0, -kInf}));
+  std::vector<C> zten(16, C{1e10, 1.0});
+  EXPECT_TRUE(Same(Dot(pm.data(), zten.data(), 16), C{0.0, 0.0}));
+  EXPECT_TRUE(Same(Dot(zpm.data(), zten.data(), 8), C{-kInf, kInf}));
+  std::vector<C> zdiag(16);
+  for (ptrdiff_t i = 0; i < 16; ++i) zdiag[i] = {pm[i], pm[i]};
+  EXPECT_TRUE(Same(Dot(zdiag.data(), zten.data(), 16), C{0.0, 0.0}));
+  EXPECT_TRUE(Same(DotConj(zdiag.data(), zten.data(), 16), C{0.0, 0.0}));
 
   // Products against long double, whose range holds every partial product: lanes that overflow
   // against lanes that underflow (INF * 0), lanes that only underflow (0 with no zero factor),

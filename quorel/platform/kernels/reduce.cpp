@@ -174,6 +174,7 @@ double ScaleByPow2(double r, int e) {
 }
 
 bool Finite(double v) { return v - v == 0.0; }
+bool Finite(TCplx z) { return Finite(z.Re) && Finite(z.Im); }
 
 // Sum of left(i) * right(i), divided by `divisor`, for sums whose lane evaluation came out INF or
 // NaN. Partial sums in lanes can overflow (or overflow with opposite signs and make NaN) where the
@@ -340,20 +341,51 @@ QUOREL_KERNEL double Dot(const double* a, const double* b, ptrdiff_t n) {
     return s;
   return RescaledDotOf(n, [a](ptrdiff_t i) { return a[i]; }, [b](ptrdiff_t i) { return b[i]; }, 1.0);
 }
+namespace {
+// Each part of a complex dot product is a real one over 2n terms: Re = sum a.Re b.Re - a.Im b.Im,
+// Im = sum a.Re b.Im + a.Im b.Re (a conjugated: the signs of a.Im flip). A part whose lane sum
+// left the range is redone from these, so overflowing products that cancel (1e200 (1 + i) times
+// 1e200 (1 - i)) no longer give INF - INF = NaN.
+template <bool kConj>
+[[gnu::noinline]] TCplx CplxDotRedone(TCplx s, const TCplx* a, const TCplx* b, ptrdiff_t n) {
+  const double* pa = detail::Parts(a);
+  const double* pb = detail::Parts(b);
+  const auto left = [pa](ptrdiff_t i) { return pa[i]; };
+  const double im = kConj ? -1.0 : 1.0;  // the sign a.Im enters with
+  if (!Finite(s.Re))
+    s.Re = RescaledDotOf(2 * n, left, [pb, im](ptrdiff_t i) { return i & 1 ? -im * pb[i] : pb[i]; }, 1.0);
+  if (!Finite(s.Im))
+    s.Im = RescaledDotOf(2 * n, left, [pb, im](ptrdiff_t i) { return i & 1 ? im * pb[i - 1] : pb[i + 1]; }, 1.0);
+  return s;
+}
+}  // namespace
+
 QUOREL_KERNEL TCplx Dot(const TCplx* a, const TCplx* b, ptrdiff_t n) {
-  return SumOfC(n, [a, b](ptrdiff_t i) { return CMul(a[i], b[i]); });
+  const TCplx s = SumOfC(n, [a, b](ptrdiff_t i) { return CMul(a[i], b[i]); });
+  if (Finite(s)) [[likely]]
+    return s;
+  return CplxDotRedone<false>(s, a, b, n);
 }
 QUOREL_KERNEL TCplx Dot(const double* a, const TCplx* b, ptrdiff_t n) {
-  return SumOfC(n, [a, b](ptrdiff_t i) { return TCplx{a[i] * b[i].Re, a[i] * b[i].Im}; });
+  TCplx s = SumOfC(n, [a, b](ptrdiff_t i) { return TCplx{a[i] * b[i].Re, a[i] * b[i].Im}; });
+  if (Finite(s)) [[likely]]
+    return s;
+  const double* pb = detail::Parts(b);
+  const auto left = [a](ptrdiff_t i) { return a[i]; };
+  if (!Finite(s.Re)) s.Re = RescaledDotOf(n, left, [pb](ptrdiff_t i) { return pb[2 * i]; }, 1.0);
+  if (!Finite(s.Im)) s.Im = RescaledDotOf(n, left, [pb](ptrdiff_t i) { return pb[2 * i + 1]; }, 1.0);
+  return s;
 }
 QUOREL_KERNEL TCplx DotConj(const TCplx* a, const TCplx* b, ptrdiff_t n) {
-  return SumOfC(n, [a, b](ptrdiff_t i) { return CMul(TCplx{a[i].Re, -a[i].Im}, b[i]); });
+  const TCplx s = SumOfC(n, [a, b](ptrdiff_t i) { return CMul(TCplx{a[i].Re, -a[i].Im}, b[i]); });
+  if (Finite(s)) [[likely]]
+    return s;
+  return CplxDotRedone<true>(s, a, b, n);
 }
 
 namespace {
 bool IsZero(double v) { return v == 0.0; }
 bool IsZero(TCplx z) { return z.Re == 0.0 && z.Im == 0.0; }
-bool Finite(TCplx z) { return Finite(z.Re) && Finite(z.Im); }
 
 // m * 2^e rounded once, for |m| in [2^-513, 1] (or 0) and any e.
 double ScaleWide(double m, std::int64_t e) {
