@@ -33,22 +33,16 @@ using std::ptrdiff_t;
 using std::uint8_t;
 
 // Values are converted in chunks small enough for the work vector's cache memory (and the
-// processor's caches): output bytes, a single-precision stage and a double stage.
+// processor's caches): the encoded bytes of a chunk that is not aligned for its type.
 constexpr ptrdiff_t kChunk = 1024;
-constexpr ptrdiff_t kScratchDoubles = kChunk + kChunk / 2 + kChunk;
+constexpr ptrdiff_t kScratchDoubles = kChunk;
 // Values read from a stream that lends no memory arrive in blocks of this many bytes.
 constexpr ptrdiff_t kReadBlockBytes = ptrdiff_t{1} << 18;
 
 struct TScratch {
   uint8_t* bytes;  // kChunk x 8 bytes, 32-byte aligned
-  float* singles;  // kChunk
-  double* doubles; // kChunk
   kern::TStores stores;  // how decoders store the doubles of a long block
-  TScratch(double* base, kern::TStores stores)
-      : bytes(reinterpret_cast<uint8_t*>(base)),
-        singles(reinterpret_cast<float*>(base + kChunk)),
-        doubles(base + kChunk + kChunk / 2),
-        stores(stores) {}
+  TScratch(double* base, kern::TStores stores) : bytes(reinterpret_cast<uint8_t*>(base)), stores(stores) {}
 };
 
 using TEncoder = void (*)(const double* x, uint8_t* out, ptrdiff_t n, TRounding rounding, const TScratch& s);
@@ -59,9 +53,6 @@ struct TCodec {
   std::int32_t align;  // of the encoded type: encoders write it, decoders read it in place
   TEncoder encode;
   TDecoder decode;
-  // The coder passes through the scratch, so it takes a chunk at a time.
-  bool stagedEncoder;
-  bool stagedDecoder;
 };
 
 void EncodeDouble(const double* x, uint8_t* out, ptrdiff_t n, TRounding, const TScratch&) {
@@ -102,27 +93,26 @@ void DecodeWidened(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s)
   kern::Convert(reinterpret_cast<const T*>(in), r, n, s.stores);
 }
 
-template <void (*Expand)(const uint8_t*, float*, ptrdiff_t)>
+template <void (*Expand)(const uint8_t*, double*, ptrdiff_t, kern::TStores)>
 void DecodeCompanded(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s) {
-  Expand(in, s.singles, n);
-  kern::Convert(s.singles, r, n, s.stores);
+  Expand(in, r, n, s.stores);
 }
 
-void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch&) { kern::Bit24ToFloat(in, r, n); }
+void DecodeInt24(const uint8_t* in, double* r, ptrdiff_t n, const TScratch& s) { kern::Bit24ToFloat(in, r, n, s.stores); }
 
 // In TPrecision order.
 constexpr TCodec kCodecs[] = {
-    {8, 8, EncodeDouble, DecodeDouble, false, false},
-    {4, 4, EncodeSingle, DecodeWidened<float>, false, false},
-    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>, false, false},
-    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>, false, false},
-    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>, false, false},
-    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>, false, false},
-    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>, false, false},
-    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>, false, false},
-    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>, false, true},
-    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>, false, true},
-    {3, 1, EncodeInt24, DecodeInt24, false, true},
+    {8, 8, EncodeDouble, DecodeDouble},
+    {4, 4, EncodeSingle, DecodeWidened<float>},
+    {4, 4, EncodeInt<std::int32_t>, DecodeWidened<std::int32_t>},
+    {4, 4, EncodeInt<std::uint32_t>, DecodeWidened<std::uint32_t>},
+    {2, 2, EncodeIntViaSingle<std::int16_t>, DecodeWidened<std::int16_t>},
+    {2, 2, EncodeIntViaSingle<std::uint16_t>, DecodeWidened<std::uint16_t>},
+    {1, 1, EncodeIntViaSingle<std::int8_t>, DecodeWidened<std::int8_t>},
+    {1, 1, EncodeIntViaSingle<std::uint8_t>, DecodeWidened<std::uint8_t>},
+    {1, 1, EncodeCompanded<kern::LinToMuLaw>, DecodeCompanded<kern::MuLawToLin>},
+    {1, 1, EncodeCompanded<kern::LinToALaw>, DecodeCompanded<kern::ALawToLin>},
+    {3, 1, EncodeInt24, DecodeInt24},
 };
 constexpr std::int32_t kPrecisionCount = sizeof kCodecs / sizeof kCodecs[0];
 static_assert(kPrecisionCount == prInt24 + 1);
@@ -166,9 +156,9 @@ void EncodeInto(uint8_t* out, const double* src, ptrdiff_t count, const TCodec& 
     std::memcpy(out, src, static_cast<std::size_t>(count) * 8);
     return;
   }
-  // Unstaged encoders written in place take the block whole: a long one then goes around the
-  // caches (the kernels store results of 8 MB and more that way).
-  const ptrdiff_t chunk = codec.stagedEncoder || !Aligned(out, codec) ? kChunk : count;
+  // Encoders written in place take the block whole: a long one then goes around the caches (the
+  // kernels store results of 8 MB and more that way).
+  const ptrdiff_t chunk = Aligned(out, codec) ? count : kChunk;
   ForEachChunk(count, kern::TStores::Auto, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     EncodeChunk(out + i * codec.bytes, src + i, n, codec, rounding, s);
     return true;
@@ -182,9 +172,9 @@ void DecodeFrom(const uint8_t* in, double* dst, ptrdiff_t count, const TCodec& c
     return;
   }
   const bool direct = Aligned(in, codec);
-  // Unstaged decoders reading in place take the block whole, as the encoders do: a call per
-  // chunk costs the narrowest types a third of their time.
-  const ptrdiff_t chunk = codec.stagedDecoder || !direct ? kChunk : count;
+  // Decoders reading in place take the block whole, as the encoders do: a call per chunk costs
+  // the narrowest types a third of their time.
+  const ptrdiff_t chunk = direct ? count : kChunk;
   ForEachChunk(count, stores, [&](ptrdiff_t i, ptrdiff_t n, const TScratch& s) {
     const uint8_t* at = in + i * codec.bytes;
     if (!direct) std::memcpy(s.bytes, at, static_cast<std::size_t>(n * codec.bytes));

@@ -92,5 +92,25 @@ TEST(G711, ArrayFormsMatchTheSampleCodersEverywhere) {
   });
 }
 
+// The array decoders give each code's level on every code path, at every length and offset,
+// stored in place or around the caches.
+TEST(G711, ArrayDecodersGiveTheLevels) {
+  ForEachIsa([](const std::string& isa) {
+    for (TStores stores : {TStores::Auto, TStores::Around}) {
+      const std::string form = isa + (stores == TStores::Around ? " around" : "");
+      const auto decoder = [stores](void (*decode)(const std::uint8_t*, double*, std::ptrdiff_t, TStores)) {
+        return [decode, stores](const std::uint8_t* x, double* r, std::ptrdiff_t n) {
+          decode(x, r, n, stores);
+          FinishStores();
+        };
+      };
+      test::CheckUnary<std::uint8_t, double>(("mu-law" + form).c_str(), decoder(MuLawToLin),
+                                             [](std::uint8_t c) { return static_cast<double>(MuLawToLinear(c)); });
+      test::CheckUnary<std::uint8_t, double>(("A-law" + form).c_str(), decoder(ALawToLin),
+                                             [](std::uint8_t c) { return static_cast<double>(ALawToLinear(c)); });
+    }
+  });
+}
+
 }  // namespace
 }  // namespace quorel::kern

@@ -35,9 +35,13 @@ TEST(KernelsInt24, EncodesThreeLittleEndianBytesPerValueAndStopsAtTheEnd) {
           ASSERT_EQ(got, want) << "n " << n << " i " << i << " x " << x[i] << isa;
         }
         for (ptrdiff_t k = 3 * n; k < 3 * n + 4; ++k) ASSERT_EQ(bytes[k], 0xA5) << "written past the end, n " << n << isa;
-        std::vector<double> back(n);
-        Bit24ToFloat(bytes.data(), back.data(), n);
-        for (ptrdiff_t i = 0; i < n; ++i) ASSERT_EQ(back[i], Ref24(x[i], rounding)) << i;
+        for (TStores stores : {TStores::Auto, TStores::Around}) {
+          std::vector<double> back(n + 1, 7.0);
+          Bit24ToFloat(bytes.data(), back.data() + 1, n, stores);
+          FinishStores();
+          for (ptrdiff_t i = 0; i < n; ++i) ASSERT_EQ(back[i + 1], Ref24(x[i], rounding)) << i << isa;
+          ASSERT_EQ(back[0], 7.0);
+        }
       }
     });
   }

@@ -104,6 +104,9 @@ QUOREL_KERNEL_INLINE void StreamLine(const S (&in)[8], double* r) {
 
 template <class S>
 QUOREL_KERNEL_INLINE void ToDouble(const S* x, double* r, ptrdiff_t n, TStores stores) {
+  if constexpr (sizeof(S) < 4) {
+    if (KernelIsa() == TKernelIsa::Avx512) return detail::WidenAvx512(x, r, n, stores);
+  }
   const auto widen = [](S a) { return static_cast<double>(a); };
   const bool around = stores == TStores::Around || StoresFor(n * 8) == TStores::Around;
   if (!around || reinterpret_cast<std::uintptr_t>(r) % 8 != 0) return Map(x, r, n, widen);

@@ -1,8 +1,11 @@
 // Doubles to 32-bit and 24-bit integers with AVX-512: the conversions round by an embedded mode
 // and the unsigned one exists, so a block is a clamp, one conversion and a NaN mask. The portable
-// loop's compares and mask logic cost three times as much.
+// loop's compares and mask logic cost three times as much. Back to doubles, narrow integers and
+// 24-bit samples widen sixteen at a time with full-line stores.
 #pragma GCC target("avx512f,avx512bw,avx512dq,avx512vl,avx2")
-// The compiler's conversion intrinsics leave a deliberately undefined source operand it then warns about.
+// Vectors cross no boundary to baseline code here; the compiler's conversion intrinsics leave a
+// deliberately undefined source operand it then warns about.
+#pragma GCC diagnostic ignored "-Wpsabi"
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
 #include "quorel/platform/kernels/detail/convert_avx512.h"
@@ -10,8 +13,10 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <type_traits>
 
 #include "quorel/platform/kernels/convert.h"
+#include "quorel/platform/kernels/detail/widen_avx512.h"
 
 namespace quorel::kern::detail {
 
@@ -90,7 +95,43 @@ void RunInt24(const double* x, std::uint8_t* r, ptrdiff_t n) {
   }
 }
 
+// Sixteen 24-bit samples from their 48 bytes: int32 lane k takes the two words that hold bytes
+// 3k .. 3k+2, which sit in its low three bytes for even k and its high three for odd k.
+[[gnu::always_inline]] inline __m512i Int24Values(const std::uint8_t* x, ptrdiff_t count) {
+  alignas(64) static constexpr std::int16_t kWords[32] = {0,  1,  1,  2,  3,  4,  4,  5,  6,  7,  7,
+                                                           8,  9,  10, 10, 11, 12, 13, 13, 14, 15, 16,
+                                                           16, 17, 18, 19, 19, 20, 21, 22, 22, 23};
+  const __m512i bytes = _mm512_maskz_loadu_epi8((__mmask64{1} << (3 * count)) - 1, x);
+  const __m512i v = _mm512_permutexvar_epi16(_mm512_load_si512(kWords), bytes);
+  return _mm512_srai_epi32(_mm512_mask_slli_epi32(v, 0x5555, v, 8), 8);
+}
+
+template <class S>
+[[gnu::always_inline]] inline __m512i Int32Lanes(const S* x, ptrdiff_t count) {
+  const __mmask16 m = FirstBits16(count);
+  if constexpr (sizeof(S) == 1) {
+    const __m128i v = _mm_maskz_loadu_epi8(m, x);
+    return std::is_signed_v<S> ? _mm512_cvtepi8_epi32(v) : _mm512_cvtepu8_epi32(v);
+  } else {
+    const __m256i v = _mm256_maskz_loadu_epi16(m, x);
+    return std::is_signed_v<S> ? _mm512_cvtepi16_epi32(v) : _mm512_cvtepu16_epi32(v);
+  }
+}
+
 }  // namespace
+
+void FromInt24Avx512(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  StoreWidened(r, n, stores, [x](ptrdiff_t at, ptrdiff_t count) { return Int24Values(x + 3 * at, count); });
+}
+
+template <class S>
+void WidenAvx512(const S* x, double* r, ptrdiff_t n, TStores stores) {
+  StoreWidened(r, n, stores, [x](ptrdiff_t at, ptrdiff_t count) { return Int32Lanes(x + at, count); });
+}
+template void WidenAvx512(const std::int8_t*, double*, ptrdiff_t, TStores);
+template void WidenAvx512(const std::uint8_t*, double*, ptrdiff_t, TStores);
+template void WidenAvx512(const std::int16_t*, double*, ptrdiff_t, TStores);
+template void WidenAvx512(const std::uint16_t*, double*, ptrdiff_t, TStores);
 
 void ToInt24Avx512(const double* x, std::uint8_t* r, ptrdiff_t n, TRounding rounding) {
   if (rounding == rnRound) {

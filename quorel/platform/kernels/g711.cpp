@@ -105,11 +105,14 @@ QUOREL_KERNEL void LinToALaw(const double* x, std::uint8_t* r, ptrdiff_t n) {
   Map(x, r, n, [](double a) { return ALawCode(ToPcm16(a)); });
 }
 
-void MuLawToLin(const std::uint8_t* x, float* r, ptrdiff_t n) {
+// The baseline decoders look the levels up; the stores choice only matters to the vector path.
+void MuLawToLin(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::MuLawToDoublesAvx512(x, r, n, stores);
   for (ptrdiff_t i = 0; i < n; ++i) r[i] = kMuLawLevels[x[i]];
 }
 
-void ALawToLin(const std::uint8_t* x, float* r, ptrdiff_t n) {
+void ALawToLin(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::ALawToDoublesAvx512(x, r, n, stores);
   for (ptrdiff_t i = 0; i < n; ++i) r[i] = kALawLevels[x[i]];
 }
 

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "quorel/platform/kernels/convert.h"
+
 namespace quorel::kern {
 
 /// Mu-law code of a 16-bit sample.
@@ -21,10 +23,10 @@ std::int16_t MuLawToLinear(std::uint8_t code);
 /// Reconstruction level of an A-law code.
 std::int16_t ALawToLinear(std::uint8_t code);
 
-/// Array forms of the above.
+/// Array forms of the above; the decoders store their doubles as Convert does.
 void LinToMuLaw(const double* x, std::uint8_t* r, std::ptrdiff_t n);
 void LinToALaw(const double* x, std::uint8_t* r, std::ptrdiff_t n);
-void MuLawToLin(const std::uint8_t* x, float* r, std::ptrdiff_t n);
-void ALawToLin(const std::uint8_t* x, float* r, std::ptrdiff_t n);
+void MuLawToLin(const std::uint8_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
+void ALawToLin(const std::uint8_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
 
 }  // namespace quorel::kern

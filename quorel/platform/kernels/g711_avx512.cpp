@@ -1,6 +1,8 @@
-// G.711 encoders with AVX-512: sixteen samples a step, the segment from a leading-zero count
-// and the step bits by a variable shift. The portable loop finds the segment by eight compares
-// and packs their masks, which made it compute-bound at twice the cost of reading the doubles.
+// G.711 coders with AVX-512: sixteen samples a step. The encoders find the segment from a
+// leading-zero count and the step bits by a variable shift (the portable loop finds the segment
+// by eight compares and packs their masks, which made it compute-bound at twice the cost of
+// reading the doubles); the decoders form the level by a variable shift where the portable
+// loop looks it up one code at a time.
 #pragma GCC target("avx512f,avx512cd,avx512bw,avx512dq,avx512vl,avx2")
 // Vectors cross no boundary to baseline code here; the compiler's conversion intrinsics leave a
 // deliberately undefined source operand it then warns about.
@@ -12,6 +14,8 @@
 #include <immintrin.h>
 
 #include <cstdint>
+
+#include "quorel/platform/kernels/detail/widen_avx512.h"
 
 namespace quorel::kern::detail {
 
@@ -74,7 +78,44 @@ void Run(const double* x, std::uint8_t* r, ptrdiff_t n) {
   }
 }
 
+// Mu-law level: u = ~code, t = (2 step + 33) << (segment + 2), the level +-(t - 132).
+[[gnu::always_inline]] inline __m512i MuLawLevel(__m512i code) {
+  const __m512i u = _mm512_xor_si512(code, _mm512_set1_epi32(0xFF));
+  const __m512i step = _mm512_slli_epi32(_mm512_and_si512(u, _mm512_set1_epi32(0xF)), 3);
+  const __m512i seg = _mm512_and_si512(_mm512_srli_epi32(u, 4), _mm512_set1_epi32(7));
+  const __m512i y = _mm512_sub_epi32(_mm512_sllv_epi32(_mm512_add_epi32(step, _mm512_set1_epi32(0x84)), seg),
+                                     _mm512_set1_epi32(0x84));
+  return _mm512_mask_sub_epi32(y, _mm512_test_epi32_mask(u, _mm512_set1_epi32(0x80)), _mm512_setzero_si512(), y);
+}
+
+// A-law level: a = code ^ 0x55; segment 0 gives 16 step + 8, segment s > 0 gives
+// (16 step + 264) << (s - 1); the sign bit set means positive.
+[[gnu::always_inline]] inline __m512i ALawLevel(__m512i code) {
+  const __m512i a = _mm512_xor_si512(code, _mm512_set1_epi32(0x55));
+  const __m512i step = _mm512_slli_epi32(_mm512_and_si512(a, _mm512_set1_epi32(0xF)), 4);
+  const __m512i seg = _mm512_and_si512(_mm512_srli_epi32(a, 4), _mm512_set1_epi32(7));
+  const __m512i base = _mm512_mask_blend_epi32(_mm512_test_epi32_mask(seg, seg), _mm512_set1_epi32(8),
+                                               _mm512_set1_epi32(0x108));
+  const __m512i y = _mm512_sllv_epi32(_mm512_add_epi32(step, base),
+                                      _mm512_max_epi32(_mm512_sub_epi32(seg, _mm512_set1_epi32(1)), _mm512_setzero_si512()));
+  return _mm512_mask_sub_epi32(y, _mm512_testn_epi32_mask(a, _mm512_set1_epi32(0x80)), _mm512_setzero_si512(), y);
+}
+
+template <__m512i (*Level)(__m512i)>
+void Expand(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  StoreWidened(r, n, stores, [x](ptrdiff_t at, ptrdiff_t count) {
+    return Level(_mm512_cvtepu8_epi32(_mm_maskz_loadu_epi8(FirstBits16(count), x + at)));
+  });
+}
+
 }  // namespace
+
+void MuLawToDoublesAvx512(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  Expand<MuLawLevel>(x, r, n, stores);
+}
+void ALawToDoublesAvx512(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  Expand<ALawLevel>(x, r, n, stores);
+}
 
 void DoublesToMuLawAvx512(const double* x, std::uint8_t* r, ptrdiff_t n) { Run<MuLaw>(x, r, n); }
 void DoublesToALawAvx512(const double* x, std::uint8_t* r, ptrdiff_t n) { Run<ALaw>(x, r, n); }

@@ -49,7 +49,9 @@ QUOREL_KERNEL_WIDE void FloatTo24Bit(const double* x, std::uint8_t* r, ptrdiff_t
   }
 }
 
-QUOREL_KERNEL void Bit24ToFloat(const std::uint8_t* x, double* r, ptrdiff_t n) {
+// Only the vector path stores around the caches; the portable loop stores in place.
+QUOREL_KERNEL void Bit24ToFloat(const std::uint8_t* x, double* r, ptrdiff_t n, TStores stores) {
+  if (KernelIsa() == TKernelIsa::Avx512) return detail::FromInt24Avx512(x, r, n, stores);
   for (ptrdiff_t i = 0; i < n; ++i) {
     const std::uint32_t u = x[3 * i] | (std::uint32_t{x[3 * i + 1]} << 8) | (std::uint32_t{x[3 * i + 2]} << 16);
     // Move bit 23 to the sign bit, then shift back arithmetically.

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "quorel/core/types.h"
+#include "quorel/platform/kernels/convert.h"
 
 namespace quorel::kern {
 
@@ -12,7 +13,8 @@ namespace quorel::kern {
 /// toward zero (rnTrunc) or rounded to nearest even (rnRound), then stored least significant
 /// byte first: r receives 3n bytes.
 void FloatTo24Bit(const double* x, std::uint8_t* r, std::ptrdiff_t n, TRounding rounding);
-/// r[i] = the 24-bit value in bytes 3i .. 3i+2, sign-extended from bit 23.
-void Bit24ToFloat(const std::uint8_t* x, double* r, std::ptrdiff_t n);
+/// r[i] = the 24-bit value in bytes 3i .. 3i+2, sign-extended from bit 23; stored as Convert
+/// stores doubles.
+void Bit24ToFloat(const std::uint8_t* x, double* r, std::ptrdiff_t n, TStores stores = TStores::Auto);
 
 }  // namespace quorel::kern
