@@ -8,7 +8,8 @@ namespace quorel {
 /// Gamma function over the whole real line: +-INF at +-0, NaN at the negative integers,
 /// INF above MAXGAM, signed zero where it underflows far left.
 double Gamma(double x);
-/// ln |Gamma(x)|: INF at the poles (zero and the negative integers) and at +-INF.
+/// ln |Gamma(x)|: INF at the poles (zero and the negative integers) and at +-INF. Relatively
+/// accurate next to its zeros too (1, 2 and the pairs between the negative integers).
 double LnGamma(double x);
 /// The sign of Gamma(x), +1 or -1 (-1 at -0; at a pole -n the sign just right of it, (-1)^n);
 /// NaN for NaN and -INF.

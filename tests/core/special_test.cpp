@@ -56,10 +56,16 @@ TEST(Bessel, SymmetryAndBothSidesOfEachSwitch) {
   for (const auto& s : sides) EXPECT_LE(RelativeError(s.f(s.x), s.want), kSpecialRelTol) << s.x;
 }
 
-// ln Gamma is well conditioned at its zeros 1 and 2 (x psi(x) / ln Gamma(x) stays near 1), so its
-// relative error must stay small as the value goes to zero (mpmath values at these doubles).
+// ln Gamma is well conditioned at its zeros (x psi(x) / ln Gamma(x) stays near 1), so its relative
+// error must stay small as the value goes to zero (mpmath values at these doubles): at 1 and 2,
+// and at the negative zeros, the nearest doubles included, up to those a few ulps from -16.
 TEST(Special, LnGammaRelativeNearItsZeros) {
   const double cases[][2] = {
+      {-2.4570247382208006, 5.6191923589500965e-17}, {-2.7476826467274127, 1.7335092440245009e-16},
+      {-3.14358088834998, 1.6978655906121084e-15},   {-4.991544640560048, 1.7683619350849613e-14},
+      {-7.000198333407325, -1.263203743493977e-12},  {-12.000000002087676, -5.8546199921133732e-8},
+      {-15.999999999999952, -0.0034851246475472554}, {-2.4570247382208, 7.2925506126747033e-16},
+      {-5.0082, 0.002243731795360634},               {-2.503, -0.059510258665499424},
       {1.0000000001, -5.772157125783244e-11},    {0.9999999999, 5.7721571274281784e-11},
       {1.0001, -5.7713342220471268e-5},          {0.999, 0.00057803853289138024},
       {2.0000000001, 4.2278437011204659e-11},    {1.9999999999, -4.2278437004755317e-11},
