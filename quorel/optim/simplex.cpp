@@ -45,7 +45,7 @@ std::int32_t Simplex(const TRealFunction& Fun, std::span<double> Pars, std::span
   // Start simplex: Pars and n vertices with one coordinate scaled by 1.05 (0.0025 when exactly 0).
   for (std::size_t i = 0; i <= n; ++i) {
     const std::span<double> v = vertex(i);
-    std::copy(Pars.begin(), Pars.end(), v.begin());
+    for (std::size_t j = 0; j < n; ++j) v[j] = Pars[j];  // std::copy here trips a false GCC 12 bound warning
     if (i > 0) v[i - 1] = v[i - 1] == 0 ? 0.0025 : v[i - 1] * 1.05;
     f[i] = objective(v);
   }
