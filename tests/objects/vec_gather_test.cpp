@@ -63,9 +63,8 @@ TEST(Gather, IndexValuesAreBoundedEvenWithoutChecks) {
 TEST(Gather, RefusalsKeepEverything) {
   TVec x = Real({1, 2, 3}), self = Real({4, 5}), real = Real({1, 0}), cplx = test::Cplx({{1, 1}});
   const TVec mask = IndexList({1, 0, 1, 1});
-  using Invalid = EQuorelInvalidArgument;
   auto refuses = [&](auto call, const char* message) {
-    EXPECT_EQ(MessageOf<Invalid>(call), message);
+    EXPECT_EQ(MessageOf<EQuorelInvalidArgument>(call), message);
     EXPECT_THAT(Doubles(self), ElementsAre(4, 5)) << message;
   };
   refuses([&] { self.Gather(x, nullptr, 1, 0, 0); }, "TVec.Gather: Indexes = nil");

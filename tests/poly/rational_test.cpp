@@ -9,15 +9,14 @@ namespace {
 
 TEST(DeConv, QuotientAndRemainder) {
   TVec q, r;
+  using V = std::vector<double>;
+  const auto qr = [&] { return std::pair(Doubles(q), Doubles(r)); };
   DeConv(Real({1, 0, 0, -1}), Real({1, -1}), q, r);  // (x^3 - 1) / (x - 1)
-  EXPECT_EQ(Doubles(q), (std::vector<double>{1, 1, 1}));
-  EXPECT_EQ(Doubles(r), (std::vector<double>{0, 0, 0, 0}));
+  EXPECT_EQ(qr(), std::pair(V{1, 1, 1}, V{0, 0, 0, 0}));
   DeConv(Real({1, 0, 1}), Real({2, 2}), q, r);  // x^2 + 1 = (2x + 2)(x/2 - 1/2) + 2
-  EXPECT_EQ(Doubles(q), (std::vector<double>{0.5, -0.5}));
-  EXPECT_EQ(Doubles(r), (std::vector<double>{0, 0, 2}));
+  EXPECT_EQ(qr(), std::pair(V{0.5, -0.5}, V{0, 0, 2}));
   DeConv(Real({3}), Real({1, 1}), q, r);  // divisor longer than dividend
-  EXPECT_EQ(Doubles(q), (std::vector<double>{0}));
-  EXPECT_EQ(Doubles(r), (std::vector<double>{3}));
+  EXPECT_EQ(qr(), std::pair(V{0}, V{3}));
   DeConv(Cplx({{1, 0}, {0, 0}, {1, 0}}), Real({1, 0}), q, r);  // complex dividend
   EXPECT_TRUE(q.Complex());
   EXPECT_EQ(Values(r), (std::vector<C>{0, 0, 1}));

@@ -93,15 +93,12 @@ TEST(StripZeros, TrimsBothEndsAndReportsIndexes) {
   std::int32_t first = 7, last = 7;
   StripZeros(Real({0, 0, 1, 0, 2, 0}), d, first, last);
   EXPECT_EQ(Doubles(d), (std::vector<double>{1, 0, 2}));
-  EXPECT_EQ(first, 2);
-  EXPECT_EQ(last, 4);
+  EXPECT_EQ(std::pair(first, last), std::pair(2, 4));
   StripZeros(Real({0, 0}), d, first, last);
-  EXPECT_EQ(d.Length(), 0);
-  EXPECT_EQ(first, -1);
+  EXPECT_EQ(std::pair(d.Length(), first), std::pair(0, -1));
   // A complex element with only a non-zero imaginary part is not zero.
   StripZeros(Cplx({{0, 0}, {0, 1}, {0, 0}}), d, first, last);
-  EXPECT_EQ(d.Length(), 1);
-  EXPECT_EQ(first, 1);
+  EXPECT_EQ(std::pair(d.Length(), first), std::pair(1, 1));
 
   TVec s = Real({0, 0, 3, 0});
   StripLeadZeros(s, s);
@@ -113,9 +110,7 @@ TEST(PolyEval, AllOverloads) {
   EXPECT_EQ(PolyEval(3.0, Real({2, -1, 5})), 20);
   EXPECT_EQ(MessageOf<Exception>([] { PolyEval(1.0, Cplx({{1, 0}})); }), "Coeff.Complex = True");
 
-  const TCplx w = PolyEval(TCplx{2, 0}, Cplx({{0, 1}, {1, 0}}));  // i x + 1 at 2
-  EXPECT_EQ(w.Re, 1);
-  EXPECT_EQ(w.Im, 2);
+  EXPECT_EQ(PolyEval(TCplx{2, 0}, Cplx({{0, 1}, {1, 0}})), (TCplx{1, 2}));  // i x + 1 at 2
 
   TVec y;
   PolyEval(Real({-1, 0, 2}), Real({1, -1}), y);
@@ -126,8 +121,7 @@ TEST(PolyEval, AllOverloads) {
 
   TMtx m;
   PolyEval(Real({0, 1, 2}), RealMtx(2, 2, {1, 1, 2, 0}), m);  // x + 1 and 2x
-  ASSERT_EQ(m.Rows(), 2);
-  ASSERT_EQ(m.Cols(), 3);
+  ASSERT_EQ(std::pair(m.Rows(), m.Cols()), std::pair(2, 3));
   EXPECT_EQ(Doubles(m), (std::vector<double>{1, 2, 3, 0, 2, 4}));
 }
 
