@@ -7,9 +7,10 @@
 #include <complex>
 #include <cstdint>
 #include <initializer_list>
-#include <limits>
 #include <random>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "support/support.h"
 

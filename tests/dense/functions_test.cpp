@@ -41,7 +41,6 @@ TEST(MtxIntPower, SquaringPathsAndTheComplexPolarPath) {
       const C expect = std::polar(mag5.Values(i, j), 5 * std::arg(Get(z, i, j)));
       EXPECT_LT(std::abs(Get(p, i, j) - expect), 1e-13 * std::abs(expect));
     }
-  EXPECT_GT(Diff(Power(z, 5), p), 1e6);  // not the matrix power
 }
 
 TEST(MtxFunction, PowersAndSquareRootsThroughTheEigenDecomposition) {
@@ -66,8 +65,8 @@ TEST(MtxFunction, PowersAndSquareRootsThroughTheEigenDecomposition) {
   e.MtxFunction(a, {}, [](TVec& v, std::span<const TCplx>) {
     for (int i = 0; i < v.Length(); ++i) *v.PCValues(i) = {std::exp(v.PCValues(i)->Re), 0};
   }, mtSymmetric);
-  EXPECT_NEAR(e.Values(0, 0), std::cosh(1.0), 4 * kEps);
-  EXPECT_NEAR(e.Values(0, 1), std::sinh(1.0), 4 * kEps);
+  const double c = std::cosh(1.0), s = std::sinh(1.0);
+  EXPECT_THAT(Doubles(e), testing::Pointwise(testing::DoubleNear(4 * kEps), {c, s, s, c}));
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { e.MtxSqrt(Random(2, 3, false, 1), mtGeneral); }),
             "not Src.Quadratic");
 }
@@ -147,13 +146,12 @@ TEST(Levinson, PredictionCoefficients) {
     const TVec rr = cplx ? Cplx({{2, 0}, {0.8, 0.3}, {0.3, -0.2}, {0.1, 0.05}}) : Real({2, 0.8, 0.3, 0.1});
     Levinson(rr, a);
     ASSERT_EQ(a.Length(), 4);
-    TMtx t(3, 3, cplx), rhs(3, 1, cplx);
+    TMtx t(3, 3, cplx), rhs(3, 1, cplx), coef(3, 1, cplx);
     for (int i = 0; i < 3; ++i) {
       for (int j = 0; j < 3; ++j) Put(t, i, j, i >= j ? GetV(rr, i - j) : std::conj(GetV(rr, j - i)));
       Put(rhs, i, 0, -GetV(rr, i + 1));
+      Put(coef, i, 0, GetV(a, i + 1));
     }
-    TMtx coef(3, 1, cplx);
-    for (int i = 0; i < 3; ++i) Put(coef, i, 0, GetV(a, i + 1));
     EXPECT_EQ(GetV(a, 0), C(1));
     EXPECT_LT(Residual(t, coef, rhs), kResidualTol) << cplx;
   }

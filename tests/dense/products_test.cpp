@@ -99,8 +99,7 @@ TEST(DetectMtxType, TrianglesSymmetryAndDefiniteness) {
   TMtx upper = RealMtx(2, 2, {1, 5, 0, 2});
   EXPECT_EQ(upper.DetectMtxType(false), mtTriangle);
   EXPECT_EQ(upper.TriangleForm(), tfUpper);
-  TMtx notSquare = Random(2, 3, false, 1);
-  EXPECT_EQ(notSquare.DetectMtxType(true), mtGeneral);
+  EXPECT_EQ(Random(2, 3, false, 1).DetectMtxType(true), mtGeneral);
   EXPECT_EQ(Random(4, 4, false, 1).DetectMtxType(true), mtGeneral);
 
   for (bool cplx : {false, true}) {

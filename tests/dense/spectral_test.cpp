@@ -51,8 +51,7 @@ TEST(Eig, GeneralMatricesGiveComplexValuesAndVectors) {
   TVec d;
   comp.Eig(d, mtGeneral);
   ASSERT_TRUE(d.Complex());
-  std::vector<double> roots = Sorted(d);
-  for (int k = 0; k < 3; ++k) EXPECT_NEAR(roots[k], k + 1, 1e-12);
+  EXPECT_THAT(Sorted(d), testing::Pointwise(testing::DoubleNear(1e-12), {1.0, 2.0, 3.0}));
   // A rotation has the conjugate pair +-i.
   TMtx rot = RealMtx(2, 2, {0, -1, 1, 0});
   rot.Eig(d, mtGeneral);
@@ -85,8 +84,6 @@ TEST(Eig, RefusesUnsupportedTypesAndMissingOutputs) {
   TVec d;
   EXPECT_EQ(MessageOf<EQuorelException>([&] { cs.Eig(d, mtSymmetric); }),
             "Eig: Complex symmetric matrix type not supported. Use general!");
-  cs.Eig(d, mtGeneral);  // the same matrix as general is fine
-  EXPECT_EQ(d.Length(), 4);
   // Declared symmetric positive definite, a complex matrix is read as Hermitian.
   TMtx hpd = PosDef(4, true, 73);
   TVec dh, ds;
@@ -161,15 +158,13 @@ TEST(SVDSolve, LeastSquaresLineFitAndEffectiveRank) {
   TMtx a = RealMtx(5, 2, {1, 0, 1, 1, 1, 2, 1, 3, 1, 4});
   TVec y = Real({2, 5, 8, 11, 14}), x, s;
   EXPECT_EQ(a.SVDSolve(y, x, s, 1e-12), 2);
-  EXPECT_NEAR(*x.PValues(0), 2, 1e-13);
-  EXPECT_NEAR(*x.PValues(1), 3, 1e-13);
+  EXPECT_THAT(Doubles(x), testing::Pointwise(testing::DoubleNear(1e-13), {2.0, 3.0}));
   EXPECT_EQ(s.Length(), 2);
   // Two equal columns: rank 1 and the minimum-norm solution splits the weight evenly.
   TMtx dup = RealMtx(3, 2, {1, 1, 2, 2, 3, 3}), xm;
   TVec b = Real({2, 4, 6});
   EXPECT_EQ(dup.SVDSolve(b, x, s, 1e-10), 1);
-  EXPECT_NEAR(*x.PValues(0), 1, 1e-13);
-  EXPECT_NEAR(*x.PValues(1), 1, 1e-13);
+  EXPECT_THAT(Doubles(x), testing::Pointwise(testing::DoubleNear(1e-13), {1.0, 1.0}));
   // No right-hand side: an empty solution, and still the rank and the singular values.
   EXPECT_EQ(dup.SVDSolve(TMtx(3, 0), xm, s, 1e-10), 1);
   EXPECT_EQ((std::array{xm.Rows(), xm.Cols()}), (std::array{2, 0}));
@@ -263,37 +258,23 @@ TEST(NonFinite, DriversReturnWithNaNResultsOrTheirFailureMessage) {
 // before any other output is written.
 TEST(SeveralOutputs, ARefusedOutputLeavesTheOthersAsTheyWere) {
   const TMtx sym = RealMtx(3, 3, {4, 1, 0, 1, 3, 1, 0, 1, 2});
-  using E = EQuorelException;
-  {
-    TMtx lu = RealMtx(1, 1, {13});
-    TVec p(8);
-    p.SetSubRange(0, 1);
-    EXPECT_EQ(MessageOf<E>([&] { lu.LU(sym, p, mtGeneral); }), "IsSubRange = True!");
-    EXPECT_EQ(Doubles(lu), std::vector<double>{13});
-  }
-  for (TMtxType type : {mtGeneral, mtSymmetric}) {
-    TMtx vl = RealMtx(1, 1, {13}), vr(4, 4);
-    TVec d = Real({11, 12});
-    vr.SetSubRange(0, 1);
-    EXPECT_EQ(MessageOf<E>([&] { TMtx(sym).Eig(&vl, d, &vr, type, vfEig); }), "IsSubRange = True!");
-    EXPECT_EQ(Doubles(vl), std::vector<double>{13});
-    EXPECT_EQ(Doubles(d), (std::vector<double>{11, 12}));
-  }
-  {
-    TMtx v = RealMtx(1, 1, {13}), bm = RealMtx(3, 3, {2, 0, 0, 0, 2, 0, 0, 0, 2});
-    TVec d(8);
-    d.SetSubRange(0, 1);
-    EXPECT_EQ(MessageOf<E>([&] { TMtx(sym).EigGen(bm, v, d, etAzBz); }), "IsSubRange = True!");
-    EXPECT_EQ(Doubles(v), std::vector<double>{13});
-  }
-  {
-    TMtx u = RealMtx(1, 1, {13}), v(4, 4);
-    TVec s = Real({11, 12});
-    v.SetSubRange(0, 1);
-    EXPECT_EQ(MessageOf<E>([&] { RealMtx(3, 2, {1, 2, 3, 4, 5, 6}).SVD(&u, s, &v, false); }), "IsSubRange = True!");
-    EXPECT_EQ(Doubles(u), std::vector<double>{13});
-    EXPECT_EQ(Doubles(s), (std::vector<double>{11, 12}));
-  }
+  // `call` gets outputs holding values, and a matrix and a vector that are sub-range views.
+  auto expectRefused = [](const char* what, auto call) {
+    TMtx m = RealMtx(1, 1, {13}), mView(4, 4);
+    TVec v = Real({11, 12}), vView(8);
+    mView.SetSubRange(0, 1);
+    vView.SetSubRange(0, 1);
+    EXPECT_EQ(MessageOf<EQuorelException>([&] { call(m, v, mView, vView); }), "IsSubRange = True!") << what;
+    EXPECT_EQ(Doubles(m), std::vector<double>{13}) << what;
+    EXPECT_EQ(Doubles(v), (std::vector<double>{11, 12})) << what;
+  };
+  expectRefused("LU", [&](TMtx& lu, TVec&, TMtx&, TVec& p) { lu.LU(sym, p, mtGeneral); });
+  for (TMtxType type : {mtGeneral, mtSymmetric})
+    expectRefused("Eig", [&](TMtx& vl, TVec& d, TMtx& vr, TVec&) { TMtx(sym).Eig(&vl, d, &vr, type, vfEig); });
+  const TMtx twice = RealMtx(3, 3, {2, 0, 0, 0, 2, 0, 0, 0, 2});
+  expectRefused("EigGen", [&](TMtx& v, TVec&, TMtx&, TVec& d) { TMtx(sym).EigGen(twice, v, d, etAzBz); });
+  const TMtx tall = RealMtx(3, 2, {1, 2, 3, 4, 5, 6});
+  expectRefused("SVD", [&](TMtx& u, TVec& s, TMtx& v, TVec&) { TMtx(tall).SVD(&u, s, &v, false); });
 }
 
 }  // namespace

@@ -77,9 +77,7 @@ TEST(SparseSolveUmfPack, FactorSystemsComposeToTheWholeSystem) {
   TVec l1, l2;
   solve(spsLT, b, l1);
   solve(spsLaT, b, l2);
-  bool differ = false;
-  for (std::size_t k = 0; k < l1.Values().size(); ++k) differ |= l1.Values()[k] != l2.Values()[k];
-  EXPECT_TRUE(differ);
+  EXPECT_NE(Doubles(l1), Doubles(l2));
   for (TSparseSystem s : {spsL, spsU, spsUT, spsUaT}) {
     solve(s, b, z);
     for (double v : z.Values()) ASSERT_TRUE(std::isfinite(v)) << SparseSystemText(s);
@@ -129,7 +127,7 @@ TEST(SparseSolveUmfPack, SolvesWithTheKeptFactorAllocateNothing) {
       EXPECT_EQ(AllocationsDuring([&] { a.Solve(b, x, mtGeneral); }), 0) << complex << level;
       EXPECT_EQ(AllocationsDuring([&] { a.Solve(bm, xm, mtGeneral); }), 0) << complex << level;
       EXPECT_EQ(a.Report().size(), level == prlNone ? 0u : 1u);
-      EXPECT_TRUE(std::equal(x.Values().begin(), x.Values().end(), first.Values().begin(), first.Values().end()));
+      EXPECT_EQ(Doubles(x), Doubles(first));
     }
     // A line written into kept storage reads as a line written afresh.
     TSparseMtx fresh;
@@ -180,9 +178,6 @@ TEST(SparseSolveUmfPack, ColumnsOutOfRowOrderSolveAsSortedOnes) {
     KnownRhs(a, b, xa);
     TMtx bm(a.Rows(), 2, a.Complex()), xma, xmr;
     for (std::size_t k = 0; k < bm.Values().size(); ++k) bm.Values()[k] = std::sin(double(k));
-    auto same = [](const TQuorel& p, const TQuorel& q) {
-      return std::equal(p.Values().begin(), p.Values().end(), q.Values().begin(), q.Values().end());
-    };
     for (TSparseSystem sys : {spsA, spsAT}) {
       SCOPED_TRACE(std::string(name) + " " + SparseSystemText(sys));
       for (TSparseMtx* m : {&a, &reversed}) {
@@ -192,15 +187,15 @@ TEST(SparseSolveUmfPack, ColumnsOutOfRowOrderSolveAsSortedOnes) {
       a.Solve(b, xa, mtGeneral);
       reversed.Solve(b, xr, mtGeneral);
       EXPECT_EQ(reversed.ErrorText(), "");
-      EXPECT_TRUE(same(xa, xr));
+      EXPECT_EQ(Doubles(xa), Doubles(xr));
       a.Solve(bm, xma, mtGeneral);
       reversed.Solve(bm, xmr, mtGeneral);
-      EXPECT_TRUE(same(xma, xmr));
+      EXPECT_EQ(Doubles(xma), Doubles(xmr));
       a.Scale(2.0);
       reversed.Scale(2.0);
       a.Solve(b, xa, mtGeneral);
       reversed.Solve(b, xr, mtGeneral);
-      EXPECT_TRUE(same(xa, xr));
+      EXPECT_EQ(Doubles(xa), Doubles(xr));
     }
     // A sum of the library's own, through the Cholesky back end's LU on a general matrix.
     TSparseMtx lower, upper, merged;
@@ -254,9 +249,7 @@ TEST(SparseSolveUmfPack, ReportFollowsReportLevel) {
   a.FreeSymbolic();
   a.SolveUmfPack(b, x);
   ASSERT_GE(a.Report().size(), 3u);  // symbolic, numeric, info
-  std::string all;
-  for (auto& s : a.Report()) all += s;
-  EXPECT_NE(all.find("UMFPACK"), std::string::npos);
+  EXPECT_THAT(a.Report(), testing::Contains(testing::HasSubstr("UMFPACK")));
 }
 
 TEST(SparseSolve, DispatchRefusals) {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "quorel/objects/vec.h"
 #include "quorel/sparse/sparse.h"
 #include "support/allocations.h"
+#include "support/messages.h"
 #include "support/values.h"
 
 namespace quorel::test {
@@ -146,6 +146,17 @@ inline TVec KnownRhs(const TSparseMtx& a, TVec& b, TVec& x) {
 /// ||b - A x|| / (||A|| ||x||) against the full matrix (the solver may have seen only a triangle).
 inline double RelativeResidual(const TSparseMtx& full, const TVec& b, const TVec& x) {
   return full.ResidualNorm(b, x) / (Norm2(full) * Norm2(x));
+}
+
+/// Solves with `tri` (the stored form) and checks the residual against `full`, or on a failure
+/// that X kept its zeros; returns the text.
+inline std::string SolveChecked(TSparseMtx& tri, const TSparseMtx& full, TMtxType type, double bound) {
+  TVec b, x;
+  KnownRhs(full, b, x);
+  tri.Solve(b, x, type);
+  if (tri.ErrorText().empty()) EXPECT_LT(RelativeResidual(full, b, x), bound) << int(type);
+  else EXPECT_EQ(Norm2(x), 0.0) << tri.ErrorText();
+  return tri.ErrorText();
 }
 
 inline bool Near(const TCplx& a, const TCplx& b, double tol) {
