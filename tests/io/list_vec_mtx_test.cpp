@@ -26,8 +26,7 @@ TEST(VecList, ItemsAreKeptAndCopied) {
   TVecList copy;
   copy.SetCount(7);
   copy.Assign(list);
-  EXPECT_EQ(copy.Count(), 3);
-  EXPECT_EQ(copy[0][2], 3);
+  EXPECT_EQ(std::pair(copy.Count(), copy[0][2]), std::pair(3, 3.0));
   EXPECT_NE(&copy[0], second);
 }
 
@@ -38,14 +37,14 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   SaveAndLoad(empty, three);
   EXPECT_EQ(three.Count(), 0);
 
-  // The list is its count followed by each item as saved alone, in the item's own encoding.
+  // The list is its count followed by each item as saved alone, in the item's own encoding (one
+  // template serves vector and matrix lists).
   TVecList list;
   list.SetCount(2);
   list.SetItems(0, Real({1.5, -2}));
   list.SetItems(1, Cplx({{3, 4}}));
   list[1].SetPrecision(prSmallInt);
-  TBytes expected;
-  Put<std::int32_t>(expected, {2});
+  TBytes expected = Put<std::int32_t>({2});
   for (int i : {0, 1}) std::ranges::copy(Saved(list[i]), std::back_inserter(expected));
   EXPECT_EQ(Saved(list), expected);
 
@@ -57,16 +56,6 @@ TEST(VecList, StreamLayoutAndLoadingIntoExistingItems) {
   EXPECT_EQ(Doubles(target[0]), (std::vector<double>{1.5, -2}));
   EXPECT_TRUE(target[1].Complex() && Doubles(target[1]) == (std::vector<double>{3, 4}));
   EXPECT_EQ(target[1].Precision(), prSmallInt);
-
-  TMtxList matrices, loaded;
-  matrices.SetCount(2);
-  matrices[1].Size(1, 2, true);
-  matrices[1].CValues(0, 1) = {-7, 8};
-  EXPECT_EQ(Saved(matrices).size(), 4u + (104 + 4) + (104 + 4 + 32));
-  loaded.SetCount(3);
-  SaveAndLoad(matrices, loaded);
-  ASSERT_EQ(loaded.Count(), 2);
-  EXPECT_EQ(loaded[1].CValues(0, 1), (TCplx{-7, 8}));
 }
 
 TEST(VecList, FailedLoadLeavesTheListAsItWas) {
@@ -81,9 +70,8 @@ TEST(VecList, FailedLoadLeavesTheListAsItWas) {
   list[0].SetCaption("kept");
   const TVec* first = &list[0];
   EXPECT_EQ(MessageOf<EQuorelException>([&] { list.LoadFromStream(s); }), "Error reading stream!");
-  EXPECT_EQ(list.Count(), 1);
-  EXPECT_EQ(Doubles(list[0]), (std::vector<double>{9, 8}));  // not the 7 the stream held
-  EXPECT_EQ(list[0].Caption(), "kept");
+  EXPECT_EQ(std::tuple(list.Count(), Doubles(list[0]), list[0].Caption()),
+            std::tuple(1, std::vector<double>{9, 8}, "kept"));  // not the 7 the stream held
   // A complete load replaces the values in the same item objects.
   const std::int32_t one = 1;
   s.Seek(0, soBeginning);

@@ -25,6 +25,11 @@ TBytes& Put(TBytes& out, std::initializer_list<T> values) {
   }
   return out;
 }
+template <class T>
+TBytes Put(std::initializer_list<T> values) {
+  TBytes out;
+  return Put<T>(out, values);
+}
 
 /// Appends a caption block: int32 length and the text.
 inline TBytes& PutCaption(TBytes& out, const std::string& text) {

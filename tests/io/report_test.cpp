@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -42,7 +43,7 @@ TEST(Report, ValuesGetNamesOrGenericLabels) {
   EXPECT_EQ(titled.DataString(), CrLf({"Var = -0.5000", ""}));
 }
 
-TEST(Report, VectorAndMatrixBlocks) {
+TEST(Report, VectorAndMatrixBlocksAndSavedFiles) {
   const TVec v = test::Real({1, -2}), c = test::Cplx({{1, -0.5}});
   const TMtx a = test::RealMtx(2, 2, {1, -2, 0.5, 0});
   TQuorelReport r;
@@ -55,6 +56,14 @@ TEST(Report, VectorAndMatrixBlocks) {
                                   "A (2x2) =  ", "", " 1.0000\t-2.0000", " 0.5000\t 0.0000", "",       //
                                   "Mtx (2x2) =  ", "", " 1.0000\t-2.0000", " 0.5000\t 0.0000", "", "",  //
                                   "Mtx (2x2) =  ", "", " 1.0000 | -2.0000", " 0.5000 |  0.0000", "", ""}));
+  // A file saved and appended to holds the text twice.
+  const std::string path = ::testing::TempDir() + "quorel_report_test.txt";
+  r.SaveToFile(path, false);
+  r.SaveToFile(path, true);
+  std::stringstream content;
+  content << std::ifstream(path, std::ios::binary).rdbuf();
+  std::remove(path.c_str());
+  EXPECT_EQ(content.str(), r.DataString() + r.DataString());
 }
 
 TEST(Report, PrintAndTheGlobalShortcutsTakeVectorsAndMatrices) {
@@ -78,18 +87,6 @@ TEST(Report, PrintAndTheGlobalShortcutsTakeVectorsAndMatrices) {
   Report->Clear();
 }
 
-TEST(Report, SavesToFiles) {
-  TQuorelReport r;
-  r.PrintSample({1});
-  const std::string path = ::testing::TempDir() + "quorel_report_test.txt";
-  r.SaveToFile(path, false);
-  r.SaveToFile(path, true);
-  std::stringstream content;
-  content << std::ifstream(path, std::ios::binary).rdbuf();
-  std::remove(path.c_str());
-  EXPECT_EQ(content.str(), r.DataString() + r.DataString());
-}
-
 // The formats are read once a call: printing many values costs only the growth of the report's
 // own text, not an allocation per value.
 TEST(Report, PrintingManyValuesReadsTheFormatsOnce) {
@@ -101,15 +98,11 @@ TEST(Report, PrintingManyValuesReadsTheFormatsOnce) {
     x.push_back(1000 * std::sin(0.3 * k));
   }
   TQuorelReport r;  // default formats: the imaginary one is too long to live in a string itself
-  r.PrintCplx(z);
-  r.PrintSample(x, {"a"});
-  r.PrintSampleArray(x);
-  r.PrintCplxArray(z);
+  const std::function<void()> prints[] = {[&] { r.PrintCplx(z); }, [&] { r.PrintSample(x, {"a"}); },
+                                          [&] { r.PrintSampleArray(x); }, [&] { r.PrintCplxArray(z); }};
+  for (const auto& print : prints) print();
   const std::size_t once = r.DataString().size();
-  EXPECT_LE(test::AllocationsDuring([&] { r.PrintCplx(z); }), 8);
-  EXPECT_LE(test::AllocationsDuring([&] { r.PrintSample(x, {"a"}); }), 8);
-  EXPECT_LE(test::AllocationsDuring([&] { r.PrintSampleArray(x); }), 8);
-  EXPECT_LE(test::AllocationsDuring([&] { r.PrintCplxArray(z); }), 8);
+  for (const auto& print : prints) EXPECT_LE(test::AllocationsDuring(print), 8) << "print " << &print - prints;
   EXPECT_EQ(r.DataString().size(), 2 * once);  // every value was written
   EXPECT_EQ(r.DataString().substr(0, 41), "CplxVar = +1.0000i\r\nCplxVar =  0.3616+0.4");
 }

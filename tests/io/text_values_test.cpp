@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -21,11 +22,11 @@ namespace {
 using test::MessageOf;
 
 // Shortest texts of doubles are unique, so text -> values -> text returning the same lines means
-// every value was read and written exactly.
-const TStringList kRealLines{"0.1", "-0.3333333333333333", "5E-324", "1E+300", "-INF", "NAN"};
-const TStringList kCplxLines{"1+2i", "1-i", "i", "-i", "3", "1E-300-2.5E-10i", "-0.5+INFi"};
+// every value was read and written exactly. A matrix takes the lines in pairs as its rows.
+const TStringList kRealLines{"0.1", "-0.3333333333333333", "5E-324", "1E+300", "-INF", "NAN", "7", "0"};
+const TStringList kCplxLines{"1+2i", "1-i", "i", "-i", "3", "1E-300-2.5E-10i", "-0.5+INFi", "0"};
 
-TEST(TextValues, VectorsRoundTripThroughShortestText) {
+TEST(TextValues, VectorsAndMatricesRoundTripThroughShortestText) {
   for (bool complex : {false, true}) {
     const TStringList& text = complex ? kCplxLines : kRealLines;
     TVec v;
@@ -35,10 +36,19 @@ TEST(TextValues, VectorsRoundTripThroughShortestText) {
     ValuesToStrings(v, back);
     EXPECT_EQ(back, text);
     EXPECT_EQ(v.Values()[0], complex ? 1 : 0.1);
+    TStringList rows;
+    for (std::size_t i = 0; i < text.size(); i += 2) rows.push_back(text[i] + "\t" + text[i + 1]);
+    TMtx m;
+    m.Size(0, 0, complex);
+    StringsToValues(m, rows, "\t");
+    EXPECT_TRUE(m.Rows() == 4 && m.Cols() == 2);
+    back.clear();
+    ValuesToStrings(m, back, "\t");
+    EXPECT_EQ(back, rows);
   }
 }
 
-TEST(TextValues, VectorPatternsRangesAndIntegers) {
+TEST(TextValues, PatternsRangesAndIntegers) {
   TVec v = test::Cplx({{1, 2}, {0, -3}, {-4, 0}});
   TStringList lines{"header"};
   v.ValuesToStrings(lines, " 0.0;-0.0", "+0.0i;-0.0i", 1, -1);  // members and free functions alike
@@ -46,7 +56,7 @@ TEST(TextValues, VectorPatternsRangesAndIntegers) {
 
   v.SetDouble(std::initializer_list<double>{1, 2, 3, 4});
   v.StringsToValues(TStringList{"skip", "7", "8"}, 1, 2, -1);
-  EXPECT_EQ(std::vector<double>(v.Values().begin(), v.Values().end()), (std::vector<double>{1, 2, 7, 8}));
+  EXPECT_EQ(test::Doubles(v), (std::vector<double>{1, 2, 7, 8}));
 
   TVec ints;  // integer storage prints and parses as integers
   v.FloatToInt(ints, rnRound);
@@ -54,61 +64,41 @@ TEST(TextValues, VectorPatternsRangesAndIntegers) {
   ValuesToStrings(ints, lines, " 0.00;-0.00", "");
   EXPECT_EQ(lines, (TStringList{"1", "2", "7", "8"}));
   StringsToValues(ints, TStringList{"2.5", "-7", "1e12"});  // rounded to nearest, saturated
-  EXPECT_EQ(std::vector<std::int32_t>(ints.IValues().begin(), ints.IValues().end()),
-            (std::vector<std::int32_t>{2, -7, 2147483647}));
-}
+  EXPECT_EQ(test::Ints(ints), (std::vector<int>{2, -7, 2147483647}));
 
-TEST(TextValues, VectorErrorsLeaveVectorAlone) {
-  TVec v;
-  v.SetDouble(std::initializer_list<double>{1, 2, 3});
-  TStringList lines;
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { ValuesToStrings(v, lines, 2, 2); }), "Index + Len > fLength");
-  const TStringList two{"4", "x"};
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { StringsToValues(v, two, 0, 2, 2); }), "(Index + Len) > fLength");
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { StringsToValues(v, two, 1, 0, 2); }),
-            "ListIndex + Len > AList.Count");
-  EXPECT_EQ(MessageOf<EConvertError>([&] { StringsToValues(v, two); }), "'x' is not a valid floating point value");
-  EXPECT_TRUE(lines.empty());
-  EXPECT_EQ(test::Doubles(v), (std::vector<double>{1, 2, 3}));
-}
-
-TEST(TextValues, MatricesRoundTripAndFormatBlocks) {
-  for (bool complex : {false, true}) {
-    const TStringList text = complex ? TStringList{"1+2i\t-i", "3\t1E-10+3i", "0\t-1E+300"}
-                                     : TStringList{"0.1\t-2.5", "5E-324\t1E+300", "7\t0"};
-    TMtx m;
-    m.Size(0, 0, complex);
-    StringsToValues(m, text, "\t");
-    EXPECT_TRUE(m.Rows() == 3 && m.Cols() == 2);
-    TStringList back;
-    ValuesToStrings(m, back, "\t");
-    EXPECT_EQ(back, text);
-  }
   TMtx c(2, 3, true);
   c.CValues(1, 1) = {1, -2};
   c.CValues(1, 2) = {0, 0.5};
-  TStringList lines;
+  lines.clear();
   c.ValuesToStrings(lines, "\t", " 0.00;-0.00", "+0.00i;-0.00i", 1, 1, 1, 2);
   EXPECT_EQ(lines, TStringList{" 1.00-2.00i\t+0.50i"});
   c.StringsToValues(lines, "\t");  // the report's text reads back
   EXPECT_TRUE(c.CValues(0, 0) == (TCplx{1, -2}) && c.CValues(0, 1) == (TCplx{0, 0.5}));
 }
 
-TEST(TextValues, MatrixErrorsLeaveMatrixAlone) {
+TEST(TextValues, ErrorsLeaveTheObjectAlone) {
+  TVec v;
+  v.SetDouble(std::initializer_list<double>{1, 2, 3});
   TMtx m(2, 3);
   m.Values(1, 2) = 9;
   TStringList lines;
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { ValuesToStrings(m, lines, "\t", "", "", 1, 0, 2, 3); }),
-            "TMtx.ValuesToStrings: (Row + RowCount) > FRows");
-  EXPECT_EQ(MessageOf<EQuorelRangeError>([&] { ValuesToStrings(m, lines, "\t", 0, 2, 1, 2); }),
-            "TMtx.ValuesToStrings: (Col + ColCount) > FCols");
+  const TStringList two{"4", "x"};
+  test::ExpectMessages<EQuorelRangeError>({
+      {[&] { ValuesToStrings(v, lines, 2, 2); }, "Index + Len > fLength"},
+      {[&] { StringsToValues(v, two, 0, 2, 2); }, "(Index + Len) > fLength"},
+      {[&] { StringsToValues(v, two, 1, 0, 2); }, "ListIndex + Len > AList.Count"},
+      {[&] { ValuesToStrings(m, lines, "\t", "", "", 1, 0, 2, 3); }, "TMtx.ValuesToStrings: (Row + RowCount) > FRows"},
+      {[&] { ValuesToStrings(m, lines, "\t", 0, 2, 1, 2); }, "TMtx.ValuesToStrings: (Col + ColCount) > FCols"},
+  });
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { StringsToValues(m, TStringList{"1\t2", "3"}, "\t"); }),
             "TMtx.StringsToValues: line 1 has 1 columns, not 2");
-  EXPECT_EQ(MessageOf<EConvertError>([&] { StringsToValues(m, TStringList{"1\t2", "3\tx"}, "\t"); }),
-            "'x' is not a valid floating point value");
+  test::ExpectMessages<EConvertError>({
+      {[&] { StringsToValues(v, two); }, "'x' is not a valid floating point value"},
+      {[&] { StringsToValues(m, TStringList{"1\t2", "3\tx"}, "\t"); }, "'x' is not a valid floating point value"},
+  });
   EXPECT_TRUE(lines.empty());
-  EXPECT_EQ(m.Cols(), 3);
-  EXPECT_EQ(m.Values(1, 2), 9);
+  EXPECT_EQ(test::Doubles(v), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(std::pair(m.Cols(), m.Values(1, 2)), std::pair(3, 9.0));
 }
 
 // Random doubles of every magnitude, with zeros and specials among them.
@@ -134,9 +124,7 @@ bool SameDouble(double a, double b) {
 TEST(TextValues, RandomValuesThroughEveryFormat) {
   std::mt19937_64 rng(4242);
   const int n = 3000;
-  TVec re, cx;
-  re.Size(n, false);
-  cx.Size(n, true);
+  TVec re(n), cx(n, true);
   for (int k = 0; k < n; ++k) {
     re[k] = RandomDouble(rng);
     *cx.PCValues(k) = {RandomDouble(rng), k % 5 == 0 ? 0.0 : RandomDouble(rng)};
@@ -203,17 +191,13 @@ TEST(TextValues, RandomValuesThroughEveryFormat) {
 
 TEST(TextValues, ConversionsAllocateOnlyTheTextsTheyKeep) {
   if (!test::AllocationCounting()) GTEST_SKIP() << "the sanitizer owns the allocator";
-  const auto allocations = [](auto f) {
+  const auto allocations = [](const std::function<void()>& f) {
     f();  // warms the object cache and the list's capacity
-    const long before = test::AllocationCount();
-    f();
-    return test::AllocationCount() - before;
+    return test::AllocationsDuring(f);
   };
   const int n = 1000;
-  TVec v, c;
-  v.Size(n, false);
+  TVec v(n), c(n, true);
   v.Ramp(0.1, 0.0137);  // exact texts of up to 19 characters, pattern texts of 5
-  c.Size(n, true);
   for (int k = 0; k < n; ++k) *c.PCValues(k) = {std::sin(0.37 * k), std::cos(1.1 * k)};
   TMtx m(n / 10, 10);
   std::ranges::copy(v.Values(), m.PValues1D(0));
@@ -232,9 +216,7 @@ TEST(TextValues, ConversionsAllocateOnlyTheTextsTheyKeep) {
   ASSERT_GT(longLines, n / 10);
   EXPECT_LE(allocations([&] { lines.clear(); ValuesToStrings(v, lines); }), longLines + 1);
   // Reading back, long texts included, allocates nothing.
-  TVec back, cback;
-  back.Size(n, false);
-  cback.Size(n, true);
+  TVec back(n), cback(n, true);
   TMtx mback;
   EXPECT_EQ(allocations([&] { back.StringsToValues(exact); }), 0);
   EXPECT_EQ(allocations([&] { cback.StringsToValues(cexact); }), 0);

@@ -44,12 +44,10 @@ TEST(RandomEngines, PublishedKnownAnswers) {
     TPhilox4x32::Block(k.ctr, k.key, out);
     for (int i = 0; i < 4; ++i) EXPECT_EQ(out[i], k.out[i]) << i;
   }
-  // Seeded stream: key (seed, 0), counters 0, 1, ... in order.
+  // Seeded stream: key (seed, 0), counters 0, 1, ... in order (block 0 is the first answer above).
   // Long fills take the batched path: every block must still be the block function's.
   TPhilox4x32 ph(0);
   const auto p = Draw(ph, 1030);
-  EXPECT_EQ(p[0], 0x6627e8d5u);
-  EXPECT_EQ(p[3], 0x9b00dbd8u);
   for (std::uint32_t j = 0; j < 257; ++j) {
     const std::uint32_t ctr[4] = {j, 0, 0, 0}, key[2] = {0, 0};
     std::uint32_t b[4];
@@ -59,7 +57,7 @@ TEST(RandomEngines, PublishedKnownAnswers) {
 }
 
 // Reference values from an independent big-integer evaluation of the recurrences and seedings.
-TEST(RandomEngines, RecurrencesFromOneSeed) {
+TEST(RandomEngines, RecurrencesFromOneSeedAndTheUnitInterval) {
   TMcg31 mcg31(12345);
   EXPECT_EQ(Draw(mcg31, 5), (std::vector<std::uint32_t>{467545230u, 910408393u, 2002913910u, 614477597u, 1622587240u}));
   TMcg59 mcg59(12345);
@@ -81,11 +79,9 @@ TEST(RandomEngines, RecurrencesFromOneSeed) {
     for (double x : u) ASSERT_TRUE(x > 0 && x < 1) << id;
   }
   EXPECT_EQ(NewEngine(77, 1), nullptr);
-}
-
-TEST(RandomEngines, OpenIntervalAtTheLargestMcg59State) {
-  // Seed 3 skipped by k reaches the state 2^59 - 1: 3 * (13^13)^(k + 1) = -1 modulo 2^59, a
-  // discrete logarithm solved and checked outside the library.
+  // At the largest state the open interval stays below 1. Seed 3 skipped by k reaches the state
+  // 2^59 - 1: 3 * (13^13)^(k + 1) = -1 modulo 2^59, a discrete logarithm solved and checked
+  // outside the library.
   constexpr std::uint64_t k = 121703763459319166u;
   TMcg59 e(3);
   e.SkipAhead(k);
@@ -94,8 +90,7 @@ TEST(RandomEngines, OpenIntervalAtTheLargestMcg59State) {
   double open = 0, closed = 0;
   e.Uniform(&open, 1, 0.5);
   again->Uniform(&closed, 1, 0);
-  EXPECT_LT(open, 1.0);
-  EXPECT_GT(open, 0.5);
+  EXPECT_TRUE(open > 0.5 && open < 1.0) << open;
   EXPECT_EQ(closed, 1 - 0x1p-53);  // the documented [0, 1) mapping keeps its 53 bits
 }
 
@@ -139,17 +134,14 @@ TEST(RandomEngines, SkipAheadEqualsDrawing) {
 TEST(RandomEngines, LeapfrogInterleaves) {
   for (auto id : {brgMCG31, brgMCG59}) {
     auto base = NewEngine(id, 777);
-    const auto ref = Draw(*base, 60);
+    const auto ref = Draw(*base, 80);
     for (std::uint32_t k = 0; k < 3; ++k) {
       auto e = NewEngine(id, 777);
       ASSERT_EQ(e->Leapfrog(k, 3), rngStatusOk);
       const auto v = Draw(*e, 20);
       for (int i = 0; i < 20; ++i) ASSERT_EQ(v[i], ref[k + 3 * i]) << id << " " << k;
-      // A skip on a leapfrogged stream moves by its own stride.
-      auto f = NewEngine(id, 777);
-      f->Leapfrog(k, 3);
-      f->SkipAhead(4);
-      EXPECT_EQ(Draw(*f, 1)[0], ref[k + 12]);
+      e->SkipAhead(4);  // a skip on a leapfrogged stream moves by its own stride
+      EXPECT_EQ(Draw(*e, 1)[0], ref[k + 3 * 24]);
     }
     EXPECT_EQ(base->Leapfrog(3, 3), rngErrBadLeapfrog);
     EXPECT_EQ(base->Leapfrog(0, 0), rngErrBadLeapfrog);

@@ -38,9 +38,7 @@ double ErrEps2(const LMtx& got, const LMtx& want, std::size_t rows, std::size_t 
 
 // x's values at the top left of a zeroed real rows by width matrix.
 TMtx Padded(const TMtx& x, std::int32_t rows, std::int32_t width) {
-  TMtx p;
-  p.Size(rows, width, false);
-  p.SetZero();
+  TMtx p(rows, width);
   for (std::int32_t r = 0; r < x.Rows(); ++r)
     std::copy_n(x.PValues1D(r * x.Cols()), x.Cols(), p.PValues1D(r * width));
   p.SetFFTOddLength(x.Cols() % 2 == 1);
@@ -135,8 +133,7 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
     const LMtx want = Dft2(AsRows(x), -1);
     TMtx s;
     s.FFT2DFromReal(x);
-    ASSERT_EQ(s.Rows(), rows + 2);
-    ASSERT_EQ(s.Cols(), cols / 2 + 1);
+    ASSERT_EQ(std::pair(s.Rows(), s.Cols()), std::pair(rows + 2, cols / 2 + 1));
     EXPECT_EQ(s.FFTOddLength(), cols % 2 == 1);
     EXPECT_LE(ErrEps2(AsRows(s), want, rows, cols / 2 + 1), tol);
     for (std::int32_t j = 0; j < s.Cols(); ++j) {
@@ -146,8 +143,7 @@ TEST(FftMtx, RealTwoDimensionalLayoutIsHalfSpectrumRows) {
     TMtx back;
     Stale(back, rows + 2, 2 * (cols / 2 + 1));
     back.IFFT2DToReal(s);
-    ASSERT_EQ(back.Rows(), rows + 2);
-    ASSERT_EQ(back.Cols(), 2 * (cols / 2 + 1));
+    ASSERT_EQ(std::pair(back.Rows(), back.Cols()), std::pair(rows + 2, 2 * (cols / 2 + 1)));
     EXPECT_LE(ErrEps2(AsRows(back), AsRows(x), rows, cols), tol);
     ExpectZeroPads(back, rows + 2, cols);  // and the two extra rows
     // In place on the padded real matrix: the same spectrum, and back.
@@ -186,17 +182,14 @@ TEST(FftMtx, Messages) {
   x.IFFT2D(x, false);
   y.IFFT2D(false);
   EXPECT_TRUE(x.IsEqual(y));
-  for (std::int32_t cols : {6, 5}) {  // rows unpadded, unlike the in-place forms'
-    TMtx a = NoiseMtx(4, cols, false, 5), b = a, want1, want2;
-    want1.FFT1DFromReal(TMtx(a));
-    want2.FFT2DFromReal(TMtx(a));
-    a.SetConditionCheck(false);
-    b.SetConditionCheck(false);
-    a.FFT1DFromReal(a);
-    b.FFT2DFromReal(b);
-    EXPECT_TRUE(a.IsEqual(want1)) << cols;
-    EXPECT_TRUE(b.IsEqual(want2)) << cols;
-  }
+  for (bool twoD : {false, true})
+    for (std::int32_t cols : {6, 5}) {  // rows unpadded, unlike the in-place forms'
+      TMtx a = NoiseMtx(4, cols, false, 5), want;
+      twoD ? want.FFT2DFromReal(TMtx(a)) : want.FFT1DFromReal(TMtx(a));
+      a.SetConditionCheck(false);
+      twoD ? a.FFT2DFromReal(a) : a.FFT1DFromReal(a);
+      EXPECT_TRUE(a.IsEqual(want)) << twoD << " " << cols;
+    }
   EXPECT_EQ(Controller->MtxCacheUsed(), 0);
   // An empty matrix given to FFT2D is only marked complex.
   TMtx e;

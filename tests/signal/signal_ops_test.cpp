@@ -53,40 +53,33 @@ TEST(Convolve, AgreesWithTheDirectSumOnBothPathsAndEveryKind) {
 }
 
 TEST(Correlate, AutoAndCrossAgreeWithTheirSums) {
+  const std::int32_t n = 150, lags = 40, lo = 5, hi = 120;  // cross lags run past the end of y
+  const TVec y = Make(90, false, 4);
+  const auto ly = AsL(y);
   for (ConvPath path : {ConvPath::Direct, ConvPath::Fft}) {
     PathScope scope(path);
     for (bool complex : {false, true}) {
       SCOPED_TRACE(testing::Message() << int(path) << " complex " << complex);
-      const std::int32_t n = 150, lags = 40;
       const TVec x = Make(n, complex, 3);
       const auto lx = AsL(x);
-      std::vector<LCplx> normal(lags), biased(lags), unbiased(lags);
+      std::vector<LCplx> normal(lags), biased(lags), unbiased(lags), cross(hi - lo + 1);
       for (std::int32_t k = 0; k < lags; ++k) {
         for (std::int32_t i = 0; i + k < n; ++i) normal[k] += lx[i + k] * std::conj(lx[i]);
         biased[k] = normal[k] / static_cast<long double>(n);
         unbiased[k] = normal[k] / static_cast<long double>(n - k);
       }
-      TVec a, b, u;
+      for (std::int32_t k = lo; k <= hi; ++k)
+        for (std::int32_t i = 0; i + k < 90; ++i) cross[k - lo] += std::conj(lx[i]) * ly[i + k];
+      TVec a, b, u, c;
       a.AutoCorrNormal(x, lags);
       b.AutoCorrBiased(x, lags);
       u.AutoCorrUnBiased(x, lags);
-      EXPECT_EQ(a.Complex(), complex);
-      EXPECT_LE(ErrEps(AsL(a), normal), kConvTol);
-      EXPECT_LE(ErrEps(AsL(b), biased), kConvTol);
-      EXPECT_LE(ErrEps(AsL(u), unbiased), kConvTol);
-      // Cross-correlation over lags that run past the end of the second operand.
-      const TVec y = Make(90, false, 4);
-      const auto ly = AsL(y);
-      const std::int32_t lo = 5, hi = 120;
-      std::vector<LCplx> want(hi - lo + 1);
-      for (std::int32_t k = lo; k <= hi; ++k)
-        for (std::int32_t i = 0; i < n; ++i)
-          if (i + k < 90) want[k - lo] += std::conj(lx[i]) * ly[i + k];
-      TVec c;
       c.CrossCorr(x, y, lo, hi);
-      ASSERT_EQ(c.Length(), hi - lo + 1);
-      EXPECT_EQ(c.Complex(), complex);
-      EXPECT_LE(ErrEps(AsL(c), want), kConvTol);
+      for (auto [got, want] : {std::pair{&a, &normal}, {&b, &biased}, {&u, &unbiased}, {&c, &cross}}) {
+        ASSERT_EQ(got->Length(), static_cast<std::int32_t>(want->size()));
+        EXPECT_EQ(got->Complex(), complex);
+        EXPECT_LE(ErrEps(AsL(*got), *want), kConvTol);
+      }
     }
   }
 }
@@ -103,10 +96,8 @@ TEST(Convolve, TwoDimensionalFullAndFiltered) {
     TMtx y, f;
     y.Convolve(x, h, false);
     f.Convolve(x, h, true);
-    ASSERT_EQ(y.Rows(), 8);
-    ASSERT_EQ(y.Cols(), 10);
-    ASSERT_EQ(f.Rows(), 6);
-    ASSERT_EQ(f.Cols(), 7);
+    ASSERT_EQ(std::pair(y.Rows(), y.Cols()), std::pair(8, 10));
+    ASSERT_EQ(std::pair(f.Rows(), f.Cols()), std::pair(6, 7));
     for (int i = 0; i < 8; ++i)
       for (int j = 0; j < 10; ++j) {
         EXPECT_NEAR(y.Values(i, j), (double)full[i * 10 + j], 1e-14);
@@ -125,9 +116,8 @@ TEST(Convolve, TwoDimensionalEmptyKernelSumsNoTerms) {
     EXPECT_EQ(full.Rows() * full.Cols(), 0);
     for (TMtx* f : {&fresh, &reused}) {
       f->Convolve(x, h, true);
-      ASSERT_EQ(f->Rows(), 2);
-      ASSERT_EQ(f->Cols(), 3);
-      for (int i = 0; i < 6; ++i) EXPECT_EQ(f->PValues1D(0)[i], 0.0);
+      ASSERT_EQ(std::pair(f->Rows(), f->Cols()), std::pair(2, 3));
+      EXPECT_EQ(Doubles(*f), std::vector<double>(6, 0.0));
     }
   }
 }
@@ -149,14 +139,10 @@ TEST(Dct, MatchesTheClosedFormAndInverts) {
     z.IDCT(y);
     EXPECT_LE(ErrEps(AsL(z), AsL(x)), FftTol(n));
     // Range form on a shifted window, which has the other alignment class.
-    TVec r;
-    r.Size(n + 1, false);
-    r.SetZero();
+    TVec r(n + 1);
     r.DCT(x, 0, 1, n);
     EXPECT_EQ(r[0], 0.0);
-    const auto lr = AsL(r);
-    std::vector<LCplx> got(lr.begin() + 1, lr.end());
-    EXPECT_LE(ErrEps(got, want), FftTol(n));
+    EXPECT_LE(ErrEps(Slice(r, 1, n), want), FftTol(n));
   }
 }
 
@@ -168,9 +154,7 @@ TEST(Goertzel, GivesTheDftValueAtTheFrequency) {
     x.GoertzInit(5.0 / n);
     const TCplx g = x.Goertz();
     EXPECT_LE(ErrEps({LCplx(g.Re, g.Im)}, {want[5]}), 64);
-    const TCplx again = Goertz(x);  // resets, so a second run gives the same
-    EXPECT_EQ(again.Re, g.Re);
-    EXPECT_EQ(again.Im, g.Im);
+    EXPECT_EQ(Goertz(x), g);  // resets, so a second run gives the same
   }
   TVec r = RealVec({1, 2}), c = CplxVec({1}, {0});
   EXPECT_EQ(MessageOf<EQuorelInvalidArgument>([&] { r.GoertzInit(0.5); }), "(not Complex) and (Freq >= 0.5)");
@@ -226,26 +210,20 @@ TEST(Resample, UpAndDownWithPhaseAndRanges) {
       {[&] { d.DownSample(r, 2, 0, 0, 1, 6); }, "(Index + ALength) > Length"},
   });
   EXPECT_EQ(Doubles(d), (std::vector<double>{9, 4, 7}));
-}
-
-// The kind check is among those ConditionCheck switches off: unchecked, a range of the other kind
-// is left unwritten.
-TEST(Resample, UncheckedRangeOfTheOtherKindIsLeftUnwritten) {
-  TVec r;
-  r.Size(4, true);
-  r.SetZero();
-  r.SetConditionCheck(false);
-  r.UpSample(Real({1, 2, 3, 4}), 1, 0, 0, 0, 2);
-  r.DownSample(Real({1, 2, 3, 4}), 1, 0, 0, 0, 2);
-  EXPECT_EQ(Doubles(r), std::vector<double>(8, 0.0));
+  // The kind check is among those ConditionCheck switches off: unchecked, a range of the other
+  // kind is left unwritten.
+  TVec u(4, true);
+  u.SetConditionCheck(false);
+  u.UpSample(Real({1, 2, 3, 4}), 1, 0, 0, 0, 2);
+  u.DownSample(Real({1, 2, 3, 4}), 1, 0, 0, 0, 2);
+  EXPECT_EQ(Doubles(u), std::vector<double>(8, 0.0));
 }
 
 // Positive-frequency bins are multiplied by j, so a cosine's partner is minus the sine.
-TEST(Hilbert, PairsCosinesWithMinusSines) {
+TEST(Hilbert, PairsCosinesWithMinusSinesAndLeavesAWorkVectorClean) {
   for (std::int32_t n : {64, 63}) {
     SCOPED_TRACE(n);
-    TVec x, h;
-    x.Size(n, false);
+    TVec x(n), h;
     for (std::int32_t i = 0; i < n; ++i) x[i] = 1.5 + std::cos(2 * PI * 5 * i / n);
     h.Hilbert(x);
     ASSERT_TRUE(h.Complex());
@@ -256,16 +234,12 @@ TEST(Hilbert, PairsCosinesWithMinusSines) {
   }
   TVec c = Cplx({{1, 0}}), r = Real({1});
   ExpectMessages<EQuorelInvalidArgument>({{[&] { r.Hilbert(c); }, "Vec.Complex = True"}, {[&] { r.Hilbert(r); }, "Self = Vec"}});
-}
-
-// Unchecked, a complex Vec raises nothing (no message of the transforms used inside either), and
-// the work vector's FFT settings are not handed on to the next borrower of the cache.
-TEST(Hilbert, UncheckedComplexVecAndCleanWorkVector) {
+  // Unchecked, a complex Vec raises nothing (no message of the transforms used inside either), and
+  // the work vector's FFT settings are not handed on to the next borrower of the cache.
   TVec h;
   h.SetConditionCheck(false);
   EXPECT_NO_THROW(h.Hilbert(Cplx({{1, 2}, {3, 4}, {5, 6}})));
-  EXPECT_TRUE(h.Complex());
-  EXPECT_EQ(h.Length(), 3);
+  EXPECT_EQ(std::pair(h.Complex(), h.Length()), std::pair(true, 3));
   h.Hilbert(Real({1, 2, 3, 4}));
   TVec* w = nullptr;
   CreateIt(w);
@@ -339,9 +313,7 @@ TEST(SignalOps, Messages) {
       {[&] { c.IDCT(x, 0, 0, 1); }, "TQuorel.IDCT: Self.Complex is True"},
       {[&] { r.IDCT(c, 0, 0, 1); }, "TQuorel.IDCT: Vec.Complex is True"},
   });
-  TMtx m, cm;
-  m.Size(2, 2, false);
-  cm.Size(2, 2, true);
+  TMtx m(2, 2), cm(2, 2, true);
   ExpectMessages<EQuorelInvalidArgument>({
       {[&] { m.Convolve(cm, m, false); }, "X.Complex or H.Complex"},
       {[&] { m.Convolve(m, TMtx(m), true); }, "(X = Self) or (H = Self)"},
@@ -391,8 +363,7 @@ TEST(SignalOps, SourcesOverSelfGiveTheResultOfACopy) {
           copy.Copy(src);
           c.op(want, copy);
           c.op(s, src);
-          EXPECT_EQ(s.Complex(), want.Complex());
-          EXPECT_EQ(Doubles(s), Doubles(want));
+          EXPECT_EQ(std::pair(s.Complex(), Doubles(s)), std::pair(want.Complex(), Doubles(want)));
         }
     const TMtx hm = NoiseMtx(3, 2, false, 12);
     using MtxOp = std::function<void(TMtx&, const TMtx&, bool)>;
@@ -408,8 +379,7 @@ TEST(SignalOps, SourcesOverSelfGiveTheResultOfACopy) {
         op(want, TMtx(s), filter);
         s.SetConditionCheck(false);
         op(s, s, filter);
-        EXPECT_EQ(s.Rows(), want.Rows());
-        EXPECT_EQ(Doubles(s), Doubles(want));
+        EXPECT_EQ(std::pair(s.Rows(), Doubles(s)), std::pair(want.Rows(), Doubles(want)));
       }
   }
   EXPECT_EQ(Controller->VecCacheUsed() + Controller->MtxCacheUsed(), 0);

@@ -60,6 +60,12 @@ inline std::vector<LCplx> AsL(const TVec& v) {
   return r;
 }
 
+/// Elements [from, from + count) of v.
+inline std::vector<LCplx> Slice(const TVec& v, std::int32_t from, std::int32_t count) {
+  const auto l = AsL(v);
+  return {l.begin() + from, l.begin() + from + count};
+}
+
 /// max |got - want| / max(max |want|, tiny): the transform error measure, in units of eps.
 inline double ErrEps(const std::vector<LCplx>& got, const std::vector<LCplx>& want) {
   long double err = 0, scale = 1e-300L;
