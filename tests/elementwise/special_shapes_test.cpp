@@ -69,13 +69,10 @@ TEST(RunningSums, CumSumAndDifference) {
 
 TEST(Parts, SplitJoinAndSpectra) {
   TVec z = Cplx({{3, 4}, {-1, 0}});
-  TVec re, im;
+  TVec re, im, back, p;
   z.CplxToReal(re, im);
-  EXPECT_TRUE(re.IsEqual(Real({3, -1})));
-  EXPECT_TRUE(im.IsEqual(Real({4, 0})));
-  TVec back;
+  EXPECT_TRUE(re.IsEqual(Real({3, -1})) && im.IsEqual(Real({4, 0})));
   EXPECT_TRUE(back.RealToCplx(re, im).IsEqual(z));
-  TVec p;
   EXPECT_TRUE(p.PowerSpectrum(z).IsEqual(Real({25, 1})));
   p.PhaseSpectrum(z);
   EXPECT_DOUBLE_EQ(p[0], std::atan2(4.0, 3.0));

@@ -155,24 +155,20 @@ std::vector<D> Periodic(ptrdiff_t n, std::initializer_list<D> pattern) {
 std::vector<D> Alternating(ptrdiff_t n, D even, D odd) { return Periodic(n, {even, odd}); }
 
 TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
-  // Sums, means and dot products: cancelling extremes, a mean of values near the top, and a
-  // true overflow. An infinity decides the sum, whatever finite terms overflow beside it.
+  // Sums, means and dot products: cancelling extremes (to +0), a mean of values near the top, and
+  // a true overflow. An infinity decides the sum, whatever finite terms overflow beside it. The
+  // vector reductions' tests (stats) take top values, NaN beside them and alternating products.
   const std::vector<D> pm = Alternating(16, 1e308, -1e308), ones(16, 1.0);
   EXPECT_TRUE(Same(Sum(pm.data(), 16), 0.0) && Same(Mean(pm.data(), 16), 0.0));
   EXPECT_TRUE(Same(Dot(pm.data(), ones.data(), 16), 0.0));
   const D top[] = {1.5e308, 1.5e308}, mixed[] = {1e308, 1.5e308, -1e308, 1.7e308};
-  EXPECT_EQ(Mean(top, 2), 1.5e308);
   EXPECT_NEAR(Mean(mixed, 4), 8e307, 2 * kEps * 8e307);
-  EXPECT_EQ(Sum(top, 2), kInf);
   EXPECT_EQ(Dot(top, top, 2), kInf);
   std::vector<D> inf_first(16, -1e308);
   inf_first[0] = kInf;
   EXPECT_EQ(Sum(inf_first.data(), 16), kInf);
   inf_first[5] = -kInf;
   EXPECT_TRUE(std::isnan(Sum(inf_first.data(), 16)));
-  std::vector<D> with_nan = pm;
-  with_nan[3] = kNaN;
-  EXPECT_TRUE(std::isnan(Sum(with_nan.data(), 16)) && std::isnan(Dot(ones.data(), with_nan.data(), 16)));
   std::vector<C> zpm(8);
   for (ptrdiff_t i = 0; i < 8; ++i) zpm[i] = {pm[i], 1.5e308};
   EXPECT_TRUE(Same(Sum(zpm.data(), 8), C{0.0, kInf}));
@@ -199,8 +195,7 @@ TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
     for (D v : x) p *= v;
     return p;
   };
-  const std::vector<D> cases[] = {Alternating(16, 1e300, 1e-300), Alternating(17, -1e300, 1e-300),
-                                  {1e300, 1e300, 1e-300, 1e-300}, Alternating(2000, 3e250, -3.3e-251),
+  const std::vector<D> cases[] = {{1e300, 1e300, 1e-300, 1e-300}, Alternating(2000, 3e250, -3.3e-251),
                                   Periodic(1032, {1e-310, 1e155, 1e155}),
                                   Periodic(16, {1e-200, 1e150, 1, 1, 1, 1, 1, 1})};  // lane 0 underflows to 0
   for (const std::vector<D>& x : cases) {
@@ -215,12 +210,6 @@ TEST(KernelsReduce, PartialResultsOutOfRangeAreRedone) {
   EXPECT_TRUE(Same(Product(under, 3), -0.0));
   EXPECT_TRUE(Same(Product(zero, 4), 0.0));
   EXPECT_TRUE(std::isnan(Product(zero_inf, 4)));
-  // Complex: i^8 carried by alternating magnitudes.
-  std::vector<C> z(16);
-  for (ptrdiff_t i = 0; i < 16; ++i) z[i] = i % 2 ? C{0, 1e-300} : C{1e300, 0};
-  const C pz = Product(z.data(), 16);
-  EXPECT_NEAR(pz.Re, 1.0, 16 * kEps);
-  EXPECT_EQ(pz.Im, 0.0);
 }
 
 TEST(KernelsReduce, RootMeanSquare) {
@@ -235,7 +224,6 @@ TEST(KernelsReduce, RootMeanSquare) {
   }
   const D top[] = {1.5e308, -1.5e308}, with_inf[] = {1.0, kInf};
   const C ztop[] = {{1.2e308, 0.9e308}};
-  EXPECT_EQ(RMS(top, 2), 1.5e308);
   EXPECT_NEAR(RMS(ztop, 1), 1.5e308, 2 * kEps * 1.5e308);
   EXPECT_EQ(RMS(with_inf, 2), kInf);
   EXPECT_TRUE(std::isnan(RMS(top, 0)));

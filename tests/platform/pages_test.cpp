@@ -11,19 +11,15 @@ namespace {
 
 TEST(Pages, LargePageSpanKeepsOnlyWholeAlignedPages) {
   constexpr std::uintptr_t P = kLargePage;
-  // An unaligned block loses its partial first and last pages.
-  TPageSpan s = LargePageSpan(3 * P + 100, 4 * P);
-  EXPECT_EQ(s.first, 4 * P);
-  EXPECT_EQ(s.last, 7 * P);
-  // An aligned block keeps all of itself.
-  s = LargePageSpan(2 * P, 3 * P);
-  EXPECT_EQ(s.first, 2 * P);
-  EXPECT_EQ(s.last, 5 * P);
-  // Straddling one boundary, or inside one page: nothing whole, and never a reversed span.
-  s = LargePageSpan(P - 8, P);
-  EXPECT_EQ(s.first, s.last);
-  s = LargePageSpan(P + 8, 64);
-  EXPECT_EQ(s.first, s.last);
+  // An unaligned block loses its partial first and last pages, an aligned one keeps all of itself;
+  // one straddling a boundary, or inside one page, has nothing whole (first == last, never reversed).
+  const struct { std::uintptr_t start, bytes, first, last; } cases[] = {
+      {3 * P + 100, 4 * P, 4 * P, 7 * P}, {2 * P, 3 * P, 2 * P, 5 * P}, {P - 8, P, 0, 0}, {P + 8, 64, 0, 0}};
+  for (const auto& c : cases) {
+    const TPageSpan s = LargePageSpan(c.start, c.bytes);
+    EXPECT_TRUE(c.first == 0 ? s.first == s.last : s.first == c.first && s.last == c.last)
+        << c.start << " " << c.bytes << ": " << s.first << " " << s.last;
+  }
 }
 
 TEST(Pages, MappedPagesAreZeroedAndWritableAtBothEndsWhetherAdvisedOrNot) {
