@@ -106,7 +106,6 @@ TEST(ScalarUtil, MixedArgumentsPickTheDoubleOrWidestIntegerForm) {
   EXPECT_EQ(Min(1, 0.5f), 0.5);
   EXPECT_EQ(Max(0.25, 0), 0.25);
   EXPECT_EQ(EnsureRange(0, 0.25, 1), 0.25);
-  EXPECT_TRUE(std::isnan(EnsureRange(0, NaN, 1)));
   EXPECT_TRUE(CheckRange(1, n, 10) && !CheckRange(1, 0.5, 10) && CheckRange(0, 0.5, 1));
   EXPECT_EQ(TruncDiv(x, 2), -2.0);
   EXPECT_EQ(Max(big, 0), big);

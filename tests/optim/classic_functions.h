@@ -3,9 +3,7 @@
 // and known minima, and helpers shared by the minimiser tests.
 
 #include <cmath>
-#include <cstdio>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "quorel/optim/optimization.h"

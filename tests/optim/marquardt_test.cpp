@@ -48,22 +48,14 @@ std::vector<double> DampedStep(const std::vector<double>& jRowMajor, const std::
 }  // namespace
 
 TEST(DampedSolve, QRStepMatchesNormalEquations) {
-  // J (4 x 2), b; the damped step solves (J'J + lambda D^2) p = J'b.
+  // J (4 x 2), b; the damped step solves (J'J + lambda D^2) p = J'b, here with lambda = 0.7.
   const std::vector<double> j{1, 2, 3, 4, 5, 6, 7, 9}, b{1, -1, 2, 0.5}, d{2, 3};
-  const double lambda = 0.7;
   bool ok = false;
-  std::vector<double> p = DampedStep(j, b, 2, d, lambda, ok);
+  std::vector<double> p = DampedStep(j, b, 2, d, 0.7, ok);
   ASSERT_TRUE(ok);
-  double a[4] = {0, 0, 0, 0}, rhs[2] = {0, 0};
-  for (int i = 0; i < 4; ++i)
-    for (int k = 0; k < 2; ++k) {
-      rhs[k] += j[i * 2 + k] * b[i];
-      for (int l = 0; l < 2; ++l) a[k * 2 + l] += j[i * 2 + k] * j[i * 2 + l];
-    }
-  a[0] += lambda * d[0] * d[0], a[3] += lambda * d[1] * d[1];
-  const double det = a[0] * a[3] - a[1] * a[2];
-  EXPECT_NEAR(p[0], (a[3] * rhs[0] - a[1] * rhs[1]) / det, 1e-13);
-  EXPECT_NEAR(p[1], (a[0] * rhs[1] - a[2] * rhs[0]) / det, 1e-13);
+  // J'J + lambda D^2 = [86.8 107; 107 143.3], J'b = (11.5, 14.5); Cramer's rule, determinant 989.44.
+  EXPECT_NEAR(p[0], (143.3 * 11.5 - 107 * 14.5) / 989.44, 1e-13);
+  EXPECT_NEAR(p[1], (86.8 * 14.5 - 107 * 11.5) / 989.44, 1e-13);
 
   // Cholesky form: (H + lambda diag(d)) p = -g, and a refusal when not positive definite.
   const std::vector<double> h{4, 1, 1, 3}, g{1, 2}, dd{4, 3};
@@ -187,18 +179,17 @@ TEST(Marquardt, ExactFitLogAndStops) {
   EXPECT_NEAR(b[0], 2, 1e-7);
   EXPECT_NEAR(b[1], -0.5, 1e-7);
 
-  // Limits and degenerate input end with a defined reason.
-  b = {1, 0};
-  EXPECT_EQ(NewMarquardt(ExpResiduals, 8, b, xs, {}, fmin, reason, 0, 1e-10, nullptr), 1);
-  EXPECT_EQ(reason, OptResMaxIter);
-  b = {1, 0};
-  EXPECT_EQ(Marquardt(ssr, nullptr, b, xs, {}, fmin, reason, 0, 1e-10, 0, nullptr), 1);
-  EXPECT_EQ(reason, OptResMaxIter);
-  std::vector<double> none;
-  NewMarquardt(ExpResiduals, 8, none, {}, {}, fmin, reason, 10, 1e-10, nullptr);
-  EXPECT_EQ(reason, OptResZeroStep);
-  Marquardt(ssr, nullptr, none, {}, {}, fmin, reason, 10, 1e-10, 0, nullptr);
-  EXPECT_EQ(reason, OptResZeroStep);
+  // Limits and degenerate input end with a defined reason, in both forms.
+  for (bool general : {false, true}) {
+    const auto run = [&](std::vector<double> p, std::span<const double> consts, std::int32_t maxIter) {
+      return general ? Marquardt(ssr, nullptr, p, consts, {}, fmin, reason, maxIter, 1e-10, 0, nullptr)
+                     : NewMarquardt(ExpResiduals, 8, p, consts, {}, fmin, reason, maxIter, 1e-10, nullptr);
+    };
+    EXPECT_EQ(run({1, 0}, xs, 0), 1) << general;
+    EXPECT_EQ(reason, OptResMaxIter) << general;
+    run({}, {}, 10);  // no parameters
+    EXPECT_EQ(reason, OptResZeroStep) << general;
+  }
   b = {1, 0};
   EXPECT_THROW(NewMarquardt(ExpResiduals, -1, b, xs, {}, fmin, reason, 10, 1e-10, nullptr), EQuorelInvalidArgument);
   // A tolerance of 0 leaves the zero-residual test and the limit.

@@ -47,10 +47,9 @@ TEST(Simplex, StartVerticesLogAndExpansionRule) {
   const auto shifted = Of([](auto x) { return SumSquares(x, {}, {}) + 0.3; });
   const std::int32_t iters = Simplex(rec.Wrap(shifted), pars, {}, {}, fmin, reason, 2, 1e-4, &log);
   ASSERT_GE(rec.Points.size(), 4u);
-  EXPECT_EQ(rec.Points[0], (std::vector<double>{0, 2, -4}));
-  EXPECT_EQ(rec.Points[1], (std::vector<double>{0.0025, 2, -4}));  // a zero coordinate starts at 0.0025
-  EXPECT_EQ(rec.Points[2], (std::vector<double>{0, 2 * 1.05, -4}));
-  EXPECT_EQ(rec.Points[3], (std::vector<double>{0, 2, -4 * 1.05}));
+  // the start, then each coordinate times 1.05; a zero coordinate starts at 0.0025
+  EXPECT_EQ(std::vector(rec.Points.begin(), rec.Points.begin() + 4),
+            (std::vector<std::vector<double>>{{0, 2, -4}, {0.0025, 2, -4}, {0, 2 * 1.05, -4}, {0, 2, -4 * 1.05}}));
   // MaxIter 2: iterations 0, 1, 2 run, the count 3 exceeds the limit.
   EXPECT_EQ(iters, 3);
   EXPECT_EQ(reason, OptResMaxIter);

@@ -69,10 +69,8 @@ void CheckFamily(const std::string& family, const std::map<std::string, Real>& f
 // the normal CDF and quantile are held to the references too.
 std::function<double(const Args&)> Vec(void (*f)(const TDenseQuorel&, double, double, TDenseQuorel&)) {
   return [f](const Args& a) {
-    TVec x, r;
-    x.SetLength(1);
-    x[0] = a[0];
-    f(x, a[1], a[2], r);
+    TVec r;
+    f(test::Real({a[0]}), a[1], a[2], r);
     return r[0];
   };
 }
@@ -121,58 +119,58 @@ TEST(Accuracy, Normal) {
 // accuracy. References: mpmath at 300 bits, -expm1(-x/mu), -expm1(-(x/b)^2/2), -expm1(-a x^b) and
 // 0.5 exp((x - m)/b) below m, 1 - 0.5 exp(-(x - m)/b) above.
 TEST(Accuracy, ExponentialTails) {
-  const double xs[] = {1e-300, 1e-12, 8.25e-10, 9.2e-8, 1e-6, 1e-3, 0.25, 0.6, 1.3, 1.5, 3.0, 40.0};
-  const double expCdf[] = {5e-301, 4.99999999999875e-13, 4.124999999149219e-10, 4.599999894200002e-08,
-                           4.999998750000208e-07, 0.0004998750208307294, 0.1175030974154046,
-                           0.2591817793182821, 0.47795422323898396, 0.5276334472589853,
-                           0.7768698398515702, 0.9999999979388464};
-  const double rayleighCdf[] = {0.0, 1.25e-25, 8.507812500000001e-20, 1.0579999999999994e-15,
-                                1.2499999999999217e-13, 1.2499999218750034e-07, 0.007782061739756488,
-                                0.04400251816690009, 0.1904283513321131, 0.24516039801099265,
-                                0.6753475326416503, 1.0};
-  const double weibullCdf[] = {0.0, 1.9999999999999998e-18, 4.7392641833937615e-14, 5.580996326666204e-11,
-                               1.999999998e-09, 6.324355324553062e-05, 0.22119921692859512,
-                               0.6052552806315097, 0.9484114796590256, 0.9746311849746784,
-                               0.9999693324309789, 1.0};
   constexpr int kPoints = 12;
+  const double xs[kPoints] = {1e-300, 1e-12, 8.25e-10, 9.2e-8, 1e-6, 1e-3, 0.25, 0.6, 1.3, 1.5, 3.0, 40.0};
+  struct Tail {
+    const char* name;
+    double want[kPoints];
+    double (*scalar)(double);
+    void (*vector)(const TVec&, TVec&);
+    double (*edge)(double);  // what the block form gives at the edge values, if not the scalar function's
+  };
+  const Tail tails[] = {
+      {"ExpCDF",
+       {5e-301, 4.99999999999875e-13, 4.124999999149219e-10, 4.599999894200002e-08, 4.999998750000208e-07,
+        0.0004998750208307294, 0.1175030974154046, 0.2591817793182821, 0.47795422323898396, 0.5276334472589853,
+        0.7768698398515702, 0.9999999979388464},
+       [](double v) { return ExpCDF(v, 2); }, [](const TVec& a, TVec& b) { ExpCDF(a, 2, b); }, nullptr},
+      {"RayleighCDF",
+       {0.0, 1.25e-25, 8.507812500000001e-20, 1.0579999999999994e-15, 1.2499999999999217e-13, 1.2499999218750034e-07,
+        0.007782061739756488, 0.04400251816690009, 0.1904283513321131, 0.24516039801099265, 0.6753475326416503, 1.0},
+       [](double v) { return RayleighCDF(v, 2); }, [](const TVec& a, TVec& b) { RayleighCDF(a, 2, b); },
+       // x < 0 is NaN for the scalar function only; the block formula runs
+       [](double v) { return v < 0 ? -std::expm1(-v * v / 8) : RayleighCDF(v, 2); }},
+      {"WeibullCDF",
+       {0.0, 1.9999999999999998e-18, 4.7392641833937615e-14, 5.580996326666204e-11, 1.999999998e-09,
+        6.324355324553062e-05, 0.22119921692859512, 0.6052552806315097, 0.9484114796590256, 0.9746311849746784,
+        0.9999693324309789, 1.0},
+       [](double v) { return WeibullCDF(v, 2, 1.5); }, [](const TVec& a, TVec& b) { WeibullCDF(a, 2, 1.5, b); },
+       nullptr},
+  };
   const auto check = [](const char* name, double got, double want, double bound) {
     EXPECT_LE(RelEps(got, want, 1e-300), bound) << name << " " << got << " want " << want;
   };
-  for (int i = 0; i < kPoints; ++i) {
-    check("ExpCDF", ExpCDF(xs[i], 2), expCdf[i], 1);
-    check("RayleighCDF", RayleighCDF(xs[i], 2), rayleighCdf[i], 1);
-    check("WeibullCDF", WeibullCDF(xs[i], 2, 1.5), weibullCdf[i], 1);
-  }
+  for (const Tail& t : tails)
+    for (int i = 0; i < kPoints; ++i) check(t.name, t.scalar(xs[i]), t.want[i], 1);
   // The block forms on a vector longer than a block, the points shuffled among large ones so
   // blocks mix both sides of the switch at t = -ln 2; edge values as the scalar functions give.
   const double edges[] = {0.0, -0.0, -1.0, INF, NaN};
   TVec x, r;
   x.SetLength(3000);
   for (int i = 0; i < x.Length(); ++i) x[i] = i % 3 == 2 ? edges[(i / 3) % 5] : xs[(i * 7) % kPoints];
-  const auto checkVector = [&](const char* name, const double* want, auto scalar, auto vector) {
-    vector(x, r);
-    for (int i = 0; i < x.Length(); ++i) {
-      if (i % 3 == 2) {
-        const double s = scalar(x[i]);
-        if (std::isnan(s)) {
-          EXPECT_TRUE(std::isnan(r[i])) << name << " " << x[i];
+  test::OnEachBlockPath([&] {
+    for (const Tail& t : tails) {
+      t.vector(x, r);
+      for (int i = 0; i < x.Length(); ++i) {
+        const double want = i % 3 == 2 ? (t.edge ? t.edge : t.scalar)(x[i]) : t.want[(i * 7) % kPoints];
+        if (std::isnan(want)) {
+          EXPECT_TRUE(std::isnan(r[i])) << t.name << " " << x[i];
         } else {
-          check(name, r[i], s, 2);
-          EXPECT_FALSE(std::signbit(r[i])) << name << " " << x[i];
+          check(t.name, r[i], want, 2);
+          EXPECT_FALSE(std::signbit(r[i])) << t.name << " " << x[i];
         }
-      } else {
-        check(name, r[i], want[(i * 7) % kPoints], 2);
       }
     }
-  };
-  test::OnEachBlockPath([&] {
-    checkVector("ExpCDF", expCdf, [](double v) { return ExpCDF(v, 2); },
-                [](const TVec& a, TVec& b) { ExpCDF(a, 2, b); });
-    // x < 0 is NaN for the scalar function only; the block formula runs
-    checkVector("RayleighCDF", rayleighCdf, [](double v) { return v < 0 ? -std::expm1(-v * v / 8) : RayleighCDF(v, 2); },
-                [](const TVec& a, TVec& b) { RayleighCDF(a, 2, b); });
-    checkVector("WeibullCDF", weibullCdf, [](double v) { return WeibullCDF(v, 2, 1.5); },
-                [](const TVec& a, TVec& b) { WeibullCDF(a, 2, 1.5, b); });
   });
 
   // an even shape gives x < 0 a negative exponent too; it stays 0 there

@@ -32,8 +32,7 @@ bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0 ||
 
 TVec ToVec(const std::vector<double>& v) {
   TVec x;
-  x.SetLength(static_cast<std::int32_t>(v.size()));
-  for (std::int32_t i = 0; i < x.Length(); ++i) x[i] = v[i];
+  x.SetDouble(v);
   return x;
 }
 
@@ -59,6 +58,11 @@ void ExpectScalarBits(const char* name, const std::vector<double>& grid,
     }
   });
 }
+
+// ExpectScalarBits for F(x, args...), vector and scalar.
+#define SAME_AS_SCALAR(grid, F, ...)                                                                     \
+  ExpectScalarBits(#F, grid, [=](const TDenseQuorel& v, TDenseQuorel& r) { F(v, __VA_ARGS__, r); }, \
+                   [=](double v) { return F(v, __VA_ARGS__); })
 
 const double kSpecials[] = {NAN, INF, -INF, 0.0, -0.0, 1e-300, -1e-300, 1e300, -1e300};
 
@@ -94,13 +98,11 @@ TEST(BlockPaths, GammaCdfIsTheScalarFunction) {
     for (int i = -200; i <= 200; ++i) x.push_back(b * (a + 1) * (1 + i * 1e-13));  // the switch
     for (double v : kSpecials) x.push_back(v);
     SCOPED_TRACE(a);
-    ExpectScalarBits("GammaCDF", Shuffled(x), [a, b](const TDenseQuorel& v, TDenseQuorel& r) { GammaCDF(v, a, b, r); },
-                     [a, b](double v) { return GammaCDF(v, a, b); });
+    SAME_AS_SCALAR(Shuffled(x), GammaCDF, a, b);
   }
   std::vector<double> x;
   for (int i = 0; i <= 400; ++i) x.push_back(i / 10.0);
-  ExpectScalarBits("ChiSquareCDF", x, [](const TDenseQuorel& v, TDenseQuorel& r) { ChiSquareCDF(v, 7, r); },
-                   [](double v) { return ChiSquareCDF(v, 7); });
+  SAME_AS_SCALAR(x, ChiSquareCDF, 7);
 }
 
 TEST(BlockPaths, GammaQuantileIsTheScalarFunction) {
@@ -111,11 +113,9 @@ TEST(BlockPaths, GammaQuantileIsTheScalarFunction) {
   for (double v : {0.0, -0.0, 1.0, -0.1, 1.1, double(NAN), INF}) p.push_back(v);
   for (const double a : {0.001, 0.05, 1.0, 3.2, 40.0, 2500.0}) {
     SCOPED_TRACE(a);
-    ExpectScalarBits("GammaCDFInv", p, [a](const TDenseQuorel& v, TDenseQuorel& r) { GammaCDFInv(v, a, 1.5, r); },
-                     [a](double v) { return GammaCDFInv(v, a, 1.5); });
+    SAME_AS_SCALAR(p, GammaCDFInv, a, 1.5);
   }
-  ExpectScalarBits("ChiSquareCDFInv", p, [](const TDenseQuorel& v, TDenseQuorel& r) { ChiSquareCDFInv(v, 5, r); },
-                   [](double v) { return ChiSquareCDFInv(v, 5); });
+  SAME_AS_SCALAR(p, ChiSquareCDFInv, 5);
 }
 
 // At large shapes Newton's steps turn on the last bits of the CDF: the vector form must agree
@@ -145,19 +145,16 @@ TEST(BlockPaths, GammaQuantileAtLargeShapesMatchesTheScalarFunction) {
 }
 
 TEST(BlockPaths, ParametersTheBlocksDoNotTakeRunTheScalarFunction) {
-  std::vector<double> p;
-  for (int i = 0; i <= 4; ++i) p.push_back(i / 4.0);
+  const std::vector<double> p{0, 0.25, 0.5, 0.75, 1};
   for (const double a : {-1.0, double(NAN), 1e17}) {  // invalid, and a + 1 = a
-    ExpectScalarBits("GammaCDFInv", p, [a](const TDenseQuorel& v, TDenseQuorel& r) { GammaCDFInv(v, a, 1, r); },
-                     [a](double v) { return GammaCDFInv(v, a, 1); });
-    ExpectScalarBits("GammaCDF", p, [a](const TDenseQuorel& v, TDenseQuorel& r) { GammaCDF(v, a, 1, r); },
-                     [a](double v) { return GammaCDF(v, a, 1); });
+    SAME_AS_SCALAR(p, GammaCDFInv, a, 1);
+    SAME_AS_SCALAR(p, GammaCDF, a, 1);
   }
-  ExpectScalarBits("ChiSquareCDFInv", p, [](const TDenseQuorel& v, TDenseQuorel& r) { ChiSquareCDFInv(v, 0, r); },
-                   [](double v) { return ChiSquareCDFInv(v, 0); });
-  ExpectScalarBits("NormalCDF", p, [](const TDenseQuorel& v, TDenseQuorel& r) { NormalCDF(v, 0, -1, r); },
-                   [](double v) { return NormalCDF(v, 0, -1); });
+  SAME_AS_SCALAR(p, ChiSquareCDFInv, 0);
+  SAME_AS_SCALAR(p, NormalCDF, 0, -1);
 }
+
+#undef SAME_AS_SCALAR
 
 }  // namespace
 }  // namespace quorel

@@ -15,8 +15,6 @@
 #include <vector>
 
 #include "quorel/core/constants.h"
-#include "quorel/core/errors.h"
-#include "quorel/objects/vec.h"
 #include "quorel/stats/detail/erf_block.h"
 #include "quorel/stats/detail/prob_core.h"
 #include "quorel/stats/probabilities.h"
