@@ -39,7 +39,9 @@ class TQuorel {
   std::int32_t ActualSize() const { return fActualSize; }
   /// Sets the capacity (raised to even); contents are not kept.
   virtual void SetActualSize(std::int32_t value);
-  /// Values are meant as integers (persistence and printing).
+  /// Values are meant as integers (persistence and printing). Integer vectors (masks, index
+  /// lists) hold 32-bit integers, and arithmetic and math read every operand as doubles: call
+  /// IntToFloat before using one as a number.
   bool IsInteger() const { return fIsInteger; }
   void SetIsInteger(bool value) { fIsInteger = value; }
   /// -1 for an object outside the object cache, else its position in the pool.
