@@ -82,7 +82,7 @@ TEST(Reductions, Extremes) {
   a.Min(v, i);
   EXPECT_EQ(i, 3);
   a.MaxMin(v, i, mn, imn);
-  EXPECT_TRUE(v == 5 && i == 1 && mn == -2) << v << " " << i << " " << mn;
+  EXPECT_TRUE(v == 5 && i == 1 && mn == -2 && imn == 3) << v << " " << i << " " << mn << " " << imn;
   EXPECT_EQ(Real({3, 9, 1}).Max(1, 2), 9);
   EXPECT_TRUE(std::isnan(Real({}).Max()));
   Real({}).Max(v, i);
