@@ -12,6 +12,11 @@
 
 namespace quorel::kern::detail {
 
+/// A mask of the first count bits.
+[[gnu::always_inline]] inline __mmask16 FirstBits16(std::ptrdiff_t count) {
+  return static_cast<__mmask16>((1u << count) - 1);
+}
+
 /// r[0 .. n) from load(at, count), which gives the values at..at+count-1 (count <= 16) as
 /// int32 lanes, reading nothing beyond them. Stored as Convert stores doubles: around the
 /// caches when `stores` asks or the result fills kStreamBytes, fenced unless the caller
@@ -21,7 +26,7 @@ template <class Load>
   const auto low = [](__m512i v) { return _mm512_cvtepi32_pd(_mm512_castsi512_si256(v)); };
   const auto high = [](__m512i v) { return _mm512_cvtepi32_pd(_mm512_extracti64x4_epi64(v, 1)); };
   const auto part = [&](std::ptrdiff_t at, std::ptrdiff_t count) {
-    const auto m = static_cast<__mmask16>((1u << count) - 1);
+    const __mmask16 m = FirstBits16(count);
     const __m512i v = load(at, count);
     _mm512_mask_storeu_pd(r + at, static_cast<__mmask8>(m), low(v));
     _mm512_mask_storeu_pd(r + at + 8, static_cast<__mmask8>(m >> 8), high(v));
@@ -48,11 +53,6 @@ template <class Load>
     }
   }
   if (i < n) part(i, n - i);
-}
-
-/// A mask of the first count bits.
-[[gnu::always_inline]] inline __mmask16 FirstBits16(std::ptrdiff_t count) {
-  return static_cast<__mmask16>((1u << count) - 1);
 }
 
 }  // namespace quorel::kern::detail
