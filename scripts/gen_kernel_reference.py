@@ -189,6 +189,28 @@ def write(name, header, lines):
     print("wrote", path, len(lines), "points")
 
 
+def write_tan_quadrants():
+    """Quadrants 600 to 1099 of tan, in order, on both sides of 1024 quadrants: the doubles next
+    to k pi/2 and one point inside each, so that whole runs of vectors share a reduction. Then,
+    ordered by k, the 32 doubles closest to some k pi/2 with 600 <= k < 8192: the hardest to reduce."""
+    mp.prec = 300
+    rng = random.Random(2003)
+    points = []
+    for k in range(600, 1100):
+        centre = float(k * mpmath.pi / 2)
+        inside = rng.uniform(-0.75, 0.75) + centre
+        points += [centre, -math.nextafter(centre, math.inf), math.nextafter(centre, -math.inf), -inside]
+    near = []
+    for k in range(600, 8192):
+        exact = k * mpmath.pi / 2
+        centre = float(exact)
+        for x in (centre, math.nextafter(centre, math.inf), math.nextafter(centre, -math.inf)):
+            near.append((abs(mpmath.mpf(x) - exact), k, x))
+    points += [x for _, _, x in sorted(sorted(near)[:32], key=lambda e: e[1])]
+    lines = ["%s %s" % (in_text(x), exact_text(mpmath.tan(mpmath.mpf(x)))) for x in points]
+    write("tan_quadrants", "x, then the exact value of tan", lines)
+
+
 def main():
     only = set(sys.argv[1:])
     tables = [(1000 + seed, item) for seed, item in enumerate(sorted(REAL.items()))]
@@ -206,6 +228,8 @@ def main():
             lines.append(" ".join([in_text(x)] + values))
         write(name, "x, then the exact value of each function of " + name, lines)
 
+    if not only or "tan_quadrants" in only:
+        write_tan_quadrants()
     if only:
         return
     mp.prec = 200

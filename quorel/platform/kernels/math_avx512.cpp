@@ -29,6 +29,7 @@
 
 #include <immintrin.h>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -308,19 +309,28 @@ QUOREL_AVX512_INLINE V Hyperbolic(V x) {
 // the quadrant's low bits are those of n even where n < 0, and a signed reduction spares the
 // symmetry fix-ups). r1 = x - n c1 is exact (|n| < 2^20, and r1 is a multiple of 2^-53 below 1 where
 // n != 0); rh + rl = r1 - p - pe, with p + pe = n c2 exactly, is an exact two-sum even when r1 and
-// p nearly cancel (r1 is then a multiple of ulp(p)). Within kTrigNarrowMax (|n| < 2^10) a c2 of
-// 43 bits makes p exact by itself, which saves forming pe. The shifter also adds kQuarter to n.
-constexpr double kTrigFastMax = 0x1p20, kTrigNarrowMax = 0x1p10;
+// p nearly cancel (r1 is then a multiple of ulp(p)). Within kTrigNarrowMax (|n| <= 2^10) a c2 of
+// 43 bits makes p exact by itself, which saves forming pe; there the signs are arranged so that a
+// zero x gives rh = x and rl of the same sign. The shifter also adds kQuarter to n, and kTrigBias
+// (which leaves n's low bits as they are): n in [-1024, 1024) then fills exactly the low 11 bits of
+// the shifted sum t (see TrigPair).
+constexpr double kTrigFastMax = 0x1p20, kTrigNarrowMax = 0x1p10, kTrigBias = 1024;
 struct Quadrant {
   V rh, rl;
   I n;  // n in the low bits
 };
+template <int kQuarter>
+constexpr double kTrigShift = kShifter + kTrigBias + kQuarter;
+template <int kQuarter>
+QUOREL_AVX512_INLINE V ShiftedQuadrant(V x) {
+  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
+  return Fma(x, Set(kTwoOverPi), Set(kTrigShift<kQuarter>));
+}
+// The reduction given t = ShiftedQuadrant<kQuarter>(x).
 template <bool kWide, int kQuarter>
-QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
-  constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1, kShift = kShifter + kQuarter;
+QUOREL_AVX512_INLINE Quadrant ReduceHalfPiFrom(V x, V t) {
   constexpr double kPio2A = 0x1.921fb54442d18p+0;
-  const V t = Fma(x, Set(kTwoOverPi), Set(kShift));
-  const V n = t - kShift;
+  const V n = t - kTrigShift<kQuarter>;
   const V r1 = Fma(n, Set(-kPio2A), x);
   if constexpr (kWide) {
     constexpr double kPio2B = 0x1.1a62633145c07p-54, kPio2C = -0x1.f1976b7ed8fbcp-110;
@@ -331,9 +341,18 @@ QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
     constexpr double kPio2B = 0x1.1a62633145cp-54, kPio2C = 0x1.b839a252049c1p-104;
     const V p = n * kPio2B;
     const V rh = r1 - p;
-    return {rh, Fma(n, Set(-kPio2C), (r1 - rh) - p), _mm512_castpd_si512(t)};
+    // -(n c3) - ((rh - r1) + p): -0 for a zero x of either sign, where r1 - rh - p - n c3 is +0.
+    return {rh, _mm512_fnmsub_pd(n, Set(kPio2C), (rh - r1) + p), _mm512_castpd_si512(t)};
   }
 }
+template <bool kWide, int kQuarter>
+QUOREL_AVX512_INLINE Quadrant ReduceHalfPi(V x) {
+  return ReduceHalfPiFrom<kWide, kQuarter>(x, ShiftedQuadrant<kQuarter>(x));
+}
+
+// y, with x itself where x is a zero (fixup table: x's class "zero" (2) answers x (1); every other
+// class keeps y).
+QUOREL_AVX512_INLINE V ZeroAsItself(V y, V x) { return _mm512_fixupimm_pd(y, x, _mm512_set1_epi64(1 << 8), 0); }
 
 // f(reduction of x) with the cheaper reduction where every lane allows it; lanes beyond
 // kTrigFastMax or NaN take fallback(x), SLEEF's value. For the odd functions (kOdd) a zero x is
@@ -352,11 +371,33 @@ QUOREL_AVX512_INLINE V Trig(V x, F f, G fallback) {
   }
   if (!wide) return f(ReduceHalfPi<false, kQuarter>(x));
   V y = f(ReduceHalfPi<true, kQuarter>(x));
-  // Table: x's class "zero" (2) answers x itself (1); every other class keeps y.
-  if constexpr (kOdd) y = _mm512_fixupimm_pd(y, x, _mm512_set1_epi64(1 << 8), 0);
+  if constexpr (kOdd) y = ZeroAsItself(y, x);
   const M out = _mm512_cmp_pd_mask(a, Set(kTrigFastMax), _CMP_NLE_UQ);
   if (out) y = _mm512_mask_blend_pd(out, y, fallback(x));
   return y;
+}
+
+// Two blocks' results, stored together.
+struct TwoBlocks {
+  V a, b;
+};
+
+// Trig<0, true> of two blocks. Where every n of both lies in [-1024, 1024), which one test of the
+// high bits of both shifted sums finds, both take the narrow reduction at once: one vector step
+// for sixteen lanes where Trig's test takes three for eight. Zeros are mended unless f keeps them
+// (kZeroKept).
+template <bool kZeroKept, class F, class G>
+QUOREL_AVX512_INLINE TwoBlocks TrigPair(V a, V b, F f, G fallback) {
+  const V ta = ShiftedQuadrant<0>(a), tb = ShiftedQuadrant<0>(b);
+  constexpr long long kLow = 0x7ff;
+  const I high = _mm512_set1_epi64(std::bit_cast<long long>(kTrigShift<0>) & ~kLow);
+  // (ta ^ high) | (tb ^ high): nothing above the low 11 bits where both are narrow.
+  const I off = _mm512_ternarylogic_epi64(_mm512_castpd_si512(ta), _mm512_castpd_si512(tb), high, 0x7e);
+  if (_mm512_test_epi64_mask(off, _mm512_set1_epi64(~kLow)))
+    return {Trig<0, true>(a, f, fallback), Trig<0, true>(b, f, fallback)};
+  const V ya = f(ReduceHalfPiFrom<false, 0>(a, ta)), yb = f(ReduceHalfPiFrom<false, 0>(b, tb));
+  if constexpr (kZeroKept) return {ya, yb};
+  else return {ZeroAsItself(ya, a), ZeroAsItself(yb, b)};
 }
 
 // y with its sign flipped where bit 1 of n is set (0x78: y ^ (s & sign bit)).
@@ -365,15 +406,15 @@ QUOREL_AVX512_INLINE V FlipByBit1(V y, I n) {
                                                         _mm512_set1_epi64(INT64_MIN), 0x78));
 }
 
-// What sine and cosine of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w + we
-// (hr = rh/2 is exact, and so is 1 - w, as w lies in [0.69, 1]).
+// What sine and cosine of r = rh + rl share: z = rh^2 and 1 - rh^2/2 as the pair w - nwe
+// (hr = rh/2 is exact, and so is w - 1, as w lies in [0.69, 1]).
 struct Squares {
-  V z, w, we;
+  V z, w, nwe;
 };
 QUOREL_AVX512_INLINE Squares SquaresOf(V rh) {
   const V hr = rh * 0.5;
   const V w = _mm512_fnmadd_pd(hr, rh, Set(1.0));
-  return {rh * rh, w, _mm512_fnmadd_pd(hr, rh, Set(1.0) - w)};
+  return {rh * rh, w, Fma(hr, rh, w - Set(1.0))};
 }
 
 // Horner's rule with the coefficients of a in the lanes of m clear and those of b in the lanes set.
@@ -388,54 +429,66 @@ QUOREL_AVX512_INLINE V HornerEither(V z, M m, const double (&a)[N], const double
 // quadrant further), and each lane evaluates only the one it needs, as h + (y P(z) + e) with P's
 // coefficients chosen per lane:
 //   sin r = rh + (rh z S(z) + rl w)         (w is cos rh to 2^-6: rl w is the first-order term)
-//   cos r = w + (z^2 C(z) + we - rh rl)
-// Each is about 0.5 ulp once added: |y P + e| < |h| / 2 and h is exact.
+//   cos r = w + (z^2 C(z) - nwe - rh rl)
+// Each is about 0.5 ulp once added: |y P + e| < |h| / 2 and h is exact. The tail is formed negated
+// and subtracted: from a narrow reduction of a zero (rh = x, rl = -0) the tail is then +0 and
+// h - tail keeps x's sign.
+QUOREL_AVX512_INLINE V SinOrCosOfReduced(const Quadrant& q) {
+  const M c = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));  // lanes taking cos r
+  const Squares s = SquaresOf(q.rh);
+  const V p = HornerEither(s.z, c, kSinCoef, kCosCoef);
+  const V y0 = s.z * _mm512_mask_blend_pd(c, q.rh, s.z);
+  const V ne = _mm512_fnmadd_pd(_mm512_mask_blend_pd(c, s.w, -q.rh), q.rl, _mm512_maskz_mov_pd(c, s.nwe));
+  return FlipByBit1(_mm512_mask_blend_pd(c, q.rh, s.w) - _mm512_fnmadd_pd(y0, p, ne), q.n);
+}
+constexpr auto kSinOrCosOfReduced = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE { return SinOrCosOfReduced(q); };
+constexpr auto kSleefSin = [](V v) { return Sleef_sind8_u10(v); };
+
 template <bool kCos>
 QUOREL_AVX512_INLINE V SinOrCos(V x) {
-  const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
-    const M c = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));  // lanes taking cos r
-    const Squares s = SquaresOf(q.rh);
-    const V p = HornerEither(s.z, c, kSinCoef, kCosCoef);
-    const V y0 = s.z * _mm512_mask_blend_pd(c, q.rh, s.z);
-    const V e = Fma(_mm512_mask_blend_pd(c, s.w, -q.rh), q.rl, _mm512_maskz_mov_pd(c, s.we));
-    return FlipByBit1(_mm512_mask_blend_pd(c, q.rh, s.w) + Fma(y0, p, e), q.n);
-  };
-  return Trig<kCos ? 1 : 0, !kCos>(x, f, [](V v) { return kCos ? Sleef_cosd8_u10(v) : Sleef_sind8_u10(v); });
+  if constexpr (kCos) return Trig<1, false>(x, kSinOrCosOfReduced, [](V v) { return Sleef_cosd8_u10(v); });
+  else return Trig<0, true>(x, kSinOrCosOfReduced, kSleefSin);
 }
+QUOREL_AVX512_INLINE TwoBlocks SinPair(V a, V b) { return TrigPair<true>(a, b, kSinOrCosOfReduced, kSleefSin); }
 
 // tan x = nu / de (n even) or de / -nu (n odd), from the rational fit nu / de = tan rh:
 //   nu = rh + rh z P(z),  de = 1 - z/4 + z^2 Q(z)
 // (the fixed z/4 leaves nu a tail below 5%, so its rounding errors weigh little). de is carried
 // as K + dt with the constant K = 7/8 near its low end (0.82 at |r| = pi/4, where the errors
-// count most): 1 - K - rh^2/4 is then small and its fused step nearly exact, and dt has few
-// bits to round. One quotient t of the two sums, its residual rho brought back by a fused step,
-// all added to t in one rounding. Q is split in two halves (Estrin) to shorten the chain.
-QUOREL_AVX512_INLINE V TanOf(V x) {
-  const auto f = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE {
-    constexpr double kDenHi = 0.875;
-    const V z = q.rh * q.rh;
-    const V z2 = z * z;
-    // rl moves tan and -cot alike by rl (1 + t^2). nu += rl (1 + z) moves the quotient by
-    // rl (1 + z) / de, within 3.2% of that over the whole range (correcting de as well would
-    // cost a step and come no closer), and takes no step of its own: z (rh P + rl) + rl.
-    const V nt = Fma(z, Fma(q.rh, Horner(z, kTanNum), q.rl), q.rl);
-    static_assert(std::size(kTanDen) == 4, "Q is evaluated as two halves of two terms");
-    const V qa = Fma(z, Set(kTanDen[1]), Set(kTanDen[0])), qb = Fma(z, Set(kTanDen[3]), Set(kTanDen[2]));
-    const V carry = _mm512_fnmadd_pd(q.rh * 0.25, q.rh, Set(1.0 - kDenHi));
-    const V dt = Fma(z2, Fma(z2, qb, qa), carry);
-    const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
-    const V zero = _mm512_setzero_pd();
-    const V k = Set(kDenHi);
-    const Pair num = {_mm512_mask_blend_pd(odd, q.rh, k), _mm512_mask_blend_pd(odd, nt, dt)};
-    const Pair den = {_mm512_mask_sub_pd(k, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
-    const V d = den.hi + den.lo;
-    const V t = (num.hi + num.lo) / d;
-    // Two independent residuals, summed: the chain after the quotient is one step shorter.
-    const V rho = _mm512_fnmadd_pd(t, den.hi, num.hi) + _mm512_fnmadd_pd(t, den.lo, num.lo);
-    return Fma(rho, _mm512_rcp14_pd(d), t);
-  };
-  return Trig<0, true>(x, f, [](V v) { return Sleef_tand8_u10(v); });
+// count most): dt is then small and has few bits to round. dt starts from 1 - K - z/4 with the
+// rounded z; the exact rh^2/4 would cost one more product for 0.15 ulp (worst 0.96 ulp, not 0.8).
+// One quotient t of the two sums, its residual rho brought back by a fused step, all added to t in
+// one rounding. Q is split in two halves (Estrin) to shorten the chain.
+// From a narrow reduction a zero comes out as itself: every sum below then adds zeros of its sign.
+QUOREL_AVX512_INLINE V TanOfReduced(const Quadrant& q) {
+  constexpr double kDenHi = 0.875;
+  const V z = q.rh * q.rh;
+  const V z2 = z * z;
+  // rl moves tan and -cot alike by rl (1 + t^2). nu += rl (1 + z) moves the quotient by
+  // rl (1 + z) / de, within 3.2% of that over the whole range (correcting de as well would
+  // cost a step and come no closer), and takes no step of its own: z (rh P + rl) + rl.
+  const V nt = Fma(z, Fma(q.rh, Horner(z, kTanNum), q.rl), q.rl);
+  static_assert(std::size(kTanDen) == 4, "Q is evaluated as two halves of two terms");
+  const V qa = Fma(z, Set(kTanDen[1]), Set(kTanDen[0])), qb = Fma(z, Set(kTanDen[3]), Set(kTanDen[2]));
+  const V carry = Fma(z, Set(-0.25), Set(1.0 - kDenHi));
+  const V dt = Fma(z2, Fma(z2, qb, qa), carry);
+  const M odd = _mm512_test_epi64_mask(q.n, _mm512_set1_epi64(1));
+  const V zero = _mm512_setzero_pd();
+  const V k = Set(kDenHi);
+  const Pair num = {_mm512_mask_blend_pd(odd, q.rh, k), _mm512_mask_blend_pd(odd, nt, dt)};
+  const Pair den = {_mm512_mask_sub_pd(k, odd, zero, q.rh), _mm512_mask_sub_pd(dt, odd, zero, nt)};
+  const V d = den.hi + den.lo;
+  const V t = (num.hi + num.lo) / d;
+  // -rho as two independent residuals, summed (the chain after the quotient is one step shorter);
+  // -rho rather than rho keeps the sign of a zero t.
+  const V nrho = _mm512_fmsub_pd(t, den.hi, num.hi) + _mm512_fmsub_pd(t, den.lo, num.lo);
+  return _mm512_fnmadd_pd(nrho, _mm512_rcp14_pd(d), t);
 }
+
+constexpr auto kTanOfReduced = [](const Quadrant& q) QUOREL_AVX512_LAMBDA_INLINE { return TanOfReduced(q); };
+constexpr auto kSleefTan = [](V v) { return Sleef_tand8_u10(v); };
+QUOREL_AVX512_INLINE V TanOf(V x) { return Trig<0, true>(x, kTanOfReduced, kSleefTan); }
+QUOREL_AVX512_INLINE TwoBlocks TanPair(V a, V b) { return TrigPair<true>(a, b, kTanOfReduced, kSleefTan); }
 
 // tanh |x| = 1 - 2 / (e^2|x| + 1) with the exponential and the quotient as pairs; below 1/8 an odd
 // polynomial (the pair form would lose its relative accuracy as tanh x goes to 0).
@@ -546,10 +599,11 @@ QUOREL_AVX512_INLINE V PowOf(V x, V y) {
 constexpr ptrdiff_t kStreamMin = ptrdiff_t{1} << 20;
 
 // r[i, i + 8) = g(i, m) over [0, n): g reads its inputs from element i, 1.0 in the lanes outside
-// the mask m of a partial block. Long results that overlap no input are streamed.
-template <class G>
-QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g) {
-  constexpr M kAll = 0xff;
+// the mask m of a partial block; g2(i) gives the full blocks at i and i + 8 together. Long results
+// that overlap no input are streamed.
+constexpr M kAll = 0xff;
+template <class G, class G2>
+QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g, G2 g2) {
   ptrdiff_t i = 0;
   if (apart && n >= kStreamMin && reinterpret_cast<std::uintptr_t>(r) % 8 == 0) {
     // Up to the first 64-byte line of r, then whole lines.
@@ -560,23 +614,29 @@ QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g) {
       i = head;
     }
     for (; i + 16 <= n; i += 16) {
-      const V a = g(i, kAll), b = g(i + 8, kAll);
-      _mm512_stream_pd(r + i, a);
-      _mm512_stream_pd(r + i + 8, b);
+      const TwoBlocks y = g2(i);
+      _mm512_stream_pd(r + i, y.a);
+      _mm512_stream_pd(r + i + 8, y.b);
     }
     _mm_sfence();
   }
   // Two independent vectors per step give the long dependency chains something to overlap with.
   for (; i + 16 <= n; i += 16) {
-    const V a = g(i, kAll), b = g(i + 8, kAll);
-    _mm512_storeu_pd(r + i, a);
-    _mm512_storeu_pd(r + i + 8, b);
+    const TwoBlocks y = g2(i);
+    _mm512_storeu_pd(r + i, y.a);
+    _mm512_storeu_pd(r + i + 8, y.b);
   }
   for (; i + 8 <= n; i += 8) _mm512_storeu_pd(r + i, g(i, kAll));
   if (i < n) {
     const M m = static_cast<M>((1u << (n - i)) - 1);
     _mm512_mask_storeu_pd(r + i, m, g(i, m));
   }
+}
+
+template <class G>
+QUOREL_AVX512_INLINE void Blocks(double* r, ptrdiff_t n, bool apart, G g) {
+  const auto g2 = [g](ptrdiff_t i) QUOREL_AVX512_LAMBDA_INLINE { return TwoBlocks{g(i, kAll), g(i + 8, kAll)}; };
+  Blocks(r, n, apart, g, g2);
 }
 
 // Block i of x, 1.0 outside the mask m.
@@ -593,7 +653,17 @@ QUOREL_AVX512_INLINE void Blocks1(const double* x, double* r, ptrdiff_t n, F f) 
 
 template <TFastFn F>
 void UnaryLoop(const double* x, double* r, ptrdiff_t n) {
-  Blocks1(x, r, n, [](V v) QUOREL_AVX512_LAMBDA_INLINE { return Unary<F>(v); });
+  if constexpr (F == TFastFn::Tan || F == TFastFn::Sin) {
+    // Sine and tangent reduce two blocks at a time (see TrigPair).
+    const auto one = [x](ptrdiff_t i, M m) QUOREL_AVX512_LAMBDA_INLINE { return Unary<F>(LoadBlock(x, i, m)); };
+    const auto two = [x](ptrdiff_t i) QUOREL_AVX512_LAMBDA_INLINE {
+      const V a = _mm512_loadu_pd(x + i), b = _mm512_loadu_pd(x + i + 8);
+      return F == TFastFn::Tan ? TanPair(a, b) : SinPair(a, b);
+    };
+    Blocks(r, n, Apart(x, r, n), one, two);
+  } else {
+    Blocks1(x, r, n, [](V v) QUOREL_AVX512_LAMBDA_INLINE { return Unary<F>(v); });
+  }
 }
 
 }  // namespace
