@@ -13,7 +13,8 @@
 // cosh, sinh: e^|x| and e^-|x| from one such reduction, without a division (see Hyperbolic).
 // atan: 16 bins of t or 1/t and one division (see ATanOf).
 // sin, cos, tan: an exact Cody-Waite reduction by pi/2; sin and cos evaluate one polynomial per
-// lane, tan a rational fit (see SinOrCos and TanOf).
+// lane, tan a rational fit (see SinOrCosOfReduced and TanOfReduced). Sine and tangent decide the
+// reduction for two blocks at once (see TrigPair).
 // The tables are looked up with permutes: gathers are far slower on some processors with AVX-512.
 // Lanes outside the ranges these formulas cover (zero, negative, subnormal, infinite or NaN
 // arguments; results near overflow or underflow; trigonometric arguments beyond 2^20) take
